@@ -1,0 +1,69 @@
+#pragma once
+
+// The types of a family as the compiler resolves them: what the catalogue will hold. Both front
+// ends, that of the tag-length-value descriptions and that of CSN.1, build these.
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "compiler/reporter.h"
+
+namespace quorvane::compiler {
+
+/// An enumeration's values in the order of the protocol's table.
+struct EnumModel {
+    struct Value {
+        std::string text;
+        std::uint32_t value;
+    };
+
+    std::string name;  // by which descriptions refer to it
+    Span place;
+    std::vector<Value> values;
+    std::optional<std::string> otherText;
+};
+
+struct TypeModel;
+
+struct ElementModel {
+    std::string name;
+    TypeModel* type = nullptr;
+    bool optional = false;
+};
+
+/// A descriptor: a named type, or the inline type of one member or sequence. An inline type is
+/// named after its owner: owner, "_", member; a sequence's item adds "_data".
+struct TypeModel {
+    enum class Kind { kInteger, kEnumerated, kBinary, kSequence, kStruct, kUnion };
+
+    Kind kind = Kind::kInteger;
+    std::string name;
+    Span place;
+    bool named = false;
+    bool fixed = false;                  // binaries
+    std::uint32_t size = 0;              // bits, most bits, or bound
+    std::vector<ElementModel> elements;  // struct, union
+    TypeModel* item = nullptr;           // sequence
+    const EnumModel* values = nullptr;   // enumerated
+
+    std::uint32_t index = 0;  // in the emitted table, given when all types stand
+};
+
+/// Owns the types and enumerations of a family; addresses stay valid while it grows.
+struct TypeStore {
+    std::deque<TypeModel> types;
+    std::deque<EnumModel> enums;
+
+    TypeModel* NewType(TypeModel::Kind kind, std::string name, Span place) {
+        TypeModel& type = types.emplace_back();
+        type.kind = kind;
+        type.name = std::move(name);
+        type.place = place;
+        return &type;
+    }
+};
+
+}  // namespace quorvane::compiler

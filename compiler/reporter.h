@@ -1,0 +1,52 @@
+#pragma once
+
+// Source files, places in them, and the errors of a run. Passes report and go on; a run shows all
+// mistakes, in the order of their places.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane::compiler {
+
+/// A stretch of a source file, in octets from its start.
+struct Span {
+    std::uint32_t file = 0;
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+};
+
+struct SourceFile {
+    std::string name;  // as printed in front of errors
+    std::string text;
+};
+
+class Reporter {
+  public:
+    /// Takes a file over and gives its number for spans.
+    std::uint32_t AddFile(std::string name, std::string text);
+    [[nodiscard]] const SourceFile& File(std::uint32_t file) const { return files_[file]; }
+    [[nodiscard]] std::uint32_t FileCount() const {
+        return static_cast<std::uint32_t>(files_.size());
+    }
+
+    /// Notes an error: what is wrong and what would be right, without a full stop.
+    void Error(Span place, std::string message);
+    [[nodiscard]] bool HasErrors() const { return !errors_.empty(); }
+
+    /// The errors as lines `name:line:column: error: message`, ordered by file and place, each
+    /// once.
+    [[nodiscard]] std::string Text() const;
+
+  private:
+    struct Entry {
+        Span place;
+        std::string message;
+    };
+
+    std::vector<SourceFile> files_;
+    std::vector<Entry> errors_;
+};
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,61 @@
+#pragma once
+
+// The one way in which a decoder looks at a message. A BitReader owns the bound of what may be
+// read: bits outside it read as 0, so that no position, however it was computed, reaches memory
+// that the caller did not hand over.
+//
+// Tests: tests/unit/bit_reader_test.cpp.
+
+#include <cstdint>
+#include <cstring>
+
+namespace quorvane::bits {
+
+class BitReader {
+  public:
+    /// Reads of the `octetCount` octets at `octets`, which must outlive the reader.
+    BitReader(const std::uint8_t* octets, std::int64_t octetCount)
+        : octets_(octets), octetCount_(octetCount) {}
+
+    /// The `count` bits (0 to 32) at bit `position`, most significant first; bits outside the
+    /// buffer read as 0.
+    [[nodiscard]] std::uint32_t Read(std::int64_t position, std::int32_t count) const {
+        const std::int64_t index = position >> 3;
+        if (position < 0 || index + 8 > octetCount_) {
+            return ReadNearEdge(position, count);
+        }
+        if (count < 1) {
+            return 0;
+        }
+        const std::uint64_t window = Window(octets_ + index) << (position & 7);
+        return static_cast<std::uint32_t>(window >> (64 - count));
+    }
+
+    /// The octet at bit `position`.
+    [[nodiscard]] std::uint8_t ReadOctet(std::int64_t position) const {
+        return static_cast<std::uint8_t>(Read(position, 8));
+    }
+
+    /// Copies `count` bits at bit `position` to the start of `destination`, which holds at least
+    /// (count + 7) / 8 octets. The unused low bits of the last octet become 0.
+    void Copy(std::uint8_t* destination, std::int64_t position, std::int64_t count) const;
+
+    /// How many octets may be read.
+    [[nodiscard]] std::int64_t OctetCount() const { return octetCount_; }
+
+  private:
+    static std::uint64_t Window(const std::uint8_t* octets) {
+        std::uint64_t value = 0;
+        for (int index = 0; index < 8; ++index) {
+            value = value << 8 | octets[index];
+        }
+        return value;
+    }
+
+    [[nodiscard]] std::uint32_t ReadNearEdge(std::int64_t position, std::int32_t count) const;
+
+    const std::uint8_t* octets_;
+    std::int64_t octetCount_;
+};
+
+}  // namespace quorvane::bits

@@ -1,0 +1,61 @@
+#pragma once
+
+// A compiled CSN.1 description: the byte-code image of a family with its tables, and for each
+// structure in it the entry into the image and where its fields go in a record. All of it is
+// constant data that the description compiler writes.
+//
+// Tests: tests/unit/csn_machine_test.cpp, tests/unit/csn_record_test.cpp.
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace quorvane::csn {
+
+struct CsnMachine;
+
+using CsnAction = void (*)(CsnMachine& machine);
+using CsnValueFunction = std::uint32_t (*)(CsnMachine& machine);
+
+struct CsnProgram {
+    const std::uint8_t* code;
+    std::uint32_t codeSize;  // octets
+    /// For a field identifier id: [id - 1] its index (signed 16 bits), from [id] on pairs of a
+    /// parent tag and the field's tag under that parent.
+    const std::uint16_t* fieldTable;
+    const CsnAction* actionTable;
+    const CsnValueFunction* valueTable;
+    std::uint32_t fieldCount;  // how many field identifiers the compiler numbered
+};
+
+/// What a field of a structure is in the record, one row for each field tag.
+struct CsnFieldRow {
+    enum class Kind : std::uint8_t {
+        kNone,     // delimits only: nothing is stored
+        kInteger,  // the field's bits as a number, also of an enumerated member
+        kBinary,   // a bit string, its length that of the field
+        kStruct,   // opens a struct whose members are the fields inside
+        kMarker,   // a zero-width mark: its presence is all
+    };
+
+    Kind kind;
+    bool optional;           // the member has a presence flag
+    std::uint16_t element;   // the member's index in the enclosing struct
+    std::uint16_t width;     // kInteger: bits, 1 to 32; kStruct: how many members it has
+    std::uint16_t bound;     // the member is a sequence of that many items at most; 0: it is not
+    std::uint32_t mostBits;  // kBinary: capacity
+    bool fixed;              // kBinary: always `mostBits` bits
+};
+
+/// One structure of an image.
+struct CsnStructure {
+    std::string_view name;
+    const CsnProgram* program;
+    std::uint32_t label;     // offset of its rule in the image
+    std::uint16_t rootTag;   // parent tag of its outermost fields
+    std::uint16_t firstTag;  // its field tags are firstTag .. firstTag + fields.size() - 1
+    std::uint16_t memberCount;
+    std::span<const CsnFieldRow> fields;
+};
+
+}  // namespace quorvane::csn
