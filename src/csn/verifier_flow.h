@@ -1,0 +1,62 @@
+#pragma once
+
+// The verifier's walk through the rules of an image whose instructions and tables are in order.
+// For csn/verifier.cpp alone.
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "csn/byte_code.h"
+#include "csn/verifier.h"
+
+namespace quorvane::csn {
+
+/// The instructions of an image by offset.
+using InstructionMap = std::map<std::uint32_t, Instruction>;
+
+/// The tag of field `id` under `parent`, if it has one.
+using TagFinder =
+    std::function<std::optional<std::uint16_t>(std::uint32_t id, std::uint16_t parent)>;
+
+using FindingSink = std::function<void(std::uint32_t offset, const std::string& text)>;
+
+/// What a rule does to the state of its caller. Counts that grow without a bound stop at kTooMany.
+struct RuleSummary {
+    static constexpr std::uint32_t kTooMany = 1000;
+
+    std::uint32_t tagsLeft = 0;   // when it returns, at most
+    std::uint32_t tagsMost = 0;   // while it runs
+    std::uint32_t stackMost = 0;  // while it runs, its return address not counted
+    std::uint32_t leastBits = 0;  // that it takes
+    bool returns = false;
+    bool commits = false;        // may move up a choice point of its caller
+    bool commitsInside = false;  // does so inside a field that it opened
+
+    bool operator==(const RuleSummary&) const = default;
+};
+
+class FlowVerifier {
+  public:
+    FlowVerifier(const VerifierInput& input, const InstructionMap& instructions, TagFinder findTag);
+
+    /// Walks everything that the entries reach. Findings go to `sink`, each place once.
+    void Run(const FindingSink& sink);
+
+    [[nodiscard]] RuleSummary Summary(std::uint32_t label, std::uint16_t parent) const;
+
+  private:
+    /// A rule under the tag of the field that encloses its use.
+    using Context = std::pair<std::uint32_t, std::uint16_t>;
+
+    const VerifierInput& input_;
+    const InstructionMap& instructions_;
+    TagFinder findTag_;
+    std::map<Context, RuleSummary> summaries_;
+};
+
+}  // namespace quorvane::csn
