@@ -1,0 +1,116 @@
+#pragma once
+
+// Writing the pieces of a text straight into memory. Each function writes at `at`, returns where
+// the piece ends, and may scribble a few octets behind that end: copying whole steps of a fixed
+// size costs a fraction of a copy of exact length. The caller has made sure of the room, scribbles
+// included: TextBuffer::Room promises kSlack octets on top of what was asked for.
+//
+// Tests: tests/unit/reflect_text_test.cpp.
+
+#include <array>
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace quorvane::reflect {
+
+/// Octets of one copying step: longer than most names with their ": ".
+inline constexpr std::size_t kCopyStep = 32;
+
+/// The most characters of a number: "-2147483648".
+inline constexpr std::size_t kMostDigits = 11;
+
+/// Writes `text`, of which kCopyStep octets are readable however short it is. Scribbles up to
+/// kCopyStep octets behind `at`.
+inline char* PutPadded(char* at, std::string_view text) {
+    std::memcpy(at, text.data(), kCopyStep);
+    if (text.size() > kCopyStep) {
+        std::memcpy(at + kCopyStep, text.data() + kCopyStep, text.size() - kCopyStep);
+    }
+    return at + text.size();
+}
+
+/// Writes a short literal; no scribble.
+template <std::size_t kSize>
+inline char* PutLiteral(char* at, const char (&text)[kSize]) {
+    std::memcpy(at, text, kSize - 1);
+    return at + (kSize - 1);
+}
+
+/// Writes two blanks for each of `levels`. Scribbles up to kCopyStep octets behind `at`.
+inline char* PutIndent(char* at, std::size_t levels) {
+    const std::size_t blanks = 2 * levels;
+    std::memset(at, ' ', kCopyStep);
+    if (blanks > kCopyStep) {
+        std::memset(at + kCopyStep, ' ', blanks - kCopyStep);
+    }
+    return at + blanks;
+}
+
+/// A number below 1000 in decimal, ready to be copied as one word.
+struct SmallNumber {
+    char digits[3];
+    std::uint8_t length;
+};
+static_assert(sizeof(SmallNumber) == 4);
+
+inline constexpr std::uint32_t kSmallNumberCount = 1000;
+
+inline constexpr std::array<SmallNumber, kSmallNumberCount> kSmallNumbers = [] {
+    std::array<SmallNumber, kSmallNumberCount> numbers{};
+    for (std::uint32_t value = 0; value < kSmallNumberCount; ++value) {
+        SmallNumber& number = numbers[value];
+        number.length = value < 10 ? 1 : value < 100 ? 2 : 3;
+        std::uint32_t rest = value;
+        for (std::size_t place = number.length; place > 0; --place, rest /= 10) {
+            number.digits[place - 1] = static_cast<char>('0' + rest % 10);
+        }
+    }
+    return numbers;
+}();
+
+/// Writes `value` in decimal. Scribbles up to 3 octets.
+inline char* PutUnsigned(char* at, std::uint32_t value) {
+    if (value < kSmallNumberCount) {
+        const SmallNumber& number = kSmallNumbers[value];
+        std::memcpy(at, &number, sizeof number);
+        return at + number.length;
+    }
+    return std::to_chars(at, at + kMostDigits, value).ptr;
+}
+
+/// Writes `value` in decimal, with a sign if it is negative. Scribbles up to 3 octets.
+inline char* PutSigned(char* at, std::int32_t value) {
+    if (value >= 0) {
+        return PutUnsigned(at, static_cast<std::uint32_t>(value));
+    }
+    return std::to_chars(at, at + kMostDigits, value).ptr;
+}
+
+/// Octets in hexadecimal, each with the blank that parts it from the next, ready to be copied as
+/// one word.
+inline constexpr std::array<std::array<char, 4>, 256> kHexOctets = [] {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::array<std::array<char, 4>, 256> octets{};
+    for (std::size_t octet = 0; octet < octets.size(); ++octet) {
+        octets[octet] = {kDigits[octet >> 4], kDigits[octet & 15], ' ', '\0'};
+    }
+    return octets;
+}();
+
+/// Writes `count` octets as pairs of upper-case hexadecimal digits with one blank between octets.
+/// Scribbles up to 2 octets.
+inline char* PutHex(char* at, const std::uint8_t* octets, std::size_t count) {
+    if (count == 0) {
+        return at;
+    }
+    for (std::size_t index = 0; index < count; ++index) {
+        std::memcpy(at, kHexOctets[octets[index]].data(), 4);
+        at += 3;
+    }
+    return at - 1;
+}
+
+}  // namespace quorvane::reflect
