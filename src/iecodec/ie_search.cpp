@@ -1,0 +1,74 @@
+#include "iecodec/ie_search.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+/// Whether a field that may come from here on claims the octet.
+bool IsClaimed(std::uint8_t octet, const IeOrderRow* order) {
+    for (; order->kind != IeOrderRow::kEnd; ++order) {
+        if ((octet & order->mask) == order->value) {
+            return true;
+        }
+        if (order->kind == IeOrderRow::kUntagged) {
+            return false;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRow> formats) {
+    std::ptrdiff_t low = 0;
+    std::ptrdiff_t high = static_cast<std::ptrdiff_t>(formats.size()) - 1;
+    while (low <= high) {
+        const std::ptrdiff_t middle = (low + high) / 2;
+        const IeFormatRow& row = formats[static_cast<std::size_t>(middle)];
+        if ((octet & row.mask) == row.tag) {
+            return &row;
+        }
+        if (octet < row.tag) {
+            high = middle - 1;
+        } else {
+            low = middle + 1;
+        }
+    }
+    return nullptr;
+}
+
+bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
+            std::span<const IeFormatRow> formats) {
+    const IeFormatRow* row = LookupIeFormat(reader.ReadOctet(cursor), formats);
+    if (row == nullptr || row->size == 0) {
+        return false;
+    }
+    if (row->size > 0) {
+        cursor += row->size;
+        return true;
+    }
+    const std::int32_t width = -row->size;
+    cursor += 8 + width + 8 * std::int64_t{reader.Read(cursor + 8, width)};
+    return true;
+}
+
+std::int32_t FindIe(std::uint8_t tag, std::int32_t tagWidth, const bits::BitReader& reader,
+                    std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
+                    const IeOrderRow* order) {
+    while (end - cursor >= tagWidth) {
+        const std::uint32_t found = reader.Read(cursor, tagWidth);
+        if (found == tag) {
+            return tag;
+        }
+        const auto octet =
+            static_cast<std::uint8_t>(tagWidth == 8 ? found : reader.ReadOctet(cursor));
+        if (order != nullptr && IsClaimed(octet, order)) {
+            return kMissingOptional;
+        }
+        if (!SkipIe(reader, cursor, formats)) {
+            return kUnknownIei;
+        }
+    }
+    return order != nullptr ? kMissingOptional : kMessageTooShort;
+}
+
+}  // namespace quorvane::iecodec

@@ -1,0 +1,33 @@
+#pragma once
+
+// The search for a tagged information element, and the way past those that stand before it.
+//
+// Tests: tests/unit/ie_search_test.cpp.
+
+#include <cstdint>
+#include <span>
+
+#include "bits/bit_reader.h"
+#include "iecodec/codec_context.h"
+
+namespace quorvane::iecodec {
+
+/// The row that the octet matches, or null. The search halves the table and compares the octet
+/// with tags unmasked: a row whose mask leaves bits open is found only where it is probed.
+const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRow> formats);
+
+/// Moves the cursor over the element at it. Returns false, the cursor unmoved, if the element
+/// cannot be skipped. The cursor may pass the end of the message.
+bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
+            std::span<const IeFormatRow> formats);
+
+/// Looks for the element `tag` of `tagWidth` bits (8, or 4 for a half-octet identifier, whose tag
+/// stands in the low half of `tag`) between the cursor and `end`. `order` is the field's own order
+/// row with those behind it, up to the end row; null for a mandatory field. Returns the tag with
+/// the cursor on it; kMissingOptional or, without order rows, kMessageTooShort if it isn't there;
+/// kUnknownIei if an element stands in the way that cannot be skipped.
+std::int32_t FindIe(std::uint8_t tag, std::int32_t tagWidth, const bits::BitReader& reader,
+                    std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
+                    const IeOrderRow* order);
+
+}  // namespace quorvane::iecodec

@@ -1,0 +1,80 @@
+#include "iecodec/message_container.h"
+
+#include <algorithm>
+
+#include "iecodec/message_decoder.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+struct MessageKey {
+    std::uint32_t key;
+    std::uint32_t pd;
+    std::uint32_t type;
+};
+
+/// The index of the message type octet behind a transaction identifier that may be extended.
+std::int64_t TypeOctetBehindIdentifier(const bits::BitReader& reader) {
+    constexpr std::uint32_t kExtensionFollows = 7;
+    std::int64_t index = 1;
+    if (reader.Read(1, 3) == kExtensionFollows) {
+        index = 2;
+        while (index <= reader.OctetCount() && reader.Read(8 * (index - 1), 1) == 0) {
+            ++index;
+        }
+    }
+    return index;
+}
+
+std::uint32_t Masked(const MessageSetRow& set, std::uint32_t first, std::uint32_t word) {
+    for (const KeyAttemptRow& attempt : set.attempts) {
+        const bool high = (attempt.highNibbles >> (first >> 4) & 1U) != 0;
+        const bool low = (attempt.lowNibbles >> (first & 15U) & 1U) != 0;
+        if (high && low) {
+            return word & attempt.mask;
+        }
+    }
+    return word;
+}
+
+MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
+    const std::uint32_t first = reader.ReadOctet(8 * std::int64_t{set.highOctet});
+    if (set.keyForm == MessageSetRow::KeyForm::kSixBits) {
+        return {first >> 2, 0, first >> 2};
+    }
+    const bool extended = set.keyForm == MessageSetRow::KeyForm::kExtendedIdentifier;
+    const std::int64_t lowOctet =
+        extended ? TypeOctetBehindIdentifier(reader) : std::int64_t{set.lowOctet};
+    const std::uint32_t low = reader.ReadOctet(8 * lowOctet);
+    const std::uint32_t shown = extended ? low : reader.ReadOctet(8 * std::int64_t{set.typeOctet});
+    return {Masked(set, first, first << 8 | low), first & 15U, shown};
+}
+
+}  // namespace
+
+void SetTag(MessageContainer& container, std::uint32_t tag) {
+    if (container.tag != tag) {
+        container.tag = tag;
+        container.body = {};
+    }
+}
+
+std::int64_t DispatchMessage(DecodeContext& context, const MessageSetRow& set,
+                             std::int64_t bitLength, MessageContainer& container) {
+    const MessageKey key = ReadKey(context.reader, set);
+    container.pd = key.pd;
+    container.messageType = key.type;
+    const auto row = std::lower_bound(
+        set.keys.begin(), set.keys.end(), key.key,
+        [](const KeyRow& candidate, std::uint32_t wanted) { return candidate.key < wanted; });
+    if (row == set.keys.end() || row->key != key.key) {
+        container.tag = 0;
+        return kUnknownMessage;
+    }
+    SetTag(container, row->tag);
+    container.body = {};
+    const MessageRow& message = context.tables.messages[set.messages[row->tag - 1U]];
+    return DecodeMessage(context, message, 0, container.body, bitLength);
+}
+
+}  // namespace quorvane::iecodec

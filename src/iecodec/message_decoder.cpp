@@ -1,0 +1,281 @@
+#include "iecodec/message_decoder.h"
+
+#include "iecodec/ie_search.h"
+#include "iecodec/value_decoder.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+using bits::Cell;
+using Format = FieldRow::Format;
+using Presence = FieldRow::Presence;
+
+constexpr std::int64_t kNoResult = 0;
+
+/// One walk over the fields of a message body. Decode and the field functions return a negative
+/// code that ends the message, or kNoResult.
+class BodyDecoder {
+  public:
+    BodyDecoder(DecodeContext& context, const MessageRow& message, std::int64_t position,
+                Cell* cells, std::int64_t length)
+        : context_(context),
+          fields_(context.tables.fields.subspan(message.firstField, message.fieldCount)),
+          cells_(cells),
+          start_(position),
+          end_(position + length),
+          cursor_(position) {}
+
+    std::int64_t Run() {
+        for (const FieldRow& field : fields_) {
+            const std::int64_t code = DecodeField(field);
+            if (code < 0) {
+                return code;
+            }
+        }
+        return cursor_ - start_;
+    }
+
+  private:
+    std::int64_t DecodeField(const FieldRow& field) {
+        switch (field.format) {
+            case Format::kTv:
+            case Format::kTvHalf:
+            case Format::kTlv:
+            case Format::kTlvE:
+            case Format::kT:
+                return DecodeTagged(field);
+            default:
+                break;
+        }
+        if (field.presence == Presence::kConditional) {
+            const std::uint32_t decider = cells_[field.conditionElement].number;
+            if ((decider & field.conditionMask) != field.conditionValue) {
+                return kNoResult;
+            }
+            cells_[field.element].present = true;
+        }
+        return DecodeUntagged(field);
+    }
+
+    std::int64_t DecodeUntagged(const FieldRow& field) {
+        switch (field.format) {
+            case Format::kHalfLow:
+                return DecodeHalf(field, cursor_ + 4);
+            case Format::kHalfHigh:
+                return DecodeHalf(field, cursor_ - 4);
+            case Format::kLv:
+                return DecodeCounted(field, 8);
+            case Format::kLvE:
+                return DecodeCounted(field, 16);
+            case Format::kRest:
+                return DecodeContents(field, end_ - cursor_);
+            case Format::kMark:
+                return CheckEnd(field);
+            default:
+                return DecodeContents(field, field.width);
+        }
+    }
+
+    std::int64_t DecodeHalf(const FieldRow& field, std::int64_t position) {
+        if (field.value != kNone) {
+            DecodeValue(context_, RowAt(context_, field.value), position, cells_[field.element], 4);
+        }
+        cursor_ += 4;
+        return CheckEnd(field);
+    }
+
+    std::int64_t DecodeCounted(const FieldRow& field, std::int32_t lengthWidth) {
+        const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
+        cursor_ += lengthWidth;
+        if (octets < field.leastOctets || octets > field.mostOctets) {
+            context_.diagnostics.Report(field.sizeNumber, "Size error decoding IE", field.name);
+            return kSizeError;
+        }
+        return DecodeContents(field, 8 * octets);
+    }
+
+    /// The value of a field that has to be there.
+    std::int64_t DecodeContents(const FieldRow& field, std::int64_t length) {
+        const std::int64_t result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
+                                                cells_[field.element], length);
+        if (result != length) {
+            context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
+            return FailureOf(field);
+        }
+        cursor_ += length;
+        return CheckEnd(field);
+    }
+
+    std::int64_t CheckEnd(const FieldRow& field) {
+        if (cursor_ <= end_) {
+            return kNoResult;
+        }
+        ReportShort(field);
+        return FailureOf(field);
+    }
+
+    static std::int64_t FailureOf(const FieldRow& field) {
+        return field.presence == Presence::kConditional ? kConditionalError : kMandatoryError;
+    }
+
+    void ReportShort(const FieldRow& field) {
+        context_.diagnostics.Report(field.shortNumber, "Message too short decoding subfield",
+                                    field.name);
+    }
+
+    std::int64_t DecodeTagged(const FieldRow& field) {
+        const bool optional = field.presence == Presence::kOptional;
+        const bool half = field.format == Format::kTvHalf;
+        const auto tag = static_cast<std::uint8_t>(half ? field.tag >> 4 : field.tag);
+        const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
+        const std::int32_t found = FindIe(tag, half ? 4 : 8, context_.reader, cursor_, end_,
+                                          context_.tables.formats, order);
+        if (found < 0) {
+            return found;
+        }
+        if (found != tag) {
+            return kNoResult;
+        }
+        cells_[field.element].present = optional;
+        cursor_ += half ? 4 : 8;
+        switch (field.format) {
+            case Format::kTlv:
+            case Format::kTlvE:
+                if (!optional) {
+                    return DecodeCounted(field, field.format == Format::kTlv ? 8 : 16);
+                }
+                return DecodeOptionalCounted(field, field.format == Format::kTlv ? 8 : 16);
+            case Format::kT:
+                return optional ? CheckOptionalEnd(field) : CheckEnd(field);
+            default:
+                return optional ? DecodeOptionalContents(field, field.width)
+                                : DecodeContents(field, field.width);
+        }
+    }
+
+    std::int64_t DecodeOptionalCounted(const FieldRow& field, std::int32_t lengthWidth) {
+        const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
+        cursor_ += lengthWidth;
+        if (octets < field.leastOctets || octets > field.mostOctets) {
+            context_.diagnostics.Report(field.sizeNumber, "Size error decoding IE", field.name);
+            return kSizeError;
+        }
+        return DecodeOptionalContents(field, 8 * octets);
+    }
+
+    std::int64_t DecodeOptionalContents(const FieldRow& field, std::int64_t length) {
+        const std::int64_t result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
+                                                cells_[field.element], length);
+        if (result != length) {
+            context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
+            cells_[field.element].present = false;
+        }
+        cursor_ += length;
+        return CheckOptionalEnd(field);
+    }
+
+    std::int64_t CheckOptionalEnd(const FieldRow& field) {
+        if (cursor_ > end_) {
+            ReportShort(field);
+            cells_[field.element].present = false;
+            cursor_ = end_;
+        }
+        return kNoResult;
+    }
+
+    DecodeContext& context_;
+    std::span<const FieldRow> fields_;
+    Cell* cells_;
+    std::int64_t start_;
+    std::int64_t end_;
+    std::int64_t cursor_;
+};
+
+/// Walks a message's header.
+class HeaderDecoder {
+  public:
+    HeaderDecoder(const DecodeContext& context, const MessageRow& message, std::int64_t position,
+                  Cell* cells)
+        : context_(context),
+          items_(
+              context.tables.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)),
+          start_(position),
+          cells_(cells) {}
+
+    /// Stores the fields that stand before the body and returns the header's width.
+    std::int64_t ReadFields() {
+        std::int64_t cursor = start_;
+        bool extended = false;
+        for (const HeaderItemRow& item : items_) {
+            if (item.kind == HeaderItemRow::Kind::kField) {
+                Store(item, cursor);
+            } else if (item.kind == HeaderItemRow::Kind::kExtendedIdentifier) {
+                Store(item, cursor);
+                extended = cells_[item.element].number == kExtensionFollows;
+                if (extended) {
+                    cells_[item.element].number = context_.reader.Read(start_ + 9, 7);
+                }
+            } else if (item.kind == HeaderItemRow::Kind::kMessageType && extended) {
+                cursor = PastExtension(cursor);
+            }
+            cursor += item.width;
+        }
+        return cursor - start_;
+    }
+
+    /// Stores the fields that wait for a body without a failure.
+    void ReadLateFields() {
+        std::int64_t cursor = start_;
+        for (const HeaderItemRow& item : items_) {
+            if (item.kind == HeaderItemRow::Kind::kLateField) {
+                Store(item, cursor);
+            }
+            cursor += item.width;
+        }
+    }
+
+  private:
+    static constexpr std::uint32_t kExtensionFollows = 7;
+
+    void Store(const HeaderItemRow& item, std::int64_t position) {
+        cells_[item.element].number = context_.reader.Read(position, item.width);
+    }
+
+    /// Behind the octet that closes the identifier: the first with its bit 8 set.
+    [[nodiscard]] std::int64_t PastExtension(std::int64_t cursor) const {
+        while ((cursor >> 3) < context_.reader.OctetCount() &&
+               context_.reader.Read(cursor, 1) == 0) {
+            cursor += 8;
+        }
+        return cursor + 8;
+    }
+
+    const DecodeContext& context_;
+    std::span<const HeaderItemRow> items_;
+    std::int64_t start_;
+    Cell* cells_;
+};
+
+}  // namespace
+
+std::int64_t DecodeMessage(DecodeContext& context, const MessageRow& message, std::int64_t position,
+                           Cell& cell, std::int64_t length) {
+    Cell* cells = bits::StructCells(context.arena, cell, message.members);
+    HeaderDecoder header(context, message, position, cells);
+    const std::int64_t width = header.ReadFields();
+    const std::int64_t result =
+        BodyDecoder(context, message, position + width, cells, length - width).Run();
+    if (result < 0) {
+        return result;
+    }
+    header.ReadLateFields();
+    return result + width;
+}
+
+std::int64_t DecodeMessageBody(DecodeContext& context, const MessageRow& message,
+                               std::int64_t position, Cell& cell, std::int64_t length) {
+    Cell* cells = bits::StructCells(context.arena, cell, message.members);
+    return BodyDecoder(context, message, position, cells, length).Run();
+}
+
+}  // namespace quorvane::iecodec

@@ -1,0 +1,187 @@
+#include "iecodec/message_encoder.h"
+
+#include "iecodec/value_encoder.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+using bits::Cell;
+using Format = FieldRow::Format;
+using Item = HeaderItemRow::Kind;
+
+std::span<const HeaderItemRow> HeaderOf(const CodecTables& tables, const MessageRow& message) {
+    return tables.headerItems.subspan(message.firstHeaderItem, message.headerItemCount);
+}
+
+/// Writes a header and returns its width.
+std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std::int64_t position,
+                          const Cell& cell) {
+    constexpr std::uint32_t kExtensionFollows = 7;
+    std::int64_t cursor = position;
+    std::uint32_t extended = 0;
+    for (const HeaderItemRow& item : HeaderOf(context.tables, message)) {
+        std::uint32_t value = item.constant;
+        if (item.kind == Item::kField || item.kind == Item::kLateField) {
+            value = MemberOf(cell, item.element).number;
+        } else if (item.kind == Item::kExtendedIdentifier) {
+            value = MemberOf(cell, item.element).number;
+            if (value >= kExtensionFollows) {
+                extended = value;
+                value = kExtensionFollows;
+            }
+        } else if (item.kind == Item::kMessageType) {
+            value = message.code;
+            if (extended != 0) {
+                context.writer.Write(cursor, 1, 1);
+                context.writer.Write(cursor + 1, extended, 7);
+                cursor += 8;
+            }
+        }
+        context.writer.Write(cursor, value, item.width);
+        cursor += item.width;
+    }
+    return cursor - position;
+}
+
+class BodyEncoder {
+  public:
+    BodyEncoder(EncodeContext& context, const MessageRow& message, std::int64_t position,
+                const Cell& cell)
+        : context_(context), message_(message), cell_(cell), start_(position), cursor_(position) {}
+
+    std::int64_t Run() {
+        const auto fields =
+            context_.tables.fields.subspan(message_.firstField, message_.fieldCount);
+        for (const FieldRow& field : fields) {
+            const Cell& cell = MemberOf(cell_, field.element);
+            const bool written = field.presence == FieldRow::Presence::kMandatory || cell.present;
+            if (written && !EncodeField(field, cell)) {
+                context_.diagnostics.Report(field.encodeNumber, "Error encoding subfield",
+                                            field.name);
+                return kSyntaxError;
+            }
+        }
+        return cursor_ - start_;
+    }
+
+  private:
+    bool EncodeField(const FieldRow& field, const Cell& cell) {
+        switch (field.format) {
+            case Format::kHalfLow:
+                return EncodeHalf(field, cell, cursor_ + 4);
+            case Format::kHalfHigh:
+                return EncodeHalf(field, cell, cursor_ - 4);
+            case Format::kLv:
+                return EncodeCounted(field, cell, 8);
+            case Format::kLvE:
+                return EncodeCounted(field, cell, 16);
+            case Format::kTvHalf:
+                context_.writer.Write(cursor_, static_cast<std::uint32_t>(field.tag >> 4), 4);
+                cursor_ += 4;
+                return EncodeHalf(field, cell, cursor_);
+            case Format::kTlv:
+                WriteTag(field);
+                return EncodeCounted(field, cell, 8);
+            case Format::kTlvE:
+                WriteTag(field);
+                return EncodeCounted(field, cell, 16);
+            case Format::kT:
+                WriteTag(field);
+                return true;
+            case Format::kMark:
+                return true;
+            case Format::kTv:
+                WriteTag(field);
+                return EncodeContents(field, cell);
+            case Format::kV:
+            case Format::kRest:
+                break;
+        }
+        return EncodeContents(field, cell);
+    }
+
+    void WriteTag(const FieldRow& field) {
+        context_.writer.Write(cursor_, field.tag, 8);
+        cursor_ += 8;
+    }
+
+    bool EncodeHalf(const FieldRow& field, const Cell& cell, std::int64_t position) {
+        if (field.value == kNone) {
+            context_.writer.Write(position, 0, 4);
+        } else if (EncodeValue(context_, RowAt(context_, field.value), position, cell) < 0) {
+            return false;
+        }
+        cursor_ += 4;
+        return true;
+    }
+
+    bool EncodeContents(const FieldRow& field, const Cell& cell) {
+        const std::int64_t result =
+            EncodeValue(context_, RowAt(context_, field.value), cursor_, cell);
+        if (result < 0) {
+            return false;
+        }
+        cursor_ += result;
+        return true;
+    }
+
+    /// Leaves room for the length, which is known behind the value.
+    bool EncodeCounted(const FieldRow& field, const Cell& cell, std::int32_t lengthWidth) {
+        const std::int64_t lengthAt = cursor_;
+        cursor_ += lengthWidth;
+        if (!EncodeContents(field, cell)) {
+            return false;
+        }
+        const std::int64_t octets = (cursor_ - lengthAt - lengthWidth) >> 3;
+        context_.writer.Write(lengthAt, static_cast<std::uint32_t>(octets), lengthWidth);
+        return true;
+    }
+
+    EncodeContext& context_;
+    const MessageRow& message_;
+    const Cell& cell_;
+    std::int64_t start_;
+    std::int64_t cursor_;
+};
+
+}  // namespace
+
+std::int64_t EncodeMessage(EncodeContext& context, const MessageRow& message, std::int64_t position,
+                           const Cell& cell) {
+    const std::int64_t width = EncodeHeader(context, message, position, cell);
+    const std::int64_t result = EncodeMessageBody(context, message, position + width, cell);
+    return result < 0 ? result : width + result;
+}
+
+std::int64_t EncodeMessageBody(EncodeContext& context, const MessageRow& message,
+                               std::int64_t position, const Cell& cell) {
+    return BodyEncoder(context, message, position, cell).Run();
+}
+
+std::int64_t EncodeContainer(EncodeContext& context, const MessageSetRow& set,
+                             const MessageContainer& container) {
+    if (container.tag == 0 || container.tag > set.messages.size()) {
+        return kUnknownMessage;
+    }
+    const MessageRow& message = context.tables.messages[set.messages[container.tag - 1]];
+    return EncodeMessage(context, message, 0, container.body);
+}
+
+bool IsMessage(const CodecTables& tables, const MessageRow& message, const bits::BitReader& reader,
+               std::int64_t position) {
+    std::int64_t cursor = position;
+    for (const HeaderItemRow& item : HeaderOf(tables, message)) {
+        if (item.kind == Item::kMessageType) {
+            return reader.Read(cursor, item.width) == message.code;
+        }
+        const bool firstOctet = cursor < position + 8;
+        const std::uint32_t wanted = item.kind == Item::kConstant ? item.constant : 0;
+        if (firstOctet && reader.Read(cursor, item.width) != wanted) {
+            return false;
+        }
+        cursor += item.width;
+    }
+    return false;
+}
+
+}  // namespace quorvane::iecodec

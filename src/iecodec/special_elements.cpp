@@ -1,0 +1,101 @@
+#include "iecodec/special_elements.h"
+
+#include <algorithm>
+
+#include "iecodec/value_decoder.h"
+#include "iecodec/value_encoder.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+using bits::Cell;
+
+std::int64_t DecodeLinkedIdentifier(DecodeContext& context, const ValueRow& row,
+                                    std::int64_t position, Cell& cell, std::int64_t /*length*/) {
+    constexpr std::uint32_t kExtensionFollows = 7;
+    Cell* members = bits::StructCells(context.arena, cell, row.members);
+    members[1].number = context.reader.Read(position, 1);
+    members[0].number = context.reader.Read(position + 1, 3);
+    if (members[0].number != kExtensionFollows) {
+        return 8;
+    }
+    members[0].number = context.reader.Read(position + 9, 7);
+    return 16;
+}
+
+std::int64_t EncodeLinkedIdentifier(EncodeContext& context, const ValueRow& /*row*/,
+                                    std::int64_t position, const Cell& cell) {
+    constexpr std::uint32_t kExtensionFollows = 7;
+    const std::uint32_t value = MemberOf(cell, 0).number;
+    const bool extended = value >= kExtensionFollows;
+    context.writer.Write(position, MemberOf(cell, 1).number, 1);
+    context.writer.Write(position + 1, extended ? kExtensionFollows : value, 3);
+    context.writer.Write(position + 4, 0, 4);
+    if (!extended) {
+        return 8;
+    }
+    context.writer.Write(position + 8, 1, 1);
+    context.writer.Write(position + 9, value, 7);
+    return 16;
+}
+
+constexpr std::uint32_t kGenericValueBits = 64;
+
+std::int64_t DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                              Cell& cell, std::int64_t length) {
+    if (length < 16) {
+        return kMessageTooShort;
+    }
+    Cell* members = bits::StructCells(context.arena, cell, row.members);
+    members[0].number = context.reader.ReadOctet(position);
+    std::uint32_t octets = context.reader.ReadOctet(position + 8);
+    std::int64_t header = 16;
+    if (octets >= 128) {
+        const auto lengthOctets = static_cast<std::int32_t>(octets & 127U);
+        if (lengthOctets > 4) {
+            return kSizeError;
+        }
+        octets = context.reader.Read(position + 16, 8 * lengthOctets);
+        header += 8 * lengthOctets;
+    }
+    const std::int64_t value = 8 * std::int64_t{octets};
+    if (header + value > length) {
+        return kMessageTooShort;
+    }
+    bits::StoreBinary(context.arena, members[1], context.reader, position + header, value,
+                      kGenericValueBits);
+    return header + value;
+}
+
+std::int64_t EncodeGenericTlv(EncodeContext& context, const ValueRow& /*row*/,
+                              std::int64_t position, const Cell& cell) {
+    const Cell& value = MemberOf(cell, 1);
+    context.writer.Write(position, MemberOf(cell, 0).number, 8);
+    context.writer.Write(position + 8, value.number / 8, 8);
+    context.writer.Copy(position + 16, value.octets, value.number);
+    return 16 + std::int64_t{value.number};
+}
+
+std::int64_t DecodeUncountedItem(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                                 Cell& cell, std::int64_t length) {
+    cell.number = 0;
+    cell.capacity = 1;
+    cell.cells = context.arena.AllocateZeroed<Cell>(1);
+    return DecodeValue(context, RowAt(context, row.first), position, *cell.cells, length);
+}
+
+std::int64_t EncodeUncountedItem(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                                 const Cell& cell) {
+    const Cell empty{};
+    const Cell& item = cell.capacity == 0 ? empty : *cell.cells;
+    return EncodeValue(context, RowAt(context, row.first), position, item);
+}
+
+}  // namespace
+
+const SpecialElement kUncountedItem{"kUncountedItem", DecodeUncountedItem, EncodeUncountedItem};
+const SpecialElement kLinkedTransactionIdentifier{"kLinkedTransactionIdentifier",
+                                                  DecodeLinkedIdentifier, EncodeLinkedIdentifier};
+const SpecialElement kGenericTlv{"kGenericTlv", DecodeGenericTlv, EncodeGenericTlv};
+
+}  // namespace quorvane::iecodec

@@ -1,0 +1,42 @@
+#pragma once
+
+// Information elements that no field list can tell. Each is named in the descriptions of the
+// families that have it; their types give the members in the order stated here.
+//
+// Tests: tests/unit/special_elements_test.cpp.
+
+#include "iecodec/tables.h"
+
+namespace quorvane::iecodec {
+
+/// Telephone digits (TS 24.008, 10.5.4.7, octets 4 ff.): a sequence of integers, two digits an
+/// octet, low half first, 15 in the last high half a filler.
+extern const SpecialElement kTbcdDigits;
+
+/// A mobile identity of which only the digits are kept: { IdentityDigit }. The first octet holds
+/// the first digit, the odd/even bit and the type (TS 24.301, 9.9.3.12).
+extern const SpecialElement kIdentityDigits;
+
+/// The same with its type: { IdentityDigit, IdentityType }. Of a TMSI the octets are stored
+/// instead of digits (TS 24.008, 10.5.1.4).
+extern const SpecialElement kMobileIdentity;
+
+/// A traffic flow template (TS 24.008, 10.5.6.12): { TFTOperationCode, PacketFilters of
+/// { PacketFilterId, PacketFilterDirection, PacketFilterEvalPrecedence, FilterContents of
+/// { ComponentTypeId, ComponentData } }, PacketParameters of { ParameterId, Contents } }.
+extern const SpecialElement kTrafficFlowTemplate;
+
+/// A linked transaction identifier (TS 24.008, 10.5.6.7): { TIValue, TIFlag }.
+extern const SpecialElement kLinkedTransactionIdentifier;
+
+/// One emergency number (TS 24.008, 10.5.3.13): { ServiceCategory, Numbers }, behind a length
+/// octet of its own.
+extern const SpecialElement kEmergencyNumber;
+
+/// A sequence whose field holds one item, which the sequence does not count: it shows as empty.
+extern const SpecialElement kUncountedItem;
+
+/// A tag octet and a length in the form of ASN.1: { Tag, Value }.
+extern const SpecialElement kGenericTlv;
+
+}  // namespace quorvane::iecodec

@@ -1,0 +1,248 @@
+#pragma once
+
+// What the tag-length-value codec knows of a message family, as constant tables. The description
+// compiler writes them; message_decoder, value_decoder and their encoding twins run them. A row
+// refers to rows of other tables by index. All lengths are in bits unless a name says octets.
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "bits/record.h"
+#include "csn/csn_program.h"
+
+namespace quorvane::iecodec {
+
+struct DecodeContext;
+struct EncodeContext;
+struct ValueRow;
+
+/// "No row" of a table, "no member" of a record.
+inline constexpr std::uint16_t kNone = 0xFFFF;
+
+/// A row of a family's skip table, sorted by tag: how an information element that a message has no
+/// field for is passed over.
+struct IeFormatRow {
+    std::uint8_t tag;   // bits outside the mask are 0
+    std::uint8_t mask;  // 0xFF, or 0xF0 for a half-octet identifier
+    std::int32_t size;  // > 0: the whole element, tag included; < 0: minus the width of the length
+                        // field behind the tag; 0: cannot be skipped
+};
+
+/// A row of a message's order table: what may still come while an optional field is looked for.
+struct IeOrderRow {
+    enum Kind : std::uint8_t {
+        kTagged = 0,
+        kUntagged = 1,  // mandatory, value and mask 0: whatever stands there belongs to it
+        kEnd = 2,
+    };
+
+    std::uint8_t value;  // the identifier in 8-bit form
+    std::uint8_t mask;
+    Kind kind;
+};
+
+/// One field of a message body.
+struct FieldRow {
+    enum class Format : std::uint8_t {
+        kV,
+        kHalfLow,   // first of two half octets: the low half
+        kHalfHigh,  // second of two: the high half
+        kLv,
+        kLvE,
+        kTv,
+        kTvHalf,  // identifier in the high half octet, value in the low
+        kTlv,
+        kTlvE,
+        kT,
+        kRest,  // untagged, all that is left of the message
+        kMark,  // takes no bits
+    };
+    enum class Presence : std::uint8_t { kMandatory, kOptional, kConditional };
+
+    std::string_view name;
+    Format format;
+    Presence presence;
+    std::uint8_t tag;           // 8-bit form
+    std::uint16_t element;      // member of the message's record
+    std::uint16_t value;        // ValueRow; kNone: a spare half octet or a mark, nothing is stored
+    std::uint16_t width;        // formats without a length field
+    std::uint16_t leastOctets;  // limits of a length field
+    std::uint16_t mostOctets;
+    std::uint16_t order;  // own IeOrderRow
+
+    // kConditional: there if the integer member `conditionElement`, masked, has the value.
+    std::uint16_t conditionElement;
+    std::uint32_t conditionMask;
+    std::uint32_t conditionValue;
+
+    // Diagnostic numbers.
+    std::uint16_t encodeNumber;
+    std::uint16_t sizeNumber;
+    std::uint16_t valueNumber;
+    std::uint16_t shortNumber;
+};
+
+/// The wire forms of a value.
+enum class Shape : std::uint8_t {
+    kInteger,      // `width` bits
+    kBinary,       // as many bits as there are, `capacity` of them stored
+    kFixed,        // parts at fixed offsets, `width` bits whatever the length
+    kTruncatable,  // the same, ending ahead of the first part that the length does not reach
+    kSerial,       // parts one behind the other, some of them counted
+    kChoice,       // a selector inside the value chooses the alternative
+    kSequence,     // items of `item` while length is left
+    kExtension,    // octet groups cut by their extension bits, and a remainder
+    kCsn,          // a CSN.1 structure
+    kMessageSet,   // a whole message of the set `item`, chosen by its type
+    kMessageBody,  // the fields of message `item`, without its header
+    kSpecial,      // C++: SpecialElement `item`
+};
+
+/// How one type of value lies on the wire.
+struct ValueRow {
+    std::string_view name;  // of the type, for diagnostics
+    Shape shape;
+    bool located;            // kInteger: notes its location
+    std::uint16_t members;   // struct types: members of the record
+    std::uint32_t capacity;  // kBinary: bits; kSequence: items
+    std::uint16_t width;     // kInteger, kFixed; kBinary: bits if always the same
+    std::uint16_t first;     // kFixed, kTruncatable, kSerial: PartRow; kChoice: AlternativeRow;
+    std::uint16_t count;     //   kExtension: GroupRow; kMessageSet: AlternativeRow
+    std::uint16_t item;      // see Shape; kCsn: CsnStructure; kExtension: remainder's ValueRow
+    std::uint16_t element;   // kExtension: remainder's member
+    std::uint16_t selectorOffset;  // kChoice
+    std::uint16_t selectorWidth;
+    std::uint16_t decodeNumber;  // diagnostic of a sequence or a remainder
+    std::uint16_t encodeNumber;
+    std::uint16_t shortNumber;  // kExtension: an announced octet is not there
+};
+
+/// A part of a structure.
+struct PartRow {
+    enum class Kind : std::uint8_t {
+        kSkip,     // spare bits
+        kInteger,  // `width` bits
+        kValue,    // a nested ValueRow over `width` bits
+        kCounted,  // a length octet, then that many octets to the ValueRow (kSerial)
+        kRest,     // the rest of the value to the ValueRow
+    };
+
+    Kind kind;
+    std::uint16_t element;
+    std::uint16_t offset;  // from the start of the structure or octet; unused in kSerial
+    std::uint16_t width;
+    std::uint16_t value;  // ValueRow
+};
+
+/// An alternative of a choice, or a message of a nested set.
+struct AlternativeRow {
+    std::uint32_t selector;
+    bool isDefault;       // taken by every selector value without a row of its own
+    std::uint16_t tag;    // from 1
+    std::uint16_t value;  // ValueRow, or MessageRow
+};
+
+/// An octet of a 0/1ext information element, without its extension bit.
+struct OctetRow {
+    std::uint16_t firstPart;  // offsets count from the octet's first bit
+    std::uint16_t partCount;
+    std::uint16_t flagElement;  // optional member whose presence says that the octet was there
+};
+
+/// An octet group: octets n, na, nb, ...
+struct GroupRow {
+    bool mandatory;
+    std::uint8_t number;  // the standard's octet number
+    std::uint16_t firstOctet;
+    std::uint16_t octetCount;
+    std::uint16_t missingNumber;  // diagnostic
+};
+
+/// An element that only C++ can tell. Both functions follow the rules of DecodeValue and
+/// EncodeValue (value_codec.h).
+struct SpecialElement {
+    std::string_view name;
+    std::int64_t (*decode)(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                           bits::Cell& cell, std::int64_t length);
+    std::int64_t (*encode)(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                           const bits::Cell& cell);
+};
+
+/// A piece of a message's header, in wire order.
+struct HeaderItemRow {
+    enum class Kind : std::uint8_t {
+        kField,               // a member of the record
+        kLateField,           // one that is stored only after a body that did not fail
+        kConstant,            // e.g. the protocol discriminator
+        kMessageType,         // the message's own code
+        kExtendedIdentifier,  // a 3-bit transaction identifier, extended if it is 7
+    };
+
+    Kind kind;
+    std::uint16_t element;
+    std::uint8_t width;
+    std::uint32_t constant;
+};
+
+struct MessageRow {
+    std::string_view name;
+    std::uint16_t members;  // of the record
+    std::uint32_t code;     // message type on the wire
+    std::uint16_t firstHeaderItem;
+    std::uint16_t headerItemCount;
+    std::uint16_t firstField;
+    std::uint16_t fieldCount;
+};
+
+/// Which octets tell a message. The first attempt whose nibble sets hold the halves of the first
+/// octet gives the mask for the key.
+struct KeyAttemptRow {
+    std::uint16_t highNibbles;  // bit n: n is in the set
+    std::uint16_t lowNibbles;
+    std::uint16_t mask;
+};
+
+struct KeyRow {
+    std::uint16_t key;
+    std::uint16_t tag;
+};
+
+/// The messages of one direction of a family, in the order of their tags.
+struct MessageSetRow {
+    enum class KeyForm : std::uint8_t {
+        kTwoOctets,           // octets `highOctet` and `lowOctet`, masked by an attempt
+        kSixBits,             // the upper six bits of the first octet
+        kExtendedIdentifier,  // the type octet stands behind the transaction identifier's extension
+    };
+
+    std::string_view name;
+    std::uint16_t type;  // the union, in the family's type table
+    KeyForm keyForm;
+    std::uint8_t highOctet;
+    std::uint8_t lowOctet;
+    std::uint8_t typeOctet;  // what the container shows as message type
+    std::span<const KeyAttemptRow> attempts;
+    std::span<const KeyRow> keys;                // sorted by key
+    std::span<const std::uint16_t> messages;     // MessageRow by tag - 1
+    std::span<const std::uint16_t> memberTypes;  // type of each message, by tag - 1
+};
+
+/// All tables of a family's codec.
+struct CodecTables {
+    std::span<const IeFormatRow> formats;
+    std::span<const IeOrderRow> orders;
+    std::span<const FieldRow> fields;
+    std::span<const ValueRow> values;
+    std::span<const PartRow> parts;
+    std::span<const AlternativeRow> alternatives;
+    std::span<const GroupRow> groups;
+    std::span<const OctetRow> octets;
+    std::span<const HeaderItemRow> headerItems;
+    std::span<const MessageRow> messages;
+    std::span<const MessageSetRow> sets;
+    std::span<const csn::CsnStructure> structures;
+    std::span<const SpecialElement* const> specials;
+};
+
+}  // namespace quorvane::iecodec

@@ -1,0 +1,294 @@
+#include "iecodec/value_decoder.h"
+
+#include <limits>
+
+#include "csn/csn_record.h"
+#include "iecodec/message_decoder.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+using bits::Cell;
+using bits::MakeFieldLocator;
+
+void DecodeInteger(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell) {
+    cell.number = context.reader.Read(position, row.width);
+    if (row.located) {
+        MakeFieldLocator(cell.location, position, row.width);
+    }
+}
+
+std::int64_t DecodeBinary(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                          Cell& cell, std::int64_t length) {
+    if (length < 0) {
+        context.diagnostics.Report(row.decodeNumber, "Error decoding subfield", row.name);
+        return kSyntaxError;
+    }
+    bits::StoreBinary(context.arena, cell, context.reader, position, length, row.capacity);
+    if (!row.located) {
+        cell.location = 0;
+    }
+    return length;
+}
+
+/// Decodes the part at its offset from `start`; `end` is where the structure's value ends. The
+/// result is that of a part that takes the rest, else the part's width.
+std::int64_t DecodePart(DecodeContext& context, const PartRow& part, std::int64_t start,
+                        Cell* cells, std::int64_t end) {
+    const std::int64_t position = start + part.offset;
+    switch (part.kind) {
+        case PartRow::Kind::kSkip:
+            break;
+        case PartRow::Kind::kInteger:
+            DecodeInteger(context, RowAt(context, part.value), position, cells[part.element]);
+            break;
+        case PartRow::Kind::kValue:
+            DecodeValue(context, RowAt(context, part.value), position, cells[part.element],
+                        part.width);
+            break;
+        case PartRow::Kind::kRest:
+            return DecodeValue(context, RowAt(context, part.value), position, cells[part.element],
+                               end - position);
+        case PartRow::Kind::kCounted:  // kSerial only
+            break;
+    }
+    return part.width;
+}
+
+std::int64_t DecodeFixed(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                         Cell& cell) {
+    Cell* cells = bits::StructCells(context.arena, cell, row.members);
+    for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
+        DecodePart(context, part, position, cells, position + row.width);
+    }
+    return row.width;
+}
+
+std::int64_t DecodeTruncatable(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                               Cell& cell, std::int64_t length) {
+    Cell* cells = bits::StructCells(context.arena, cell, row.members);
+    std::int64_t taken = 0;
+    for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
+        if (length <= part.offset) {
+            return part.offset;
+        }
+        const std::int64_t result = DecodePart(context, part, position, cells, position + length);
+        if (result < 0) {
+            return result;
+        }
+        taken = part.offset + result;
+    }
+    return taken;
+}
+
+std::int64_t DecodeSerial(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                          Cell& cell, std::int64_t length) {
+    Cell* cells = bits::StructCells(context.arena, cell, row.members);
+    std::int64_t cursor = position;
+    for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
+        if (part.kind == PartRow::Kind::kCounted) {
+            const std::int64_t counted = 8 * std::int64_t{context.reader.ReadOctet(cursor)};
+            cursor += 8;
+            DecodeValue(context, RowAt(context, part.value), cursor, cells[part.element], counted);
+            cursor += counted;
+            continue;
+        }
+        PartRow here = part;
+        here.offset = 0;
+        const std::int64_t result = DecodePart(context, here, cursor, cells, position + length);
+        if (result < 0) {
+            return result;
+        }
+        cursor += result;
+    }
+    return cursor - position;
+}
+
+std::int64_t DecodeChoice(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                          Cell& cell, std::int64_t length) {
+    const std::uint32_t selector =
+        context.reader.Read(position + row.selectorOffset, row.selectorWidth);
+    const AlternativeRow* chosen = nullptr;
+    for (const AlternativeRow& alternative :
+         context.tables.alternatives.subspan(row.first, row.count)) {
+        if (alternative.isDefault ? chosen == nullptr : alternative.selector == selector) {
+            chosen = &alternative;
+        }
+    }
+    Cell& body = bits::ChooseAlternative(context.arena, cell, chosen->tag);
+    return DecodeValue(context, RowAt(context, chosen->value), position, body, length);
+}
+
+std::int64_t DecodeSequence(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                            Cell& cell, std::int64_t length) {
+    const ValueRow& item = RowAt(context, row.item);
+    std::int64_t taken = 0;
+    cell.number = 0;
+    for (std::int32_t count = 1; taken < length; ++count) {
+        if (bits::SetSize(context.arena, cell, count, row.capacity) != 0) {
+            break;
+        }
+        const std::int64_t result =
+            DecodeValue(context, item, position + taken, cell.cells[count - 1], length - taken);
+        if (result < 0) {
+            context.diagnostics.Report(row.decodeNumber, "Error decoding sequence", row.name);
+            return kSyntaxError;
+        }
+        taken += result;
+    }
+    return taken;
+}
+
+/// The octet groups of a 0/1ext information element, then its remainder.
+class ExtensionDecoder {
+  public:
+    ExtensionDecoder(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
+                     std::int64_t length)
+        : context_(context),
+          row_(row),
+          cells_(bits::StructCells(context.arena, cell, row.members)),
+          start_(position),
+          end_(position + length),
+          cursor_(position) {}
+
+    std::int64_t Run() {
+        for (const GroupRow& group : context_.tables.groups.subspan(row_.first, row_.count)) {
+            if (cursor_ >= end_) {
+                if (!group.mandatory) {
+                    return cursor_ - start_;
+                }
+                context_.diagnostics.Report(group.missingNumber,
+                                            "Error decoding 0/1ext IE: missing mandatory group",
+                                            std::string_view(Digits(group.number)));
+                return kSyntaxError;
+            }
+            if (!DecodeGroup(group)) {
+                context_.diagnostics.Report(
+                    row_.shortNumber, "Error decoding 0/1ext IE: information element too short");
+                return kSyntaxError;
+            }
+        }
+        if (row_.item == kNone) {
+            return cursor_ - start_;
+        }
+        const std::int64_t result = DecodeValue(context_, RowAt(context_, row_.item), cursor_,
+                                                cells_[row_.element], end_ - cursor_);
+        if (result < 0) {
+            context_.diagnostics.Report(row_.decodeNumber, "Error decoding remainder of",
+                                        row_.name);
+            return kSyntaxError;
+        }
+        return cursor_ - start_ + result;
+    }
+
+  private:
+    static constexpr std::string_view kDigits = "0123456789";
+
+    static std::string_view Digits(std::uint8_t number) { return kDigits.substr(number, 1); }
+
+    [[nodiscard]] bool Closed(std::int64_t octet) const {
+        return context_.reader.Read(octet, 1) != 0;
+    }
+
+    bool DecodeGroup(const GroupRow& group) {
+        const auto octets = context_.tables.octets.subspan(group.firstOctet, group.octetCount);
+        for (const OctetRow& octet : octets) {
+            if (&octet != &octets.front()) {
+                if (Closed(cursor_)) {
+                    break;
+                }
+                cursor_ += 8;
+                if (cursor_ >= end_) {
+                    return false;
+                }
+            }
+            if (octet.flagElement != kNone) {
+                cells_[octet.flagElement].present = true;
+            }
+            for (const PartRow& part :
+                 context_.tables.parts.subspan(octet.firstPart, octet.partCount)) {
+                DecodePart(context_, part, cursor_, cells_, end_);
+            }
+        }
+        // Octets of the group that are not known.
+        while (!Closed(cursor_) && cursor_ < end_) {
+            cursor_ += 8;
+        }
+        cursor_ += 8;
+        return true;
+    }
+
+    DecodeContext& context_;
+    const ValueRow& row_;
+    Cell* cells_;
+    std::int64_t start_;
+    std::int64_t end_;
+    std::int64_t cursor_;
+};
+
+/// A CSN.1 structure. The machine counts bits in 32 bits: what lies beyond is out of its reach.
+std::int64_t DecodeStructure(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                             Cell& cell, std::int64_t length) {
+    if (position + length > std::numeric_limits<std::int32_t>::max()) {
+        return kSyntaxError;
+    }
+    return csn::DecodeCsn(context.tables.structures[row.item], context.reader, context.arena,
+                          static_cast<std::int32_t>(position), static_cast<std::int32_t>(length),
+                          cell);
+}
+
+/// A whole message as a value, chosen by its type alone.
+std::int64_t DecodeMessageSet(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                              Cell& cell, std::int64_t length) {
+    if (length < row.selectorOffset + row.selectorWidth) {
+        return 0;
+    }
+    const std::uint32_t code =
+        context.reader.Read(position + row.selectorOffset, row.selectorWidth);
+    for (const AlternativeRow& alternative :
+         context.tables.alternatives.subspan(row.first, row.count)) {
+        if (alternative.selector == code) {
+            Cell& body = bits::ChooseAlternative(context.arena, cell, alternative.tag);
+            return DecodeMessage(context, context.tables.messages[alternative.value], position,
+                                 body, length);
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+std::int64_t DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                         Cell& cell, std::int64_t length) {
+    switch (row.shape) {
+        case Shape::kInteger:
+            DecodeInteger(context, row, position, cell);
+            return row.width;
+        case Shape::kBinary:
+            return DecodeBinary(context, row, position, cell, length);
+        case Shape::kFixed:
+            return DecodeFixed(context, row, position, cell);
+        case Shape::kTruncatable:
+            return DecodeTruncatable(context, row, position, cell, length);
+        case Shape::kSerial:
+            return DecodeSerial(context, row, position, cell, length);
+        case Shape::kChoice:
+            return DecodeChoice(context, row, position, cell, length);
+        case Shape::kSequence:
+            return DecodeSequence(context, row, position, cell, length);
+        case Shape::kExtension:
+            return ExtensionDecoder(context, row, position, cell, length).Run();
+        case Shape::kCsn:
+            return DecodeStructure(context, row, position, cell, length);
+        case Shape::kMessageSet:
+            return DecodeMessageSet(context, row, position, cell, length);
+        case Shape::kMessageBody:
+            return DecodeMessageBody(context, context.tables.messages[row.item], position, cell,
+                                     length);
+        case Shape::kSpecial:
+            return context.tables.specials[row.item]->decode(context, row, position, cell, length);
+    }
+    return kSyntaxError;
+}
+
+}  // namespace quorvane::iecodec

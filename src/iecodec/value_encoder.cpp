@@ -1,0 +1,200 @@
+#include "iecodec/value_encoder.h"
+
+#include <algorithm>
+
+#include "csn/csn_record.h"
+#include "iecodec/message_encoder.h"
+
+namespace quorvane::iecodec {
+namespace {
+
+using bits::Cell;
+
+constexpr Cell kUnreached{};
+
+std::int64_t EncodeBinary(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                          const Cell& cell) {
+    if (cell.number > 0) {
+        context.writer.Copy(position, cell.octets, cell.number);
+    }
+    for (std::uint32_t bit = cell.number; bit < row.width; ++bit) {
+        context.writer.Write(position + bit, 0, 1);
+    }
+    return std::max<std::int64_t>(cell.number, row.width);
+}
+
+/// Writes a part and returns its bits, or a negative code.
+std::int64_t EncodePart(EncodeContext& context, const PartRow& part, std::int64_t position,
+                        const Cell& owner) {
+    if (part.kind == PartRow::Kind::kSkip) {
+        for (std::int32_t bit = 0; bit < part.width; ++bit) {
+            context.writer.Write(position + bit, 0, 1);
+        }
+        return part.width;
+    }
+    const Cell& cell = MemberOf(owner, part.element);
+    const ValueRow& row = RowAt(context, part.value);
+    if (part.kind != PartRow::Kind::kCounted) {
+        return EncodeValue(context, row, position, cell);
+    }
+    const std::int64_t result = EncodeValue(context, row, position + 8, cell);
+    if (result < 0) {
+        return result;
+    }
+    context.writer.Write(position, static_cast<std::uint32_t>(result >> 3), 8);
+    return 8 + result;
+}
+
+std::int64_t EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                         const Cell& cell) {
+    std::int64_t cursor = position;
+    for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
+        const std::int64_t result = EncodePart(context, part, cursor, cell);
+        if (result < 0) {
+            return result;
+        }
+        cursor += result;
+    }
+    return cursor - position;
+}
+
+const AlternativeRow* ChosenAlternative(const EncodeContext& context, const ValueRow& row,
+                                        const Cell& cell) {
+    const auto rows = context.tables.alternatives.subspan(row.first, row.count);
+    const auto found = std::find_if(rows.begin(), rows.end(), [&](const AlternativeRow& candidate) {
+        return candidate.tag == cell.number;
+    });
+    return found == rows.end() ? nullptr : &*found;
+}
+
+std::int64_t EncodeChoice(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                          const Cell& cell) {
+    const AlternativeRow* chosen = ChosenAlternative(context, row, cell);
+    if (chosen == nullptr) {
+        return 0;
+    }
+    const std::int64_t result =
+        EncodeValue(context, RowAt(context, chosen->value), position, *cell.cells);
+    // The alternative may hold the selector as spare bits; a default one writes what it knows.
+    if (result >= 0 && !chosen->isDefault) {
+        context.writer.Write(position + row.selectorOffset, chosen->selector, row.selectorWidth);
+    }
+    return result;
+}
+
+std::int64_t EncodeSequence(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                            const Cell& cell) {
+    const ValueRow& item = RowAt(context, row.item);
+    std::int64_t cursor = position;
+    for (std::uint32_t index = 0; index < cell.number; ++index) {
+        const std::int64_t result = EncodeValue(context, item, cursor, cell.cells[index]);
+        if (result < 0) {
+            context.diagnostics.Report(row.encodeNumber, "Error encoding sequence", row.name);
+            return kSyntaxError;
+        }
+        cursor += result;
+    }
+    return cursor - position;
+}
+
+/// Octet groups up to the first one that the record has not got, then the remainder.
+class ExtensionEncoder {
+  public:
+    ExtensionEncoder(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                     const Cell& cell)
+        : context_(context), row_(row), cell_(cell), start_(position), cursor_(position) {}
+
+    std::int64_t Run() {
+        for (const GroupRow& group : context_.tables.groups.subspan(row_.first, row_.count)) {
+            const auto octets = context_.tables.octets.subspan(group.firstOctet, group.octetCount);
+            if (!IsPresent(octets.front())) {
+                return cursor_ - start_;
+            }
+            WriteGroup(octets);
+        }
+        if (row_.item == kNone) {
+            return cursor_ - start_;
+        }
+        const std::int64_t result = EncodeValue(context_, RowAt(context_, row_.item), cursor_,
+                                                MemberOf(cell_, row_.element));
+        if (result < 0) {
+            context_.diagnostics.Report(row_.encodeNumber, "Error encoding remainder of",
+                                        row_.name);
+            return kSyntaxError;
+        }
+        return cursor_ - start_ + result;
+    }
+
+  private:
+    [[nodiscard]] bool IsPresent(const OctetRow& octet) const {
+        return octet.flagElement == kNone || MemberOf(cell_, octet.flagElement).present;
+    }
+
+    void WriteGroup(std::span<const OctetRow> octets) {
+        for (std::size_t index = 0; index < octets.size() && IsPresent(octets[index]); ++index) {
+            const bool followed = index + 1 < octets.size() && IsPresent(octets[index + 1]);
+            context_.writer.Write(cursor_, followed ? 0 : 1, 1);
+            std::int64_t position = cursor_ + 1;
+            for (const PartRow& part :
+                 context_.tables.parts.subspan(octets[index].firstPart, octets[index].partCount)) {
+                EncodePart(context_, part, position, cell_);
+                position += part.width;
+            }
+            cursor_ += 8;
+        }
+    }
+
+    EncodeContext& context_;
+    const ValueRow& row_;
+    const Cell& cell_;
+    std::int64_t start_;
+    std::int64_t cursor_;
+};
+
+std::int64_t EncodeMessageSet(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                              const Cell& cell) {
+    const AlternativeRow* chosen = ChosenAlternative(context, row, cell);
+    if (chosen == nullptr) {
+        return 0;
+    }
+    return EncodeMessage(context, context.tables.messages[chosen->value], position, *cell.cells);
+}
+
+}  // namespace
+
+const Cell& MemberOf(const Cell& cell, std::size_t element) {
+    return cell.cells == nullptr ? kUnreached : cell.cells[element];
+}
+
+std::int64_t EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                         const Cell& cell) {
+    switch (row.shape) {
+        case Shape::kInteger:
+            context.writer.Write(position, cell.number, row.width);
+            return row.width;
+        case Shape::kBinary:
+            return EncodeBinary(context, row, position, cell);
+        case Shape::kFixed:
+        case Shape::kTruncatable:
+        case Shape::kSerial:
+            return EncodeParts(context, row, position, cell);
+        case Shape::kChoice:
+            return EncodeChoice(context, row, position, cell);
+        case Shape::kSequence:
+            return EncodeSequence(context, row, position, cell);
+        case Shape::kExtension:
+            return ExtensionEncoder(context, row, position, cell).Run();
+        case Shape::kCsn:
+            return csn::EncodeCsn(context.tables.structures[row.item], context.writer,
+                                  static_cast<std::int32_t>(position), cell);
+        case Shape::kMessageSet:
+            return EncodeMessageSet(context, row, position, cell);
+        case Shape::kMessageBody:
+            return EncodeMessageBody(context, context.tables.messages[row.item], position, cell);
+        case Shape::kSpecial:
+            return context.tables.specials[row.item]->encode(context, row, position, cell);
+    }
+    return kSyntaxError;
+}
+
+}  // namespace quorvane::iecodec
