@@ -1,0 +1,319 @@
+// What can be said of resolved descriptions before they run.
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+#include "compiler/csn/csn_builtins.h"
+#include "compiler/csn/csn_resolver.h"
+
+namespace quorvane::compiler {
+namespace {
+
+using NodeKind = CsnNode::Kind;
+using RepetitionForm = CsnNode::Repetition::Form;
+
+/// Whether an iteration over `node` may be followed by any number of others.
+bool IsOpen(const CsnNode& node) {
+    return node.kind == NodeKind::kRepeat &&
+           (node.repetition.form == RepetitionForm::kAny ||
+            node.repetition.form == RepetitionForm::kWriteCount ||
+            (node.repetition.form == RepetitionForm::kRange && node.high == CsnNode::kUnbounded));
+}
+
+class Checker {
+  public:
+    Checker(CsnReporter& reporter, CsnSyntax& syntax) : reporter_(reporter), syntax_(syntax) {}
+
+    void Run() {
+        ComputeEmptiness();
+        for (CsnRule& rule : syntax_.rules) {
+            CheckRepetitions(*rule.body);
+            CheckAsides(*rule.body);
+            LeftEdge(*rule.body, edges_[&rule]);
+        }
+        for (CsnRule& rule : syntax_.rules) {
+            if (rule.recursive && IsLeftRecursive(rule)) {
+                reporter_.Error(rule.name.place, "the rule '< " + rule.name.text +
+                                                     " >' comes back to itself before it has read "
+                                                     "a bit");
+                return;  // the walks below would not end
+            }
+        }
+        for (const CsnSection& section : syntax_.sections) {
+            if (section.structure) {
+                CheckVariables(EntryRule(section), CsnNode::Direction::kReading);
+                CheckVariables(EntryRule(section), CsnNode::Direction::kWriting);
+            }
+        }
+    }
+
+  private:
+    using Variables = std::set<const CsnVariable*>;
+
+    void ComputeEmptiness() {
+        for (bool changed = true; changed;) {
+            changed = false;
+            for (CsnRule& rule : syntax_.rules) {
+                if (!rule.mayBeEmpty && MayBeEmpty(*rule.body)) {
+                    rule.mayBeEmpty = changed = true;
+                }
+            }
+        }
+    }
+
+    void CheckRepetitions(const CsnNode& node) {
+        if (IsOpen(node)) {
+            const CsnNode& body = *node.children.front();
+            if (MayBeEmpty(body)) {
+                reporter_.Error(node.place, "what is repeated without a bound may be empty, so "
+                                            "the repetition would not end");
+            } else if (!HasFields(body) && !node.repetition.leftOut &&
+                       node.repetition.form != RepetitionForm::kWriteCount) {
+                reporter_.Error(node.place,
+                                "a repetition without a bound and without a field inside would "
+                                "be written for ever; write '** = < no string >' if it is left "
+                                "out, or '** write (COUNT)'");
+            }
+        }
+        for (const CsnNode* child : node.children) {
+            CheckRepetitions(*child);
+        }
+    }
+
+    /// The second operands of '-' and '=' only test or replace bits.
+    void CheckAsides(const CsnNode& node) {
+        if ((node.kind == NodeKind::kExclude || node.kind == NodeKind::kSend) &&
+            HasFields(*node.children.back())) {
+            reporter_.Error(node.children.back()->place,
+                            node.kind == NodeKind::kExclude
+                                ? "there can be no field in what is excluded"
+                                : "there can be no field in what is written instead");
+        }
+        if (node.kind == NodeKind::kRange && FixedWidth(*node.children.front()) > 32U) {
+            reporter_.Error(node.place, "a range of values needs at most 32 bits");
+        }
+        for (const CsnNode* child : node.children) {
+            CheckAsides(*child);
+        }
+    }
+
+    /// Collects the rules that may begin where `node` does. Returns whether what follows `node`
+    /// may begin there too.
+    bool LeftEdge(const CsnNode& node, std::set<const CsnRule*>& rules) {
+        switch (node.kind) {
+            case NodeKind::kReference:
+                rules.insert(node.rule);
+                break;
+            case NodeKind::kConcat:
+            case NodeKind::kTruncate:
+                for (const CsnNode* child : node.children) {
+                    if (!LeftEdge(*child, rules)) {
+                        return node.kind == NodeKind::kTruncate;
+                    }
+                }
+                break;
+            default:
+                for (const CsnNode* child : node.children) {
+                    LeftEdge(*child, rules);
+                }
+                break;
+        }
+        return MayBeEmpty(node);
+    }
+
+    [[nodiscard]] bool IsLeftRecursive(const CsnRule& rule) const {
+        std::set<const CsnRule*> seen;
+        std::vector<const CsnRule*> left = {&rule};
+        while (!left.empty()) {
+            const CsnRule* next = left.back();
+            left.pop_back();
+            for (const CsnRule* callee : edges_.at(next)) {
+                if (callee == &rule) {
+                    return true;
+                }
+                if (seen.insert(callee).second) {
+                    left.push_back(callee);
+                }
+            }
+        }
+        return false;
+    }
+
+    // ---- Variables are set before they are used ---------------------------------------------
+
+    void CheckVariables(const CsnRule& entry, CsnNode::Direction direction) {
+        direction_ = direction;
+        known_.clear();
+        under_.clear();
+        Variables set;
+        WalkRule(entry, set);
+    }
+
+    void WalkRule(const CsnRule& rule, Variables& set) {
+        if (!under_.insert(&rule).second) {
+            return;  // recursion: the outer walk looks at it
+        }
+        const auto key = std::pair(&rule, set);
+        if (const auto found = known_.find(key); found != known_.end()) {
+            set = found->second;
+        } else {
+            Variables before = set;
+            Walk(*rule.body, set);
+            if (rule.called && !rule.keepsTags) {
+                set = std::move(before);
+            }
+            known_.emplace(key, set);
+        }
+        under_.erase(&rule);
+    }
+
+    void Walk(const CsnNode& node, Variables& set) {
+        switch (node.kind) {
+            case NodeKind::kChoice:
+            case NodeKind::kError:
+                WalkBranches(node, set);
+                return;
+            case NodeKind::kRepeat:
+                Use(node.repetition.count.variable, node.repetition.count.place,
+                    IsOptional(node.repetition.count.form), set);
+                WalkAside(node, set);
+                return;
+            case NodeKind::kTruncate:
+                WalkAside(node, set);
+                return;
+            case NodeKind::kExclude:
+            case NodeKind::kSend: {
+                const bool second = node.kind == NodeKind::kSend &&
+                                    direction_ == CsnNode::Direction::kWriting;
+                Walk(*node.children[second ? 1 : 0], set);
+                return;
+            }
+            case NodeKind::kReference:
+                WalkRule(*node.rule, set);
+                return;
+            case NodeKind::kAction:
+                WalkAction(node, set);
+                return;
+            default:
+                for (const CsnNode* child : node.children) {
+                    Walk(*child, set);
+                }
+                if (node.variable != nullptr) {
+                    set.insert(node.variable);
+                }
+                return;
+        }
+    }
+
+    /// The children of a repetition or truncation, which may not be reached.
+    void WalkAside(const CsnNode& node, const Variables& set) {
+        Variables inside = set;
+        for (const CsnNode* child : node.children) {
+            Walk(*child, inside);
+        }
+    }
+
+    void WalkBranches(const CsnNode& node, Variables& set) {
+        Variables common;
+        bool isFirst = true;
+        for (const CsnNode* child : node.children) {
+            if (node.readOnly && child != node.children.front() &&
+                direction_ == CsnNode::Direction::kWriting) {
+                continue;
+            }
+            Variables branch = set;
+            Walk(*child, branch);
+            if (isFirst) {
+                common = std::move(branch);
+            } else {
+                std::erase_if(common, [&](const auto* variable) { return !branch.count(variable); });
+            }
+            isFirst = false;
+        }
+        set = std::move(common);
+    }
+
+    void WalkAction(const CsnNode& node, Variables& set) {
+        if (node.direction != CsnNode::Direction::kBoth && node.direction != direction_) {
+            return;
+        }
+        const CsnActionInfo& info = *FindCsnAction(node.name.text);
+        for (std::size_t index = 0; index < node.arguments.size(); ++index) {
+            const CsnArgument& argument = node.arguments[index];
+            if (info.parameters[index] == CsnActionInfo::Parameter::kUses) {
+                Use(argument.variable, argument.place, false, set);
+            } else if (argument.variable != nullptr) {
+                set.insert(argument.variable);
+            }
+        }
+    }
+
+    /// These functions take a variable that is not set as 0.
+    static bool IsOptional(CsnCount::Form form) {
+        return form == CsnCount::Form::kLeftOrZero || form == CsnCount::Form::kUntil;
+    }
+
+    void Use(const CsnVariable* variable, Span place, bool optional, const Variables& set) {
+        if (variable != nullptr && !optional && set.count(variable) == 0) {
+            reporter_.Error(place, "'" + variable->name + "' is not known here on every way that " +
+                                       (direction_ == CsnNode::Direction::kReading ? "reading"
+                                                                                    : "writing") +
+                                       " can take; it must be set before");
+        }
+    }
+
+    CsnReporter& reporter_;
+    CsnSyntax& syntax_;
+    std::map<const CsnRule*, std::set<const CsnRule*>> edges_;
+    CsnNode::Direction direction_ = CsnNode::Direction::kReading;
+    std::map<std::pair<const CsnRule*, Variables>, Variables> known_;
+    std::set<const CsnRule*> under_;
+};
+
+}  // namespace
+
+bool MayBeEmpty(const CsnNode& node) {
+    const auto childMay = [](const CsnNode* child) { return MayBeEmpty(*child); };
+    const auto& children = node.children;
+    switch (node.kind) {
+        case NodeKind::kBits:
+        case NodeKind::kAnyBits:
+            return false;
+        case NodeKind::kConcat:
+            return std::all_of(children.begin(), children.end(), childMay);
+        case NodeKind::kChoice:
+        case NodeKind::kError:
+            return std::any_of(children.begin(), children.end(), childMay);
+        case NodeKind::kRepeat:
+            if (node.repetition.form == RepetitionForm::kRange && node.low > 0) {
+                return childMay(children.front());
+            }
+            if (node.repetition.form == RepetitionForm::kCount &&
+                node.repetition.count.form == CsnCount::Form::kNumber) {
+                return childMay(children.front());
+            }
+            return true;
+        case NodeKind::kAnd:
+            return childMay(children.back());
+        case NodeKind::kExclude:
+        case NodeKind::kSend:
+        case NodeKind::kRange:
+        case NodeKind::kField:
+            return childMay(children.front());
+        case NodeKind::kReference:
+            return node.rule->mayBeEmpty;
+        case NodeKind::kNull:
+        case NodeKind::kTruncate:
+        case NodeKind::kAction:
+            break;
+    }
+    return true;
+}
+
+void CheckCsn(CsnReporter& reporter, CsnSyntax& syntax) {
+    Checker(reporter, syntax).Run();
+}
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,98 @@
+#include "compiler/csn/csn_compiler.h"
+
+#include <utility>
+
+#include "compiler/csn/csn_parser.h"
+#include "compiler/csn/csn_resolver.h"
+#include "csn/disassembler.h"
+#include "csn/verifier.h"
+
+namespace quorvane::compiler {
+namespace {
+
+std::string NameOf(const std::map<std::uint32_t, std::string>& names, std::uint32_t number) {
+    const auto found = names.find(number);
+    return found == names.end() ? std::string() : found->second;
+}
+
+/// Reports what cannot be proven of the image at the rule whose code it is.
+void VerifyImage(CsnReporter& reporter, const CompiledCsn& csn) {
+    csn::VerifierInput input;
+    input.code = csn.image.code;
+    input.fieldTable = csn.image.fieldTable;
+    input.actionCount = static_cast<std::uint32_t>(csn.image.actions.size());
+    input.functionCount = static_cast<std::uint32_t>(csn.image.functions.size());
+    input.actionTags = csn.image.actionTags;
+    for (const CompiledCsnStructure& structure : csn.structures) {
+        input.entries.push_back({structure.name, structure.label, structure.rootTag,
+                                 structure.firstTag,
+                                 static_cast<std::uint16_t>(structure.fields.size())});
+    }
+    for (const csn::VerifierFinding& finding : csn::Verify(input).findings) {
+        auto place = csn.image.rulePlaces.upper_bound(finding.offset);
+        if (place != csn.image.rulePlaces.begin()) {
+            --place;
+        }
+        reporter.Error(place->second, "the code of this rule cannot be proven to run safely, at "
+                                      "offset " +
+                                          std::to_string(finding.offset) + ": " + finding.text);
+    }
+}
+
+}  // namespace
+
+const CompiledCsnStructure* CompiledCsn::Find(const std::string& name) const {
+    for (const CompiledCsnStructure& structure : structures) {
+        if (structure.name == name) {
+            return &structure;
+        }
+    }
+    return nullptr;
+}
+
+std::string CompiledCsn::Listing() const {
+    csn::ListingNames names;
+    names.field = [this](std::uint32_t id) { return NameOf(image.fieldNames, id); };
+    names.rule = [this](std::uint32_t offset) { return NameOf(image.ruleNames, offset); };
+    names.tag = [this](std::uint32_t tag) { return NameOf(image.tagNames, tag); };
+    names.action = [this](std::uint32_t index) { return image.actions[index]; };
+    names.function = [this](std::uint32_t index) { return image.functions[index]; };
+    return csn::Disassemble(image.code, names);
+}
+
+CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& files,
+                       const CsnEnumFinder& findEnum, TypeStore& store) {
+    CsnReporter own(reporter);
+    CsnSyntax syntax;
+    for (const std::uint32_t file : files) {
+        ParseCsn(own, file, syntax);
+    }
+    if (!own.HasErrors()) {
+        ResolveCsn(own, syntax);
+    }
+    if (!own.HasErrors()) {
+        CheckCsn(own, syntax);
+    }
+    if (own.HasErrors()) {
+        return {};
+    }
+    CsnTypeTables types = DeriveCsnTypes(own, syntax, findEnum, store);
+    if (own.HasErrors()) {
+        return {};
+    }
+    CompiledCsn csn;
+    csn.image = GenerateCsn(own, syntax, types);
+    if (own.HasErrors()) {
+        return {};
+    }
+    for (CsnStructureTypes& structure : types.structures) {
+        csn.structures.push_back({structure.section->structure->text, structure.section->citation,
+                                  structure.type, csn.image.entries[csn.structures.size()],
+                                  structure.rootTag, structure.firstTag,
+                                  std::move(structure.fields), std::move(structure.paths)});
+    }
+    VerifyImage(own, csn);
+    return own.HasErrors() ? CompiledCsn{} : csn;
+}
+
+}  // namespace quorvane::compiler

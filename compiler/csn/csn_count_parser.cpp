@@ -1,0 +1,147 @@
+#include "compiler/csn/csn_count_parser.h"
+
+#include <array>
+
+namespace quorvane::compiler {
+namespace {
+
+using Form = CsnCount::Form;
+using Kind = CsnToken::Kind;
+
+/// Functions that are written like a call. All but the first take the name of a position.
+struct FunctionRow {
+    std::string_view name;
+    Form form;
+    bool hasNumber;
+};
+constexpr std::array<FunctionRow, 5> kFunctions = {{
+    {"octet_end", Form::kOctetEnd, false},
+    {"left", Form::kLeft, true},
+    {"left_or_none", Form::kLeftOrNone, true},
+    {"left_or_zero", Form::kLeftOrZero, true},
+    {"until", Form::kUntil, false},
+}};
+
+}  // namespace
+
+/// val(NAME) or a number.
+struct CsnCountParser::Term {
+    bool isNumber = true;
+    std::int64_t number = 0;
+    CsnCount value;
+};
+
+CsnCount CsnCountParser::Operand() {
+    if (tokens_.AcceptMark("(")) {
+        CsnCount count = Expression();
+        tokens_.ExpectMark(")");
+        return count;
+    }
+    const Term term = ReadTerm();
+    CsnCount count = term.value;
+    count.number = term.number;
+    return count;
+}
+
+CsnCount CsnCountParser::Expression() {
+    if (tokens_.At(Kind::kWord)) {
+        return Function();
+    }
+    const Span place = tokens_.Peek().place;
+    const Term left = ReadTerm();
+    for (const char sign : {'+', '-', '*'}) {
+        if (tokens_.AcceptMark(std::string(1, sign))) {
+            const Term right = ReadTerm();
+            CsnCount count = Combine(left, sign, right, tokens_.PlaceFrom(place));
+            count.place = tokens_.PlaceFrom(place);
+            return count;
+        }
+    }
+    CsnCount count = left.value;
+    count.number = left.number;
+    return count;
+}
+
+CsnCountParser::Term CsnCountParser::ReadTerm() {
+    Term term;
+    term.value.place = tokens_.Peek().place;
+    // val (NAME) may stand in parentheses of its own: "(val(NAME))".
+    if (tokens_.AtMark("(")) {
+        tokens_.Next();
+        term = ReadTerm();
+        tokens_.ExpectMark(")");
+        return term;
+    }
+    if (!tokens_.At(Kind::kValue)) {
+        term.number = tokens_.ExpectNumber();
+        return term;
+    }
+    const CsnToken& token = tokens_.Next();
+    term.isNumber = false;
+    term.value.form = token.function == "p"   ? Form::kFddCells
+                      : token.function == "q" ? Form::kTddCells
+                                              : Form::kValue;
+    term.value.name = {token.text, token.place};
+    return term;
+}
+
+CsnCount CsnCountParser::Combine(const Term& left, char sign, const Term& right, Span place) {
+    CsnCount count = left.isNumber ? right.value : left.value;
+    const std::int64_t number = left.isNumber ? left.number : right.number;
+    const bool oneValue = left.isNumber != right.isNumber && count.form == Form::kValue;
+    if (left.isNumber && right.isNumber) {
+        count.form = Form::kNumber;
+        count.number = sign == '+'   ? left.number + right.number
+                       : sign == '-' ? left.number - right.number
+                                     : left.number * right.number;
+    } else if (oneValue && sign == '+') {
+        count.number = number;
+    } else if (oneValue && sign == '-') {
+        count.form = left.isNumber ? Form::kRest : Form::kValue;
+        count.number = left.isNumber ? number : -number;
+    } else if (oneValue && sign == '*') {
+        count.form = Form::kTimes;
+        count.number = number;
+    } else {
+        tokens_.Error(place, "a count combines one val(NAME) with one number");
+    }
+    return count;
+}
+
+CsnCount CsnCountParser::Function() {
+    const CsnToken& word = tokens_.Next();
+    CsnCount count;
+    count.place = word.place;
+    for (const FunctionRow& row : kFunctions) {
+        if (row.name != word.text) {
+            continue;
+        }
+        count.form = row.form;
+        tokens_.ExpectMark("(");
+        if (row.form != Form::kOctetEnd) {
+            count.name = tokens_.ExpectName("the name of a position");
+        }
+        if (row.hasNumber && tokens_.ExpectMark(",")) {
+            count.number = tokens_.ExpectNumber();
+        }
+        tokens_.ExpectMark(")");
+        return count;
+    }
+    tokens_.Error(word.place, "'" + word.text + "' is no count; there are numbers, val(NAME), "
+                              "p(NAME), q(NAME), octet_end(), left(NAME, n), left_or_none(NAME, "
+                              "n), left_or_zero(NAME, n) and until(NAME)");
+    return count;
+}
+
+CsnArgument CsnCountParser::Argument() {
+    CsnArgument argument;
+    argument.place = tokens_.Peek().place;
+    if (tokens_.At(Kind::kDigits)) {
+        argument.number = tokens_.ExpectNumber();
+    } else {
+        argument.name = tokens_.ExpectName("the name of a variable or a number");
+    }
+    return argument;
+}
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,504 @@
+#include "compiler/csn/csn_generator.h"
+
+#include <algorithm>
+#include <deque>
+#include <set>
+#include <utility>
+
+#include "compiler/csn/csn_builtins.h"
+#include "compiler/csn/csn_members.h"
+#include "compiler/csn/csn_resolver.h"
+#include "csn/assembler.h"
+#include "csn/byte_code.h"
+#include "csn/machine.h"
+
+namespace quorvane::compiler {
+namespace {
+
+using csn::Assembler;
+using csn::Opcode;
+using Label = csn::Assembler::Label;
+using NodeKind = CsnNode::Kind;
+using RepetitionForm = CsnNode::Repetition::Form;
+
+constexpr std::uint32_t kMostSkip = 63;
+constexpr std::size_t kMostLiteral = 16;
+constexpr std::size_t kMostFieldTable = 1U << 20;  // words; far above any image
+
+class Generator {
+  public:
+    Generator(CsnReporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types)
+        : reporter_(reporter), types_(types), syntax_(syntax), nextTag_(syntax.lastTag) {}
+
+    CsnImage Run() {
+        for (const CsnRule& rule : syntax_.rules) {
+            MarkOpenLoops(*rule.body, false);
+        }
+        for (const CsnRule& rule : syntax_.rules) {
+            if (rule.called) {
+                Rule(rule);
+            }
+        }
+        for (const CsnVariable& variable : syntax_.variables) {
+            image_.tagNames[variable.tag] = variable.name;
+        }
+        image_.code = code_.Finish();
+        CheckReach();
+        if (!reporter_.HasErrors()) {
+            NamePlaces();
+        }
+        return std::move(image_);
+    }
+
+  private:
+    // ---- Rules -----------------------------------------------------------------------------
+
+    /// The body of a repetition with code of its own, so that its tags end with it.
+    struct Outlined {
+        const CsnNode* body;
+        Label label;
+        bool inOpenLoop;
+    };
+
+    void Rule(const CsnRule& rule) {
+        code_.Bind(LabelOf(rule));
+        inOpenLoop_ = inOpenLoops_.count(&rule) != 0;
+        Node(*rule.body);
+        code_.Emit(SetsTags(*rule.body) && !rule.keepsTags ? Opcode::kRetTags : Opcode::kRet);
+        while (!outlined_.empty()) {
+            const Outlined next = outlined_.front();
+            outlined_.pop_front();
+            code_.Bind(next.label);
+            inOpenLoop_ = next.inOpenLoop;
+            Node(*next.body);
+            code_.Emit(Opcode::kRetTags);
+        }
+    }
+
+    Label LabelOf(const CsnRule& rule) {
+        const auto found = labels_.find(&rule);
+        return found != labels_.end() ? found->second
+                                      : labels_.emplace(&rule, code_.NewLabel()).first->second;
+    }
+
+    /// Finds the rules that an iteration of an open repetition runs into, fields left out: there a
+    /// choice must let a writer run out of items.
+    void MarkOpenLoops(const CsnNode& node, bool inside) {
+        const bool opens = node.kind == NodeKind::kRepeat &&
+                           node.repetition.form != RepetitionForm::kCount;
+        if (node.kind == NodeKind::kReference && inside && inOpenLoops_.insert(node.rule).second) {
+            MarkOpenLoops(*node.rule->body, true);
+        }
+        for (const CsnNode* child : node.children) {
+            MarkOpenLoops(*child, node.kind != NodeKind::kField && (inside || opens));
+        }
+    }
+
+    // ---- Nodes -----------------------------------------------------------------------------
+
+    void Node(const CsnNode& node) {
+        switch (node.kind) {
+            case NodeKind::kNull:
+                break;
+            case NodeKind::kBits:
+                Bits(node.text);
+                break;
+            case NodeKind::kAnyBits:
+                for (std::uint32_t left = node.width; left > 0; left -= std::min(left, kMostSkip)) {
+                    code_.Emit(Opcode::kSkip, {std::min(left, kMostSkip)});
+                }
+                break;
+            case NodeKind::kConcat:
+                Concatenation(node);
+                break;
+            case NodeKind::kChoice:
+                Choice(node);
+                break;
+            case NodeKind::kError:
+                ErrorBranch(node);
+                break;
+            case NodeKind::kRepeat:
+                Repetition(node);
+                break;
+            case NodeKind::kTruncate:
+                Truncation(node);
+                break;
+            case NodeKind::kAnd:
+                code_.Emit(Opcode::kMark);
+                Node(*node.children[0]);
+                code_.Emit(Opcode::kRescan);
+                Node(*node.children[1]);
+                code_.Emit(Opcode::kRescanEnd);
+                break;
+            case NodeKind::kExclude:
+                Exclusion(node);
+                break;
+            case NodeKind::kSend:
+                Sending(node);
+                break;
+            case NodeKind::kRange: {
+                const std::uint32_t tag = ++nextTag_;
+                code_.Emit(Opcode::kTagPos, {tag});
+                Node(*node.children[0]);
+                code_.Emit(Opcode::kValRange, {tag, node.low, node.high});
+                break;
+            }
+            case NodeKind::kField:
+                Field(node);
+                break;
+            case NodeKind::kReference:
+                if (node.rule->called) {
+                    code_.Emit(Opcode::kCall, {LabelOf(*node.rule)});
+                } else {
+                    Node(*node.rule->body);
+                }
+                break;
+            case NodeKind::kAction:
+                Action(node);
+                break;
+        }
+    }
+
+    /// Fixed bits: runs of 0 and 1 as patterns, L and H one by one.
+    void Bits(const std::string& text) {
+        for (std::size_t begin = 0; begin < text.size();) {
+            if (text[begin] == 'L' || text[begin] == 'H') {
+                code_.Emit(text[begin] == 'L' ? Opcode::kBitL : Opcode::kBitH);
+                ++begin;
+                continue;
+            }
+            const std::size_t end =
+                std::min({text.find_first_of("LH", begin), text.size(), begin + kMostLiteral});
+            const auto width = static_cast<std::uint32_t>(end - begin);
+            const std::uint32_t value = ValueOf(text.substr(begin, end - begin));
+            if (width == 1) {
+                code_.Emit(value == 0 ? Opcode::kBit0 : Opcode::kBit1);
+            } else {
+                code_.Emit(Opcode::kLit, {Assembler::Literal(value, width)});
+            }
+            begin = end;
+        }
+    }
+
+    static std::uint32_t ValueOf(const std::string& bits) {
+        std::uint32_t value = 0;
+        for (const char bit : bits) {
+            value = value << 1 | (bit == '1' ? 1U : 0U);
+        }
+        return value;
+    }
+
+    /// Fixed bits that follow each other are put together.
+    void Concatenation(const CsnNode& node) {
+        std::string bits;
+        for (const CsnNode* child : node.children) {
+            if (child->kind == NodeKind::kBits) {
+                bits += child->text;
+                continue;
+            }
+            Bits(bits);
+            bits.clear();
+            Node(*child);
+        }
+        Bits(bits);
+    }
+
+    /// The branches in the order in which they are tried: those with fields, those without, and
+    /// those that may be empty.
+    static std::vector<const CsnNode*> BranchesOf(const CsnNode& choice) {
+        std::vector<const CsnNode*> branches(choice.children.begin(), choice.children.end());
+        const auto rank = [](const CsnNode* branch) {
+            return (MayBeEmpty(*branch) ? 2 : 0) + (HasFields(*branch) ? 0 : 1);
+        };
+        if (!choice.inOrder) {
+            std::stable_sort(branches.begin(), branches.end(),
+                             [&](const auto* left, const auto* right) {
+                                 return rank(left) < rank(right);
+                             });
+        }
+        return branches;
+    }
+
+    void Choice(const CsnNode& node) {
+        const std::vector<const CsnNode*> branches = BranchesOf(node);
+        const Label join = code_.NewLabel();
+        for (std::size_t index = 0; index < branches.size(); ++index) {
+            const Label next = code_.NewLabel();
+            Alternative(*branches[index], next, index + 1 == branches.size());
+            Node(*branches[index]);
+            code_.Emit(Opcode::kJmp, {join});
+            code_.Bind(next);
+        }
+        code_.Emit(Opcode::kFail);
+        code_.Bind(join);
+        code_.Emit(Opcode::kPop);
+    }
+
+    /// Opens a branch. The last one has its flag set, which makes a writer in an open repetition
+    /// pass over it: that is what ends the repetition when there are no more items. Around there
+    /// the flag goes by what it is for instead: it is set for every branch that can always be
+    /// written, and not for a last branch with fields, which ends the repetition itself.
+    void Alternative(const CsnNode& branch, Label next, bool isLast) {
+        AltTo(next, inOpenLoop_ ? !HasFields(branch) : isLast, branch.place);
+    }
+
+    void AltTo(Label target, bool flag, Span place) {
+        const Label here = code_.BindNew();
+        code_.Emit(Opcode::kAlt, {Assembler::Branch(target, flag)});
+        alternatives_.push_back({here, target, place});
+    }
+
+    void ErrorBranch(const CsnNode& node) {
+        const Label fallback = code_.NewLabel();
+        const Label fail = code_.NewLabel();
+        const Label join = code_.NewLabel();
+        AltTo(fallback, false, node.place);
+        Node(*node.children[0]);
+        code_.Emit(Opcode::kJmp, {join});
+        code_.Bind(fallback);
+        if (node.readOnly) {
+            code_.Emit(Opcode::kSkipEnc, {fail});
+        }
+        Alternative(*node.children[1], fail, true);
+        Node(*node.children[1]);
+        code_.Emit(Opcode::kJmp, {join});
+        code_.Bind(fail);
+        code_.Emit(Opcode::kFail);
+        code_.Bind(join);
+        code_.Emit(Opcode::kPop);
+    }
+
+    void Repetition(const CsnNode& node) {
+        const Label exit = code_.NewLabel();
+        const auto exitOperand = Assembler::Exit(exit, node.repetition.leftOut);
+        switch (node.repetition.form) {
+            case RepetitionForm::kAny:
+                code_.Emit(Opcode::kRepAny, {exitOperand});
+                break;
+            case RepetitionForm::kRange:
+                RangeOf(node, exitOperand);
+                break;
+            case RepetitionForm::kWriteCount:
+                code_.Emit(Opcode::kRepFnEnc, {exitOperand, FunctionOf(node.repetition.count)});
+                break;
+            case RepetitionForm::kCount:
+                CountOf(node.repetition.count, exitOperand);
+                break;
+        }
+        const bool wasInOpenLoop = inOpenLoop_;
+        inOpenLoop_ = inOpenLoop_ || node.repetition.form != RepetitionForm::kCount;
+        const Label body = code_.BindNew();
+        const CsnNode& child = *node.children.front();
+        if (SetsTags(child)) {
+            const Label block = code_.NewLabel();
+            code_.Emit(Opcode::kCall, {block});
+            outlined_.push_back({&child, block, inOpenLoop_});
+        } else {
+            Node(child);
+        }
+        code_.Emit(Opcode::kLoop, {body});
+        code_.Bind(exit);
+        inOpenLoop_ = wasInOpenLoop;
+    }
+
+    void RangeOf(const CsnNode& node, const Assembler::Operand& exit) {
+        const bool unbounded = node.high == CsnNode::kUnbounded;
+        if (unbounded && node.low < 2) {
+            code_.Emit(node.low == 0 ? Opcode::kRepAny : Opcode::kRepMore, {exit});
+        } else {
+            code_.Emit(Opcode::kRepRange,
+                       {exit, node.low, unbounded ? csn::kUnbounded : node.high});
+        }
+    }
+
+    void CountOf(const CsnCount& count, const Assembler::Operand& exit) {
+        if (count.form == CsnCount::Form::kNumber) {
+            code_.Emit(Opcode::kRep, {exit, static_cast<std::uint32_t>(count.number)});
+        } else if (count.form == CsnCount::Form::kValue && count.number == 0) {
+            code_.Emit(Opcode::kRepTag, {exit, count.variable->tag});
+        } else {
+            code_.Emit(Opcode::kRepFn, {exit, FunctionOf(count)});
+        }
+    }
+
+    /// One alternative whose choice point moves up with each element that is complete. An action
+    /// goes with the element behind it.
+    void Truncation(const CsnNode& node) {
+        const Label end = code_.NewLabel();
+        AltTo(end, false, node.place);
+        bool commits = false;
+        for (const CsnNode* child : node.children) {
+            if (commits) {
+                code_.Emit(Opcode::kCommit);
+            }
+            Node(*child);
+            commits = child->kind != NodeKind::kAction;
+        }
+        code_.Emit(Opcode::kPop);
+        code_.Bind(end);
+    }
+
+    void Exclusion(const CsnNode& node) {
+        const Label behind = code_.NewLabel();
+        code_.Emit(Opcode::kMark);
+        Node(*node.children[0]);
+        code_.Emit(Opcode::kExclude, {behind});
+        Node(*node.children[1]);
+        code_.Emit(Opcode::kExcludeEnd);
+        code_.Bind(behind);
+    }
+
+    void Sending(const CsnNode& node) {
+        const Label written = code_.NewLabel();
+        const Label end = code_.NewLabel();
+        code_.Emit(Opcode::kSkipEnc, {written});
+        Node(*node.children[0]);
+        if (node.children[1]->kind == NodeKind::kNull) {
+            code_.Bind(written);
+            return;
+        }
+        code_.Emit(Opcode::kJmp, {end});
+        code_.Bind(written);
+        Node(*node.children[1]);
+        code_.Bind(end);
+    }
+
+    void Action(const CsnNode& node) {
+        const Opcode opcode = node.direction == CsnNode::Direction::kReading   ? Opcode::kActDec
+                              : node.direction == CsnNode::Direction::kWriting ? Opcode::kActEnc
+                                                                               : Opcode::kAct;
+        const std::uint32_t index = IndexOf(image_.actions, CsnActionExpression(node));
+        code_.Emit(opcode, {index});
+        image_.actionTags.resize(image_.actions.size());
+        image_.actionTags[index] = SetsTags(node) ? 1 : 0;
+    }
+
+    std::uint32_t FunctionOf(const CsnCount& count) {
+        return IndexOf(image_.functions, CsnCountExpression(count));
+    }
+
+    static std::uint32_t IndexOf(std::vector<std::string>& table, const std::string& entry) {
+        const auto found = std::find(table.begin(), table.end(), entry);
+        const auto index = static_cast<std::uint32_t>(found - table.begin());
+        if (found == table.end()) {
+            table.push_back(entry);
+        }
+        return index;
+    }
+
+    // ---- Fields ----------------------------------------------------------------------------
+
+    void Field(const CsnNode& node) {
+        const std::uint32_t id = NumberField(node);
+        const CsnNode& content = *node.children.front();
+        if (node.variable == nullptr && !node.annotations.sized) {
+            if (content.kind == NodeKind::kAnyBits || IsEitherBit(content)) {
+                code_.Emit(Opcode::kField,
+                           {id, static_cast<std::uint32_t>(FixedWidth(content).value_or(0))});
+                return;
+            }
+            if (content.kind == NodeKind::kBits && content.text.size() <= kMostLiteral &&
+                content.text.find_first_of("LH") == std::string::npos) {
+                const auto width = static_cast<std::uint32_t>(content.text.size());
+                code_.Emit(Opcode::kFieldLit,
+                           {id, Assembler::Literal(ValueOf(content.text), width)});
+                return;
+            }
+        }
+        // A value is one whole with an inner layout; a group, and a mark of no bits, is not.
+        const bool isGroup = HasFields(content) || content.kind == NodeKind::kNull;
+        const auto delimiter = Assembler::Delimiter(id, !isGroup || node.annotations.sized);
+        const bool wasInOpenLoop = std::exchange(inOpenLoop_, false);
+        code_.Emit(Opcode::kBegin, {delimiter});
+        Node(content);
+        if (node.variable == nullptr) {
+            code_.Emit(Opcode::kEnd, {delimiter});
+        } else {
+            code_.Emit(Opcode::kEndTag, {delimiter, node.variable->tag});
+        }
+        inOpenLoop_ = wasInOpenLoop;
+    }
+
+    /// Numbers an occurrence of a field: its index, then its tags by parent.
+    std::uint32_t NumberField(const CsnNode& node) {
+        std::vector<std::uint16_t>& table = image_.fieldTable;
+        const auto id = static_cast<std::uint32_t>(table.size() + 1);
+        image_.fieldNames[id] = CsnMemberName(node);
+        table.push_back(static_cast<std::uint16_t>(image_.fieldCount++));
+        const auto found = types_.tags.find(&node);
+        if (found == types_.tags.end() || table.size() > kMostFieldTable) {
+            return id;
+        }
+        std::vector<CsnTypeTables::TagPair> pairs = found->second;
+        std::sort(pairs.begin(), pairs.end());
+        pairs.erase(std::unique(pairs.begin(), pairs.end()), pairs.end());
+        for (const CsnTypeTables::TagPair& pair : pairs) {
+            table.push_back(pair.parent);
+            table.push_back(pair.tag);
+        }
+        return id;
+    }
+
+    // ---- Afterwards ------------------------------------------------------------------------
+
+    void CheckReach() {
+        for (const Alt& alternative : alternatives_) {
+            const std::uint32_t distance =
+                code_.OffsetOf(alternative.target) - code_.OffsetOf(alternative.here);
+            if (distance > csn::kMostJump) {
+                reporter_.Error(alternative.place,
+                                "the alternative takes " + std::to_string(distance) +
+                                    " octets of code, more than the " +
+                                    std::to_string(csn::kMostJump) +
+                                    " that it can reach over; put a part of it into a rule of "
+                                    "its own");
+            }
+        }
+        if (image_.fieldCount > 0x7FFF) {
+            reporter_.Error(types_.structures.back().section->structure->place,
+                            "the descriptions have more fields than can be numbered");
+        }
+        if (!reporter_.HasErrors() && !code_.Errors().empty()) {
+            reporter_.Error(types_.structures.front().section->structure->place,
+                            code_.Errors().front());
+        }
+    }
+
+    void NamePlaces() {
+        for (const auto& [rule, label] : labels_) {
+            image_.ruleNames[code_.OffsetOf(label)] = rule->name.text;
+            image_.rulePlaces[code_.OffsetOf(label)] = rule->name.place;
+        }
+        for (const CsnStructureTypes& structure : types_.structures) {
+            const CsnRule& entry = EntryRule(*structure.section);
+            image_.entries.push_back(code_.OffsetOf(LabelOf(entry)));
+            image_.ruleNames[image_.entries.back()] = structure.section->structure->text;
+        }
+    }
+
+    struct Alt {
+        Label here;
+        Label target;
+        Span place;
+    };
+
+    CsnReporter& reporter_;
+    const CsnTypeTables& types_;
+    const CsnSyntax& syntax_;
+    Assembler code_;
+    CsnImage image_;
+    std::map<const CsnRule*, Label> labels_;
+    std::set<const CsnRule*> inOpenLoops_;
+    std::deque<Outlined> outlined_;
+    std::vector<Alt> alternatives_;
+    bool inOpenLoop_ = false;  // an open repetition is around, with no field between
+    std::uint32_t nextTag_;    // the last tag in use
+};
+
+}  // namespace
+
+CsnImage GenerateCsn(CsnReporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types) {
+    return Generator(reporter, syntax, types).Run();
+}
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,506 @@
+#include "compiler/csn/csn_parser.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "compiler/csn/csn_count_parser.h"
+#include "compiler/csn/csn_tokens.h"
+
+namespace quorvane::compiler {
+namespace {
+
+using Kind = CsnToken::Kind;
+using NodeKind = CsnNode::Kind;
+
+/// Widest run of bits that may stand in one place.
+constexpr std::uint32_t kMostBits = 1U << 20;
+
+/// Most groups and fields in each other: far above any description, and bounds the recursion here
+/// and in the passes behind.
+constexpr int kMostDepth = 100;
+
+class Parser {
+  public:
+    Parser(CsnReporter& reporter, std::uint32_t file, CsnSyntax& syntax)
+        : tokens_(reporter, file), counts_(tokens_), syntax_(syntax) {}
+
+    void File() {
+        syntax_.sections.emplace_back();
+        while (!tokens_.AtEnd()) {
+            tokens_.BeginDeclaration();
+            if (tokens_.AtWord("structure")) {
+                Structure();
+            } else if (tokens_.AcceptWord("shared")) {
+                syntax_.sections.emplace_back();
+                EndOfDeclaration();
+            } else if (tokens_.At(Kind::kReference)) {
+                Rule();
+            } else {
+                tokens_.ErrorExpected("a rule, 'structure' or 'shared'");
+                SkipDeclaration();
+            }
+        }
+        std::erase_if(syntax_.sections, [](const CsnSection& section) {
+            return !section.structure && section.rules.empty();
+        });
+    }
+
+  private:
+    void Structure() {
+        const Span place = tokens_.Next().place;
+        CsnSection& section = syntax_.sections.emplace_back();
+        section.structure = tokens_.ExpectName("the name of a structure");
+        if (tokens_.At(Kind::kText)) {
+            section.citation = tokens_.Next().text;
+        }
+        if (section.citation.empty()) {
+            tokens_.Error(place, "the structure cites no clause; write \"TS ..., clause\" behind "
+                                 "its name");
+        }
+        EndOfDeclaration();
+    }
+
+    void Rule() {
+        const CsnToken& head = tokens_.Next();
+        CsnRule& rule = syntax_.rules.emplace_back();
+        rule.name = {head.text, head.place};
+        rule.key = CsnSpelling(head.text);
+        rule.body = syntax_.NewNode(NodeKind::kNull, head.place);
+        syntax_.sections.back().rules.push_back(&rule);
+        if (tokens_.ExpectMark("::=")) {
+            rule.body = Expression();
+        }
+        EndOfDeclaration();
+    }
+
+    void EndOfDeclaration() {
+        if (!tokens_.ExpectMark(";")) {
+            SkipDeclaration();
+        }
+    }
+
+    /// Passes over the rest of a declaration, or up to where the next one clearly begins.
+    void SkipDeclaration() {
+        while (!tokens_.AtEnd() && !tokens_.AcceptMark(";")) {
+            if (tokens_.AtWord("structure") && tokens_.Peek(2).kind == Kind::kText) {
+                return;
+            }
+            tokens_.Next();
+        }
+    }
+
+    // ---- Expressions, from the loosest binding to the tightest -----------------------------
+
+    CsnNode* Expression() {
+        const Span place = tokens_.Peek().place;
+        if (++depth_ > kMostDepth) {
+            tokens_.ErrorExpected("a rule of its own for what is nested so deeply");
+            --depth_;
+            return syntax_.NewNode(NodeKind::kNull, place);
+        }
+        CsnNode* node = Alternatives();
+        while (tokens_.AcceptMark("!")) {
+            CsnNode* both = syntax_.NewNode(NodeKind::kError, place);
+            both->readOnly = tokens_.AcceptWord("read");
+            both->children = {node, Concatenation()};
+            node = Ended(both);
+        }
+        --depth_;
+        return node;
+    }
+
+    CsnNode* Alternatives() {
+        const Span place = tokens_.Peek().place;
+        const bool inOrder = InOrder();
+        CsnNode* first = Concatenation();
+        if (!tokens_.AtMark("|")) {
+            return first;
+        }
+        CsnNode* choice = syntax_.NewNode(NodeKind::kChoice, place);
+        choice->inOrder = inOrder;
+        choice->children.push_back(first);
+        while (tokens_.AcceptMark("|")) {
+            choice->children.push_back(Concatenation());
+        }
+        return Ended(choice);
+    }
+
+    bool InOrder() {
+        if (!tokens_.AtMark("[") || tokens_.Peek(1).text != "in") {
+            return false;
+        }
+        tokens_.Next();
+        tokens_.Next();
+        if (!tokens_.AcceptWord("order")) {
+            tokens_.ErrorExpected("'order'");
+        }
+        tokens_.ExpectMark("]");
+        return true;
+    }
+
+    CsnNode* Concatenation() {
+        const Span place = tokens_.Peek().place;
+        std::vector<CsnNode*> items;
+        while (AtItem() && !tokens_.Broken()) {
+            items.push_back(Item());
+        }
+        if (items.empty()) {
+            tokens_.ErrorExpected("bits, a field, a rule or a group");
+            return syntax_.NewNode(NodeKind::kNull, place);
+        }
+        if (items.size() == 1) {
+            return items.front();
+        }
+        CsnNode* node = syntax_.NewNode(NodeKind::kConcat, place);
+        node->children = std::move(items);
+        return Ended(node);
+    }
+
+    [[nodiscard]] bool AtItem() const {
+        const CsnToken& token = tokens_.Peek();
+        switch (token.kind) {
+            case Kind::kField:
+            case Kind::kReference:
+            case Kind::kDigits:
+            case Kind::kWord:
+                return true;
+            case Kind::kMark:
+                return token.text == "{" || token.text == "<" || token.text == "@";
+            case Kind::kValue:
+            case Kind::kText:
+            case Kind::kEnd:
+                break;
+        }
+        return false;
+    }
+
+    CsnNode* Item() {
+        const Span place = tokens_.Peek().place;
+        const bool isGroup = tokens_.AtMark("{");
+        CsnNode* node = Primary();
+        bool plain = isGroup;  // the group in braces and nothing behind it so far
+        while (true) {
+            if (tokens_.AtMark("//")) {
+                node = Truncation(node, plain);
+            } else if (tokens_.AtMark("*") || tokens_.AtMark("**")) {
+                node = Repetition(node, place);
+            } else if (tokens_.AcceptMark("&")) {
+                node = Pair(NodeKind::kAnd, node, place);
+            } else if (tokens_.AcceptMark("-") || tokens_.AcceptWord("exclude")) {
+                node = Pair(NodeKind::kExclude, node, place);
+            } else if (tokens_.AcceptMark("==")) {
+                node = Equality(node);
+            } else if (tokens_.AcceptMark("=")) {
+                node = Sending(node, place);
+            } else if (tokens_.AcceptWord("in")) {
+                node = Range(node, place);
+            } else {
+                return node;
+            }
+            plain = false;
+        }
+    }
+
+    CsnNode* Truncation(CsnNode* group, bool allowed) {
+        const Span mark = tokens_.Next().place;
+        if (!allowed) {
+            tokens_.Error(mark, "'//' stands behind a group in braces; put what may be truncated "
+                                "between { and }");
+            return group;
+        }
+        CsnNode* node = syntax_.NewNode(NodeKind::kTruncate, group->place);
+        if (group->kind == NodeKind::kConcat) {
+            node->children = group->children;
+        } else {
+            node->children = {group};
+        }
+        return Ended(node);
+    }
+
+    CsnNode* Repetition(CsnNode* body, Span place) {
+        CsnNode* node = syntax_.NewNode(NodeKind::kRepeat, place);
+        node->children = {body};
+        if (tokens_.AcceptMark("**")) {
+            if (tokens_.AcceptWord("write")) {
+                node->repetition.form = CsnNode::Repetition::Form::kWriteCount;
+                tokens_.ExpectMark("(");
+                node->repetition.count = counts_.Expression();
+                tokens_.ExpectMark(")");
+            }
+            return Ended(node);
+        }
+        tokens_.Next();
+        if (tokens_.AtMark("(") && tokens_.Peek(2).text == "..") {
+            tokens_.Next();
+            node->repetition.form = CsnNode::Repetition::Form::kRange;
+            node->low = tokens_.ExpectNumber(kMostIterations);
+            tokens_.Next();
+            node->high = tokens_.AtMark(")") ? CsnNode::kUnbounded
+                                             : tokens_.ExpectNumber(kMostIterations);
+            tokens_.ExpectMark(")");
+        } else {
+            node->repetition.form = CsnNode::Repetition::Form::kCount;
+            node->repetition.count = counts_.Operand();
+        }
+        return Ended(node);
+    }
+
+    CsnNode* Pair(NodeKind kind, CsnNode* first, Span place) {
+        CsnNode* node = syntax_.NewNode(kind, place);
+        node->children = {first, Primary()};
+        return Ended(node);
+    }
+
+    /// `bit (n) == bits`, which is the bits themselves.
+    CsnNode* Equality(CsnNode* node) {
+        CsnNode* bits = Bits();
+        const std::size_t width =
+            node->kind == NodeKind::kAnyBits ? node->width : bits->text.size() + 1;
+        if (bits->kind == NodeKind::kBits && width != bits->text.size()) {
+            tokens_.Error(bits->place, "'==' compares as many bits as stand behind it with those "
+                                       "of 'bit (n)' in front of it");
+        }
+        return bits;
+    }
+
+    CsnNode* Sending(CsnNode* node, Span place) {
+        const bool nothing = tokens_.At(Kind::kReference, "no string");
+        if (nothing && node->kind == NodeKind::kRepeat &&
+            node->repetition.form == CsnNode::Repetition::Form::kAny) {
+            tokens_.Next();
+            node->repetition.leftOut = true;
+            return Ended(node);
+        }
+        return Pair(NodeKind::kSend, node, place);
+    }
+
+    CsnNode* Range(CsnNode* first, Span place) {
+        CsnNode* node = syntax_.NewNode(NodeKind::kRange, place);
+        node->children = {first};
+        node->low = tokens_.ExpectNumber();
+        tokens_.ExpectMark("..");
+        node->high = tokens_.ExpectNumber();
+        if (node->low > node->high) {
+            tokens_.Error(place, "the range ends before it begins");
+        }
+        return Ended(node);
+    }
+
+    CsnNode* Primary() {
+        const CsnToken& token = tokens_.Peek();
+        switch (token.kind) {
+            case Kind::kField:
+                return Field();
+            case Kind::kReference:
+                return Reference();
+            case Kind::kDigits:
+                return Bits();
+            case Kind::kWord:
+                return Word();
+            case Kind::kMark:
+                if (token.text == "{" || token.text == "<") {
+                    return Group(token.text == "{" ? "}" : ">");
+                }
+                if (token.text == "@") {
+                    return Action();
+                }
+                break;
+            case Kind::kValue:
+            case Kind::kText:
+            case Kind::kEnd:
+                break;
+        }
+        tokens_.ErrorExpected("bits, a field, a rule or a group");
+        return syntax_.NewNode(NodeKind::kNull, token.place);
+    }
+
+    CsnNode* Group(std::string_view close) {
+        const Span place = tokens_.Next().place;
+        CsnNode* inner = Expression();
+        if (!tokens_.ExpectMark(close)) {
+            return inner;
+        }
+        inner->place = tokens_.PlaceFrom(place);
+        return inner;
+    }
+
+    CsnNode* Field() {
+        const CsnToken& head = tokens_.Next();
+        CsnNode* node = syntax_.NewNode(NodeKind::kField, head.place);
+        node->name = {head.text, head.place};
+        node->children = {Expression()};
+        if (tokens_.AtMark("[")) {
+            Annotations(node->annotations);
+        }
+        tokens_.ExpectMark(">");
+        return Ended(node);
+    }
+
+    CsnNode* Reference() {
+        const CsnToken& token = tokens_.Next();
+        if (token.text == "null" || token.text == "no string") {
+            return syntax_.NewNode(NodeKind::kNull, token.place);
+        }
+        if (token.text == "bit" || token.text == "octet") {
+            return AnyBits(token.text == "bit" ? 1 : 8, token.place, false);
+        }
+        CsnNode* node = syntax_.NewNode(NodeKind::kReference, token.place);
+        node->name = {token.text, token.place};
+        return node;
+    }
+
+    CsnNode* Word() {
+        const CsnToken& token = tokens_.Peek();
+        if (token.text == "null") {
+            return syntax_.NewNode(NodeKind::kNull, tokens_.Next().place);
+        }
+        if (token.text == "bit" || token.text == "octet") {
+            tokens_.Next();
+            return AnyBits(token.text == "bit" ? 1 : 8, token.place, true);
+        }
+        if (token.text.find_first_not_of("LH") == std::string::npos) {
+            return Bits();
+        }
+        tokens_.ErrorExpected("bits, a field, a rule or a group");
+        tokens_.Next();
+        return syntax_.NewNode(NodeKind::kNull, token.place);
+    }
+
+    CsnNode* Bits() {
+        const CsnToken& token = tokens_.Peek();
+        const bool digits = token.kind == Kind::kDigits;
+        const bool letters = token.kind == Kind::kWord &&
+                             token.text.find_first_not_of("LH") == std::string::npos;
+        if (!digits && !letters) {
+            tokens_.ErrorExpected("bits");
+            return syntax_.NewNode(NodeKind::kNull, token.place);
+        }
+        tokens_.Next();
+        CsnNode* node = syntax_.NewNode(NodeKind::kBits, token.place);
+        node->text = token.text;
+        if (digits && token.text.find_first_not_of("01") != std::string::npos) {
+            tokens_.Error(token.place, "'" + token.text + "' stands where bits belong, and bits "
+                                       "are 0 or 1");
+        }
+        return node;
+    }
+
+    /// Behind `bit` or `octet`: how many of them, if it is told.
+    CsnNode* AnyBits(std::uint32_t unit, Span place, bool mayCount) {
+        CsnNode* node = syntax_.NewNode(NodeKind::kAnyBits, place);
+        node->width = unit;
+        if (!mayCount || !tokens_.AtMark("(")) {
+            return node;
+        }
+        CsnNode* repeat = syntax_.NewNode(NodeKind::kRepeat, place);
+        repeat->children = {node};
+        if (tokens_.Peek(1).text == "*" || tokens_.Peek(1).text == "**") {
+            tokens_.Next();
+            tokens_.Next();
+            tokens_.ExpectMark(")");
+            return Ended(repeat);
+        }
+        const CsnCount count = counts_.Operand();
+        if (count.form != CsnCount::Form::kNumber) {
+            repeat->repetition.form = CsnNode::Repetition::Form::kCount;
+            repeat->repetition.count = count;
+            return Ended(repeat);
+        }
+        if (count.number < 1 || count.number > kMostBits) {
+            tokens_.Error(count.place, "a number of bits from 1 to " + std::to_string(kMostBits) +
+                                           " is expected here");
+        } else {
+            node->width *= static_cast<std::uint32_t>(count.number);
+        }
+        return Ended(node);
+    }
+
+    CsnNode* Action() {
+        CsnNode* node = syntax_.NewNode(NodeKind::kAction, tokens_.Next().place);
+        if (tokens_.AcceptWord("reading")) {
+            node->direction = CsnNode::Direction::kReading;
+        } else if (tokens_.AcceptWord("writing")) {
+            node->direction = CsnNode::Direction::kWriting;
+        }
+        node->name = tokens_.ExpectName("the name of an action");
+        if (tokens_.ExpectMark("(") && !tokens_.AcceptMark(")")) {
+            do {
+                node->arguments.push_back(counts_.Argument());
+            } while (tokens_.AcceptMark(","));
+            tokens_.ExpectMark(")");
+        }
+        return Ended(node);
+    }
+
+    void Annotations(CsnAnnotations& annotations) {
+        annotations.place = tokens_.Next().place;
+        do {
+            const CsnName word = tokens_.ExpectName("an annotation");
+            if (word.text == "as") {
+                annotations.memberName = tokens_.ExpectName("the name of the member");
+            } else if (word.text == "enum") {
+                annotations.enumeration = tokens_.ExpectName("the name of an enumeration");
+            } else if (word.text == "most") {
+                annotations.most = tokens_.ExpectNumber();
+            } else if (word.text == "integer") {
+                ForceType(annotations, CsnAnnotations::Type::kInteger, 32);
+            } else if (word.text == "binary") {
+                ForceType(annotations, CsnAnnotations::Type::kBinary, kMostBits);
+            } else if (word.text == "fixed") {
+                ForceType(annotations, CsnAnnotations::Type::kFixedBinary, kMostBits);
+            } else if (word.text == "optional" || word.text == "mandatory") {
+                annotations.optional = word.text == "optional";
+            } else if (word.text == "sized") {
+                annotations.sized = true;
+            } else if (!word.text.empty()) {
+                tokens_.Error(word.place,
+                              "'" + word.text + "' is no annotation; there are as, enum, most, "
+                              "integer, binary, fixed, optional, mandatory and sized");
+            }
+        } while (tokens_.AcceptMark(","));
+        tokens_.ExpectMark("]");
+        annotations.place = tokens_.PlaceFrom(annotations.place);
+    }
+
+    void ForceType(CsnAnnotations& annotations, CsnAnnotations::Type type, std::uint32_t most) {
+        annotations.type = type;
+        annotations.typeSize = tokens_.ExpectNumber(most);
+    }
+
+    CsnNode* Ended(CsnNode* node) {
+        node->place = tokens_.PlaceFrom(node->place);
+        return node;
+    }
+
+    CsnTokens tokens_;
+    CsnCountParser counts_;
+    CsnSyntax& syntax_;
+    int depth_ = 0;  // of groups and fields in each other
+};
+
+}  // namespace
+
+void ParseCsn(CsnReporter& reporter, std::uint32_t file, CsnSyntax& syntax) {
+    Parser(reporter, file, syntax).File();
+}
+
+std::string CsnSpelling(const std::string& name) {
+    std::string result;
+    bool inRun = false;
+    for (const char c : name) {
+        const bool keeps = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                           (c >= '0' && c <= '9') || c == '_';
+        if (keeps) {
+            if (result.empty() && c >= '0' && c <= '9') {
+                result = "_";
+            }
+            result += c;
+        } else if (!inRun) {
+            result += '_';
+        }
+        inRun = !keeps;
+    }
+    return result;
+}
+
+}  // namespace quorvane::compiler

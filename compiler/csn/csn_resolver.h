@@ -1,0 +1,40 @@
+#pragma once
+
+// Binds the names of CSN.1 descriptions: references to rules, counts to the fields that tell them,
+// actions. Decides which rules get code of their own, and refuses what could not run.
+
+#include <optional>
+
+#include "compiler/csn/csn_syntax.h"
+#include "compiler/csn/csn_reporter.h"
+
+namespace quorvane::compiler {
+
+/// Resolves `syntax`, which has been parsed without a mistake. Mistakes go to the reporter.
+void ResolveCsn(CsnReporter& reporter, CsnSyntax& syntax);
+
+/// Refuses resolved descriptions that could not run: repetitions that never end, rules that call
+/// themselves without reading on, counts that are not known where they are used.
+void CheckCsn(CsnReporter& reporter, CsnSyntax& syntax);
+
+/// The rule of a structure.
+inline const CsnRule& EntryRule(const CsnSection& section) {
+    return *section.rules.front();
+}
+
+/// The bits that `node` of a resolved description always takes, or nothing if that varies.
+[[nodiscard]] std::optional<std::uint64_t> FixedWidth(const CsnNode& node);
+
+/// Whether `node` of a checked description can match the empty string when reading.
+[[nodiscard]] bool MayBeEmpty(const CsnNode& node);
+
+/// Whether fields are delivered inside `node`, in rules that it refers to too.
+[[nodiscard]] bool HasFields(const CsnNode& node);
+
+/// Whether running `node` leaves tags behind.
+[[nodiscard]] bool SetsTags(const CsnNode& node);
+
+/// Whether `node` is `{ 0 | 1 }` or `{ L | H }`: one bit of any value.
+[[nodiscard]] bool IsEitherBit(const CsnNode& node);
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,325 @@
+#include "compiler/csn/csn_types.h"
+
+#include <algorithm>
+#include <deque>
+#include <limits>
+#include <optional>
+#include <set>
+#include <utility>
+
+#include "compiler/csn/csn_members.h"
+#include "compiler/csn/csn_resolver.h"
+
+namespace quorvane::compiler {
+namespace {
+
+using csn::CsnFieldRow;
+using Kind = TypeModel::Kind;
+using TypeAnnotation = CsnAnnotations::Type;
+
+constexpr std::uint32_t kOpenBound = 20;        // of a repetition without a bound
+constexpr std::uint32_t kMostVariableBits = 64;  // of a bit string of variable length
+constexpr std::uint32_t kMostIntegerBits = 32;
+constexpr std::uint32_t kMostBound = std::numeric_limits<std::uint16_t>::max();
+constexpr std::size_t kMostTags = std::numeric_limits<std::uint16_t>::max() - 1;
+
+/// A struct whose members are still to be numbered.
+struct OpenStruct {
+    TypeModel* type;
+    CsnMembers members;
+    std::uint16_t parentTag;
+    std::string path;
+    std::set<const CsnNode*> around;  // the fields that it is nested in
+};
+
+/// What is known of a value from all of its occurrences.
+struct ValueFacts {
+    bool isVariable = false;    // in length
+    std::uint64_t width = 0;    // bits on the wire, the most of all occurrences
+    bool sameWidth = true;
+    const EnumModel* values = nullptr;
+    TypeAnnotation annotation = TypeAnnotation::kByRule;
+    std::uint32_t annotatedSize = 0;
+};
+
+class Deriver {
+  public:
+    Deriver(CsnReporter& reporter, const CsnSyntax& syntax, const CsnEnumFinder& findEnum,
+            TypeStore& store)
+        : reporter_(reporter), syntax_(syntax), findEnum_(findEnum), store_(store) {}
+
+    CsnTypeTables Run() {
+        for (const CsnSection& section : syntax_.sections) {
+            if (section.structure) {
+                CsnStructureTypes& structure = tables_.structures.emplace_back();
+                structure.section = &section;
+                structure.rootTag = static_cast<std::uint16_t>(tables_.structures.size());
+            }
+        }
+        nextTag_ = tables_.structures.size() + 1;
+        for (CsnStructureTypes& structure : tables_.structures) {
+            Structure(structure);
+            if (nextTag_ > kMostTags) {
+                reporter_.Error(structure.section->structure->place,
+                                "the fields up to this structure need more than " +
+                                    std::to_string(kMostTags) + " tags");
+                break;
+            }
+        }
+        return std::move(tables_);
+    }
+
+  private:
+    void Structure(CsnStructureTypes& structure) {
+        const CsnName& name = *structure.section->structure;
+        structure.type = store_.NewType(Kind::kStruct, name.text, name.place);
+        structure.type->named = true;
+        structure.firstTag = static_cast<std::uint16_t>(nextTag_);
+        structure_ = &structure;
+        open_.push_back({structure.type, finder_.Of(*EntryRule(*structure.section).body),
+                         structure.rootTag, "", {}});
+        while (!open_.empty() && nextTag_ <= kMostTags) {
+            const OpenStruct next = std::move(open_.front());
+            open_.pop_front();
+            Struct(next);
+        }
+        open_.clear();
+    }
+
+    void Struct(const OpenStruct& open) {
+        const std::size_t firstRow = structure_->fields.size();
+        std::vector<std::size_t> memberOfRow;
+        for (std::size_t index = 0; index < open.members.All().size(); ++index) {
+            Member(open, open.members.All()[index]);
+            memberOfRow.resize(structure_->fields.size() - firstRow, index);
+        }
+        // Members stand in the order of their names' bytes; rows say where.
+        std::vector<ElementModel>& elements = open.type->elements;
+        std::vector<std::size_t> order(elements.size());
+        for (std::size_t index = 0; index < order.size(); ++index) {
+            order[index] = index;
+        }
+        std::sort(order.begin(), order.end(), [&](std::size_t left, std::size_t right) {
+            return elements[left].name < elements[right].name;
+        });
+        std::vector<std::uint16_t> placeOf(order.size());
+        std::vector<ElementModel> sorted;
+        for (const std::size_t index : order) {
+            placeOf[index] = static_cast<std::uint16_t>(sorted.size());
+            sorted.push_back(elements[index]);
+        }
+        elements = std::move(sorted);
+        for (std::size_t row = 0; row < memberOfRow.size(); ++row) {
+            structure_->fields[firstRow + row].element = placeOf[memberOfRow[row]];
+        }
+    }
+
+    void Member(const OpenStruct& open, const CsnMember& member) {
+        const CsnNode& first = *member.occurrences.front().field;
+        ElementModel element;
+        element.name = member.name;
+        element.optional = member.most == 1 && member.least == 0;
+        std::uint32_t bound = member.most == 1                       ? 0
+                              : member.most == CsnMember::kUnbounded ? kOpenBound
+                                                                     : member.most;
+        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
+            const CsnAnnotations& annotations = occurrence.field->annotations;
+            element.optional = annotations.optional.value_or(element.optional);
+            if (annotations.most && bound == 0) {
+                reporter_.Error(annotations.place, "'" + member.name + "' is no sequence; 'most' "
+                                                   "is the bound of one");
+            } else if (annotations.most) {
+                bound = *annotations.most;
+            }
+        }
+        if (bound > kMostBound) {
+            reporter_.Error(first.place, "'" + member.name + "' could hold " +
+                                             std::to_string(bound) +
+                                             " items, more than a sequence can; give its bound "
+                                             "with 'most'");
+            bound = 1;
+        }
+        const std::string name = open.type->name + "_" + member.name;
+        const std::string path = open.path + (open.path.empty() ? "" : ".") + member.name;
+        std::string valueName = name;
+        if (bound != 0) {
+            element.type = store_.NewType(Kind::kSequence, name, first.place);
+            element.type->size = bound;
+            valueName += "_data";
+        }
+        TypeModel* value = Value(open, member, valueName, path + (bound != 0 ? "[]" : ""),
+                                 static_cast<std::uint16_t>(bound), element.optional);
+        if (bound != 0) {
+            element.type->item = value;
+        } else {
+            element.type = value;
+        }
+        open.type->elements.push_back(std::move(element));
+    }
+
+    TypeModel* Value(const OpenStruct& open, const CsnMember& member, const std::string& name,
+                     const std::string& path, std::uint16_t bound, bool optional) {
+        CsnFieldRow row{};
+        row.optional = optional;
+        row.bound = bound;
+        std::optional<CsnMembers> inner;
+        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
+            const CsnMembers members = finder_.Of(*occurrence.field->children.front());
+            if (inner && members.Empty() != inner->Empty()) {
+                reporter_.Error(occurrence.field->place,
+                                "'" + member.name + "' has fields inside in one place and none in "
+                                "another; give one of them another name with 'as'");
+            }
+            if (inner) {
+                inner->Alternate(members);
+            } else {
+                inner = members;
+            }
+        }
+        if (inner->Empty()) {
+            return Plain(open, member, name, path, row);
+        }
+        return Nested(open, member, name, path, row, std::move(*inner));
+    }
+
+    TypeModel* Nested(const OpenStruct& open, const CsnMember& member, const std::string& name,
+                      const std::string& path, CsnFieldRow row, CsnMembers inner) {
+        const CsnNode& first = *member.occurrences.front().field;
+        TypeModel* type = store_.NewType(Kind::kStruct, name, first.place);
+        std::set<const CsnNode*> around = open.around;
+        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
+            if (!around.insert(occurrence.field).second) {
+                reporter_.Error(occurrence.field->place,
+                                "the field '" + member.name + "' contains itself; a recursion "
+                                "must not pass through a named field");
+                return type;
+            }
+            const CsnAnnotations& annotations = occurrence.field->annotations;
+            if (annotations.enumeration || annotations.type != TypeAnnotation::kByRule) {
+                reporter_.Error(annotations.place, "'" + member.name + "' is a struct, since it "
+                                                   "has fields inside");
+            }
+        }
+        row.kind = CsnFieldRow::Kind::kStruct;
+        row.width = static_cast<std::uint16_t>(inner.All().size());
+        const std::uint16_t tag = AddRow(open, member.occurrences, row, path);
+        open_.push_back({type, std::move(inner), tag, path, std::move(around)});
+        return type;
+    }
+
+    TypeModel* Plain(const OpenStruct& open, const CsnMember& member, const std::string& name,
+                     const std::string& path, CsnFieldRow row) {
+        const CsnNode& first = *member.occurrences.front().field;
+        const ValueFacts facts = FactsOf(member);
+        TypeModel* type = store_.NewType(Kind::kInteger, name, first.place);
+        Choose(*type, facts, member);
+        if (type->kind == Kind::kBinary) {
+            row.kind = CsnFieldRow::Kind::kBinary;
+            row.mostBits = type->size;
+            row.fixed = type->fixed;
+            AddRow(open, member.occurrences, row, path);
+            return type;
+        }
+        // Occurrences of another width have a tag of their own, as they are read differently.
+        std::map<std::uint64_t, std::vector<CsnMember::Occurrence>> byWidth;
+        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
+            byWidth[FixedWidth(*occurrence.field).value_or(0)].push_back(occurrence);
+        }
+        for (const auto& [width, occurrences] : byWidth) {
+            row.kind = width == 0 ? CsnFieldRow::Kind::kMarker : CsnFieldRow::Kind::kInteger;
+            row.width = static_cast<std::uint16_t>(width);
+            AddRow(open, occurrences, row, path);
+        }
+        return type;
+    }
+
+    ValueFacts FactsOf(const CsnMember& member) {
+        ValueFacts facts;
+        bool isFirst = true;
+        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
+            const CsnAnnotations& annotations = occurrence.field->annotations;
+            const auto width = FixedWidth(*occurrence.field);
+            facts.isVariable |= !width || occurrence.inErrorBranch;
+            facts.sameWidth &= isFirst || width == facts.width;
+            facts.width = std::max(facts.width, width.value_or(0));
+            isFirst = false;
+            if (annotations.type != TypeAnnotation::kByRule) {
+                facts.annotation = annotations.type;
+                facts.annotatedSize = annotations.typeSize;
+            }
+            if (annotations.enumeration) {
+                facts.values = findEnum_ ? findEnum_(annotations.enumeration->text) : nullptr;
+                if (facts.values == nullptr) {
+                    reporter_.Error(annotations.enumeration->place,
+                                    "there is no enumeration '" + annotations.enumeration->text +
+                                        "'");
+                }
+            }
+        }
+        return facts;
+    }
+
+    /// The rule by which a value gets its type.
+    void Choose(TypeModel& type, const ValueFacts& facts, const CsnMember& member) {
+        const Span place = member.occurrences.front().field->place;
+        const bool isNumber = facts.annotation == TypeAnnotation::kInteger ||
+                              (facts.annotation == TypeAnnotation::kByRule && !facts.isVariable &&
+                               facts.width <= kMostIntegerBits);
+        if (isNumber && (facts.isVariable || facts.width > kMostIntegerBits)) {
+            reporter_.Error(place, "'" + member.name + "' can be no integer: its length varies or "
+                                   "is above 32 bits");
+        } else if (isNumber) {
+            type.kind = facts.values == nullptr ? Kind::kInteger : Kind::kEnumerated;
+            type.values = facts.values;
+            const auto width = static_cast<std::uint32_t>(facts.width);
+            type.size = width > 1 && width < 8 ? 8 : width;
+            if (facts.annotation == TypeAnnotation::kInteger) {
+                type.size = facts.annotatedSize;
+            }
+        } else {
+            type.kind = Kind::kBinary;
+            type.fixed = facts.annotation == TypeAnnotation::kFixedBinary ||
+                         (facts.annotation == TypeAnnotation::kByRule && !facts.isVariable &&
+                          facts.sameWidth);
+            type.size = facts.annotation != TypeAnnotation::kByRule ? facts.annotatedSize
+                        : facts.isVariable                          ? kMostVariableBits
+                                           : static_cast<std::uint32_t>(facts.width);
+            if (facts.values != nullptr) {
+                reporter_.Error(place, "'" + member.name + "' is a bit string and can have no "
+                                       "enumeration");
+            }
+        }
+    }
+
+    /// Gives the occurrences a tag and its row.
+    std::uint16_t AddRow(const OpenStruct& open,
+                         const std::vector<CsnMember::Occurrence>& occurrences,
+                         const CsnFieldRow& row, const std::string& path) {
+        const auto tag = static_cast<std::uint16_t>(nextTag_++);
+        structure_->fields.push_back(row);
+        structure_->paths.push_back(path);
+        for (const CsnMember::Occurrence& occurrence : occurrences) {
+            tables_.tags[occurrence.field].push_back({open.parentTag, tag});
+        }
+        return tag;
+    }
+
+    CsnReporter& reporter_;
+    const CsnSyntax& syntax_;
+    const CsnEnumFinder& findEnum_;
+    TypeStore& store_;
+    CsnMemberFinder finder_;
+    CsnTypeTables tables_;
+    CsnStructureTypes* structure_ = nullptr;  // the one at hand
+    std::deque<OpenStruct> open_;             // of it, from the outside inwards
+    std::size_t nextTag_ = 1;
+};
+
+}  // namespace
+
+CsnTypeTables DeriveCsnTypes(CsnReporter& reporter, const CsnSyntax& syntax,
+                             const CsnEnumFinder& findEnum, TypeStore& store) {
+    return Deriver(reporter, syntax, findEnum, store).Run();
+}
+
+}  // namespace quorvane::compiler

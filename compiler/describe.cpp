@@ -1,0 +1,71 @@
+#include "compiler/describe.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+#include "compiler/csn/csn_compiler.h"
+#include "compiler/emitter.h"
+#include "compiler/parser.h"
+#include "compiler/resolver.h"
+
+namespace quorvane::compiler {
+namespace {
+
+CsnTypes TypesOf(const CompiledCsn& csn) {
+    CsnTypes types;
+    for (std::size_t index = 0; index < csn.structures.size(); ++index) {
+        types.byName[csn.structures[index].name] = {csn.structures[index].type,
+                                                    static_cast<std::uint16_t>(index)};
+    }
+    return types;
+}
+
+EmittedCsn CodeOf(const CompiledCsn& csn) {
+    if (csn.structures.empty()) {
+        return {"", "{}"};
+    }
+    std::ostringstream code;
+    EmitCsn(code, csn);
+    return {code.str(), "kCsnStructures"};
+}
+
+}  // namespace
+
+Description Describe(const std::vector<Source>& sources) {
+    Reporter reporter;
+    FamilySyntax family;
+    std::vector<std::string> shownNames;
+    std::vector<std::uint32_t> csnFiles;
+    for (const Source& source : sources) {
+        shownNames.push_back(std::filesystem::path(source.name).filename().string());
+        const std::uint32_t file = reporter.AddFile(source.name, source.text);
+        if (source.name.ends_with(".qd")) {
+            ParseDescription(reporter, file, family);
+        } else if (source.name.ends_with(".csn1")) {
+            csnFiles.push_back(file);
+        } else {
+            reporter.Error({file, 0, 0}, "a description file ends in .qd or .csn1");
+        }
+    }
+    if (family.family.text.empty()) {
+        reporter.Error({0, 0, 0}, "no file says 'family' and the family's name");
+    }
+    const auto findEnum = [&](const std::string& name) -> const EnumModel* {
+        const auto found =
+            std::find_if(family.enums.begin(), family.enums.end(),
+                         [&](const EnumModel& values) { return values.name == name; });
+        return found == family.enums.end() ? nullptr : &*found;
+    };
+    FamilyModel model;
+    const CompiledCsn csn = CompileCsn(reporter, csnFiles, findEnum, model.store);
+    Resolve(reporter, family, TypesOf(csn), model);
+    if (reporter.HasErrors()) {
+        return {"", reporter.Text()};
+    }
+    std::ostringstream code;
+    Emit(code, family, model, CodeOf(csn), shownNames);
+    return {code.str(), ""};
+}
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,193 @@
+#include "compiler/type_resolver.h"
+
+#include <algorithm>
+
+namespace quorvane::compiler {
+namespace {
+
+using Kind = TypeModel::Kind;
+
+std::uint32_t WireBits(const FieldSyntax& field) {
+    if (field.half) {
+        return 4;
+    }
+    const bool exact = field.least && field.least == field.most;
+    return exact ? 8 * *field.least : 0;
+}
+
+}  // namespace
+
+TypeResolver::TypeResolver(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
+                           FamilyModel& model)
+    : reporter_(reporter), csn_(csn), model_(model) {
+    for (const EnumModel& values : family.enums) {
+        if (!enums_.emplace(values.name, &values).second) {
+            reporter_.Error(values.place, "the values '" + values.name +
+                                              "' are declared already; give them another name");
+        }
+    }
+}
+
+const EnumModel* TypeResolver::FindEnum(const Name& use) {
+    const auto found = enums_.find(use.text);
+    if (found != enums_.end()) {
+        return found->second;
+    }
+    if (!use.text.empty()) {
+        reporter_.Error(use.place, "no values '" + use.text + "' are declared");
+    }
+    return nullptr;
+}
+
+TypeModel* TypeResolver::Lookup(const std::string& name) const {
+    const auto found = named_.find(name);
+    return found == named_.end() ? nullptr : found->second;
+}
+
+TypeModel* TypeResolver::Find(const Name& use) {
+    TypeModel* type = Lookup(use.text);
+    if (type == nullptr && !use.text.empty()) {
+        reporter_.Error(use.place, "no type '" + use.text +
+                                       "' is declared above; a type stands before its users");
+    }
+    return type;
+}
+
+void TypeResolver::Declare(const Name& name, TypeModel* type) {
+    type->named = true;
+    if (!named_.emplace(name.text, type).second) {
+        reporter_.Error(name.place,
+                        "'" + name.text + "' is declared already; names are unique in a family");
+        return;
+    }
+    model_.named.push_back(type);
+}
+
+TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inlineName,
+                               std::uint32_t wireBits) {
+    TypeStore& store = model_.store;
+    switch (syntax.kind) {
+        case TypeSyntax::Kind::kNamed:
+            return Find(syntax.name);
+        case TypeSyntax::Kind::kSpare:
+            return store.NewType(Kind::kInteger, inlineName, syntax.place);
+        case TypeSyntax::Kind::kInteger: {
+            TypeModel* type = store.NewType(Kind::kInteger, inlineName, syntax.place);
+            type->size = syntax.size.value_or(wireBits);
+            return type;
+        }
+        case TypeSyntax::Kind::kEnumerated: {
+            TypeModel* type = store.NewType(Kind::kEnumerated, inlineName, syntax.place);
+            type->size = syntax.size.value_or(wireBits);
+            type->values = FindEnum(syntax.name);
+            if (type->size == 0) {
+                reporter_.Error(syntax.place,
+                                "the width of the enumeration in bits is missing: 'enum8'");
+            }
+            return type;
+        }
+        case TypeSyntax::Kind::kBinary: {
+            TypeModel* type = store.NewType(Kind::kBinary, inlineName, syntax.place);
+            type->size = syntax.size.value_or(0);
+            type->fixed = syntax.fixed;
+            return type;
+        }
+        case TypeSyntax::Kind::kSequence: {
+            TypeModel* type = store.NewType(Kind::kSequence, inlineName, syntax.place);
+            type->size = syntax.size.value_or(0);
+            type->item = Build(*syntax.item, inlineName + "_data", 0);
+            return type;
+        }
+        case TypeSyntax::Kind::kStruct: {
+            TypeModel* type = store.NewType(Kind::kStruct, inlineName, syntax.place);
+            AddMembers(*type, syntax.members);
+            return type;
+        }
+    }
+    return nullptr;
+}
+
+void TypeResolver::AddMember(TypeModel& owner, const Name& name, TypeModel* type, bool optional) {
+    const auto same = [&](const ElementModel& element) { return element.name == name.text; };
+    if (std::any_of(owner.elements.begin(), owner.elements.end(), same)) {
+        reporter_.Error(name.place, "'" + owner.name + "' has a member '" + name.text +
+                                        "' already; a member has a name of its own");
+    }
+    owner.elements.push_back({name.text, type, optional});
+}
+
+void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members) {
+    for (const MemberSyntax& member : members) {
+        if (!member.name.text.empty()) {
+            AddMember(owner, member.name,
+                      Build(member.type, owner.name + "_" + member.name.text, member.bits),
+                      member.optional);
+        }
+    }
+}
+
+void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
+    TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.place);
+    AddMembers(*type, syntax.members);
+    for (const GroupSyntax& group : syntax.groups) {
+        for (const OctetSyntax& octet : group.octets) {
+            AddMembers(*type, octet.members);
+        }
+    }
+    if (syntax.remainder) {
+        AddMember(
+            *type, syntax.remainder->name,
+            Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, 0),
+            syntax.remainder->optional);
+    }
+    Declare(syntax.name, type);
+}
+
+void TypeResolver::DeclareUnion(const UnionSyntax& syntax) {
+    TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.place);
+    for (const AlternativeSyntax& alternative : syntax.alternatives) {
+        AddMember(*type, alternative.name, Find(alternative.type), true);
+    }
+    Declare(syntax.name, type);
+}
+
+void TypeResolver::DeclareSequence(const SequenceSyntax& syntax) {
+    Declare(syntax.name, Build(syntax.type, syntax.name.text, 0));
+}
+
+void TypeResolver::DeclareCsn(const Name& name) {
+    const auto found = csn_.byName.find(name.text);
+    if (found == csn_.byName.end()) {
+        reporter_.Error(name.place, "no .csn1 file of the family has a structure '" + name.text +
+                                        "' at its top");
+        return;
+    }
+    Declare(name, found->second.type);
+}
+
+void TypeResolver::DeclareMessage(const MessageSyntax& syntax,
+                                  const std::vector<const HeaderItemSyntax*>& headerMembers) {
+    TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.place);
+    for (const HeaderItemSyntax* item : headerMembers) {
+        AddMember(*type, item->name,
+                  Build(item->type, syntax.name.text + "_" + item->name.text, item->bits), false);
+    }
+    for (const FieldSyntax& field : syntax.fields) {
+        const bool untagged = !field.tag && !field.condition;
+        AddMember(*type, field.name,
+                  Build(field.type, syntax.name.text + "_" + field.name.text, WireBits(field)),
+                  !untagged && !field.mandatory);
+    }
+    Declare(syntax.name, type);
+}
+
+TypeModel* TypeResolver::DeclareSet(const SetSyntax& syntax) {
+    TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.place);
+    for (const SetSyntax::Message& message : syntax.messages) {
+        AddMember(*type, message.name, Lookup(message.name.text), true);  // reported with the keys
+    }
+    Declare(syntax.name, type);
+    return type;
+}
+
+}  // namespace quorvane::compiler

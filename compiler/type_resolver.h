@@ -1,0 +1,54 @@
+#pragma once
+
+// Builds the types of a family from their declarations.
+
+#include <map>
+#include <string>
+
+#include "compiler/resolver.h"
+
+namespace quorvane::compiler {
+
+class TypeResolver {
+  public:
+    TypeResolver(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
+                 FamilyModel& model);
+
+    /// The named type, or null with an error at `use` if it isn't declared above.
+    TypeModel* Find(const Name& use);
+    /// The named type, or null.
+    [[nodiscard]] TypeModel* Lookup(const std::string& name) const;
+
+    /// The type that `syntax` tells, as that of the member `name` of `owner`: an inline type with
+    /// a compound name, or a named one. `wireBits` is the width on the wire, 0 if it varies.
+    TypeModel* Build(const TypeSyntax& syntax, const std::string& inlineName,
+                     std::uint32_t wireBits);
+
+    /// Adds a named type to the catalogue; a second one of that name is an error.
+    void Declare(const Name& name, TypeModel* type);
+
+    // The types of the declarations.
+    void DeclareStruct(const StructSyntax& syntax);
+    void DeclareUnion(const UnionSyntax& syntax);
+    void DeclareSequence(const SequenceSyntax& syntax);
+    void DeclareCsn(const Name& name);
+    /// `headerMembers`: the members that the header gives, in the order of the record.
+    void DeclareMessage(const MessageSyntax& syntax,
+                        const std::vector<const HeaderItemSyntax*>& headerMembers);
+    TypeModel* DeclareSet(const SetSyntax& syntax);
+
+    /// Adds a member and reports a name that the type has already.
+    void AddMember(TypeModel& owner, const Name& name, TypeModel* type, bool optional);
+
+  private:
+    const EnumModel* FindEnum(const Name& use);
+    void AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members);
+
+    Reporter& reporter_;
+    const CsnTypes& csn_;
+    FamilyModel& model_;
+    std::map<std::string, const EnumModel*> enums_;
+    std::map<std::string, TypeModel*> named_;
+};
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,394 @@
+#include "compiler/value_builder.h"
+
+#include <algorithm>
+
+namespace quorvane::compiler {
+namespace {
+
+using iecodec::kNone;
+using iecodec::PartRow;
+using iecodec::Shape;
+using iecodec::ValueRow;
+
+template <typename T>
+std::uint16_t IndexOfNext(const std::vector<T>& rows) {
+    return static_cast<std::uint16_t>(rows.size());
+}
+
+std::uint16_t NamedCount(const std::vector<MemberSyntax>& members) {
+    const auto named = [](const MemberSyntax& member) { return !member.name.text.empty(); };
+    return static_cast<std::uint16_t>(std::count_if(members.begin(), members.end(), named));
+}
+
+}  // namespace
+
+ValueBuilder::ValueBuilder(Reporter& reporter, const FamilySyntax& /*family*/, const CsnTypes& csn,
+                           TypeResolver& types, FamilyModel& model)
+    : reporter_(reporter), csn_(csn), types_(types), model_(model) {}
+
+std::uint16_t ValueBuilder::Add(ValueRow row) {
+    model_.values.push_back(row);
+    return static_cast<std::uint16_t>(model_.values.size() - 1);
+}
+
+std::uint16_t ValueBuilder::AddNamed(const Name& name, ValueRow row) {
+    const std::uint16_t index = Add(row);
+    named_.emplace(name.text, index);
+    return index;
+}
+
+void ValueBuilder::NoteMessage(const std::string& name, std::uint16_t message) {
+    messages_.emplace(name, message);
+}
+
+std::uint32_t ValueBuilder::WidthOf(std::uint16_t row) const {
+    if (row == kNone) {
+        return 0;
+    }
+    const ValueRow& value = model_.values[row];
+    const bool known = value.shape == Shape::kInteger || value.shape == Shape::kFixed ||
+                       value.shape == Shape::kBinary;
+    return known ? value.width : 0;
+}
+
+std::uint16_t ValueBuilder::RowOfNamed(const Name& use) {
+    if (const auto found = named_.find(use.text); found != named_.end()) {
+        return found->second;
+    }
+    // A message as a value: its body without the header.
+    if (const auto message = messages_.find(use.text); message != messages_.end()) {
+        const TypeModel* type = types_.Lookup(use.text);
+        ValueRow row = StructRow(*type);
+        row.shape = Shape::kMessageBody;
+        row.item = message->second;
+        return AddNamed(use, row);
+    }
+    return kNone;
+}
+
+std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* type,
+                                  std::string_view name, std::uint32_t wireBits, bool located) {
+    if (type == nullptr || syntax.kind == TypeSyntax::Kind::kSpare) {
+        return kNone;
+    }
+    ValueRow row{};
+    row.name = type->name;
+    row.located = located;
+    switch (syntax.kind) {
+        case TypeSyntax::Kind::kNamed:
+            return RowOfNamed(syntax.name);
+        case TypeSyntax::Kind::kInteger:
+        case TypeSyntax::Kind::kEnumerated:
+            row.shape = Shape::kInteger;
+            row.width = static_cast<std::uint16_t>(wireBits == 0 ? type->size : wireBits);
+            if (row.width < 1 || row.width > 32) {
+                reporter_.Error(syntax.place, "an integer has 1 to 32 bits on the wire, not " +
+                                                  std::to_string(row.width));
+            }
+            break;
+        case TypeSyntax::Kind::kBinary:
+            row.shape = Shape::kBinary;
+            row.name = name;
+            row.capacity = type->size;
+            row.width = static_cast<std::uint16_t>(type->fixed ? type->size : 0);
+            return Add(row);
+        case TypeSyntax::Kind::kSequence: {
+            row.shape = Shape::kSequence;
+            row.capacity = type->size;
+            row.item = RowOf(*syntax.item, type->item, name, 0, false);
+            return Add(row);
+        }
+        default:
+            reporter_.Error(syntax.place,
+                            "an inline struct has a wire form only inside a special element; "
+                            "declare a struct of its own");
+            return kNone;
+    }
+    const auto key = std::tuple(std::uint32_t{row.width}, located);
+    const auto [entry, isNew] = integers_.emplace(key, IndexOfNext(model_.values));
+    if (isNew) {
+        Add(row);
+    }
+    return entry->second;
+}
+
+ValueRow ValueBuilder::StructRow(const TypeModel& type) {
+    ValueRow row{};
+    row.name = type.name;
+    row.located = true;
+    row.members = static_cast<std::uint16_t>(type.elements.size());
+    row.item = kNone;
+    row.element = kNone;
+    return row;
+}
+
+std::uint16_t ValueBuilder::Special(const Name& name) {
+    auto& names = model_.specials;
+    const auto found = std::find(names.begin(), names.end(), name.text);
+    const auto index = static_cast<std::uint16_t>(found - names.begin());
+    if (found == names.end()) {
+        names.push_back(name.text);
+    }
+    return index;
+}
+
+PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& member,
+                             const TypeModel* type) {
+    using Extent = MemberSyntax::Extent;
+    PartRow part{};
+    part.value = kNone;
+    part.width = static_cast<std::uint16_t>(member.bits);
+    if (member.name.text.empty() || member.type.kind == TypeSyntax::Kind::kSpare) {
+        part.kind = PartRow::Kind::kSkip;
+        return part;
+    }
+    part.value = RowOf(member.type, type, member.name.text, member.bits, !owner.unlocated);
+    if (member.extent == Extent::kRest || member.extent == Extent::kCounted) {
+        const bool rest = member.extent == Extent::kRest;
+        part.kind = rest ? PartRow::Kind::kRest : PartRow::Kind::kCounted;
+        if (!rest && owner.shape != StructSyntax::Shape::kSerial) {
+            reporter_.Error(member.name.place, "only a serial struct has counted members");
+        }
+        return part;
+    }
+    if (part.value == kNone) {
+        return part;
+    }
+    const ValueRow& value = model_.values[part.value];
+    part.kind = value.shape == Shape::kInteger ? PartRow::Kind::kInteger : PartRow::Kind::kValue;
+    const std::uint32_t width = WidthOf(part.value);
+    if (member.extent == Extent::kNone) {
+        part.width = static_cast<std::uint16_t>(width);
+        if (width == 0) {
+            reporter_.Error(member.name.place, "the width of '" + member.name.text +
+                                                   "' in bits is missing in front of the colon");
+        }
+    } else if (width != 0 && width != member.bits) {
+        reporter_.Error(member.name.place, "'" + member.name.text + "' has " +
+                                               std::to_string(member.bits) +
+                                               " bits here, its type " + std::to_string(width));
+    }
+    return part;
+}
+
+std::uint32_t ValueBuilder::AddParts(const StructSyntax& owner,
+                                     const std::vector<MemberSyntax>& members,
+                                     std::uint16_t firstElement, std::uint32_t offset) {
+    const TypeModel* type = types_.Lookup(owner.name.text);
+    std::uint16_t element = firstElement;
+    // Rows of nested values first, so that this struct's parts stand together.
+    std::vector<PartRow> parts;
+    for (const MemberSyntax& member : members) {
+        const bool named = !member.name.text.empty();
+        PartRow part = PartOf(owner, member, named ? type->elements[element].type : nullptr);
+        part.element = named ? element++ : kNone;
+        part.offset = static_cast<std::uint16_t>(offset);
+        offset += part.width;
+        const bool open = part.kind == PartRow::Kind::kRest || part.kind == PartRow::Kind::kCounted;
+        if (open && owner.shape != StructSyntax::Shape::kSerial && &member != &members.back()) {
+            reporter_.Error(member.name.place, "a member that takes the rest is the last one");
+        }
+        parts.push_back(part);
+    }
+    model_.parts.insert(model_.parts.end(), parts.begin(), parts.end());
+    return offset;
+}
+
+std::uint16_t ValueBuilder::AddSpecialParts(const StructSyntax& syntax) {
+    const std::uint16_t first = IndexOfNext(model_.parts);
+    for (const MemberSyntax& member : syntax.members) {
+        const auto element = static_cast<std::uint16_t>(model_.parts.size() - first);
+        const bool named = member.type.kind == TypeSyntax::Kind::kNamed;
+        model_.parts.push_back(
+            {PartRow::Kind::kValue, element, 0, 0, named ? RowOfNamed(member.type.name) : kNone});
+    }
+    return first;
+}
+
+void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
+    using StructShape = StructSyntax::Shape;
+    const TypeModel* type = types_.Lookup(syntax.name.text);
+    if (type == nullptr || named_.count(syntax.name.text) != 0) {
+        return;  // a second one of the name, reported
+    }
+    ValueRow row = StructRow(*type);
+    if (syntax.shape == StructShape::kSpecial) {
+        row.shape = Shape::kSpecial;
+        row.item = Special(syntax.special);
+        row.count = static_cast<std::uint16_t>(syntax.members.size());
+        row.first = AddSpecialParts(syntax);
+        AddNamed(syntax.name, row);
+        return;
+    }
+    if (syntax.shape == StructShape::kExtension) {
+        BuildExtension(syntax, row);
+        return;
+    }
+    const std::uint32_t width = AddParts(syntax, syntax.members, 0, 0);
+    row.count = static_cast<std::uint16_t>(syntax.members.size());
+    row.first = static_cast<std::uint16_t>(model_.parts.size() - row.count);
+    row.width = static_cast<std::uint16_t>(width);
+    const bool open =
+        !syntax.members.empty() && syntax.members.back().extent == MemberSyntax::Extent::kRest;
+    switch (syntax.shape) {
+        case StructShape::kFixed:
+            row.shape = Shape::kFixed;
+            if (open) {
+                reporter_.Error(syntax.members.back().name.place,
+                                "a fixed struct has no member that takes the rest; use "
+                                "truncatable or serial");
+            }
+            break;
+        case StructShape::kTruncatable:
+            row.shape = Shape::kTruncatable;
+            break;
+        default:
+            row.shape = Shape::kSerial;
+            break;
+    }
+    AddNamed(syntax.name, row);
+}
+
+void ValueBuilder::AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged,
+                            std::uint16_t firstElement) {
+    iecodec::OctetRow row{};
+    const std::uint32_t end = AddParts(owner, octet.members, firstElement, 1);
+    row.partCount = static_cast<std::uint16_t>(octet.members.size());
+    row.firstPart = static_cast<std::uint16_t>(model_.parts.size() - row.partCount);
+    row.flagElement = flagged ? firstElement : kNone;
+    model_.octets.push_back(row);
+    if (end != 8) {
+        reporter_.Error(octet.place,
+                        "the members of an octet take 7 bits behind the extension "
+                        "bit, not " +
+                            std::to_string(end - 1));
+    }
+    for (std::size_t index = 0; index < octet.members.size(); ++index) {
+        const MemberSyntax& member = octet.members[index];
+        const bool mayBeOptional = index == 0 && flagged;
+        if (member.optional != mayBeOptional) {
+            reporter_.Error(member.name.place,
+                            mayBeOptional
+                                ? "the first member of an octet that may be absent is optional: "
+                                  "put a '?' behind its name"
+                                : "only the first member of an octet that may be absent is "
+                                  "optional");
+        }
+    }
+}
+
+std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow row) {
+    const TypeModel* type = types_.Lookup(syntax.name.text);
+    row.shape = Shape::kExtension;
+    row.count = static_cast<std::uint16_t>(syntax.groups.size());
+    std::uint16_t element = 0;
+    std::vector<iecodec::GroupRow> groups;
+    for (const GroupSyntax& group : syntax.groups) {
+        iecodec::GroupRow groupRow{};
+        groupRow.mandatory = !group.optional;
+        groupRow.number = static_cast<std::uint8_t>(group.number);
+        groupRow.firstOctet = IndexOfNext(model_.octets);
+        groupRow.octetCount = static_cast<std::uint16_t>(group.octets.size());
+        for (const OctetSyntax& octet : group.octets) {
+            const bool first = &octet == &group.octets.front();
+            AddOctet(syntax, octet, !first || group.optional, element);
+            element = static_cast<std::uint16_t>(element + NamedCount(octet.members));
+        }
+        groups.push_back(groupRow);
+    }
+    row.first = IndexOfNext(model_.groups);
+    model_.groups.insert(model_.groups.end(), groups.begin(), groups.end());
+    if (syntax.remainder) {
+        row.element = element;
+        row.item = RowOf(syntax.remainder->type, type->elements[element].type,
+                         syntax.remainder->name.text, 0, true);
+    }
+    return AddNamed(syntax.name, row);
+}
+
+void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
+    if (named_.count(syntax.name.text) != 0) {
+        return;
+    }
+    const TypeModel* type = types_.Lookup(syntax.name.text);
+    ValueRow row = StructRow(*type);
+    row.selectorOffset = static_cast<std::uint16_t>(syntax.selectorOffset);
+    row.selectorWidth = static_cast<std::uint16_t>(syntax.selectorWidth);
+    row.count = static_cast<std::uint16_t>(syntax.alternatives.size());
+    row.shape = syntax.shape == UnionSyntax::Shape::kChoice     ? Shape::kChoice
+                : syntax.shape == UnionSyntax::Shape::kMessages ? Shape::kMessageSet
+                                                                : Shape::kSpecial;
+    if (row.shape == Shape::kSpecial) {
+        row.item = Special(syntax.special);
+    }
+    std::vector<iecodec::AlternativeRow> alternatives;
+    bool hasDefault = false;
+    for (const AlternativeSyntax& alternative : syntax.alternatives) {
+        iecodec::AlternativeRow out{};
+        out.tag = static_cast<std::uint16_t>(alternatives.size() + 1);
+        out.isDefault = alternative.isDefault;
+        out.selector = alternative.selector.value_or(0);
+        const bool chosen = alternative.selector.has_value() || alternative.isDefault;
+        if ((row.shape == Shape::kChoice) != chosen || (alternative.isDefault && hasDefault)) {
+            reporter_.Error(alternative.name.place,
+                            row.shape == Shape::kChoice
+                                ? "an alternative of a choice has 'when' and a value, one of them "
+                                  "'default'"
+                                : "only a choice has alternatives with 'when' or 'default'");
+        }
+        hasDefault = hasDefault || alternative.isDefault;
+        if (row.shape == Shape::kMessageSet) {
+            const auto message = messages_.find(alternative.type.text);
+            if (message == messages_.end()) {
+                reporter_.Error(alternative.type.place,
+                                "'" + alternative.type.text + "' is no message declared above");
+            } else {
+                out.value = message->second;
+                out.selector = model_.messages[message->second].code;
+            }
+        } else {
+            out.value = RowOfNamed(alternative.type);
+        }
+        alternatives.push_back(out);
+    }
+    if (row.shape == Shape::kChoice && !hasDefault) {
+        reporter_.Error(syntax.name.place, "a choice needs a default alternative");
+    }
+    row.first = IndexOfNext(model_.alternatives);
+    model_.alternatives.insert(model_.alternatives.end(), alternatives.begin(), alternatives.end());
+    AddNamed(syntax.name, row);
+}
+
+void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
+    if (named_.count(syntax.name.text) != 0) {
+        return;
+    }
+    const TypeModel* type = types_.Lookup(syntax.name.text);
+    ValueRow row{};
+    row.name = type->name;
+    row.located = true;
+    row.capacity = type->size;
+    if (syntax.special) {
+        row.shape = Shape::kSpecial;
+        row.item = Special(syntax.specialName);
+        row.first = RowOf(*syntax.type.item, type->item, syntax.name.text, 0, false);
+        row.count = 1;
+    } else {
+        row.shape = Shape::kSequence;
+        row.item = RowOf(*syntax.type.item, type->item, syntax.name.text, 0, false);
+    }
+    AddNamed(syntax.name, row);
+}
+
+void ValueBuilder::BuildCsn(const Name& name) {
+    const auto found = csn_.byName.find(name.text);
+    if (found == csn_.byName.end() || named_.count(name.text) != 0) {
+        return;
+    }
+    ValueRow row = StructRow(*found->second.type);
+    row.shape = Shape::kCsn;
+    row.item = found->second.structure;
+    AddNamed(name, row);
+}
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,66 @@
+#pragma once
+
+// Builds the rows that tell how values lie on the wire.
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <tuple>
+
+#include "compiler/type_resolver.h"
+
+namespace quorvane::compiler {
+
+class ValueBuilder {
+  public:
+    ValueBuilder(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
+                 TypeResolver& types, FamilyModel& model);
+
+    /// The row of a field, part or item of this type. `wireBits` is its width, 0 if the length
+    /// decides. `located`: an integer notes its location. kNone if there is nothing to store.
+    /// `name` is the member's or field's, as diagnostics tell it.
+    std::uint16_t RowOf(const TypeSyntax& syntax, const TypeModel* type, std::string_view name,
+                        std::uint32_t wireBits, bool located);
+
+    // The rows of the named types, in the order of their declarations.
+    void BuildStruct(const StructSyntax& syntax);
+    void BuildUnion(const UnionSyntax& syntax);
+    void BuildSequence(const SequenceSyntax& syntax);
+    void BuildCsn(const Name& name);
+
+    /// Tells the builder the row of a message, for unions of messages and nested bodies.
+    void NoteMessage(const std::string& name, std::uint16_t message);
+
+    /// The width of the value in bits if it is the same always, else 0.
+    [[nodiscard]] std::uint32_t WidthOf(std::uint16_t row) const;
+
+  private:
+    std::uint16_t Add(iecodec::ValueRow row);
+    std::uint16_t AddNamed(const Name& name, iecodec::ValueRow row);
+    std::uint16_t RowOfNamed(const Name& use);
+    std::uint16_t Special(const Name& name);
+    iecodec::ValueRow StructRow(const TypeModel& type);
+
+    /// Adds a row for each member, so that the C++ of a special struct finds the wire forms of its
+    /// members of named types.
+    std::uint16_t AddSpecialParts(const StructSyntax& syntax);
+
+    /// Adds the parts of `members`; returns the bits that those of known width take together.
+    std::uint32_t AddParts(const StructSyntax& owner, const std::vector<MemberSyntax>& members,
+                           std::uint16_t firstElement, std::uint32_t offset);
+    iecodec::PartRow PartOf(const StructSyntax& owner, const MemberSyntax& member,
+                            const TypeModel* type);
+    void AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged,
+                  std::uint16_t firstElement);
+    std::uint16_t BuildExtension(const StructSyntax& syntax, iecodec::ValueRow row);
+
+    Reporter& reporter_;
+    const CsnTypes& csn_;
+    TypeResolver& types_;
+    FamilyModel& model_;
+    std::map<std::string, std::uint16_t> named_;
+    std::map<std::string, std::uint16_t> messages_;
+    std::map<std::tuple<std::uint32_t, bool>, std::uint16_t> integers_;  // by width, located
+};
+
+}  // namespace quorvane::compiler
