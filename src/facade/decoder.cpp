@@ -1,0 +1,102 @@
+#include "facade/decoder.h"
+
+#include <cstddef>
+
+#include "bits/arena.h"
+#include "facade/decodings.h"
+#include "facade/error_text.h"
+#include "iecodec/message_container.h"
+#include "reflect/catalogue.h"
+#include "reflect/convert.h"
+#include "reflect/ted_data.h"
+#include "reflect/text_buffer.h"
+
+namespace quorvane {
+namespace facade {
+namespace {
+
+/// What a thread keeps from call to call. Arena and text give back what a very large message made
+/// them take; the diagnostics do so here.
+struct Workspace {
+    static constexpr std::size_t kMostDiagnosticsKept = std::size_t{1} << 16;
+
+    bits::Arena arena;
+    reflect::TextBuffer text;
+    iecodec::Diagnostics diagnostics;
+
+    void Clear() {
+        arena.Reset();
+        text.Clear();
+        if (diagnostics.Lines().capacity() > kMostDiagnosticsKept) {
+            diagnostics = iecodec::Diagnostics();
+        }
+        diagnostics.Clear();
+    }
+};
+
+Workspace& ThreadWorkspace() {
+    thread_local Workspace workspace;
+    return workspace;
+}
+
+void AppendErrorLine(reflect::TextBuffer& text, std::int64_t code) {
+    text.Append(kErrorIntroduction);
+    if (const std::string_view known = ErrorText(code); known.data() != nullptr) {
+        text.Append(known);
+    } else {
+        text.Append(kUnknownError);
+        text.AppendSigned(static_cast<std::int32_t>(code));
+    }
+    text.Append("\r\n");
+}
+
+}  // namespace
+
+Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
+    const DecodingRow& row = RowOf(decoding);
+    const Binding& binding = BindingOf(decoding);
+    Workspace& workspace = ThreadWorkspace();
+    workspace.Clear();
+    reflect::TextBuffer& text = workspace.text;
+
+    iecodec::MessageContainer container;
+    std::int64_t code = iecodec::kUnknownMessage;
+    if (binding.set != nullptr) {
+        iecodec::DecodeContext context{binding.family->codec, reader, workspace.arena,
+                                       workspace.diagnostics};
+        const std::int64_t bitLength = row.fixedBits > 0 ? row.fixedBits : length * 8;
+        code = iecodec::DispatchMessage(context, *binding.set, bitLength, container);
+    }
+    if (code == iecodec::kUnknownMessage) {
+        text.Append("Failed to decode \"");
+        text.Append(row.textName);
+        text.Append("\" message");
+        return {false, text.View(), workspace.diagnostics.Lines()};
+    }
+
+    text.Append("Decoded using \"");
+    text.Append(row.textName);
+    text.Append("\".\n");
+    if (code < 0) {
+        text.Append("\n");
+        AppendErrorLine(text, code);
+        text.Append("\n");
+    }
+    const std::uint16_t type = binding.set->memberTypes[container.tag - 1];
+    const reflect::TEDDataBase* tree =
+        reflect::ToTree(binding.catalogue->Get(), type, container.body, workspace.arena);
+    text.Append("MESSAGE: ");
+    text.Append(tree->GetClass()->GetName());
+    text.AppendLineEnd();
+    tree->Print(text, 0);
+    return {true, text.View(), workspace.diagnostics.Lines()};
+}
+
+std::string ErrorLine(int code) {
+    reflect::TextBuffer text;
+    AppendErrorLine(text, code);
+    return std::string(text.View());
+}
+
+}  // namespace facade
+}  // namespace quorvane

@@ -1,0 +1,37 @@
+#pragma once
+
+// The decodings: their names, and which message set of which family each one runs.
+//
+// Tests: tests/unit/facade_decodings_test.cpp.
+
+#include <cstdint>
+#include <string_view>
+
+#include "families/family.h"
+#include "quorvane/decode.h"
+#include "reflect/catalogue.h"
+
+namespace quorvane::facade {
+
+struct DecodingRow {
+    /// As it stands in the texts; not always that of the entry point.
+    std::string_view textName;
+    /// The message set, a union of that name in its family's catalogue.
+    std::string_view set;
+    /// What the decoder is given as the message's length in bits; 0: the caller's length.
+    std::int32_t fixedBits;
+};
+
+const DecodingRow& RowOf(Decoding decoding);
+
+/// Where a decoding's messages are described. All are null while they are not.
+struct Binding {
+    const families::Family* family;
+    const iecodec::MessageSetRow* set;
+    reflect::LazyCatalogue* catalogue;  // of the family: its decodings share it
+};
+
+/// May be called from any thread, the first time included.
+const Binding& BindingOf(Decoding decoding);
+
+}  // namespace quorvane::facade
