@@ -33,7 +33,7 @@ struct SetModel {
 /// Everything that the emitter writes of a family.
 struct FamilyModel {
     TypeStore store;
-    std::vector<TypeModel*> named;  // in order of building
+    std::vector<TypeModel*> named;  // in build order
     std::vector<iecodec::IeFormatRow> formats;
     std::vector<iecodec::IeOrderRow> orders;
     std::vector<iecodec::FieldRow> fields;

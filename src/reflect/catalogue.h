@@ -33,7 +33,7 @@ class Catalogue {
         return byType_[type];
     }
 
-    /// The named descriptors, in order of building: a type stands behind those it refers to.
+    /// The named descriptors, in build order: a type stands behind those it refers to.
     [[nodiscard]] const TEDVector<TEDClassBase>& GetNamed() const { return named_; }
 
   private:

@@ -6,7 +6,7 @@
 namespace quorvane::reflect {
 namespace {
 
-/// Walks over all descriptors of a catalogue: the named ones in order of building, and below each
+/// Walks over all descriptors of a catalogue: the named ones in build order, and below each
 /// those that it owns. Calls visitor.Type(type, path) for a descriptor and, ahead of that of its
 /// type, visitor.Element(element, owner, path) for an element.
 template <typename Visitor>

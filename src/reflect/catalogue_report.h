@@ -28,7 +28,7 @@ struct Census {
 
 [[nodiscard]] Census TakeCensus(const Catalogue& catalogue);
 
-/// The definition of each named type in order of building; types with a name of their own are only
+/// The definition of each named type in build order; types with a name of their own are only
 /// named where others refer to them.
 void ListDefinitions(const Catalogue& catalogue, TextBuffer& stream);
 

@@ -49,7 +49,7 @@ struct TypeTables {
     std::span<const ElementRow> elements;
     std::span<const EnumRow> enums;
     std::span<const EnumValueRow> enumValues;
-    std::span<const std::uint16_t> named;  // type indices of the named types, in order of building
+    std::span<const std::uint16_t> named;  // type indices of the named types, in build order
 
     [[nodiscard]] std::span<const ElementRow> ElementsOf(const TypeRow& type) const {
         return elements.subspan(type.first, type.count);
