@@ -1,0 +1,77 @@
+#include "message_set.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+#include "quorvane/decode.h"
+
+namespace quorvane::benchmarks {
+namespace {
+
+std::vector<MessageSet> LoadSets() {
+    std::map<std::string, MessageSet> sets;
+    for (const auto& path : test::FindGoldenFiles(QUORVANE_SOURCE_DIR "/tests/golden")) {
+        std::string problem;
+        auto golden = test::ReadGoldenFile(path, problem);
+        if (!golden || golden->result == 0 || golden->length < 0 ||
+            golden->octets.size() > static_cast<std::size_t>(golden->length)) {
+            continue;
+        }
+        golden->octets.resize(static_cast<std::size_t>(golden->length));
+        if (Decode(golden->decoding, golden->octets).text != golden->text) {
+            std::fprintf(stderr, "%s: wrong text\n", path.c_str());
+            std::exit(1);
+        }
+        for (const std::string& name :
+             {path.parent_path().filename().string(), std::string("all")}) {
+            MessageSet& set = sets[name];
+            set.name = name;
+            set.textOctets += golden->text.size();
+            set.messages.push_back(*golden);
+        }
+    }
+    std::vector<MessageSet> result;
+    for (auto& [name, set] : sets) {
+        result.push_back(std::move(set));
+    }
+    return result;
+}
+
+void CutPieces(std::string_view line, std::vector<std::string_view>& pieces) {
+    const auto cut = [&](std::size_t count) {
+        if (count > 0) {
+            pieces.push_back(line.substr(0, count));
+            line.remove_prefix(count);
+        }
+    };
+    cut(std::min(line.find_first_not_of(' '), line.size() - 1));
+    if (const std::size_t label = line.find(": "); label != std::string_view::npos) {
+        cut(label + 2);
+    }
+    if (line.starts_with("LOC:[")) {
+        cut(line.find(' ') + 1);
+    }
+    cut(line.size() - 1);
+    cut(1);
+}
+
+}  // namespace
+
+std::span<const MessageSet> MessageSets() {
+    static const std::vector<MessageSet> sets = LoadSets();
+    return sets;
+}
+
+std::vector<std::string_view> PiecesOf(std::string_view text) {
+    std::vector<std::string_view> pieces;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n') + 1);
+        CutPieces(line, pieces);
+        text.remove_prefix(line.size());
+    }
+    return pieces;
+}
+
+}  // namespace quorvane::benchmarks

@@ -1,0 +1,115 @@
+// Memory of a call: none from the heap once a thread has decoded a few messages, and nothing lost
+// when there is none left. A program of its own, since it replaces operator new.
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "quorvane/decode.h"
+#include "support/golden_file.h"
+
+namespace {
+
+thread_local long allocations = 0;
+thread_local long allocationsLeft = -1;  // -1: as many as one likes
+
+void* Allocate(std::size_t size) {
+    ++allocations;
+    if (allocationsLeft == 0) {
+        throw std::bad_alloc();
+    }
+    if (allocationsLeft > 0) {
+        --allocationsLeft;
+    }
+    void* memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return Allocate(size);
+}
+void* operator new[](std::size_t size) {
+    return Allocate(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace quorvane {
+namespace {
+
+std::vector<test::GoldenFile> AllGolden() {
+    std::vector<test::GoldenFile> all;
+    for (const auto& path : test::FindGoldenFiles(QUORVANE_SOURCE_DIR "/tests/golden")) {
+        std::string problem;
+        if (auto golden = test::ReadGoldenFile(path, problem)) {
+            all.push_back(std::move(*golden));
+        }
+    }
+    return all;
+}
+
+bool DecodeOne(const test::GoldenFile& golden, std::string& text, std::string& diagnostics) {
+    const PaddedMessage message(golden.octets.data(), golden.length, golden.octets.size());
+    return DecodeInto(golden.decoding, message, text, diagnostics);
+}
+
+// First in this program, so that the failures meet the first use of each family, too.
+TEST(Allocation, AFailureLeavesTheNextCallAsGoodAsNew) {
+    const std::vector<test::GoldenFile> all = AllGolden();
+    ASSERT_FALSE(all.empty());
+    for (const test::GoldenFile& golden : all) {
+        for (long allowed = 0;; ++allowed) {
+            std::string text;
+            std::string diagnostics;
+            bool failed = false;
+            allocationsLeft = allowed;
+            try {
+                DecodeOne(golden, text, diagnostics);
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+            allocationsLeft = -1;
+            if (!failed) {
+                EXPECT_EQ(text, golden.text);
+                break;
+            }
+        }
+    }
+}
+
+TEST(Allocation, NoneInTheSteadyState) {
+    const std::vector<test::GoldenFile> all = AllGolden();
+    std::string text;
+    std::string diagnostics;
+    constexpr int kRoundsToSettle = 2;
+    for (int round = 0; round < kRoundsToSettle; ++round) {
+        for (const test::GoldenFile& golden : all) {
+            DecodeOne(golden, text, diagnostics);
+        }
+    }
+    const long before = allocations;
+    for (const test::GoldenFile& golden : all) {
+        DecodeOne(golden, text, diagnostics);
+    }
+    EXPECT_EQ(allocations, before);
+}
+
+}  // namespace
+}  // namespace quorvane

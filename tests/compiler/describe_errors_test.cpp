@@ -1,0 +1,185 @@
+// Each kind of mistake in a description file, with the message that tells it.
+
+#include <gtest/gtest.h>
+#include <ostream>
+#include <string>
+
+#include "compiler/describe.h"
+
+namespace quorvane::compiler {
+namespace {
+
+struct Mistake {
+    const char* name;
+    const char* source;
+    const char* errors;
+};
+
+std::ostream& operator<<(std::ostream& out, const Mistake& mistake) {
+    return out << mistake.name;
+}
+
+// What most cases need around the line in question.
+constexpr const char* kHeader = "family f\nheader h {\n    = 1 8\n    type 8\n}\n";
+
+std::string WithHeader(const char* source) {
+    return std::string(kHeader) + source;
+}
+
+class DescribeErrors : public testing::TestWithParam<Mistake> {};
+
+TEST_P(DescribeErrors, AreTold) {
+    const Description result = Describe({{"f.qd", WithHeader(GetParam().source)}});
+    EXPECT_EQ(result.errors, GetParam().errors);
+    EXPECT_EQ(result.code, "");
+}
+
+// Line numbers count the five lines of the header in front.
+constexpr Mistake kMistakes[] = {
+    {"Character", "struct s fixed {\n    a 8 : int8 ;\n}\n",
+     "f.qd:7:16: error: the character ';' has no meaning here\n"},
+    {"OpenText", "values v {\n    1 = \"one\n}\n",
+     "f.qd:7:9: error: the text has no closing quote on its line\n"
+     "f.qd:7:13: error: a text in double quotes is expected here, not the end of the line\n"},
+    {"Escape", "values v {\n    1 = \"a\\q\"\n}\n",
+     "f.qd:7:10: error: a backslash stands before 't', 'x' and two digits, or a backslash\n"},
+    {"Declaration", "struture s {\n}\n",
+     "f.qd:6:1: error: a declaration (family, include, skip, values, struct, union, sequence, csn, "
+     "header, message or set) is expected here, not 'struture'\n"},
+    {"Shape", "struct s {\n    a 8 : int8\n}\n",
+     "f.qd:6:10: error: the wire form (fixed, truncatable, serial, extension or special) is "
+     "expected here, not '{'\n"},
+    {"Colon", "struct s fixed {\n    a 8 int8\n}\n",
+     "f.qd:7:9: error: ':' is expected here, not 'int8'\n"},
+    {"LineEnd", "struct s fixed {\n    a 8 : int8 int8\n}\n",
+     "f.qd:7:16: error: the end of the line is expected here, not 'int8'\n"},
+    {"TypeUnknown", "struct s fixed {\n    a 8 : t\n}\n",
+     "f.qd:7:11: error: no type 't' is declared above; a type stands before its users\n"},
+    {"ValuesUnknown", "struct s fixed {\n    a 8 : enum v\n}\n",
+     "f.qd:7:16: error: no values 'v' are declared\n"},
+    {"EnumerationWidth", "values v {\n    1 = \"a\"\n}\nstruct s special x {\n    a : enum v\n}\n",
+     "f.qd:10:9: error: the width of the enumeration in bits is missing: 'enum8'\n"},
+    {"ValuesTwice", "values v {\n    1 = \"a\"\n}\nvalues v {\n    1 = \"a\"\n}\n",
+     "f.qd:9:8: error: the values 'v' are declared already; give them another name\n"},
+    {"TypeTwice", "struct s fixed {\n    a 8 : int8\n}\nsequence s [2] of int8\n",
+     "f.qd:9:10: error: 's' is declared already; names are unique in a family\n"},
+    {"MemberTwice", "struct s fixed {\n    a 8 : int8\n    a 8 : int8\n}\n",
+     "f.qd:8:5: error: 's' has a member 'a' already; a member has a name of its own\n"},
+    {"IntegerTooWide", "struct s fixed {\n    a 33 : int32\n}\n",
+     "f.qd:7:12: error: an integer has 1 to 32 bits on the wire, not 33\n"},
+    {"WidthMissing", "struct s fixed {\n    a : int8\n}\nstruct t serial {\n    b : binary 8\n}\n",
+     "f.qd:10:5: error: the width of 'b' in bits is missing in front of the colon\n"},
+    {"WidthDiffers", "struct s fixed {\n    a 8 : int8\n}\nstruct t fixed {\n    b 16 : s\n}\n",
+     "f.qd:10:5: error: 'b' has 16 bits here, its type 8\n"},
+    {"CountedInFixed", "struct s fixed {\n    a counted : binary 8\n}\n",
+     "f.qd:7:5: error: only a serial struct has counted members\n"},
+    {"RestInFixed", "struct s fixed {\n    a rest : binary 8\n}\n",
+     "f.qd:7:5: error: a fixed struct has no member that takes the rest; use truncatable or "
+     "serial\n"},
+    {"RestNotLast", "struct s truncatable {\n    a rest : binary 8\n    b 8 : int8\n}\n",
+     "f.qd:7:5: error: a member that takes the rest is the last one\n"},
+    {"OctetWidth",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 8 : int8\n        }\n"
+     "    }\n}\n",
+     "f.qd:8:9: error: the members of an octet take 7 bits behind the extension bit, not 8\n"},
+    {"OctetFlagMissing",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
+     "        octet {\n            b 7 : int7\n        }\n    }\n}\n",
+     "f.qd:12:13: error: the first member of an octet that may be absent is optional: put a '?' "
+     "behind its name\n"},
+    {"OctetFlagOdd",
+     "struct s extension {\n    group 3 {\n        octet {\n            a? 7 : int7\n        }\n"
+     "    }\n}\n",
+     "f.qd:9:13: error: only the first member of an octet that may be absent is optional\n"},
+    {"ChoiceWithoutDefault",
+     "struct s fixed {\n    a 8 : int8\n}\nunion u choice 0 2 {\n    a : s when 1\n}\n",
+     "f.qd:9:7: error: a choice needs a default alternative\n"},
+    {"ChoiceWithoutValue",
+     "struct s fixed {\n    a 8 : int8\n}\nunion u choice 0 2 {\n    a : s\n    b : s default\n}\n",
+     "f.qd:10:5: error: an alternative of a choice has 'when' and a value, one of them "
+     "'default'\n"},
+    {"AlternativeNoMessage",
+     "struct s fixed {\n    a 8 : int8\n}\nunion u messages octet 1 {\n    a : s\n}\n",
+     "f.qd:10:9: error: 's' is no message declared above\n"},
+    {"SequenceForm", "sequence s int8\n", "f.qd:6:12: error: a sequence is '[most] of type'\n"},
+    {"CsnUnknown", "csn c\n",
+     "f.qd:6:5: error: no .csn1 file of the family has a structure 'c' at its top\n"},
+    {"InlineStruct", "struct s fixed {\n    a 8 : {\n        b : int8\n    }\n}\n",
+     "f.qd:7:11: error: an inline struct has a wire form only inside a special element; declare a "
+     "struct of its own\n"},
+    {"HeaderUnknown", "message m k 1 {\n}\n", "f.qd:6:11: error: no header 'k' is declared\n"},
+    {"HeaderTwice", "header h {\n    type 8\n}\n",
+     "f.qd:6:8: error: the header 'h' is declared already\n"},
+    {"TagMissing", "message m h 1 {\n    a TLV 1 : int8\n}\n",
+     "f.qd:7:5: error: 'a' needs its identifier in front of the format\n"},
+    {"TagOdd", "message m h 1 {\n    a 12 LV 1 : int8\n}\n",
+     "f.qd:7:5: error: the format of 'a' has no identifier; TV, TLV, TLV-E and T have one\n"},
+    {"TagForm", "message m h 1 {\n    a 123 TV 1 : int8\n}\n",
+     "f.qd:7:7: error: an identifier has two hexadecimal digits, or one with '-' behind it\n"},
+    {"HalfTag", "message m h 1 {\n    a 9- TV 1 : int8\n}\n",
+     "f.qd:7:5: error: an identifier of half an octet goes with a value of half an octet: '9- TV "
+     "half'\n"},
+    {"Format", "message m h 1 {\n    a 12 XV 1 : int8\n}\n",
+     "f.qd:7:10: error: a format (V, LV, LV-E, TV, TLV, TLV-E, T, rest or mark) is expected here, "
+     "not 'XV'\n"},
+    {"SizeMissing", "message m h 1 {\n    a V : int8\n}\n",
+     "f.qd:7:5: error: the size of 'a' is missing: a number of octets, or 'half'\n"},
+    {"LimitsTurned", "message m h 1 {\n    a LV 4-2 : binary 32\n}\n",
+     "f.qd:7:5: error: the limits of 'a' are the wrong way round\n"},
+    {"MandatoryOdd", "message m h 1 {\n    a V 1 mandatory : int8\n}\n",
+     "f.qd:7:5: error: a field without an identifier is mandatory as it is\n"},
+    {"FieldWidth", "struct s fixed {\n    a 16 : int16\n}\nmessage m h 1 {\n    b V 1 : s\n}\n",
+     "f.qd:10:13: error: 'b' has 8 bits, its type 16\n"},
+    {"HalfOctetAlone", "message m h 1 {\n    a V half : int4\n    b V 1 : int8\n}\n",
+     "f.qd:7:5: error: the half octet 'a' needs a second one behind it; add a SpareHalfOctet\n"},
+    {"ConditionUnknown", "message m h 1 {\n    a V 1 if b = 1 : int8\n}\n",
+     "f.qd:7:14: error: 'b' is no field above this one\n"},
+    {"SetMessageUnknown", "set s {\n    m = 1\n}\n",
+     "f.qd:7:5: error: 'm' is no message declared above\n"},
+    {"KeyTwice", "message m h 1 {\n}\nmessage n h 2 {\n}\nset s {\n    m = 12\n    n = 12\n}\n",
+     "f.qd:12:5: error: the key of 'n' is that of 'm' already\n"},
+    {"SkipTagTwice", "skip {\n    TLV : 11 12\n    16 : 11\n}\n",
+     "f.qd:8:10: error: the tag stands in the skip table already\n"},
+    {"SkipHalfTag", "skip {\n    8 half : 81\n}\n",
+     "f.qd:7:14: error: the tag of a half-octet row ends in 0\n"},
+    {"SkipTagTooLong", "skip {\n    16 : 123\n}\n",
+     "f.qd:7:10: error: a tag has two hexadecimal digits\n"},
+    {"OtherFamily", "family g\n",
+     "f.qd:6:8: error: the family is 'f' in the other files; all files of a run are one "
+     "family's\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, DescribeErrors, testing::ValuesIn(kMistakes),
+                         [](const auto& kind) { return std::string(kind.param.name); });
+
+TEST(Describe, TellsAllMistakesOfARun) {
+    const Description result =
+        Describe({{"a.qd", "family f\nstruct s fixed {\n    a 8 : t\n    b 8 : enum v\n}\n"},
+                  {"b.qd", "family f\nsequence q [3] of r\n"}});
+    EXPECT_EQ(result.errors,
+              "a.qd:3:11: error: no type 't' is declared above; a type stands before its users\n"
+              "a.qd:4:16: error: no values 'v' are declared\n"
+              "b.qd:2:19: error: no type 'r' is declared above; a type stands before its users\n");
+}
+
+TEST(Describe, WantsAFamilyAndKnownFiles) {
+    EXPECT_EQ(Describe({{"a.qd", "\n"}}).errors,
+              "a.qd:1:1: error: no file says 'family' and the family's name\n");
+    EXPECT_EQ(Describe({{"a.qd", "family f\n"}, {"b.txt", ""}}).errors,
+              "b.txt:1:1: error: a description file ends in .qd or .csn1\n");
+}
+
+TEST(Describe, OutputDependsOnTheSourcesAlone) {
+    const std::vector<Source> sources = {
+        {"some/where/a.qd",
+         WithHeader("message m h 1 {\n    a V 1 : enum {\n        1 = \"\\xDF\\t\"\n    }\n}\n")}};
+    std::vector<Source> elsewhere = sources;
+    elsewhere[0].name = "/another/place/a.qd";
+    const Description first = Describe(sources);
+    EXPECT_EQ(first.errors, "");
+    EXPECT_EQ(first.code, Describe(elsewhere).code);
+    EXPECT_NE(first.code.find("\"\\337\\011\""), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quorvane::compiler

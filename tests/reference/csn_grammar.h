@@ -1,0 +1,72 @@
+#pragma once
+
+// A description under test: compiled, and ready both for the machine and for the reference reader.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "compiler/csn/csn_generator.h"
+#include "compiler/csn/csn_syntax.h"
+#include "compiler/csn/csn_types.h"
+#include "compiler/reporter.h"
+#include "csn/csn_program.h"
+#include "csn/machine.h"
+#include "reference/csn_reference.h"
+
+namespace quorvane::reference {
+
+/// The octets of a bit string, the last one filled up with zeros. Blanks are skipped.
+[[nodiscard]] std::vector<std::uint8_t> OctetsOf(const std::string& bits);
+
+/// The first `count` bits of `octets`.
+[[nodiscard]] std::string BitsOf(const std::vector<std::uint8_t>& octets, std::int32_t count);
+
+class Grammar {
+  public:
+    /// Compiles `text`. A text without a structure becomes one structure T.
+    explicit Grammar(std::string text);
+    Grammar(const Grammar&) = delete;
+    Grammar& operator=(const Grammar&) = delete;
+
+    [[nodiscard]] const std::string& Text() const { return text_; }
+    [[nodiscard]] const std::string& Errors() const { return errors_; }
+
+    [[nodiscard]] const compiler::CsnRule& Entry(std::size_t structure = 0) const;
+    [[nodiscard]] const compiler::CsnImage& Image() const { return image_; }
+    [[nodiscard]] const compiler::CsnStructureTypes& Types(std::size_t structure = 0) const {
+        return types_.structures[structure];
+    }
+    [[nodiscard]] const csn::CsnStructure& Structure(std::size_t structure = 0) const {
+        return structures_[structure];
+    }
+
+    /// Runs the machine over `bits` from bit `start` on; the reading without matches has a result
+    /// of -1 in `taken`.
+    [[nodiscard]] Reading Decode(const std::string& bits, std::int32_t start = 0,
+                                 std::size_t structure = 0);
+
+    /// What the last run left.
+    [[nodiscard]] const csn::CsnMachine& Machine() const { return *machine_; }
+
+  private:
+    void Compile();
+    void Link();
+    [[nodiscard]] std::vector<Event> Events(std::size_t structure) const;
+
+    std::string text_;
+    std::string errors_;
+    compiler::Reporter reporter_;
+    compiler::CsnSyntax syntax_;
+    compiler::TypeStore store_;
+    std::vector<std::unique_ptr<compiler::EnumModel>> enums_;
+    compiler::CsnTypeTables types_;
+    compiler::CsnImage image_;
+    std::vector<csn::CsnAction> actions_;
+    std::vector<csn::CsnValueFunction> functions_;
+    csn::CsnProgram program_{};
+    std::vector<csn::CsnStructure> structures_;
+    std::unique_ptr<csn::CsnMachine> machine_ = std::make_unique<csn::CsnMachine>();
+};
+
+}  // namespace quorvane::reference

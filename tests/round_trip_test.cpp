@@ -1,0 +1,142 @@
+// Generated messages of every described message set go to octets and back, to a tree and back, and
+// to text: nothing may change on the way. One test for each message.
+
+#include <gtest/gtest.h>
+#include <string>
+
+#include "iecodec/message_encoder.h"
+#include "reflect/catalogue.h"
+#include "reflect/convert.h"
+#include "tools/message_generator.h"
+
+namespace quorvane {
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kMessages = 400;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr int kMessages = 400;
+#else
+constexpr int kMessages = 10000;
+#endif
+#else
+constexpr int kMessages = 10000;
+#endif
+
+constexpr std::uint64_t kSeed = 20;
+
+using Octets = std::vector<std::uint8_t>;
+
+class RoundTrip : public testing::Test {
+  public:
+    RoundTrip(const families::Family& family, const iecodec::MessageSetRow& set, std::uint32_t tag)
+        : family_(family), set_(set), tag_(tag), catalogue_(family.types) {}
+
+    void TestBody() override {
+        tool::MessageGenerator generator(family_, kSeed + tag_);
+        for (int count = 0; count < kMessages && !HasFailure(); ++count) {
+            const auto message = generator.Generate(set_, tag_);
+            ASSERT_TRUE(message.has_value()) << "message " << count;
+            Check(*message);
+            if (HasFailure()) {
+                ADD_FAILURE() << "message " << count << ": "
+                              << testing::PrintToString(message->octets);
+            }
+        }
+    }
+
+  private:
+    struct Decoded {
+        std::int64_t result;
+        iecodec::MessageContainer container;
+        std::string diagnostics;
+    };
+
+    Decoded Decode(const Octets& octets) {
+        Decoded out{};
+        iecodec::Diagnostics diagnostics;
+        const auto size = static_cast<std::int64_t>(octets.size());
+        iecodec::DecodeContext context{family_.codec, {octets.data(), size}, arena_, diagnostics};
+        out.result = iecodec::DispatchMessage(context, set_, 8 * size, out.container);
+        out.diagnostics = diagnostics.Lines();
+        return out;
+    }
+
+    Octets Encode(const iecodec::MessageContainer& container) {
+        Octets octets(8192);
+        bits::BitWriter writer(octets.data(), static_cast<std::int64_t>(octets.size()));
+        iecodec::Diagnostics diagnostics;
+        iecodec::EncodeContext context{family_.codec, writer, diagnostics};
+        const std::int64_t result = iecodec::EncodeContainer(context, set_, container);
+        EXPECT_GE(result, 0);
+        EXPECT_EQ(result % 8, 0);
+        EXPECT_EQ(diagnostics.Lines(), "");
+        octets.resize(static_cast<std::size_t>(result / 8));
+        return octets;
+    }
+
+    [[nodiscard]] bool Same(const bits::Cell& a, const bits::Cell& b, bool locations) const {
+        return reflect::RecordsEqual(family_.types, Type(), a, b, locations);
+    }
+
+    [[nodiscard]] std::uint16_t Type() const { return set_.memberTypes[tag_ - 1]; }
+
+    void Check(const tool::GeneratedMessage& message) {
+        arena_.Reset();
+        const Decoded decoded = Decode(message.octets);
+        EXPECT_EQ(decoded.result, 8 * static_cast<std::int64_t>(message.octets.size()));
+        EXPECT_EQ(decoded.diagnostics, "");
+        ASSERT_EQ(decoded.container.tag, tag_);
+        EXPECT_TRUE(Same(decoded.container.body, message.container.body, false));
+        EXPECT_EQ(Encode(decoded.container), message.octets);
+
+        const Decoded again = Decode(message.octets);
+        EXPECT_TRUE(Same(decoded.container.body, again.container.body, true));
+        CheckTree(decoded.container.body);
+    }
+
+    void CheckTree(const bits::Cell& body) {
+        const reflect::TEDDataBase* tree = reflect::ToTree(catalogue_, Type(), body, arena_);
+        bits::Cell back{};
+        EXPECT_TRUE(reflect::FromTree(catalogue_, Type(), back, *tree, arena_));
+        EXPECT_TRUE(Same(body, back, false));
+
+        const auto tag = static_cast<std::int32_t>(tag_);
+        const reflect::TEDDataBase* node = reflect::ToSet(catalogue_, set_.type, tag, body, arena_);
+        bits::Cell fromSet{};
+        std::int32_t found = 0;
+        EXPECT_TRUE(reflect::FromSet(catalogue_, set_.type, found, fromSet, *node, arena_));
+        EXPECT_EQ(found, tag);
+        EXPECT_TRUE(Same(body, fromSet, false));
+    }
+
+    const families::Family& family_;
+    const iecodec::MessageSetRow& set_;
+    std::uint32_t tag_;
+    reflect::Catalogue catalogue_;
+    bits::Arena arena_;
+};
+
+void Register() {
+    for (const families::Family* family : families::AllFamilies()) {
+        for (const iecodec::MessageSetRow& set : family->codec.sets) {
+            for (std::uint32_t tag = 1; tag <= set.messages.size(); ++tag) {
+                const std::string name(family->codec.messages[set.messages[tag - 1]].name);
+                testing::RegisterTest(std::string(set.name).c_str(), name.c_str(), nullptr, nullptr,
+                                      __FILE__, __LINE__, [=, &set]() -> RoundTrip* {
+                                          return new RoundTrip(*family, set, tag);
+                                      });
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quorvane
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    quorvane::Register();
+    return RUN_ALL_TESTS();
+}

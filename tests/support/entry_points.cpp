@@ -1,0 +1,71 @@
+#include "support/entry_points.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <regex>
+#include <vector>
+
+namespace quorvane::test {
+
+std::span<const EntryPoint> EntryPoints() {
+#define QUORVANE_ENTRY_POINT(name)                                                  \
+    EntryPoint {                                                                    \
+        Decoding::name, #name, quorvaneDecode##name, &CQuorvaneEngine::Decode##name \
+    }
+    static constexpr EntryPoint kEntryPoints[] = {
+        QUORVANE_ENTRY_POINT(RRDownlink),
+        QUORVANE_ENTRY_POINT(RRUplink),
+        QUORVANE_ENTRY_POINT(ChannelRequest),
+        QUORVANE_ENTRY_POINT(RRPLENDownlink),
+        QUORVANE_ENTRY_POINT(RRSPD),
+        QUORVANE_ENTRY_POINT(L3Downlink),
+        QUORVANE_ENTRY_POINT(L3Uplink),
+        QUORVANE_ENTRY_POINT(RLC_MACDownlink),
+        QUORVANE_ENTRY_POINT(RLC_MACUplink),
+        QUORVANE_ENTRY_POINT(EPS_MMDownlink),
+        QUORVANE_ENTRY_POINT(EPS_MMUplink),
+        QUORVANE_ENTRY_POINT(EPS_SMDownlink),
+        QUORVANE_ENTRY_POINT(EPS_SMUplink),
+        QUORVANE_ENTRY_POINT(EPC_SS2UE),
+        QUORVANE_ENTRY_POINT(EPC_UE2SS),
+        QUORVANE_ENTRY_POINT(Packet_Control_Acknowledgement_8),
+        QUORVANE_ENTRY_POINT(Packet_Control_Acknowledgement_11),
+    };
+#undef QUORVANE_ENTRY_POINT
+    return kEntryPoints;
+}
+
+std::string ToUtf8(const CString& text) {
+    std::string utf8;
+    for (int index = 0; index < text.GetLength(); ++index) {
+        const auto character = static_cast<unsigned>(text.GetAt(index));
+        if (character < 0x80) {
+            utf8 += static_cast<char>(character);
+        } else {
+            // No text of the library goes beyond U+00FF.
+            utf8 += static_cast<char>(0xC0U | character >> 6U);
+            utf8 += static_cast<char>(0x80U | (character & 0x3FU));
+        }
+    }
+    return utf8;
+}
+
+PlainResult CallPlain(Decoding decoding, std::span<const std::uint8_t> readable,
+                      std::int32_t length) {
+    const std::size_t needed = static_cast<std::size_t>(std::max(length, 0)) + kReadAhead;
+    std::vector<std::uint8_t> buffer(std::max(needed, readable.size()));
+    std::copy(readable.begin(), readable.end(), buffer.begin());
+    CString text(L"what stood here before");
+    PlainResult result;
+    result.value =
+        EntryPoints()[static_cast<std::size_t>(decoding)].plain(buffer.data(), length, text);
+    result.text = ToUtf8(text);
+    return result;
+}
+
+std::string WithoutNumbers(std::string_view diagnostics) {
+    static const std::regex kNumber("<ERRID:[0-9]+>");
+    return std::regex_replace(std::string(diagnostics), kNumber, "<ERRID:*>");
+}
+
+}  // namespace quorvane::test

@@ -1,0 +1,100 @@
+#include "support/golden_file.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <exception>
+#include <fstream>
+#include <map>
+
+#include "tools/hex.h"
+
+namespace quorvane::test {
+namespace {
+
+/// Lines up to the line `end`, which is passed over; false if there is no such line.
+bool ReadSection(std::istream& in, const std::string& end, std::string& section) {
+    for (std::string line; std::getline(in, line); section += line + "\n") {
+        if (line == end) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string WithCarriageReturns(std::string text) {
+    for (std::size_t at = 0; (at = text.find("\\r", at)) != std::string::npos; ++at) {
+        text.replace(at, 2, "\r");
+    }
+    return text;
+}
+
+std::string ReadInto(GoldenFile& golden, std::istream& in) {
+    std::map<std::string, std::string> fields;
+    for (std::string line; std::getline(in, line) && line != "--- text";) {
+        if (line.starts_with('#')) {
+            continue;
+        }
+        const std::size_t colon = line.find(": ");
+        if (colon == std::string::npos && !line.ends_with(':')) {
+            return "neither a comment nor a field: " + line;
+        }
+        const std::size_t end = std::min(colon, line.size() - 1);
+        fields[line.substr(0, end)] = colon == std::string::npos ? "" : line.substr(colon + 2);
+    }
+    for (const char* name : {"function", "length", "hex", "return"}) {
+        if (!fields.contains(name)) {
+            return std::string("no field ") + name;
+        }
+    }
+    if (fields.size() != 4) {
+        return "a field that no one reads";
+    }
+    const std::optional<Decoding> decoding = FindDecoding(fields["function"]);
+    if (!decoding) {
+        return "unknown function " + fields["function"];
+    }
+    golden.decoding = *decoding;
+    golden.length = std::stoi(fields["length"]);
+    golden.result = std::stoi(fields["return"]);
+    if (std::string problem = tool::ParseHex(fields["hex"], golden.octets); !problem.empty()) {
+        return "hex: " + problem;
+    }
+    if (!ReadSection(in, "--- diagnostics", golden.text) ||
+        !ReadSection(in, "--- end", golden.diagnostics)) {
+        return "no line \"--- diagnostics\" or \"--- end\"";
+    }
+    golden.text = WithCarriageReturns(golden.text);
+    if (golden.result == 0 && golden.text.ends_with('\n')) {
+        golden.text.pop_back();
+    }
+    return {};
+}
+
+}  // namespace
+
+std::optional<GoldenFile> ReadGoldenFile(const std::filesystem::path& path, std::string& problem) {
+    std::ifstream in(path, std::ios::binary);
+    GoldenFile golden;
+    try {
+        problem = ReadInto(golden, in);
+    } catch (const std::exception& error) {
+        problem = error.what();
+    }
+    if (!problem.empty()) {
+        return std::nullopt;
+    }
+    return golden;
+}
+
+std::vector<std::filesystem::path> FindGoldenFiles(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> paths;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.path().extension() == ".golden") {
+            paths.push_back(entry.path());
+        }
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+}  // namespace quorvane::test

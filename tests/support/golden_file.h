@@ -1,0 +1,46 @@
+#pragma once
+
+// Golden files pin one decode each: octets in, text and diagnostics out.
+//
+//     # what the octets are, with the standard's clause
+//     function: EPS_SMUplink
+//     length: 3
+//     hex: 02 01 DA
+//     return: 1
+//     --- text
+//     Decoded using "EPS_SMUplink".
+//     ...
+//     --- diagnostics
+//     <ERRID:*> Error decoding subfield X
+//     --- end
+//
+// `hex` is the readable buffer, which may be longer than `length`; zeros follow it. The text
+// stands to the letter; a carriage return is written \r. For return 0 it has no line end, though
+// the file shows it as a line. Diagnostics have * for their numbers.
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvane/decode.h"
+
+namespace quorvane::test {
+
+struct GoldenFile {
+    Decoding decoding{};
+    std::int32_t length = 0;
+    std::vector<std::uint8_t> octets;
+    int result = 0;
+    std::string text;
+    std::string diagnostics;
+};
+
+/// Reads a file; if it is not in the form above, `problem` says why.
+std::optional<GoldenFile> ReadGoldenFile(const std::filesystem::path& path, std::string& problem);
+
+/// All files *.golden below `folder`, sorted.
+std::vector<std::filesystem::path> FindGoldenFiles(const std::filesystem::path& folder);
+
+}  // namespace quorvane::test

@@ -1,0 +1,286 @@
+// The command-line tool as a user runs it: output, messages, exit status.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "quorvane/decode.h"
+#include "support/golden_file.h"
+
+namespace quorvane {
+namespace {
+
+struct Outcome {
+    int status = -1;
+    std::string output;
+    std::string errors;
+};
+
+std::string ReadAll(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// A folder of its own for each test.
+class ToolTest : public testing::Test {
+  protected:
+    ToolTest()
+        : folder_(std::filesystem::path(testing::TempDir()) /
+                  ("quorvane_tool_" + std::to_string(getpid()))) {
+        std::filesystem::create_directories(folder_);
+    }
+    ~ToolTest() override { std::filesystem::remove_all(folder_); }
+
+    /// `arguments` as a shell sees them.
+    Outcome Run(const std::string& arguments, const std::string& input = "") {
+        std::ofstream(folder_ / "in", std::ios::binary) << input;
+        const std::string command = std::string(QUORVANE_TOOL_PATH) + " " + arguments + " <" +
+                                    Path("in") + " >" + Path("out") + " 2>" + Path("err");
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(folder_ / "out"),
+                ReadAll(folder_ / "err")};
+    }
+
+    [[nodiscard]] std::string Path(const std::string& name) const { return folder_ / name; }
+
+  private:
+    std::filesystem::path folder_;
+};
+
+std::vector<rapidjson::Document> JsonLines(const std::string& text) {
+    std::vector<rapidjson::Document> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.emplace_back().Parse(line.c_str());
+        EXPECT_FALSE(lines.back().HasParseError()) << line;
+    }
+    return lines;
+}
+
+TEST_F(ToolTest, ListShowsEachDecodingOnALine) {
+    const Outcome outcome = Run("list");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    std::istringstream in(outcome.output);
+    std::string line;
+    for (const DecodingInfo& info : Decodings()) {
+        ASSERT_TRUE(std::getline(in, line));
+        EXPECT_EQ(line.substr(0, line.find(' ')), info.name);
+        EXPECT_TRUE(line.ends_with(info.purpose)) << line;
+    }
+    EXPECT_FALSE(std::getline(in, line));
+}
+
+TEST_F(ToolTest, DecodePrintsTheText) {
+    const Outcome outcome = Run("decode EPC_UE2SS 0F87");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output,
+              "Decoded using \"EPC_UE2SS\".\nMESSAGE: DEACTIVATE_TEST_MODE_COMPLETE\n{\n}\n");
+    EXPECT_EQ(outcome.errors, "");
+}
+
+TEST_F(ToolTest, DecodeTakesHexInManyForms) {
+    const std::string expected = Run("decode EPC_UE2SS 0F87").output;
+    for (const char* hex : {"0f 87", "'0F 87'", "0F:87", "0x0F 0x87", "0x0f87", "' 0X0F : 87 '"}) {
+        const Outcome outcome = Run(std::string("decode EPC_UE2SS ") + hex);
+        EXPECT_EQ(outcome.status, 0) << hex;
+        EXPECT_EQ(outcome.output, expected) << hex;
+    }
+}
+
+TEST_F(ToolTest, DecodeOfAnUnknownMessageExitsWith1) {
+    const Outcome outcome = Run("decode EPC_UE2SS FF FF");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.output, "Failed to decode \"EPC_UE2SS\" message");
+}
+
+TEST_F(ToolTest, DecodeWritesDiagnosticsToStandardError) {
+    const Outcome outcome = Run("decode EPC_SS2UE 0F84");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors.compare(0, 7, "<ERRID:"), 0) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("> Message too short decoding subfield UETestLoopMode\n"),
+              std::string::npos);
+}
+
+TEST_F(ToolTest, WrongUseExitsWith2AndSaysWhatAndWhere) {
+    const std::vector<std::pair<std::string, std::string>> uses = {
+        {"decode NOPE 00",
+         "quorvane: unknown function 'NOPE'; the command \"quorvane list\" shows "
+         "all\n"},
+        {"decode EPS_SMUplink 0G", "quorvane: HEX, character 2: 'G' is not a hexadecimal digit\n"},
+        {"decode EPS_SMUplink 02 1 D0",
+         "quorvane: HEX, character 4: an octet needs two hexadecimal digits, this one has one\n"},
+        {"decode EPS_SMUplink 02 0x", "quorvane: HEX, character 4: no digits follow 0x\n"},
+        {"catalogue nope",
+         "quorvane: unknown family 'nope'; the families are eps, epc, l3, rr and rlcmac\n"},
+        {"batch /nonexistent/file",
+         "quorvane: cannot open /nonexistent/file: No such file or directory\n"},
+    };
+    for (const auto& [arguments, message] : uses) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, 2) << arguments;
+        EXPECT_EQ(outcome.output, "") << arguments;
+        EXPECT_EQ(outcome.errors, message) << arguments;
+    }
+}
+
+TEST_F(ToolTest, WrongArgumentsExitWith2) {
+    for (const char* arguments :
+         {"", "nonsense", "decode", "decode EPS_SMUplink", "catalogue", "catalogue eps --nonsense",
+          "catalogue eps --census --elements", "batch a b", "list more"}) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, 2) << arguments;
+        EXPECT_NE(outcome.errors, "") << arguments;
+    }
+}
+
+TEST_F(ToolTest, HelpAndVersionExitWith0) {
+    EXPECT_EQ(Run("--help").status, 0);
+    EXPECT_EQ(Run("decode --help").status, 0);
+    EXPECT_EQ(Run("--version").output, "1.0.0\n");
+}
+
+TEST_F(ToolTest, BatchAnswersEachLineInOrder) {
+    const Outcome outcome = Run("batch",
+                                "EPC_UE2SS 2 0F87\n"
+                                "  EPC_UE2SS\t-1   0f 87 \r\n"
+                                "EPC_SS2UE 2 0F:84\n"
+                                "EPC_UE2SS 2 FFFF");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.errors, "");
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), 4U);
+
+    std::vector<std::string> keys;
+    for (const auto& member : lines[0].GetObject()) {
+        keys.emplace_back(member.name.GetString());
+    }
+    EXPECT_EQ(keys,
+              (std::vector<std::string>{"fn", "length", "hex", "ret", "text", "diagnostics"}));
+    EXPECT_STREQ(lines[0]["fn"].GetString(), "EPC_UE2SS");
+    EXPECT_EQ(lines[0]["length"].GetInt(), 2);
+    EXPECT_STREQ(lines[0]["hex"].GetString(), "0F87");
+    EXPECT_EQ(lines[0]["ret"].GetInt(), 1);
+    EXPECT_STREQ(lines[0]["text"].GetString(),
+                 "Decoded using \"EPC_UE2SS\".\nMESSAGE: DEACTIVATE_TEST_MODE_COMPLETE\n{\n}\n");
+    EXPECT_TRUE(lines[0]["diagnostics"].GetArray().Empty());
+
+    EXPECT_EQ(lines[1]["length"].GetInt(), -1);
+    EXPECT_STREQ(lines[1]["hex"].GetString(), "0f 87");
+    EXPECT_EQ(lines[1]["ret"].GetInt(), 1);
+
+    ASSERT_EQ(lines[2]["diagnostics"].Size(), 1U);
+    const std::string diagnostic = lines[2]["diagnostics"][0].GetString();
+    EXPECT_TRUE(diagnostic.starts_with("<ERRID:"));
+    EXPECT_TRUE(diagnostic.ends_with("> Message too short decoding subfield UETestLoopMode"));
+
+    EXPECT_EQ(lines[3]["ret"].GetInt(), 0);
+    EXPECT_STREQ(lines[3]["text"].GetString(), "Failed to decode \"EPC_UE2SS\" message");
+}
+
+TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
+    const Outcome outcome = Run("batch",
+                                "EPC_UE2SS 2\n"
+                                "NOPE 2 00\n"
+                                "\n"
+                                "EPC_UE2SS two 0F87\n"
+                                "EPC_UE2SS 2147483648 0F87\n"
+                                "EPC_UE2SS 2 0F8\n"
+                                "EPC_UE2SS 2 0F87\n");
+    EXPECT_EQ(outcome.status, 1);
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), 7U);
+    const char* const errors[] = {
+        "expected FUNCTION LENGTH HEX",
+        "unknown function 'NOPE'",
+        "expected FUNCTION LENGTH HEX",
+        "LENGTH, 'two' is not a whole number of 32 bits",
+        "LENGTH, '2147483648' is not a whole number of 32 bits",
+        "HEX, character 3: an octet needs two hexadecimal digits, this one has one",
+    };
+    for (unsigned index = 0; index < 6; ++index) {
+        EXPECT_EQ(lines[index].MemberCount(), 2U);
+        EXPECT_EQ(lines[index]["line"].GetUint(), index + 1);
+        EXPECT_STREQ(lines[index]["error"].GetString(), errors[index]);
+    }
+    EXPECT_EQ(lines[6]["ret"].GetInt(), 1);
+}
+
+TEST_F(ToolTest, BatchReadsBehindTheLengthAndZerosBehindTheBuffer) {
+    std::string lines;
+    std::vector<std::string> expected;
+    for (const auto& path : test::FindGoldenFiles(QUORVANE_SOURCE_DIR "/tests/golden")) {
+        std::string problem;
+        const auto golden = test::ReadGoldenFile(path, problem);
+        if (!golden || golden->octets.empty()) {
+            continue;
+        }
+        std::ostringstream line;
+        line << Decodings()[static_cast<std::size_t>(golden->decoding)].name << ' '
+             << golden->length << ' ';
+        for (const std::uint8_t octet : golden->octets) {
+            line << "0123456789ABCDEF"[octet >> 4] << "0123456789ABCDEF"[octet & 15];
+        }
+        lines += line.str() + "\n";
+        expected.push_back(golden->text);
+    }
+    std::ofstream(Path("messages")) << lines;
+    const Outcome outcome = Run("batch " + Path("messages"));
+    EXPECT_EQ(outcome.status, 0);
+    const auto answers = JsonLines(outcome.output);
+    ASSERT_EQ(answers.size(), expected.size());
+    for (std::size_t index = 0; index < answers.size(); ++index) {
+        EXPECT_EQ(answers[index]["text"].GetString(), expected[index]);
+    }
+}
+
+TEST_F(ToolTest, BatchTakesLinesOfAnyLength) {
+    const std::string longLine = "EPC_UE2SS 2 0F87" + std::string(3000000, ' ');
+    std::string fitting = "EPC_UE2SS 2 0F87";
+    while (fitting.size() < 600000) {
+        fitting += "00";
+    }
+    const Outcome outcome =
+        Run("batch", longLine + "\n" + fitting + "\nEPC_UE2SS 2 0F87\n" + longLine);
+    EXPECT_EQ(outcome.status, 1);
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_STREQ(lines[0]["error"].GetString(), "the line is longer than 655360 characters");
+    EXPECT_EQ(lines[1]["ret"].GetInt(), 1);
+    EXPECT_EQ(lines[2]["ret"].GetInt(), 1);
+    EXPECT_EQ(lines[3]["line"].GetInt(), 4);
+}
+
+TEST_F(ToolTest, BatchOfNothingIsNothing) {
+    const Outcome outcome = Run("batch", "");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, "");
+}
+
+TEST_F(ToolTest, CatalogueFormsHaveTheirLines) {
+    const Outcome definitions = Run("catalogue epc");
+    EXPECT_EQ(definitions.status, 0);
+    EXPECT_NE(definitions.output.find("union Message_set_SS_to_UE {\n"), std::string::npos);
+    EXPECT_EQ(Run("catalogue epc --census").output,
+              "named 17\nstruct 14\nunion 2\nsequence 1\ninteger 12\nenumerated 2\nbinary 1\n"
+              "elements 28\noptional 3\n");
+    EXPECT_NE(Run("catalogue epc --elements")
+                  .output.find("CLOSE_UE_TEST_LOOP.UE_test_loop_mode\tenumerated\t8\tfixed\t"
+                               "mandatory\n"),
+              std::string::npos);
+    EXPECT_NE(Run("catalogue epc --enumerations")
+                  .output.find("CLOSE_UE_TEST_LOOP.UE_test_loop_mode\t1\tUE test loop mode b\n"),
+              std::string::npos);
+}
+
+}  // namespace
+}  // namespace quorvane

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+
+#include "facade/decodings.h"
+#include "support/entry_points.h"
+
+namespace quorvane {
+namespace {
+
+TEST(Decodings, StandInTheOrderOfTheEntryPoints) {
+    ASSERT_EQ(Decodings().size(), 17U);
+    ASSERT_EQ(test::EntryPoints().size(), 17U);
+    for (std::size_t index = 0; index < 17; ++index) {
+        EXPECT_EQ(static_cast<std::size_t>(Decodings()[index].decoding), index);
+        EXPECT_EQ(Decodings()[index].name, test::EntryPoints()[index].name);
+        EXPECT_FALSE(Decodings()[index].purpose.empty());
+    }
+}
+
+TEST(Decodings, AreFoundByName) {
+    for (const DecodingInfo& info : Decodings()) {
+        EXPECT_EQ(FindDecoding(info.name), info.decoding);
+    }
+}
+
+TEST(Decodings, AreNotFoundByOtherNames) {
+    for (const char* name : {"", "eps_smuplink", "EPS_SMUplink ", "RRShortPD", "DecodeRRSPD"}) {
+        EXPECT_EQ(FindDecoding(name), std::nullopt) << name;
+    }
+}
+
+// The names in texts are those of the entry points but for these.
+TEST(Decodings, HaveFourNamesOfTheirOwnInTexts) {
+    const auto expected = [](const DecodingInfo& info) -> std::string_view {
+        switch (info.decoding) {
+            case Decoding::RRSPD:
+                return "RRShortPD";
+            case Decoding::RLC_MACDownlink:
+                return "RLC_MAC_Downlink";
+            case Decoding::RLC_MACUplink:
+                return "RLC_MAC_Uplink";
+            case Decoding::Packet_Control_Acknowledgement_8:
+                return "Packet_channel_request_8_bit_message_content";
+            case Decoding::Packet_Control_Acknowledgement_11:
+                return "Packet_Control_Acknowledgement_11bit_a";
+            default:
+                return info.name;
+        }
+    };
+    for (const DecodingInfo& info : Decodings()) {
+        EXPECT_EQ(facade::RowOf(info.decoding).textName, expected(info));
+    }
+}
+
+TEST(Decodings, TakeTheLengthOfThreeMessagesAsFixed) {
+    for (const DecodingInfo& info : Decodings()) {
+        const std::int32_t expected =
+            info.decoding == Decoding::ChannelRequest                      ? 8
+            : info.decoding == Decoding::Packet_Control_Acknowledgement_8  ? 8
+            : info.decoding == Decoding::Packet_Control_Acknowledgement_11 ? 11
+                                                                           : 0;
+        EXPECT_EQ(facade::RowOf(info.decoding).fixedBits, expected) << info.name;
+    }
+}
+
+TEST(Decodings, OfOneFamilyShareItsCatalogue) {
+    const facade::Binding& uplink = facade::BindingOf(Decoding::EPS_MMUplink);
+    const facade::Binding& session = facade::BindingOf(Decoding::EPS_SMDownlink);
+    const facade::Binding& testMode = facade::BindingOf(Decoding::EPC_SS2UE);
+    ASSERT_NE(uplink.set, nullptr);
+    ASSERT_NE(testMode.set, nullptr);
+    EXPECT_EQ(uplink.catalogue, session.catalogue);
+    EXPECT_NE(uplink.catalogue, testMode.catalogue);
+    EXPECT_NE(uplink.set, session.set);
+}
+
+TEST(Decodings, AreBoundToTheSetsOfTheirNames) {
+    for (const DecodingInfo& info : Decodings()) {
+        const facade::Binding& binding = facade::BindingOf(info.decoding);
+        if (binding.set != nullptr) {
+            EXPECT_EQ(binding.set->name, facade::RowOf(info.decoding).set);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quorvane

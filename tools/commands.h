@@ -1,0 +1,58 @@
+#pragma once
+
+// The tool's commands. Each returns its exit status and reports wrong use by UsageError, which
+// main prints.
+
+#include <cstdint>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quorvane::tool {
+
+enum ExitStatus : int {
+    kDone = 0,
+    kNotFound = 1,  // decode: no message; batch: a bad line
+    kWrongUse = 2,
+};
+
+/// What is wrong and where, in words for the user.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Prints the decodings and what each is for.
+int List();
+
+/// Prints the text of one message, whose octets the arguments `hex` hold.
+int Decode(const std::string& function, const std::vector<std::string>& hex);
+
+/// Turns the lines "FUNCTION LENGTH HEX" of the file (of standard input if the name is empty or
+/// "-") into JSON objects, one a line.
+int Batch(const std::string& file);
+
+enum class CatalogueForm { kDefinitions, kCensus, kElements, kEnumerations };
+
+/// Prints the types of a family.
+int Catalogue(const std::string& family, CatalogueForm form);
+
+/// Prints the compiled CSN.1 structures of a family, or the one of that name.
+int Disassemble(const std::string& family, const std::string& structure);
+
+struct GenerateOptions {
+    std::string function;
+    std::uint64_t count = 0;
+    std::uint64_t seed = 1;
+    std::string message;  // empty: any of the function's
+};
+
+/// Prints lines for Batch of messages drawn at random.
+int Generate(const GenerateOptions& options);
+
+/// Writes to standard output; throws UsageError if that fails.
+void Print(std::string_view text);
+
+}  // namespace quorvane::tool

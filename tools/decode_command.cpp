@@ -1,0 +1,48 @@
+// One message, and the list of decodings.
+
+#include <algorithm>
+#include <cstdint>
+
+#include "quorvane/decode.h"
+#include "tools/commands.h"
+#include "tools/hex.h"
+
+namespace quorvane::tool {
+
+int List() {
+    std::size_t widest = 0;
+    for (const DecodingInfo& info : Decodings()) {
+        widest = std::max(widest, info.name.size());
+    }
+    std::string text;
+    for (const DecodingInfo& info : Decodings()) {
+        text += info.name;
+        text.append(widest + 2 - info.name.size(), ' ');
+        text += info.purpose;
+        text += '\n';
+    }
+    Print(text);
+    return kDone;
+}
+
+int Decode(const std::string& function, const std::vector<std::string>& hex) {
+    const std::optional<Decoding> decoding = FindDecoding(function);
+    if (!decoding) {
+        throw UsageError("unknown function '" + function +
+                         "'; the command \"quorvane list\" shows all");
+    }
+    std::string joined;
+    for (const std::string& piece : hex) {
+        joined += joined.empty() ? piece : " " + piece;
+    }
+    std::vector<std::uint8_t> octets;
+    if (const std::string problem = ParseHex(joined, octets); !problem.empty()) {
+        throw UsageError("HEX, " + problem);
+    }
+    const Result result = quorvane::Decode(*decoding, octets);
+    std::fwrite(result.diagnostics.data(), 1, result.diagnostics.size(), stderr);
+    Print(result.text);
+    return result.found ? kDone : kNotFound;
+}
+
+}  // namespace quorvane::tool

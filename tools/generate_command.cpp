@@ -1,0 +1,69 @@
+#include "facade/decodings.h"
+#include "quorvane/decode.h"
+#include "tools/commands.h"
+#include "tools/message_generator.h"
+
+namespace quorvane::tool {
+namespace {
+
+/// The tag of the message of that name, or 0.
+std::uint32_t TagOf(const families::Family& family, const iecodec::MessageSetRow& set,
+                    std::string_view name) {
+    for (std::size_t index = 0; index < set.messages.size(); ++index) {
+        if (family.codec.messages[set.messages[index]].name == name) {
+            return static_cast<std::uint32_t>(index + 1);
+        }
+    }
+    return 0;
+}
+
+void AppendHex(std::string& line, const std::vector<std::uint8_t>& octets) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    for (const std::uint8_t octet : octets) {
+        line += kDigits[octet >> 4];
+        line += kDigits[octet & 15U];
+    }
+}
+
+}  // namespace
+
+int Generate(const GenerateOptions& options) {
+    const std::optional<Decoding> decoding = FindDecoding(options.function);
+    if (!decoding) {
+        throw UsageError("there is no function " + options.function +
+                         "; \"quorvane list\" shows them");
+    }
+    const facade::Binding& binding = facade::BindingOf(*decoding);
+    if (binding.set == nullptr) {
+        throw UsageError("the messages of " + options.function + " are not described yet");
+    }
+    std::uint32_t tag = 0;
+    if (!options.message.empty()) {
+        tag = TagOf(*binding.family, *binding.set, options.message);
+        if (tag == 0) {
+            throw UsageError(options.function + " has no message " + options.message);
+        }
+    }
+    MessageGenerator generator(*binding.family, options.seed);
+    constexpr std::size_t kFullBuffer = std::size_t{1} << 16;
+    std::string lines;
+    for (std::uint64_t count = 0; count < options.count; ++count) {
+        const auto message =
+            tag == 0 ? generator.Generate(*binding.set) : generator.Generate(*binding.set, tag);
+        if (!message) {
+            throw UsageError("no message came of the draw " + std::to_string(count + 1) +
+                             "; try another seed");
+        }
+        lines += options.function + " " + std::to_string(message->octets.size()) + " ";
+        AppendHex(lines, message->octets);
+        lines += "\n";
+        if (lines.size() >= kFullBuffer) {
+            Print(lines);
+            lines.clear();
+        }
+    }
+    Print(lines);
+    return kDone;
+}
+
+}  // namespace quorvane::tool

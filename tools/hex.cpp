@@ -1,0 +1,80 @@
+#include "tools/hex.h"
+
+#include <array>
+#include <cstddef>
+
+namespace quorvane::tool {
+namespace {
+
+constexpr std::uint8_t kNoDigit = 0xFF;
+
+constexpr std::array<std::uint8_t, 256> kDigits = [] {
+    std::array<std::uint8_t, 256> digits{};
+    digits.fill(kNoDigit);
+    for (std::uint8_t digit = 0; digit < 16; ++digit) {
+        digits[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = digit;
+        digits[static_cast<unsigned char>("0123456789abcdef"[digit])] = digit;
+    }
+    return digits;
+}();
+
+std::uint8_t DigitOf(char character) {
+    return kDigits[static_cast<unsigned char>(character)];
+}
+
+bool IsSeparator(char character) {
+    return character == ' ' || character == '\t' || character == ':';
+}
+
+std::string At(std::size_t index, const std::string& problem) {
+    return "character " + std::to_string(index + 1) + ": " + problem;
+}
+
+std::string Quoted(char character) {
+    constexpr char kFirstPrintable = 0x20;
+    constexpr char kLastPrintable = 0x7E;
+    if (character >= kFirstPrintable && character <= kLastPrintable) {
+        return std::string("'") + character + "'";
+    }
+    return "an unprintable character";
+}
+
+}  // namespace
+
+std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
+    octets.clear();
+    bool inGroup = false;
+    for (std::size_t index = 0; index < text.size();) {
+        if (IsSeparator(text[index])) {
+            inGroup = false;
+            ++index;
+            continue;
+        }
+        if (!inGroup && text[index] == '0' && index + 1 < text.size() &&
+            (text[index + 1] == 'x' || text[index + 1] == 'X')) {
+            inGroup = true;
+            index += 2;
+            if (index == text.size() || IsSeparator(text[index])) {
+                return At(index - 2, "no digits follow " + std::string(text.substr(index - 2, 2)));
+            }
+            continue;
+        }
+        inGroup = true;
+        const std::uint8_t high = DigitOf(text[index]);
+        if (high == kNoDigit) {
+            return At(index, Quoted(text[index]) + " is not a hexadecimal digit");
+        }
+        if (index + 1 == text.size() || IsSeparator(text[index + 1])) {
+            return At(index, "an octet needs two hexadecimal digits, this one has one");
+        }
+        const std::uint8_t low = DigitOf(text[index + 1]);
+        if (low == kNoDigit) {
+            return At(index + 1, Quoted(text[index + 1]) + " is not a hexadecimal digit");
+        }
+        octets.push_back(static_cast<std::uint8_t>(high << 4 | low));
+        index += 2;
+    }
+    return {};
+}
+
+}  // namespace quorvane::tool

@@ -1,0 +1,42 @@
+#pragma once
+
+// Lines of a file or a pipe in constant memory.
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace quorvane::tool {
+
+class LineReader {
+  public:
+    /// Reads of the file descriptor, which stays the caller's.
+    explicit LineReader(int descriptor) : descriptor_(descriptor), buffer_(kBuffer) {}
+
+    enum class Outcome { kLine, kTooLong, kNeedsInput, kEnd, kError };
+
+    /// Gives the next line, without its line feed, valid until the next call. kTooLong stands for
+    /// a line of more than kLongestLine characters, which is passed over. kNeedsInput asks for a
+    /// call of Fill; the caller may want to show its output before, as that may wait.
+    Outcome Next(std::string_view& line);
+
+    /// Reads more. kError leaves the reason in errno.
+    void Fill();
+
+    /// 65,535 octets as "0xNN " each, and as much again.
+    static constexpr std::size_t kLongestLine = std::size_t{640} << 10;
+
+  private:
+    static constexpr std::size_t kBuffer = kLongestLine + (std::size_t{64} << 10);
+
+    int descriptor_;
+    std::vector<char> buffer_;
+    std::size_t begin_ = 0;    // of the line
+    std::size_t scanned_ = 0;  // no line feed ahead of it
+    std::size_t end_ = 0;
+    bool skipping_ = false;  // the rest of a line that was too long
+    bool atEnd_ = false;
+    bool failed_ = false;
+};
+
+}  // namespace quorvane::tool

@@ -1,0 +1,111 @@
+// quorvane: decodes messages on the command line and shows what the library knows.
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "quorvane/version.h"
+#include "tools/commands.h"
+
+namespace quorvane::tool {
+namespace {
+
+int Run(int argc, char** argv) {
+    CLI::App app("Decodes cellular signalling messages into text.", "quorvane");
+    app.set_version_flag("--version", Version());
+    app.require_subcommand(1);
+
+    const CLI::App* list = app.add_subcommand("list", "Show the decodings and what each is for");
+
+    std::string function;
+    std::vector<std::string> hex;
+    CLI::App* decode =
+        app.add_subcommand("decode", "Decode one message. Exit status 1 if the octets start none");
+    decode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
+    decode->add_option("HEX", hex, "The octets; blanks, colons and 0x may stand between")
+        ->required();
+
+    std::string file;
+    CLI::App* batch = app.add_subcommand(
+        "batch",
+        "Decode lines \"FUNCTION LENGTH HEX\" to JSON objects, one a line. LENGTH is the message's "
+        "length in octets, HEX the readable buffer. Exit status 1 if a line was bad");
+    batch->add_option("FILE", file, "Standard input if it is left out");
+
+    std::string family;
+    CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
+    const auto addFamily = [&](CLI::App* command) {
+        command->add_option("FAMILY", family, "eps, epc, l3, rr or rlcmac")->required();
+    };
+    addFamily(catalogue);
+    CLI::Option_group* forms = catalogue->add_option_group("Forms");
+    bool census = false;
+    bool elements = false;
+    bool enumerations = false;
+    forms->add_flag("--census", census, "Count the types by kind");
+    forms->add_flag("--elements", elements, "One line for each element");
+    forms->add_flag("--enumerations", enumerations, "One line for each value of an enumeration");
+    forms->require_option(0, 1);
+
+    std::string structure;
+    CLI::App* disassemble =
+        app.add_subcommand("disassemble", "Show the compiled CSN.1 descriptions of a family");
+    addFamily(disassemble);
+    disassemble->add_option("STRUCTURE", structure, "All if it is left out");
+
+    GenerateOptions generate;
+    CLI::App* generator = app.add_subcommand(
+        "generate", "Print lines for \"batch\" of valid messages, drawn at random");
+    generator->add_option("FUNCTION", generate.function, "A name that \"quorvane list\" shows")
+        ->required();
+    generator->add_option("COUNT", generate.count, "How many messages")->required();
+    generator->add_option("--seed", generate.seed, "The same seed gives the same messages");
+    generator->add_option("--message", generate.message, "Of this type alone");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kWrongUse;
+    }
+    if (list->parsed()) {
+        return List();
+    }
+    if (decode->parsed()) {
+        return Decode(function, hex);
+    }
+    if (batch->parsed()) {
+        return Batch(file);
+    }
+    if (generator->parsed()) {
+        return Generate(generate);
+    }
+    if (catalogue->parsed()) {
+        const CatalogueForm form = census         ? CatalogueForm::kCensus
+                                   : elements     ? CatalogueForm::kElements
+                                   : enumerations ? CatalogueForm::kEnumerations
+                                                  : CatalogueForm::kDefinitions;
+        return Catalogue(family, form);
+    }
+    return Disassemble(family, structure);
+}
+
+}  // namespace
+
+void Print(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
+        std::fflush(stdout) != 0) {
+        throw UsageError(std::string("cannot write to standard output: ") + std::strerror(errno));
+    }
+}
+
+}  // namespace quorvane::tool
+
+int main(int argc, char** argv) {
+    try {
+        return quorvane::tool::Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "quorvane: %s\n", error.what());
+        return quorvane::tool::kWrongUse;
+    }
+}

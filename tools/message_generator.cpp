@@ -1,0 +1,78 @@
+#include "tools/message_generator.h"
+
+#include "iecodec/message_encoder.h"
+#include "tools/value_generator.h"
+
+namespace quorvane::tool {
+namespace {
+
+constexpr std::size_t kRoom = 8192;  // octets; no message of the tables is longer
+
+/// The mask of the attempt that takes a first octet of this form.
+std::uint32_t MaskOf(const iecodec::MessageSetRow& set, std::uint32_t key) {
+    for (const iecodec::KeyAttemptRow& attempt : set.attempts) {
+        const bool high = (attempt.highNibbles >> (key >> 12 & 15U) & 1U) != 0;
+        const bool low = (attempt.lowNibbles >> (key >> 8 & 15U) & 1U) != 0;
+        if (high && low) {
+            return attempt.mask;
+        }
+    }
+    return 0xFFFF;
+}
+
+const iecodec::KeyRow& DrawKey(const iecodec::MessageSetRow& set, std::uint32_t tag,
+                               Random& random) {
+    std::vector<const iecodec::KeyRow*> keys;
+    for (const iecodec::KeyRow& key : set.keys) {
+        if (key.tag == tag) {
+            keys.push_back(&key);
+        }
+    }
+    return *keys[random.UpTo(static_cast<std::uint32_t>(keys.size() - 1))];
+}
+
+}  // namespace
+
+std::uint64_t Random::Next() {
+    // SplitMix64.
+    state_ += 0x9E3779B97F4A7C15U;
+    std::uint64_t mixed = state_;
+    mixed = (mixed ^ mixed >> 30) * 0xBF58476D1CE4E5B9U;
+    mixed = (mixed ^ mixed >> 27) * 0x94D049BB133111EBU;
+    return mixed ^ mixed >> 31;
+}
+
+std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::MessageSetRow& set,
+                                                           std::uint32_t tag) {
+    constexpr int kTries = 50;
+    const iecodec::MessageRow& message = family_.codec.messages[set.messages[tag - 1]];
+    for (int attempt = 0; attempt < kTries; ++attempt) {
+        arena_.Reset();
+        ValueGenerator values(family_, random_, arena_);
+        GeneratedMessage out;
+        iecodec::SetTag(out.container, tag);
+        bits::Cell* cells = bits::StructCells(arena_, out.container.body, message.members);
+        const std::uint32_t key = DrawKey(set, tag, random_).key;
+        values.FillHeader(message, cells, key, MaskOf(set, key));
+        if (!values.FillBody(message, cells)) {
+            continue;
+        }
+        out.octets.resize(kRoom);
+        bits::BitWriter writer(out.octets.data(), kRoom);
+        iecodec::Diagnostics diagnostics;
+        iecodec::EncodeContext context{family_.codec, writer, diagnostics};
+        const std::int64_t written = iecodec::EncodeContainer(context, set, out.container);
+        if (written >= 0 && written % 8 == 0 && !writer.Overflowed()) {
+            out.octets.resize(static_cast<std::size_t>(written / 8));
+            return out;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::MessageSetRow& set) {
+    const auto last = static_cast<std::uint32_t>(set.messages.size() - 1);
+    return Generate(set, 1 + random_.UpTo(last));
+}
+
+}  // namespace quorvane::tool

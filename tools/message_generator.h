@@ -1,0 +1,57 @@
+#pragma once
+
+// Draws valid messages at random over a family's tables: optional elements, lengths, alternatives
+// and repetitions. Tests, fuzz seeds and benchmark sets are made of them.
+//
+// Tests: tests/unit/round_trip_test.cpp.
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "families/family.h"
+#include "iecodec/message_container.h"
+
+namespace quorvane::tool {
+
+/// A small generator whose numbers are the same on every platform.
+class Random {
+  public:
+    explicit Random(std::uint64_t seed) : state_(seed) {}
+
+    std::uint64_t Next();
+    /// A number from 0 to `most`.
+    std::uint32_t UpTo(std::uint32_t most) {
+        return static_cast<std::uint32_t>(Next() % (std::uint64_t{most} + 1));
+    }
+    bool OneIn(std::uint32_t n) { return UpTo(n - 1) == 0; }
+
+  private:
+    std::uint64_t state_;
+};
+
+struct GeneratedMessage {
+    std::vector<std::uint8_t> octets;
+    iecodec::MessageContainer container;  // its record, in the generator's arena
+};
+
+class MessageGenerator {
+  public:
+    MessageGenerator(const families::Family& family, std::uint64_t seed)
+        : family_(family), random_(seed) {}
+
+    /// A message of the set with this tag (from 1), in canonical form: elements in the order of
+    /// the message's table, spare bits 0. Nothing if the draw led nowhere in many tries. The
+    /// record is valid until the next call.
+    std::optional<GeneratedMessage> Generate(const iecodec::MessageSetRow& set, std::uint32_t tag);
+
+    /// The same of a message that the generator draws.
+    std::optional<GeneratedMessage> Generate(const iecodec::MessageSetRow& set);
+
+  private:
+    const families::Family& family_;
+    Random random_;
+    bits::Arena arena_;
+};
+
+}  // namespace quorvane::tool

@@ -1,0 +1,443 @@
+#include "tools/value_generator.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "csn/csn_record.h"
+#include "families/eps/tracking_area_list.h"
+#include "iecodec/special_elements.h"
+#include "iecodec/value_decoder.h"
+#include "iecodec/value_encoder.h"
+
+namespace quorvane::tool {
+namespace {
+
+using bits::Cell;
+using iecodec::FieldRow;
+using iecodec::kNone;
+using iecodec::PartRow;
+using iecodec::Shape;
+using iecodec::ValueRow;
+using Format = FieldRow::Format;
+using Presence = FieldRow::Presence;
+
+constexpr std::int64_t kRoom = 4096;  // octets
+
+bool HasLength(Format format) {
+    return format == Format::kLv || format == Format::kLvE || format == Format::kTlv ||
+           format == Format::kTlvE;
+}
+
+bool HasTag(Format format) {
+    return format == Format::kTv || format == Format::kTvHalf || format == Format::kTlv ||
+           format == Format::kTlvE || format == Format::kT;
+}
+
+/// The bits that the value takes, or a negative code.
+std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, const Cell& cell) {
+    std::array<std::uint8_t, kRoom> octets{};
+    bits::BitWriter writer(octets.data(), kRoom);
+    iecodec::Diagnostics diagnostics;
+    iecodec::EncodeContext context{tables, writer, diagnostics};
+    const std::int64_t result = iecodec::EncodeValue(context, row, 0, cell);
+    return writer.Overflowed() ? -1 : result;
+}
+
+}  // namespace
+
+std::uint32_t ValueGenerator::Bits(std::int32_t width) {
+    return static_cast<std::uint32_t>(random_.Next() >> (64 - width));
+}
+
+void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells, std::uint32_t key,
+                                std::uint32_t mask) {
+    using Kind = iecodec::HeaderItemRow::Kind;
+    std::int32_t offset = 0;
+    for (const auto& item :
+         tables_.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)) {
+        if (item.kind == Kind::kField || item.kind == Kind::kLateField) {
+            std::uint32_t value = Bits(item.width);
+            if (offset + item.width <= 8) {
+                const std::int32_t shift = 16 - offset - item.width;
+                const std::uint32_t kept = (mask >> shift) & ((1U << item.width) - 1U);
+                value = (value & ~kept) | ((key >> shift) & kept);
+            }
+            cells[item.element].number = value;
+        } else if (item.kind == Kind::kExtendedIdentifier) {
+            constexpr std::uint32_t kReserved = 7;
+            const std::uint32_t value = Bits(random_.OneIn(4) ? 7 : 3);
+            cells[item.element].number = value == kReserved ? 0 : value;
+        }
+        offset += item.width;
+    }
+}
+
+/// Whether the field, written, would be taken for an earlier one that is absent: the tag is that
+/// one's too, and nothing present stands between the two.
+bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const FieldRow& field,
+                                  const Cell* cells) const {
+    const auto fields = tables_.fields.subspan(message.firstField, message.fieldCount);
+    for (std::size_t index = static_cast<std::size_t>(&field - fields.data()); index-- > 0;) {
+        const FieldRow& earlier = fields[index];
+        if (earlier.presence == Presence::kMandatory || cells[earlier.element].present) {
+            return false;
+        }
+        const std::uint8_t mask = earlier.format == Format::kTvHalf ? 0xF0 : 0xFF;
+        if ((field.tag & mask) == earlier.tag) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
+    for (const FieldRow& field : tables_.fields.subspan(message.firstField, message.fieldCount)) {
+        Cell& cell = cells[field.element];
+        if (field.presence == Presence::kOptional) {
+            if (random_.OneIn(2) || IsMistakable(message, field, cells)) {
+                continue;
+            }
+            cell.present = true;
+        } else if (field.presence == Presence::kConditional) {
+            const std::uint32_t decider = cells[field.conditionElement].number;
+            if ((decider & field.conditionMask) != field.conditionValue) {
+                continue;
+            }
+            cell.present = true;
+        } else if (HasTag(field.format)) {
+            cell.present = false;
+        }
+        if (field.value != kNone && !FillField(field, cell)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ValueGenerator::FillField(const FieldRow& field, Cell& cell) {
+    const ValueRow& row = tables_.values[field.value];
+    if (HasLength(field.format)) {
+        const bool extended = field.format == Format::kLvE || field.format == Format::kTlvE;
+        const std::int64_t announced = extended ? 65535 : 255;
+        const auto most = std::min<std::int64_t>(field.mostOctets, announced);
+        return FillWithin(row, cell, 8 * std::int64_t{field.leastOctets}, 8 * most);
+    }
+    if (field.format == Format::kRest) {
+        constexpr std::int64_t kMostRest = 8 * 600;
+        return FillWithin(row, cell, 0, kMostRest);
+    }
+    // A condition's decider is drawn among few values, so that every field gets its turn.
+    if (row.shape == Shape::kInteger && random_.OneIn(2)) {
+        cell.number = Bits(std::min<std::int32_t>(row.width, 2));
+        return true;
+    }
+    return FillWithin(row, cell, field.width, field.width);
+}
+
+bool ValueGenerator::FillWithin(const ValueRow& row, Cell& cell, std::int64_t least,
+                                std::int64_t most) {
+    constexpr int kTries = 60;
+    const bool present = cell.present;
+    for (int attempt = 0; attempt < kTries; ++attempt) {
+        cell = {};
+        cell.present = present;
+        // Long values are rare, lest nested ones never fit.
+        const std::int64_t wide = random_.OneIn(3) ? most : std::min(most, least + 160);
+        if (!Fill(row, cell, wide)) {
+            continue;
+        }
+        const std::int64_t size = Measure(tables_, row, cell);
+        if (size >= least && size <= most && (least == most || size % 8 == 0)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ValueGenerator::Fill(const ValueRow& row, Cell& cell, std::int64_t most) {
+    switch (row.shape) {
+        case Shape::kInteger:
+            cell.number = Bits(row.width);
+            return true;
+        case Shape::kBinary:
+            FillBinary(row, cell, most);
+            return true;
+        case Shape::kFixed:
+        case Shape::kTruncatable:
+        case Shape::kSerial:
+            return FillParts(row, cell, most);
+        case Shape::kChoice:
+            return FillChoice(row, cell, most);
+        case Shape::kSequence:
+            return FillSequence(row, cell, most);
+        case Shape::kExtension:
+            return FillExtension(row, cell, most);
+        case Shape::kCsn:
+            return FillStructure(row, cell, most);
+        case Shape::kMessageSet:
+            return FillMessageSet(row, cell);
+        case Shape::kMessageBody: {
+            const iecodec::MessageRow& message = tables_.messages[row.item];
+            return FillBody(message, bits::StructCells(arena_, cell, message.members));
+        }
+        case Shape::kSpecial:
+            return FillSpecial(row, cell, most);
+    }
+    return false;
+}
+
+void ValueGenerator::FillBinary(const ValueRow& row, Cell& cell, std::int64_t most) {
+    const std::int64_t room =
+        std::max<std::int64_t>(std::min<std::int64_t>(most, row.capacity) / 8, 0);
+    const std::int64_t octets = row.width != 0
+                                    ? (row.width + 7) / 8
+                                    : std::int64_t{random_.UpTo(static_cast<std::uint32_t>(room))};
+    cell.number =
+        row.width != 0 ? std::uint32_t{row.width} : static_cast<std::uint32_t>(8 * octets);
+    if (octets == 0) {
+        return;
+    }
+    cell.octets = arena_.AllocateZeroed<std::uint8_t>(static_cast<std::size_t>(octets));
+    for (std::int64_t index = 0; index < octets; ++index) {
+        cell.octets[index] = static_cast<std::uint8_t>(random_.UpTo(255));
+    }
+}
+
+bool ValueGenerator::FillParts(const ValueRow& row, Cell& cell, std::int64_t most) {
+    Cell* cells = Members(row, cell);
+    std::int64_t left = most;
+    for (const PartRow& part : tables_.parts.subspan(row.first, row.count)) {
+        if (part.kind == PartRow::Kind::kSkip) {
+            left -= part.width;
+            continue;
+        }
+        const ValueRow& value = tables_.values[part.value];
+        const bool open = part.kind == PartRow::Kind::kCounted || part.kind == PartRow::Kind::kRest;
+        if (!Fill(value, cells[part.element], open ? left - 8 : part.width)) {
+            return false;
+        }
+        left -= part.width;
+    }
+    return true;
+}
+
+bool ValueGenerator::FillChoice(const ValueRow& row, Cell& cell, std::int64_t most) {
+    const auto alternatives = tables_.alternatives.subspan(row.first, row.count);
+    const auto& chosen = alternatives[random_.UpTo(row.count - 1U)];
+    Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
+    if (!Fill(tables_.values[chosen.value], body, most)) {
+        return false;
+    }
+    // The selector may be a member of the alternative, or lead from a default one to another.
+    std::array<std::uint8_t, kRoom> octets{};
+    bits::BitWriter writer(octets.data(), kRoom);
+    iecodec::Diagnostics diagnostics;
+    iecodec::EncodeContext encode{tables_, writer, diagnostics};
+    const std::int64_t size = iecodec::EncodeValue(encode, row, 0, cell);
+    iecodec::DecodeContext decode{tables_, writer.Reader(), arena_, diagnostics};
+    return size >= 0 && iecodec::DecodeValue(decode, row, 0, cell, size) == size &&
+           cell.number == chosen.tag;
+}
+
+bool ValueGenerator::FillSequence(const ValueRow& row, Cell& cell, std::int64_t most) {
+    const ValueRow& item = tables_.values[row.item];
+    std::int64_t left = most;
+    const std::uint32_t wanted = random_.UpTo(row.capacity);
+    for (std::uint32_t count = 1; count <= wanted && left > 0; ++count) {
+        static_cast<void>(
+            bits::SetSize(arena_, cell, static_cast<std::int32_t>(count), row.capacity));
+        Cell& last = cell.cells[count - 1];
+        if (!Fill(item, last, left)) {
+            return false;
+        }
+        const std::int64_t size = Measure(tables_, item, last);
+        left -= size;
+        if (size <= 0 || left < 0) {
+            static_cast<void>(
+                bits::SetSize(arena_, cell, static_cast<std::int32_t>(count) - 1, row.capacity));
+            return size > 0;
+        }
+    }
+    return true;
+}
+
+bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t most) {
+    Cell* cells = Members(row, cell);
+    for (const auto& group : tables_.groups.subspan(row.first, row.count)) {
+        bool first = true;
+        for (const auto& octet : tables_.octets.subspan(group.firstOctet, group.octetCount)) {
+            if (octet.flagElement != kNone) {
+                const bool present = !random_.OneIn(3);
+                cells[octet.flagElement].present = present;
+                if (!present && first) {
+                    return true;  // the groups behind are absent too
+                }
+                if (!present) {
+                    break;
+                }
+            }
+            first = false;
+            for (const PartRow& part : tables_.parts.subspan(octet.firstPart, octet.partCount)) {
+                if (part.kind != PartRow::Kind::kSkip) {
+                    cells[part.element].number = Bits(part.width);
+                }
+            }
+        }
+    }
+    return row.item == kNone ||
+           Fill(tables_.values[row.item], cells[row.element], most - 8 * row.count);
+}
+
+/// Random bits lead to a record if the structure takes them; the octets that the record encodes to
+/// have its spare bits right.
+bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t most) {
+    constexpr std::int64_t kMostOctets = 64;
+    const csn::CsnStructure& structure = tables_.structures[row.item];
+    const std::int64_t octets =
+        std::min<std::int64_t>(random_.UpTo(static_cast<std::uint32_t>(most / 8)), kMostOctets);
+    std::array<std::uint8_t, kMostOctets> drawn{};
+    const bool sparse = random_.OneIn(2);
+    for (std::int64_t index = 0; index < octets; ++index) {
+        const std::uint32_t octet = random_.UpTo(255);
+        drawn[static_cast<std::size_t>(index)] =
+            static_cast<std::uint8_t>(sparse ? octet & random_.UpTo(255) : octet);
+    }
+    Cell first{};
+    const bits::BitReader reader(drawn.data(), octets);
+    if (csn::DecodeCsn(structure, reader, arena_, 0, static_cast<std::int32_t>(8 * octets), first) <
+        0) {
+        return false;
+    }
+    std::array<std::uint8_t, 2 * kMostOctets> canonical{};
+    bits::BitWriter writer(canonical.data(), 2 * kMostOctets);
+    const std::int32_t size = csn::EncodeCsn(structure, writer, 0, first);
+    if (size < 0 || size % 8 != 0 || writer.Overflowed()) {
+        return false;
+    }
+    // Bits behind the result may have been touched on the way.
+    const bits::BitReader again(canonical.data(), size / 8);
+    const bool present = cell.present;
+    cell = {};
+    cell.present = present;
+    return csn::DecodeCsn(structure, again, arena_, 0, size, cell) == size;
+}
+
+bool ValueGenerator::FillMessageSet(const ValueRow& row, Cell& cell) {
+    const auto& chosen = tables_.alternatives[row.first + random_.UpTo(row.count - 1U)];
+    const iecodec::MessageRow& message = tables_.messages[chosen.value];
+    Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
+    Cell* cells = bits::StructCells(arena_, body, message.members);
+    FillHeader(message, cells, 0, 0);
+    return FillBody(message, cells);
+}
+
+// Elements with C++ of their own.
+
+void ValueGenerator::FillDigits(Cell& cell, std::uint32_t least, std::uint32_t most) {
+    const std::uint32_t count = least + random_.UpTo(most - least);
+    static_cast<void>(bits::SetSize(arena_, cell, static_cast<std::int32_t>(count), most));
+    for (std::uint32_t index = 0; index < count; ++index) {
+        cell.cells[index].number = random_.UpTo(9);
+    }
+}
+
+void ValueGenerator::FillTemplate(const ValueRow& row, Cell& cell) {
+    static constexpr std::array<std::array<std::uint32_t, 2>, 10> kComponents{
+        {{16, 8},
+         {32, 32},
+         {48, 1},
+         {64, 2},
+         {65, 4},
+         {80, 2},
+         {81, 4},
+         {96, 4},
+         {112, 2},
+         {128, 3}}};  // type and octets
+    const auto fillPair = [&](Cell& pair, std::uint32_t identifier, std::uint32_t octets) {
+        Cell* members = bits::StructCells(arena_, pair, 2);
+        members[0].number = identifier;
+        ValueRow binary{};
+        binary.capacity = 8 * octets;
+        binary.width = static_cast<std::uint16_t>(8 * octets);
+        FillBinary(binary, members[1], 8 * std::int64_t{octets});
+    };
+    Cell* members = Members(row, cell);
+    const std::uint32_t operation = random_.UpTo(7);
+    members[0].number = operation;
+    const bool whole = operation == 1 || operation == 3 || operation == 4;
+    Cell& filters = members[1];
+    static_cast<void>(
+        bits::SetSize(arena_, filters, static_cast<std::int32_t>(random_.UpTo(8)), 8));
+    for (std::uint32_t index = 0; index < filters.number && (whole || operation == 5); ++index) {
+        Cell* filter = bits::StructCells(arena_, filters.cells[index], 4);
+        filter[0].number = Bits(4);
+        filter[1].number = Bits(2);
+        if (!whole) {
+            continue;
+        }
+        filter[2].number = Bits(8);
+        Cell& components = filter[3];
+        static_cast<void>(
+            bits::SetSize(arena_, components, static_cast<std::int32_t>(random_.UpTo(4)), 7));
+        for (std::uint32_t part = 0; part < components.number; ++part) {
+            const auto& kind = kComponents[random_.UpTo(9)];
+            fillPair(components.cells[part], kind[0], kind[1]);
+        }
+    }
+    // Decoding shows as many empty items behind the parameters.
+    const std::uint32_t parameters = random_.OneIn(2) ? 0 : 1 + random_.UpTo(3);
+    static_cast<void>(
+        bits::SetSize(arena_, members[2], static_cast<std::int32_t>(2 * parameters), 16));
+    for (std::uint32_t index = 0; index < parameters; ++index) {
+        fillPair(members[2].cells[index], Bits(8), 1 + random_.UpTo(8));
+    }
+}
+
+bool ValueGenerator::FillAreaList(const ValueRow& row, Cell& cell) {
+    constexpr std::uint32_t kMostCodes = 16;
+    const auto& chosen = tables_.alternatives[row.first + random_.UpTo(row.count - 1U)];
+    Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
+    const bool filled = Fill(tables_.values[chosen.value], body, 8 * 64);
+    // A list has one element at least.
+    const Cell& counted = chosen.tag == 1 ? iecodec::MemberOf(body, 6) : body;
+    return filled && (chosen.tag == 2 || (counted.number > 0 && counted.number <= kMostCodes));
+}
+
+bool ValueGenerator::FillSpecial(const ValueRow& row, Cell& cell, std::int64_t most) {
+    const iecodec::SpecialElement* element = tables_.specials[row.item];
+    const auto octets = static_cast<std::uint32_t>(std::max<std::int64_t>(most / 8, 0));
+    if (element == &iecodec::kTbcdDigits) {
+        FillDigits(cell, 0, std::min(2 * octets, 32U));
+    } else if (element == &iecodec::kIdentityDigits) {
+        FillDigits(Members(row, cell)[0], 1, 15);
+    } else if (element == &iecodec::kMobileIdentity) {
+        constexpr std::uint32_t kTmsi = 4;
+        Cell* members = Members(row, cell);
+        members[1].number = random_.OneIn(2) ? kTmsi : Bits(3);
+        FillDigits(members[0], 1, members[1].number == kTmsi ? 4 : 17);
+    } else if (element == &iecodec::kTrafficFlowTemplate) {
+        FillTemplate(row, cell);
+    } else if (element == &iecodec::kLinkedTransactionIdentifier) {
+        constexpr std::uint32_t kReserved = 7;
+        Cell* members = Members(row, cell);
+        members[0].number = Bits(random_.OneIn(2) ? 7 : 3);
+        members[1].number = Bits(1);
+        return members[0].number != kReserved;
+    } else if (element == &iecodec::kEmergencyNumber) {
+        Cell* members = Members(row, cell);
+        FillDigits(members[1], 1, 32);
+        return Fill(tables_.values[tables_.parts[row.first].value], members[0], 8);
+    } else if (element == &iecodec::kUncountedItem) {
+        cell.cells = arena_.AllocateZeroed<Cell>(1);
+        cell.capacity = 1;
+        return Fill(tables_.values[row.first], *cell.cells, most);
+    } else if (element == &families::kTrackingAreaListItem) {
+        return FillAreaList(row, cell);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+}  // namespace quorvane::tool
