@@ -406,6 +406,10 @@ class Parser {
         header.name = tokens_.ExpectName("the header's name");
         ParseBlock([&] {
             if (tokens_.Accept("record")) {
+                const Name first = tokens_.ExpectName("a member of the header");
+                if (!first.text.empty()) {
+                    header.record.push_back(first);
+                }
                 while (tokens_.AtWord()) {
                     header.record.push_back(tokens_.ExpectName("a member of the header"));
                 }

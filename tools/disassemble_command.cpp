@@ -6,22 +6,20 @@
 #include "csn/disassembler.h"
 #include "tools/commands.h"
 #include "tools/described_family.h"
+#include "tools/image_names.h"
 
 namespace quorvane::tool {
 
 int Disassemble(const std::string& family, const std::string& structure) {
-    const auto structures = DescribedFamily(family).codec.structures;
+    const families::Family& described = DescribedFamily(family);
+    const auto structures = described.codec.structures;
     if (structures.empty()) {
         throw UsageError("the family " + family + " has no CSN.1 structures");
     }
     const csn::CsnProgram& program = *structures.front().program;
     const std::span<const std::uint8_t> code(program.code, program.codeSize);
-    csn::ListingNames names;
-    names.rule = [&](std::uint32_t label) {
-        const auto found = std::find_if(structures.begin(), structures.end(),
-                                        [&](const auto& one) { return one.label == label; });
-        return found == structures.end() ? std::string() : std::string(found->name);
-    };
+    const ImageNames imageNames(described);
+    const csn::ListingNames names = imageNames.Listing();
     if (structure.empty()) {
         Print(csn::Disassemble(code, names));
         return kDone;

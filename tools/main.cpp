@@ -93,6 +93,9 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 void Print(std::string_view text) {
+    if (text.empty()) {
+        return;
+    }
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
         std::fflush(stdout) != 0) {
         throw UsageError(std::string("cannot write to standard output: ") + std::strerror(errno));

@@ -44,6 +44,20 @@ std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, co
     return writer.Overflowed() ? -1 : result;
 }
 
+/// Encodes the structure; the octets behind it are 0. Returns its bits, or a negative code.
+template <std::size_t kSize>
+std::int32_t EncodeInto(const csn::CsnStructure& structure, const Cell& cell,
+                        std::array<std::uint8_t, kSize>& octets) {
+    bits::BitWriter writer(octets.data(), kSize);
+    const std::int32_t size = csn::EncodeCsn(structure, writer, 0, cell);
+    if (size < 0 || writer.Overflowed()) {
+        return -1;
+    }
+    // Bits behind the result may have been touched on the way.
+    std::fill(octets.begin() + (size + 7) / 8, octets.end(), std::uint8_t{0});
+    return size;
+}
+
 }  // namespace
 
 std::uint32_t ValueGenerator::Bits(std::int32_t width) {
@@ -310,17 +324,18 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
         return false;
     }
     std::array<std::uint8_t, 2 * kMostOctets> canonical{};
-    bits::BitWriter writer(canonical.data(), 2 * kMostOctets);
-    const std::int32_t size = csn::EncodeCsn(structure, writer, 0, first);
-    if (size < 0 || size % 8 != 0 || writer.Overflowed()) {
+    const std::int32_t size = EncodeInto(structure, first, canonical);
+    if (size < 0 || size % 8 != 0) {
         return false;
     }
-    // Bits behind the result may have been touched on the way.
-    const bits::BitReader again(canonical.data(), size / 8);
     const bool present = cell.present;
     cell = {};
     cell.present = present;
-    return csn::DecodeCsn(structure, again, arena_, 0, size, cell) == size;
+    // A length that is written back over other fields (TS 24.008, 10.5.1.7, GERAN Iu mode) makes
+    // other octets at each turn: such records are left out.
+    std::array<std::uint8_t, 2 * kMostOctets> again{};
+    return csn::DecodeCsn(structure, {canonical.data(), size / 8}, arena_, 0, size, cell) == size &&
+           EncodeInto(structure, cell, again) == size && again == canonical;
 }
 
 bool ValueGenerator::FillMessageSet(const ValueRow& row, Cell& cell) {

@@ -5,18 +5,24 @@
 namespace quorvane::bits {
 
 std::uint32_t BitReader::ReadNearEdge(std::int64_t position, std::int32_t count) const {
-    std::uint32_t result = 0;
-    for (std::int32_t place = 0; place < count; ++place, ++position) {
-        const std::int64_t index = position >> 3;
-        const bool inside = position >= 0 && index < octetCount_;
-        const std::uint32_t bit =
-            inside ? static_cast<std::uint32_t>(octets_[index]) >> (7 - (position & 7)) & 1U : 0U;
-        result = result << 1 | bit;
+    if (count < 1) {
+        return 0;
     }
-    return result;
+    const std::int64_t first = position >> 3;
+    const std::int64_t last = (position + count - 1) >> 3;
+    std::uint64_t window = 0;  // five octets at most
+    for (std::int64_t index = first; index <= last; ++index) {
+        const bool inside = index >= 0 && index < octetCount_;
+        window = window << 8 | (inside ? octets_[index] : 0U);
+    }
+    const auto behind = static_cast<std::int32_t>((last + 1) * 8 - (position + count));
+    return static_cast<std::uint32_t>(window >> behind & ((std::uint64_t{1} << count) - 1U));
 }
 
 void BitReader::Copy(std::uint8_t* destination, std::int64_t position, std::int64_t count) const {
+    if (count < 1) {
+        return;
+    }
     const std::int64_t wholeOctets = count >> 3;
     const std::int64_t index = position >> 3;
     if (position >= 0 && (position & 7) == 0 && index + wholeOctets <= octetCount_) {

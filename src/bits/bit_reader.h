@@ -37,19 +37,20 @@ class BitReader {
     }
 
     /// Copies `count` bits at bit `position` to the start of `destination`, which holds at least
-    /// (count + 7) / 8 octets. The unused low bits of the last octet become 0.
+    /// (count + 7) / 8 octets. The unused low bits of the last octet become 0. A count below 1 does
+    /// nothing.
     void Copy(std::uint8_t* destination, std::int64_t position, std::int64_t count) const;
 
     /// How many octets may be read.
     [[nodiscard]] std::int64_t OctetCount() const { return octetCount_; }
 
   private:
+    /// Eight octets as one number. Compilers make one load and a byte swap of this form.
     static std::uint64_t Window(const std::uint8_t* octets) {
-        std::uint64_t value = 0;
-        for (int index = 0; index < 8; ++index) {
-            value = value << 8 | octets[index];
-        }
-        return value;
+        return std::uint64_t{octets[0]} << 56 | std::uint64_t{octets[1]} << 48 |
+               std::uint64_t{octets[2]} << 40 | std::uint64_t{octets[3]} << 32 |
+               std::uint64_t{octets[4]} << 24 | std::uint64_t{octets[5]} << 16 |
+               std::uint64_t{octets[6]} << 8 | std::uint64_t{octets[7]};
     }
 
     [[nodiscard]] std::uint32_t ReadNearEdge(std::int64_t position, std::int32_t count) const;

@@ -6,7 +6,7 @@
 namespace quorvane::families {
 
 std::span<const Family* const> AllFamilies() {
-    static constexpr std::array<const Family*, 2> kFamilies{&kEpsFamily, &kEpcFamily};
+    static constexpr std::array<const Family*, 3> kFamilies{&kEpsFamily, &kEpcFamily, &kL3Family};
     return kFamilies;
 }
 

@@ -20,6 +20,7 @@ struct Family {
 
 extern const Family kEpsFamily;
 extern const Family kEpcFamily;
+extern const Family kL3Family;
 
 /// The described families.
 std::span<const Family* const> AllFamilies();

@@ -1,5 +1,6 @@
 // Elements that are strings of digits. A digit store takes a size above its bound as refused: the
-// list stays empty, and the element counts its length all the same.
+// list stays empty, and the element counts its length, an emergency number the octets walked, all
+// the same.
 
 #include <algorithm>
 #include <array>
@@ -144,7 +145,8 @@ std::int64_t DecodeEmergencyNumber(DecodeContext& context, const ValueRow& row,
     const bool filled = octets > 0 && context.reader.Read(digits + 8 * (octets - 1), 4) == kFiller;
     Resize(context, members[1], 2 * octets - (filled ? 1 : 0), kNumberDigits);
     StoreDigits(context, members[1], digits, 0);
-    return 16 + 8 * octets;
+    constexpr std::int64_t kMostOctets = kNumberDigits / 2;  // the walk ends with the store
+    return 16 + 8 * std::min(octets, kMostOctets);
 }
 
 std::int64_t EncodeEmergencyNumber(EncodeContext& context, const ValueRow& row,
