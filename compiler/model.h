@@ -17,7 +17,7 @@ namespace quorvane::compiler {
 struct EnumModel {
     struct Value {
         std::string text;
-        std::uint32_t value;
+        std::uint32_t value = 0;
     };
 
     std::string name;  // by which descriptions refer to it

@@ -61,7 +61,7 @@ class Parser {
     }
 
     template <typename T>
-    void Declare(Kind kind, std::vector<T>& list, T&& syntax) {
+    void Declare(Kind kind, std::vector<T>& list, T syntax) {
         family_.declarations.push_back({kind, list.size(), syntax.name});
         list.push_back(std::move(syntax));
     }

@@ -170,8 +170,8 @@ struct SkipRowSyntax {
 struct DeclarationSyntax {
     enum class Kind { kStruct, kUnion, kSequence, kMessage, kSet, kCsn };
 
-    Kind kind;
-    std::size_t index;  // in the list of its kind
+    Kind kind = Kind::kStruct;
+    std::size_t index = 0;  // in the list of its kind
     Name name;
 };
 

@@ -180,6 +180,10 @@ struct CsnMachine {
     std::uint32_t loopExit = 0;         // exit label of the repetition entered last
     std::uint32_t flags = 0;            // as CsnFlags
 
+    /// Which tags, by their low eight bits, any record of the run has had, also one that a
+    /// backtrack took back.
+    std::uint64_t seenTags[4] = {};
+
     /// Instructions executed so far, and how many end the run with a failure (0: no ceiling).
     /// Only builds that count (CsnMachineCounts) keep them.
     std::uint64_t executed = 0;

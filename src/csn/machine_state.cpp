@@ -1,6 +1,7 @@
 // Set-up, stack, tag store, field records and repetition of the CSN.1 machine.
 
 #include <algorithm>
+#include <iterator>
 
 #include "csn/machine.h"
 
@@ -59,8 +60,15 @@ const CsnFieldRecord* ParentOfClosing(const CsnMachine& machine) {
     return NewestAtDepth(machine, machine.fieldDepth - 1);
 }
 
-std::int32_t NextOccurrence(const CsnMachine& machine, const CsnFieldRecord* parent,
-                            std::int32_t tag) {
+std::int32_t NextOccurrence(CsnMachine& machine, const CsnFieldRecord* parent, std::int32_t tag) {
+    // Most tags occur once in a run: then there is nothing to walk back to.
+    const auto slot = static_cast<std::uint32_t>(tag);
+    std::uint64_t& seen = machine.seenTags[slot >> 6 & 3U];
+    const std::uint64_t bit = std::uint64_t{1} << (slot & 63U);
+    if ((seen & bit) == 0) {
+        seen |= bit;
+        return 0;
+    }
     for (std::int32_t index = machine.recordCount - 1; index >= 0; --index) {
         const CsnFieldRecord& record = machine.records[index];
         if (&record == parent) {
@@ -97,6 +105,7 @@ void InitCommon(CsnMachine& machine, const CsnProgram& program, std::uint32_t la
     machine.rootTag = -1;
     machine.userRecord = nullptr;
     machine.loopExit = 0;
+    std::fill(std::begin(machine.seenTags), std::end(machine.seenTags), std::uint64_t{0});
     machine.executed = 0;
     machine.ceiling = 0;
 }

@@ -40,7 +40,7 @@ class Diagnostics {
 
 struct DecodeContext {
     const CodecTables& tables;
-    bits::BitReader reader;
+    bits::BitReader reader{nullptr, 0};
     bits::Arena& arena;
     Diagnostics& diagnostics;
 };

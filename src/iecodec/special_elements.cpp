@@ -56,7 +56,7 @@ std::int64_t DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::
             return kSizeError;
         }
         octets = context.reader.Read(position + 16, 8 * lengthOctets);
-        header += 8 * lengthOctets;
+        header += 8 * std::int64_t{lengthOctets};
     }
     const std::int64_t value = 8 * std::int64_t{octets};
     if (header + value > length) {
