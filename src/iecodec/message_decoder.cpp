@@ -94,13 +94,14 @@ class BodyDecoder {
         return DecodeContents(field, 8 * octets);
     }
 
-    /// The value of a field that has to be there.
     std::int64_t DecodeContents(const FieldRow& field, std::int64_t length) {
         const std::int64_t result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
                                                 cells_[field.element], length);
         if (result != length) {
             context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
-            return FailureOf(field);
+            if (const std::int64_t code = FailureOf(field); code < 0) {
+                return code;
+            }
         }
         cursor_ += length;
         return CheckEnd(field);
@@ -110,17 +111,26 @@ class BodyDecoder {
         if (cursor_ <= end_) {
             return kNoResult;
         }
-        ReportShort(field);
+        context_.diagnostics.Report(field.shortNumber, "Message too short decoding subfield",
+                                    field.name);
+        if (field.presence == Presence::kOptional) {
+            cursor_ = end_;
+        }
         return FailureOf(field);
     }
 
-    static std::int64_t FailureOf(const FieldRow& field) {
-        return field.presence == Presence::kConditional ? kConditionalError : kMandatoryError;
-    }
-
-    void ReportShort(const FieldRow& field) {
-        context_.diagnostics.Report(field.shortNumber, "Message too short decoding subfield",
-                                    field.name);
+    /// What a field's failure means: an optional one is taken for absent.
+    std::int64_t FailureOf(const FieldRow& field) {
+        switch (field.presence) {
+            case Presence::kOptional:
+                cells_[field.element].present = false;
+                return kNoResult;
+            case Presence::kConditional:
+                return kConditionalError;
+            case Presence::kMandatory:
+                break;
+        }
+        return kMandatoryError;
     }
 
     std::int64_t DecodeTagged(const FieldRow& field) {
@@ -140,47 +150,14 @@ class BodyDecoder {
         cursor_ += half ? 4 : 8;
         switch (field.format) {
             case Format::kTlv:
+                return DecodeCounted(field, 8);
             case Format::kTlvE:
-                if (!optional) {
-                    return DecodeCounted(field, field.format == Format::kTlv ? 8 : 16);
-                }
-                return DecodeOptionalCounted(field, field.format == Format::kTlv ? 8 : 16);
+                return DecodeCounted(field, 16);
             case Format::kT:
-                return optional ? CheckOptionalEnd(field) : CheckEnd(field);
+                return CheckEnd(field);
             default:
-                return optional ? DecodeOptionalContents(field, field.width)
-                                : DecodeContents(field, field.width);
+                return DecodeContents(field, field.width);
         }
-    }
-
-    std::int64_t DecodeOptionalCounted(const FieldRow& field, std::int32_t lengthWidth) {
-        const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
-        cursor_ += lengthWidth;
-        if (octets < field.leastOctets || octets > field.mostOctets) {
-            context_.diagnostics.Report(field.sizeNumber, "Size error decoding IE", field.name);
-            return kSizeError;
-        }
-        return DecodeOptionalContents(field, 8 * octets);
-    }
-
-    std::int64_t DecodeOptionalContents(const FieldRow& field, std::int64_t length) {
-        const std::int64_t result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
-                                                cells_[field.element], length);
-        if (result != length) {
-            context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
-            cells_[field.element].present = false;
-        }
-        cursor_ += length;
-        return CheckOptionalEnd(field);
-    }
-
-    std::int64_t CheckOptionalEnd(const FieldRow& field) {
-        if (cursor_ > end_) {
-            ReportShort(field);
-            cells_[field.element].present = false;
-            cursor_ = end_;
-        }
-        return kNoResult;
     }
 
     DecodeContext& context_;
