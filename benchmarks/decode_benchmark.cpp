@@ -28,7 +28,6 @@ void Report(benchmark::State& state, const MessageSet& set) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(set.messages.size()));
 }
 
-
 std::int64_t Dispatch(const test::GoldenFile& message, bits::Arena& arena,
                       iecodec::Diagnostics& diagnostics, iecodec::MessageContainer& container) {
     const facade::Binding& binding = facade::BindingOf(message.decoding);

@@ -5,10 +5,44 @@
 #include <cstdlib>
 #include <map>
 
+#include "facade/decodings.h"
 #include "quorvane/decode.h"
+#include "tools/message_generator.h"
 
 namespace quorvane::benchmarks {
 namespace {
+
+/// Adds sets of messages drawn at random: one for each family and one of all.
+void AddGenerated(std::map<std::string, MessageSet>& sets) {
+    constexpr int kOfEachDecoding = 100;
+    constexpr std::uint64_t kSeed = 1;
+    for (const DecodingInfo& info : Decodings()) {
+        const facade::Binding& binding = facade::BindingOf(info.decoding);
+        if (binding.set == nullptr) {
+            continue;
+        }
+        tool::MessageGenerator generator(*binding.family, kSeed);
+        for (int count = 0; count < kOfEachDecoding; ++count) {
+            const auto drawn = generator.Generate(*binding.set);
+            if (!drawn) {
+                continue;
+            }
+            test::GoldenFile message;
+            message.decoding = info.decoding;
+            message.octets = drawn->octets;
+            message.length = static_cast<std::int32_t>(drawn->octets.size());
+            message.result = 1;
+            message.text = Decode(info.decoding, drawn->octets).text;
+            for (const std::string& name :
+                 {std::string(binding.family->name) + " generated", std::string("all generated")}) {
+                MessageSet& set = sets[name];
+                set.name = name;
+                set.textOctets += message.text.size();
+                set.messages.push_back(message);
+            }
+        }
+    }
+}
 
 std::vector<MessageSet> LoadSets() {
     std::map<std::string, MessageSet> sets;
@@ -32,6 +66,7 @@ std::vector<MessageSet> LoadSets() {
             set.messages.push_back(*golden);
         }
     }
+    AddGenerated(sets);
     std::vector<MessageSet> result;
     for (auto& [name, set] : sets) {
         result.push_back(std::move(set));

@@ -1,6 +1,7 @@
 #pragma once
 
-// The messages that are measured: golden messages, whose right answers are known.
+// The messages that are measured: golden messages, whose right answers are known, and generated
+// ones.
 
 #include <cstddef>
 #include <span>
@@ -18,7 +19,8 @@ struct MessageSet {
     std::size_t textOctets = 0;  // of all results together
 };
 
-/// One set for each family and one of all; only messages that are found and that span and padded
+/// For each family and for all together a set of golden messages and one of generated ones. Of the
+/// golden ones only messages that are found and that span and padded
 /// form decode alike. Ends the program if a message's text is not the golden one: a wrong answer
 /// is not worth measuring.
 std::span<const MessageSet> MessageSets();

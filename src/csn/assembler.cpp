@@ -210,12 +210,12 @@ void Assembler::CheckReach(const Item& item, std::size_t place) {
             break;
         case OperandKind::kJumpDistance:
             if (!JumpCode(item.offset, target)) {
-                Report(item, "cannot reach" + leads);
+                Report(item, "cannot reach " + std::to_string(target));
             }
             break;
         case OperandKind::kAltDistance:
             if (target < item.offset || target - item.offset > kMostJump) {
-                Report(item, "cannot reach" + leads);
+                Report(item, "cannot reach " + std::to_string(target));
             }
             break;
         case OperandKind::kDistance:

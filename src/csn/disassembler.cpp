@@ -7,7 +7,7 @@ namespace quorvane::csn {
 namespace {
 
 constexpr std::size_t kNameColumn = 13;     // width of the names, a blank included
-constexpr std::size_t kCommentColumn = 40;  // of an instruction, offset left out
+constexpr std::size_t kCommentColumn = 36;  // of an instruction, offset left out
 
 std::string NameOf(const ListingNames::Lookup& lookup, std::uint32_t number) {
     return lookup ? lookup(number) : std::string();
@@ -52,8 +52,8 @@ std::string OperandText(const Instruction& instruction, std::size_t place,
         case OperandKind::kLiteral: {
             const std::uint32_t width = (operand & 0xFU) + 1;
             std::string bits;
-            for (std::uint32_t place2 = width; place2 > 0; --place2) {
-                bits += (operand >> 4 >> (place2 - 1) & 1U) != 0 ? '1' : '0';
+            for (std::uint32_t left = width; left > 0; --left) {
+                bits += (operand >> 4 >> (left - 1) & 1U) != 0 ? '1' : '0';
             }
             return "bits " + bits;
         }

@@ -4,9 +4,9 @@
 // and what they refer to. A listing depends on nothing but the image and the names given, so that
 // it can be compared with one that was kept.
 //
-//   148  FIELD        118, width 8             ; Delay_class
+//   148  FIELD        118, width 8            ; Delay_class
 //   154  ALT          -> 185
-//   156  BEGIN        124                      ; ext
+//   156  BEGIN        124                     ; ext
 //
 // Tests: tests/unit/csn_disassembler_test.cpp.
 

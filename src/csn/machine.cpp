@@ -71,7 +71,7 @@ class Stepper {
     }
 
     Next Pass(std::uint32_t bits);
-    Next Bit(std::uint32_t wanted);
+    Next Bit(std::uint32_t wanted) { return Fixed({wanted, 1}); }
     Next Fixed(Literal literal);
     Next Skip(std::uint32_t bits);
     Next Alternative(std::uint32_t operand);
@@ -290,15 +290,6 @@ Next Stepper::Pass(std::uint32_t bits) {
     }
     machine_.bitPos = static_cast<std::int32_t>(position);
     return Next::kOn;
-}
-
-Next Stepper::Bit(std::uint32_t wanted) {
-    if (Writing()) {
-        machine_.writer->Write(machine_.bitPos, wanted, 1);
-    } else if (!IsLeft(1) || Peek(1) != wanted) {
-        return Next::kBack;
-    }
-    return Pass(1);
 }
 
 Next Stepper::Fixed(Literal literal) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <deque>
-#include <set>
+#include <iterator>
 
 #include "csn/machine.h"
 
@@ -29,11 +29,11 @@ struct Item {
     };
 
     Kind kind;
-    std::set<std::uint32_t> targets;  // where a choice point goes back to
-    std::uint32_t instruction = 0;    // kCounter: offset of its REP
-    std::uint32_t operand = 0;        // kField: of its BEGIN
-    std::uint16_t tag = 0;            // kField
-    std::uint32_t bits = 0;           // kMark: bits taken so far, at least
+    std::vector<std::uint32_t> targets;  // where a choice point goes back to, sorted
+    std::uint32_t instruction = 0;       // kCounter: offset of its REP
+    std::uint32_t operand = 0;           // kField: of its BEGIN
+    std::uint16_t tag = 0;               // kField
+    std::uint32_t bits = 0;              // kMark: bits taken so far, at least
 
     /// Whether both can stand at the same place.
     [[nodiscard]] bool Matches(const Item& other) const {
@@ -46,6 +46,7 @@ struct Item {
 struct State {
     std::vector<Item> stack;
     std::uint32_t tags = 0;                 // at most
+    std::uint32_t mostTags = 0;             // at most, at any time up to here
     std::uint32_t bits = 0;                 // taken since the rule began, at least
     std::optional<std::uint32_t> loopExit;  // if it is known
 
@@ -180,13 +181,20 @@ bool RuleWalk::Merge(std::uint32_t from, State& known, const State& state) {
     for (std::size_t place = 0; place < known.stack.size(); ++place) {
         Item& item = known.stack[place];
         const Item& other = state.stack[place];
-        const std::size_t before = item.targets.size();
-        item.targets.insert(other.targets.begin(), other.targets.end());
-        changed = changed || item.targets.size() != before || other.bits < item.bits;
+        if (item.targets != other.targets) {
+            std::vector<std::uint32_t> both;
+            std::set_union(item.targets.begin(), item.targets.end(), other.targets.begin(),
+                           other.targets.end(), std::back_inserter(both));
+            changed = changed || both != item.targets;
+            item.targets = std::move(both);
+        }
+        changed = changed || other.bits < item.bits;
         item.bits = std::min(item.bits, other.bits);
     }
-    changed = changed || state.tags > known.tags || state.bits < known.bits;
+    changed = changed || state.tags > known.tags || state.mostTags > known.mostTags ||
+              state.bits < known.bits;
     known.tags = std::max(known.tags, state.tags);
+    known.mostTags = std::max(known.mostTags, state.mostTags);
     known.bits = std::min(known.bits, state.bits);
     if (known.loopExit && known.loopExit != state.loopExit) {
         known.loopExit.reset();
@@ -198,7 +206,8 @@ bool RuleWalk::Merge(std::uint32_t from, State& known, const State& state) {
 void RuleWalk::Reach(std::uint32_t from, std::uint32_t offset, State state) {
     const auto depth = static_cast<std::uint32_t>(state.stack.size());
     summary_.stackMost = std::max(summary_.stackMost, depth);
-    summary_.tagsMost = std::max(summary_.tagsMost, state.tags);
+    state.mostTags = std::max(state.mostTags, state.tags);
+    summary_.tagsMost = std::max(summary_.tagsMost, state.mostTags);
     if (instructions_.find(offset) == instructions_.end()) {
         sink_(from, "runs off the end of the image");
         return;
@@ -412,6 +421,7 @@ void RuleWalk::Loop(const Instruction& instruction, const State& state) {
     }
     State again = state;
     again.tags = start.tags;  // what iterations add is reckoned below
+    again.mostTags = start.mostTags;
     Reach(instruction.offset, body, again);
 
     State behind = state.Popped(2);
@@ -421,10 +431,8 @@ void RuleWalk::Loop(const Instruction& instruction, const State& state) {
         }
         const std::uint32_t each = state.tags - start.tags;
         const std::uint32_t times = std::min(kTooMany, iterations.most.value_or(kTooMany));
-        const std::uint32_t all = Add(0, each * times);
-        behind.tags = Add(start.tags, all);
-        // The last iteration may hold more for a time than it leaves.
-        summary_.tagsMost = std::max(summary_.tagsMost, Add(state.tags, all));
+        behind.tags = Add(start.tags, each * times);
+        behind.mostTags = Add(state.mostTags, times == 0 ? 0 : each * (times - 1));
     }
     State failed = behind;
     failed.loopExit.reset();
@@ -436,9 +444,10 @@ void RuleWalk::Call(const Instruction& instruction, const State& state) {
     const RuleSummary callee = callee_(TargetOf(instruction), Parent(state));
     const auto depth = static_cast<std::uint32_t>(state.stack.size());
     summary_.stackMost = std::max(summary_.stackMost, Add(depth + 1, callee.stackMost));
-    summary_.tagsMost = std::max(summary_.tagsMost, Add(state.tags, callee.tagsMost));
+    const std::uint32_t tags = Add(state.tags, callee.tagsMost);
+    summary_.tagsMost = std::max(summary_.tagsMost, tags);
     if (callee.commits) {
-        MoveChoice(instruction, state, Add(state.tags, callee.tagsMost), callee.commitsInside);
+        MoveChoice(instruction, state, tags, callee.commitsInside);
     }
     if (!callee.returns) {
         return;
@@ -446,6 +455,7 @@ void RuleWalk::Call(const Instruction& instruction, const State& state) {
     State next = state;
     next.loopExit.reset();
     next.tags = Add(next.tags, callee.tagsLeft);
+    next.mostTags = std::max(next.mostTags, tags);
     next.bits = Add(next.bits, callee.leastBits);
     Next(instruction, next);
 }
@@ -499,36 +509,46 @@ RuleSummary FlowVerifier::Summary(std::uint32_t label, std::uint16_t parent) con
     return found == summaries_.end() ? RuleSummary{} : found->second;
 }
 
-void FlowVerifier::Run(const FindingSink& sink) {
-    // A rule is walked with what is known of the rules that it calls, and again until no summary
-    // changes. What keeps growing belongs to rules that call themselves and has no bound.
-    constexpr std::uint32_t kMostChanges = 32;
-    std::vector<Context> contexts;
-    const auto known = [&](std::uint32_t label, std::uint16_t parent) {
-        const auto [place, added] = summaries_.try_emplace({label, parent});
-        if (added) {
-            contexts.emplace_back(label, parent);
-        }
-        return place->second;
-    };
-    for (const VerifierEntry& entry : input_.entries) {
-        known(entry.label, entry.rootTag);
+RuleSummary FlowVerifier::Known(const Context& context) {
+    const auto [place, added] = summaries_.try_emplace(context);
+    if (added) {
+        const RuleSummary summary = Walk(context);
+        summaries_[context] = summary;
+        order_.push_back(context);  // behind those that it calls
+        return summary;
     }
-    std::map<std::uint32_t, std::set<std::string>> findings;
-    const FindingSink collect = [&](std::uint32_t offset, const std::string& text) {
-        findings[offset].insert(text);
+    // A rule that is still being walked calls itself: what it does is not known yet.
+    recursive_ = recursive_ || !finished_.contains(context);
+    return place->second;
+}
+
+RuleSummary FlowVerifier::Walk(const Context& context) {
+    const FindingSink collect = [this](std::uint32_t offset, const std::string& text) {
+        findings_[offset].insert(text);
     };
+    const RuleWalk::CalleeSummary callee = [this](std::uint32_t label, std::uint16_t parent) {
+        return Known({label, parent});
+    };
+    RuleWalk walk(input_, instructions_, findTag_, context.second, callee, collect);
+    const RuleSummary summary = walk.Walk(context.first);
+    finished_.insert(context);
+    return summary;
+}
+
+void FlowVerifier::Run(const FindingSink& sink) {
+    for (const VerifierEntry& entry : input_.entries) {
+        (void)Known({entry.label, entry.rootTag});
+    }
+    // With rules that call themselves all is walked again until no summary changes. What keeps
+    // growing has no bound.
+    constexpr std::uint32_t kMostChanges = 8;
     std::map<Context, std::uint32_t> changes;
-    bool changed = true;
-    while (changed) {
+    for (bool changed = recursive_; changed;) {
         changed = false;
-        findings.clear();
-        // Rules that are called come behind their callers: from the end on, little is walked twice.
-        for (std::size_t place = contexts.size(); place-- > 0;) {
-            const Context context = contexts[place];
-            const std::size_t before = contexts.size();
-            RuleWalk walk(input_, instructions_, findTag_, context.second, known, collect);
-            RuleSummary summary = walk.Walk(context.first);
+        findings_.clear();
+        for (std::size_t place = 0; place < order_.size(); ++place) {
+            const Context context = order_[place];
+            RuleSummary summary = Walk(context);
             RuleSummary& stored = summaries_[context];
             if (changes[context] > kMostChanges) {
                 const auto widen = [](std::uint32_t& count, std::uint32_t old) {
@@ -543,10 +563,9 @@ void FlowVerifier::Run(const FindingSink& sink) {
                 stored = summary;
                 changed = true;
             }
-            changed = changed || contexts.size() != before;
         }
     }
-    for (const auto& [offset, texts] : findings) {
+    for (const auto& [offset, texts] : findings_) {
         for (const std::string& text : texts) {
             sink(offset, text);
         }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,10 +54,17 @@ class FlowVerifier {
     /// A rule under the tag of the field that encloses its use.
     using Context = std::pair<std::uint32_t, std::uint16_t>;
 
+    RuleSummary Known(const Context& context);
+    RuleSummary Walk(const Context& context);
+
     const VerifierInput& input_;
     const InstructionMap& instructions_;
     TagFinder findTag_;
     std::map<Context, RuleSummary> summaries_;
+    std::set<Context> finished_;  // walked at least once
+    std::vector<Context> order_;  // rules behind those that they call
+    bool recursive_ = false;      // rules call themselves
+    std::map<std::uint32_t, std::set<std::string>> findings_;
 };
 
 }  // namespace quorvane::csn

@@ -1,9 +1,8 @@
-#include "csn/assembler.h"
-
 #include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
+
+#include "csn/assembler.h"
 
 namespace quorvane::csn {
 namespace {
@@ -32,11 +31,11 @@ TEST(CsnAssembler, PacksOperands) {
     code.Emit(Opcode::kFieldLit, {2, Assembler::Literal(0xFFFF, 16)});
     code.Emit(Opcode::kSkip, {63});
     code.Emit(Opcode::kRet);
-    EXPECT_EQ(Assemble(code), (Code{0x10, 118, 8,                        // FIELD
-                                    0x11, 0x81, 0x78,                    // BEGIN, 124 << 1
-                                    0x13, 11, 0x82, 0x2C,                // END_TAG
-                                    0x26, 0x52,                          // LIT
-                                    0x2B, 2, 0xBF, 0xFF, 0x7F,           // FIELD_LIT
+    EXPECT_EQ(Assemble(code), (Code{0x10, 118, 8,               // FIELD
+                                    0x11, 0x81, 0x78,           // BEGIN, 124 << 1
+                                    0x13, 11, 0x82, 0x2C,       // END_TAG
+                                    0x26, 0x52,                 // LIT
+                                    0x2B, 2, 0xBF, 0xFF, 0x7F,  // FIELD_LIT
                                     0xFF, 0x23}));
 }
 
@@ -55,7 +54,7 @@ TEST(CsnAssembler, ResolvesDistancesOfAllForms) {
     code.Bind(end);
     code.Emit(Opcode::kRet);  // 14
     code.Bind(rule);
-    code.Emit(Opcode::kRet);  // 15
+    code.Emit(Opcode::kRet);                            // 15
     EXPECT_EQ(Assemble(code), (Code{0x17, 14 << 1 | 1,  //
                                     0xA0, 12,           //
                                     0x40, 10,           //
@@ -124,10 +123,10 @@ TEST(CsnAssembler, FarJumpsUseTheScale) {
     EXPECT_EQ(far[4104], 0x23);
 
     (void)FarJump(4100, 1, &error);
-    EXPECT_EQ(error, "JMP at 0: cannot reach to 4102");
+    EXPECT_EQ(error, "JMP at 0: cannot reach 4102");
     error.clear();
     (void)FarJump(36860, 8, &error);
-    EXPECT_EQ(error, "JMP at 0: cannot reach to 36864");
+    EXPECT_EQ(error, "JMP at 0: cannot reach 36864");
 }
 
 TEST(CsnAssembler, AlternativesReach4095Octets) {
@@ -179,7 +178,7 @@ TEST(CsnAssembler, ReportsWhatDoesNotFit) {
         const auto start = code.BindNew();
         code.Emit(Opcode::kNop);
         code.Emit(Opcode::kAlt, {Assembler::Branch(start, false)});
-        EXPECT_EQ(ErrorOf(code), "ALT at 1: cannot reach to 0");
+        EXPECT_EQ(ErrorOf(code), "ALT at 1: cannot reach 0");
     }
     {
         Assembler code;

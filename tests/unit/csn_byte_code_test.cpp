@@ -1,12 +1,10 @@
-#include "csn/byte_code.h"
-
-#include <gtest/gtest.h>
-
 #include <fstream>
+#include <gtest/gtest.h>
 #include <sstream>
 #include <vector>
 
 #include "csn/assembler.h"
+#include "csn/byte_code.h"
 
 namespace quorvane::csn {
 namespace {

@@ -18,8 +18,8 @@ using test::RecordText;
 struct Listener {
     std::string heard;
     std::int32_t answer = kGoOn;
-    std::string writes;         // bits to write at the first field heard
-    std::int32_t claims = -1;   // bitLength to claim instead
+    std::string writes;        // bits to write at the first field heard
+    std::int32_t claims = -1;  // bitLength to claim instead
 
     static std::int32_t Hear(CsnFieldEvent& event) {
         auto& self = *static_cast<Listener*>(event.machine->userRecord);

@@ -1,9 +1,8 @@
 // Set-up, end of a run, field records and the way through a whole structure.
 
-#include "csn/machine.h"
-
 #include <gtest/gtest.h>
 
+#include "csn/machine.h"
 #include "unit/csn_test_support.h"
 
 namespace quorvane::csn {
@@ -145,9 +144,10 @@ TEST(CsnMachineStructure, StepByStep) {
         std::int32_t bitPos;
         std::int32_t stackDepth;
     } rows[] = {
-        {1, first, 8, 0},   {2, second, 16, 0}, {3, second, 16, 1}, {4, group, 16, 2},
-        {5, inner, 24, 2},  {6, both, 32, 2},   {7, closed, 32, 1}, {8, closed, 32, 1},
-        {9, closed + "(106,0,32,0)", 32, 2},    {10, closed, 32, 0},
+        {1, first, 8, 0},    {2, second, 16, 0}, {3, second, 16, 1},
+        {4, group, 16, 2},   {5, inner, 24, 2},  {6, both, 32, 2},
+        {7, closed, 32, 1},  {8, closed, 32, 1}, {9, closed + "(106,0,32,0)", 32, 2},
+        {10, closed, 32, 0},
     };
     for (const auto& row : rows) {
         std::int32_t bitPos = 0;

@@ -6,10 +6,9 @@
 #include "csn/functions.h"
 #include "unit/csn_record_support.h"
 
-namespace quorvane::csn {
+namespace quorvane::csn::test {
 namespace {
 
-using namespace test;  // NOLINT: the vocabulary of these tests
 using bits::Arena;
 using bits::Cell;
 
@@ -303,7 +302,7 @@ TEST(CsnRecord, FixedValueChoosesTheBranch) {
     code.Emit(Opcode::kRet);
     for (const std::string bits : {"010", "11001"}) {
         subject.cell = {};
-        EXPECT_EQ(subject.Decode(bits), test::Count(bits));
+        EXPECT_EQ(subject.Decode(bits), Count(bits));
         EXPECT_EQ(subject.Encode(), bits);
     }
 }
@@ -398,4 +397,4 @@ TEST(CsnRecord, WriterWithoutRoomSaysSo) {
 }
 
 }  // namespace
-}  // namespace quorvane::csn
+}  // namespace quorvane::csn::test
