@@ -6,7 +6,7 @@ set(QUORVANE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Quorvane)
 
 install(TARGETS quorvane quorvane_static EXPORT QuorvaneTargets)
 install(DIRECTORY include/quorvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-if(TARGET quorvane_tool)
+if(QUORVANE_TOOL)
     install(TARGETS quorvane_tool)
 endif()
 

@@ -427,6 +427,10 @@ class Parser {
             } else {
                 item.kind = tokens_.Accept("late") ? Item::kLateField : Item::kField;
                 item.name = tokens_.ExpectName("a member, '=', 'type' or 'record'");
+                if (item.name.text.empty()) {
+                    tokens_.SkipEntry();
+                    return;
+                }
                 if (tokens_.Accept("extended")) {
                     item.kind = Item::kExtendedIdentifier;
                 }
@@ -585,6 +589,7 @@ class Parser {
             set.keyForm = SetSyntax::KeyForm::kExtendedIdentifier;
         } else {
             tokens_.ErrorExpected("the form of the key (octets, bits 6 or extended)");
+            tokens_.SkipEntry();
         }
     }
 

@@ -51,7 +51,9 @@ TEST(Stack, OfACallIsBelow64KiB) {
     pthread_attr_destroy(&attributes);
 
     for (std::size_t index = 0; index < work.golden.size(); ++index) {
-        EXPECT_EQ(work.results[index].text, work.golden[index].text);
+        const test::GoldenFile& golden = work.golden[index];
+        const PaddedMessage message(golden.octets.data(), golden.length, golden.octets.size());
+        EXPECT_EQ(work.results[index].text, Decode(golden.decoding, message).text);
     }
 }
 

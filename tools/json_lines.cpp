@@ -1,6 +1,7 @@
 #include "tools/json_lines.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cstring>
@@ -26,33 +27,30 @@ std::uint64_t EscapeMask(std::uint64_t word) {
            Repeated(0x80);
 }
 
-char* PutEscaped(char* at, char character) {
-    const auto value = static_cast<unsigned char>(character);
-    *at++ = '\\';
-    switch (character) {
-        case '\n':
-            *at++ = 'n';
-            return at;
-        case '\r':
-            *at++ = 'r';
-            return at;
-        case '\t':
-            *at++ = 't';
-            return at;
-        case '"':
-        case '\\':
-            *at++ = character;
-            return at;
-        default:
-            at = std::copy_n("u00", 3, at);
-            *at++ = "0123456789ABCDEF"[value >> 4];
-            *at++ = "0123456789ABCDEF"[value & 15];
-            return at;
-    }
-}
+// The letter behind the backslash; 0 for characters that stand for themselves or need \u.
+constexpr std::array<char, 256> kLetters = [] {
+    std::array<char, 256> letters{};
+    letters['\n'] = 'n';
+    letters['\r'] = 'r';
+    letters['\t'] = 't';
+    letters['"'] = '"';
+    letters['\\'] = '\\';
+    return letters;
+}();
 
-bool NeedsEscape(char character) {
-    return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\';
+char* PutCharacter(char* at, char character) {
+    const auto value = static_cast<unsigned char>(character);
+    if (kLetters[value] != 0) {
+        *at++ = '\\';
+        *at++ = kLetters[value];
+    } else if (value < 0x20) {
+        at = std::copy_n("\\u00", 4, at);
+        *at++ = "0123456789ABCDEF"[value >> 4];
+        *at++ = "0123456789ABCDEF"[value & 15];
+    } else {
+        *at++ = character;
+    }
+    return at;
 }
 
 }  // namespace
@@ -110,22 +108,20 @@ void JsonLines::PutString(std::string_view text) {
         std::memcpy(&word, next, kWord);
         std::memcpy(at, &word, kWord);
         const std::uint64_t mask = EscapeMask(word);
-        std::size_t plain = kWord;
-        if (mask != 0) {
-            const bool little = std::endian::native == std::endian::little;
-            plain = little ? static_cast<std::size_t>(std::countr_zero(mask)) / 8 : 0;
+        if (mask == 0) {
+            at += kWord;
+            next += kWord;
+            left -= kWord;
+            continue;
         }
-        at += plain;
-        next += plain;
-        left -= plain;
-        if (mask != 0) {
-            at = NeedsEscape(*next) ? PutEscaped(at, *next) : std::copy_n(next, 1, at);
-            ++next;
-            --left;
-        }
+        const bool little = std::endian::native == std::endian::little;
+        const std::size_t plain = little ? static_cast<std::size_t>(std::countr_zero(mask)) / 8 : 0;
+        at = PutCharacter(at + plain, next[plain]);
+        next += plain + 1;
+        left -= plain + 1;
     }
     for (; left > 0; ++next, --left) {
-        at = NeedsEscape(*next) ? PutEscaped(at, *next) : std::copy_n(next, 1, at);
+        at = PutCharacter(at, *next);
     }
     *at++ = '"';
     used_ = static_cast<std::size_t>(at - buffer_.data());
@@ -137,10 +133,8 @@ void JsonLines::Put(std::string_view octets) {
     used_ += octets.size();
 }
 
-void JsonLines::MakeRoom(std::size_t count) {
-    if (buffer_.size() - used_ < count) {
-        buffer_.resize(std::max(2 * buffer_.size(), used_ + count));
-    }
+void JsonLines::Grow(std::size_t count) {
+    buffer_.resize(std::max(2 * buffer_.size(), used_ + count));
 }
 
 }  // namespace quorvane::tool

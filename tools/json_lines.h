@@ -30,7 +30,12 @@ class JsonLines {
     void AddKey(std::string_view key);
     void PutString(std::string_view text);
     void Put(std::string_view octets);
-    void MakeRoom(std::size_t count);
+    void MakeRoom(std::size_t count) {
+        if (buffer_.size() - used_ < count) {
+            Grow(count);
+        }
+    }
+    void Grow(std::size_t count);
 
     std::vector<char> buffer_;
     std::size_t used_ = 0;

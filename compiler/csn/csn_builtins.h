@@ -1,7 +1,7 @@
 #pragma once
 
 // The actions and value functions that descriptions can name, and the C++ that stands for them in
-// an image's tables. They are defined in csn/builtins.h.
+// an image's tables. They are defined in csn/functions.h.
 
 #include <string>
 #include <string_view>
@@ -18,8 +18,8 @@ struct CsnActionInfo {
         kNumber,  // a number
     };
 
-    std::string_view name;                // in descriptions
-    std::string_view function;            // in C++
+    std::string_view name;      // in descriptions
+    std::string_view function;  // in C++
     std::vector<Parameter> parameters;
 };
 

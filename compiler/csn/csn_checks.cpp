@@ -29,7 +29,7 @@ class Checker {
     void Run() {
         ComputeEmptiness();
         for (CsnRule& rule : syntax_.rules) {
-            CheckRepetitions(*rule.body);
+            CheckRepetitions(*rule.body, false);
             CheckAsides(*rule.body);
             LeftEdge(*rule.body, edges_[&rule]);
         }
@@ -63,13 +63,15 @@ class Checker {
         }
     }
 
-    void CheckRepetitions(const CsnNode& node) {
+    /// `inValue`: inside of a field that a writer gives as a whole, whose length bounds it.
+    void CheckRepetitions(const CsnNode& node, bool inValue) {
         if (IsOpen(node)) {
             const CsnNode& body = *node.children.front();
             if (MayBeEmpty(body)) {
-                reporter_.Error(node.place, "what is repeated without a bound may be empty, so "
-                                            "the repetition would not end");
-            } else if (!HasFields(body) && !node.repetition.leftOut &&
+                reporter_.Error(node.place,
+                                "what is repeated without a bound may be empty, so "
+                                "the repetition would not end");
+            } else if (!inValue && !HasFields(body) && !node.repetition.leftOut &&
                        node.repetition.form != RepetitionForm::kWriteCount) {
                 reporter_.Error(node.place,
                                 "a repetition without a bound and without a field inside would "
@@ -77,8 +79,9 @@ class Checker {
                                 "out, or '** write (COUNT)'");
             }
         }
+        inValue = inValue || (node.kind == NodeKind::kField && !HasFields(*node.children.front()));
         for (const CsnNode* child : node.children) {
-            CheckRepetitions(*child);
+            CheckRepetitions(*child, inValue);
         }
     }
 
@@ -185,8 +188,8 @@ class Checker {
                 return;
             case NodeKind::kExclude:
             case NodeKind::kSend: {
-                const bool second = node.kind == NodeKind::kSend &&
-                                    direction_ == CsnNode::Direction::kWriting;
+                const bool second =
+                    node.kind == NodeKind::kSend && direction_ == CsnNode::Direction::kWriting;
                 Walk(*node.children[second ? 1 : 0], set);
                 return;
             }
@@ -228,7 +231,8 @@ class Checker {
             if (isFirst) {
                 common = std::move(branch);
             } else {
-                std::erase_if(common, [&](const auto* variable) { return !branch.count(variable); });
+                std::erase_if(common,
+                              [&](const auto* variable) { return !branch.count(variable); });
             }
             isFirst = false;
         }
@@ -257,10 +261,10 @@ class Checker {
 
     void Use(const CsnVariable* variable, Span place, bool optional, const Variables& set) {
         if (variable != nullptr && !optional && set.count(variable) == 0) {
-            reporter_.Error(place, "'" + variable->name + "' is not known here on every way that " +
-                                       (direction_ == CsnNode::Direction::kReading ? "reading"
-                                                                                    : "writing") +
-                                       " can take; it must be set before");
+            reporter_.Error(
+                place, "'" + variable->name + "' is not known here on every way that " +
+                           (direction_ == CsnNode::Direction::kReading ? "reading" : "writing") +
+                           " can take; it must be set before");
         }
     }
 

@@ -33,9 +33,10 @@ void VerifyImage(CsnReporter& reporter, const CompiledCsn& csn) {
         if (place != csn.image.rulePlaces.begin()) {
             --place;
         }
-        reporter.Error(place->second, "the code of this rule cannot be proven to run safely, at "
-                                      "offset " +
-                                          std::to_string(finding.offset) + ": " + finding.text);
+        reporter.Error(place->second,
+                       "the code of this rule cannot be proven to run safely, at "
+                       "offset " +
+                           std::to_string(finding.offset) + ": " + finding.text);
     }
 }
 

@@ -27,9 +27,9 @@ namespace quorvane::compiler {
 /// One structure of an image.
 struct CompiledCsnStructure {
     std::string name;
-    std::string citation;    // the standard's clause
-    TypeModel* type;         // a named struct, its members in the order of their names' bytes
-    std::uint32_t label;     // offset of its rule in the image
+    std::string citation;  // the standard's clause
+    TypeModel* type;       // a named struct, its members in the order of their names' bytes
+    std::uint32_t label;   // offset of its rule in the image
     std::uint16_t rootTag;
     std::uint16_t firstTag;
     std::vector<csn::CsnFieldRow> fields;  // by tag, from firstTag on

@@ -127,9 +127,10 @@ CsnCount CsnCountParser::Function() {
         tokens_.ExpectMark(")");
         return count;
     }
-    tokens_.Error(word.place, "'" + word.text + "' is no count; there are numbers, val(NAME), "
-                              "p(NAME), q(NAME), octet_end(), left(NAME, n), left_or_none(NAME, "
-                              "n), left_or_zero(NAME, n) and until(NAME)");
+    tokens_.Fail(word.place, "'" + word.text +
+                                 "' is no count; there are numbers, val(NAME), "
+                                 "p(NAME), q(NAME), octet_end(), left(NAME, n), left_or_none(NAME, "
+                                 "n), left_or_zero(NAME, n) and until(NAME)");
     return count;
 }
 

@@ -1,6 +1,8 @@
 // Writes compiled CSN.1 descriptions as C++ tables.
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <ostream>
 
 #include "compiler/csn/csn_compiler.h"
@@ -10,6 +12,8 @@ namespace quorvane::compiler {
 namespace {
 
 using csn::CsnFieldRow;
+
+constexpr std::size_t kCommentColumn = 34;  // behind five octets
 
 std::string KindName(CsnFieldRow::Kind kind) {
     switch (kind) {
@@ -73,7 +77,7 @@ class CsnEmitter {
                               static_cast<unsigned>(code[offset + index]));
                 octets += octet;
             }
-            octets.resize(std::max<std::size_t>(octets.size(), 34), ' ');
+            octets.resize(std::max(octets.size(), kCommentColumn), ' ');
             out_ << octets << "// " << offset << ": "
                  << csn::DisassembleInstruction(*instruction, names) << "\n";
             offset += instruction->size;
@@ -92,7 +96,7 @@ class CsnEmitter {
             for (std::size_t index = entry->first - 1; index < end; ++index) {
                 out_ << table[index] << ", ";
             }
-            out_ << " // " << entry->first << ": " << entry->second << "\n";
+            out_ << "// " << entry->first << ": " << entry->second << "\n";
         }
         Close(table.size());
     }

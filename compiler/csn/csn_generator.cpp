@@ -84,8 +84,8 @@ class Generator {
     /// Finds the rules that an iteration of an open repetition runs into, fields left out: there a
     /// choice must let a writer run out of items.
     void MarkOpenLoops(const CsnNode& node, bool inside) {
-        const bool opens = node.kind == NodeKind::kRepeat &&
-                           node.repetition.form != RepetitionForm::kCount;
+        const bool opens =
+            node.kind == NodeKind::kRepeat && node.repetition.form != RepetitionForm::kCount;
         if (node.kind == NodeKind::kReference && inside && inOpenLoops_.insert(node.rule).second) {
             MarkOpenLoops(*node.rule->body, true);
         }
@@ -211,10 +211,9 @@ class Generator {
             return (MayBeEmpty(*branch) ? 2 : 0) + (HasFields(*branch) ? 0 : 1);
         };
         if (!choice.inOrder) {
-            std::stable_sort(branches.begin(), branches.end(),
-                             [&](const auto* left, const auto* right) {
-                                 return rank(left) < rank(right);
-                             });
+            std::stable_sort(
+                branches.begin(), branches.end(),
+                [&](const auto* left, const auto* right) { return rank(left) < rank(right); });
         }
         return branches;
     }

@@ -18,9 +18,9 @@ struct CsnImage {
     std::vector<std::uint8_t> code;
     std::vector<std::uint16_t> fieldTable;
     std::uint32_t fieldCount = 0;
-    std::vector<std::string> actions;    // C++ expressions
+    std::vector<std::string> actions;       // C++ expressions
     std::vector<std::uint32_t> actionTags;  // tags that each of them adds
-    std::vector<std::string> functions;  // the same, of value functions
+    std::vector<std::string> functions;     // the same, of value functions
 
     std::map<std::uint32_t, std::string> fieldNames;  // by identifier
     std::map<std::uint32_t, std::string> ruleNames;   // by offset

@@ -84,8 +84,11 @@ class Lexer {
         }
         const char c = text_[position_++];
         if (std::string_view(">{}()[]|!&-+*=:;,@").find(c) == std::string_view::npos) {
+            const bool isPrintable = c > ' ' && c <= '~';
             reporter_.Error(PlaceFrom(begin),
-                            std::string("the character '") + c + "' has no meaning here");
+                            isPrintable
+                                ? std::string("the character '") + c + "' has no meaning here"
+                                : "a description is made of printable ASCII characters");
             return;
         }
         Add(CsnToken::Kind::kMark, begin, std::string(1, c));

@@ -26,8 +26,7 @@ std::uint32_t Times(std::uint32_t left, std::uint32_t right) {
 void AddOccurrences(CsnMember& member, const CsnMember& other) {
     for (const CsnMember::Occurrence& occurrence : other.occurrences) {
         const auto same = [&](const auto& known) { return known.field == occurrence.field; };
-        const auto found =
-            std::find_if(member.occurrences.begin(), member.occurrences.end(), same);
+        const auto found = std::find_if(member.occurrences.begin(), member.occurrences.end(), same);
         if (found == member.occurrences.end()) {
             member.occurrences.push_back(occurrence);
         } else {

@@ -54,8 +54,9 @@ class Parser {
             section.citation = tokens_.Next().text;
         }
         if (section.citation.empty()) {
-            tokens_.Error(place, "the structure cites no clause; write \"TS ..., clause\" behind "
-                                 "its name");
+            tokens_.Error(place,
+                          "the structure cites no clause; write \"TS ..., clause\" behind "
+                          "its name");
         }
         EndOfDeclaration();
     }
@@ -64,7 +65,7 @@ class Parser {
         const CsnToken& head = tokens_.Next();
         CsnRule& rule = syntax_.rules.emplace_back();
         rule.name = {head.text, head.place};
-        rule.key = CsnSpelling(head.text);
+        rule.key = CsnRuleKey(head.text);
         rule.body = syntax_.NewNode(NodeKind::kNull, head.place);
         syntax_.sections.back().rules.push_back(&rule);
         if (tokens_.ExpectMark("::=")) {
@@ -204,8 +205,9 @@ class Parser {
     CsnNode* Truncation(CsnNode* group, bool allowed) {
         const Span mark = tokens_.Next().place;
         if (!allowed) {
-            tokens_.Error(mark, "'//' stands behind a group in braces; put what may be truncated "
-                                "between { and }");
+            tokens_.Error(mark,
+                          "'//' stands behind a group in braces; put what may be truncated "
+                          "between { and }");
             return group;
         }
         CsnNode* node = syntax_.NewNode(NodeKind::kTruncate, group->place);
@@ -235,8 +237,8 @@ class Parser {
             node->repetition.form = CsnNode::Repetition::Form::kRange;
             node->low = tokens_.ExpectNumber(kMostIterations);
             tokens_.Next();
-            node->high = tokens_.AtMark(")") ? CsnNode::kUnbounded
-                                             : tokens_.ExpectNumber(kMostIterations);
+            node->high =
+                tokens_.AtMark(")") ? CsnNode::kUnbounded : tokens_.ExpectNumber(kMostIterations);
             tokens_.ExpectMark(")");
         } else {
             node->repetition.form = CsnNode::Repetition::Form::kCount;
@@ -257,8 +259,9 @@ class Parser {
         const std::size_t width =
             node->kind == NodeKind::kAnyBits ? node->width : bits->text.size() + 1;
         if (bits->kind == NodeKind::kBits && width != bits->text.size()) {
-            tokens_.Error(bits->place, "'==' compares as many bits as stand behind it with those "
-                                       "of 'bit (n)' in front of it");
+            tokens_.Error(bits->place,
+                          "'==' compares as many bits as stand behind it with those "
+                          "of 'bit (n)' in front of it");
         }
         return bits;
     }
@@ -369,8 +372,8 @@ class Parser {
     CsnNode* Bits() {
         const CsnToken& token = tokens_.Peek();
         const bool digits = token.kind == Kind::kDigits;
-        const bool letters = token.kind == Kind::kWord &&
-                             token.text.find_first_not_of("LH") == std::string::npos;
+        const bool letters =
+            token.kind == Kind::kWord && token.text.find_first_not_of("LH") == std::string::npos;
         if (!digits && !letters) {
             tokens_.ErrorExpected("bits");
             return syntax_.NewNode(NodeKind::kNull, token.place);
@@ -379,8 +382,9 @@ class Parser {
         CsnNode* node = syntax_.NewNode(NodeKind::kBits, token.place);
         node->text = token.text;
         if (digits && token.text.find_first_not_of("01") != std::string::npos) {
-            tokens_.Error(token.place, "'" + token.text + "' stands where bits belong, and bits "
-                                       "are 0 or 1");
+            tokens_.Error(token.place, "'" + token.text +
+                                           "' stands where bits belong, and bits "
+                                           "are 0 or 1");
         }
         return node;
     }
@@ -405,6 +409,9 @@ class Parser {
             repeat->repetition.form = CsnNode::Repetition::Form::kCount;
             repeat->repetition.count = count;
             return Ended(repeat);
+        }
+        if (tokens_.Broken()) {
+            return node;
         }
         if (count.number < 1 || count.number > kMostBits) {
             tokens_.Error(count.place, "a number of bits from 1 to " + std::to_string(kMostBits) +
@@ -453,9 +460,10 @@ class Parser {
             } else if (word.text == "sized") {
                 annotations.sized = true;
             } else if (!word.text.empty()) {
-                tokens_.Error(word.place,
-                              "'" + word.text + "' is no annotation; there are as, enum, most, "
-                              "integer, binary, fixed, optional, mandatory and sized");
+                tokens_.Fail(word.place,
+                             "'" + word.text +
+                                 "' is no annotation; there are as, enum, most, "
+                                 "integer, binary, fixed, optional, mandatory and sized");
             }
         } while (tokens_.AcceptMark(","));
         tokens_.ExpectMark("]");
@@ -488,8 +496,8 @@ std::string CsnSpelling(const std::string& name) {
     std::string result;
     bool inRun = false;
     for (const char c : name) {
-        const bool keeps = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                           (c >= '0' && c <= '9') || c == '_';
+        const bool keeps =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
         if (keeps) {
             if (result.empty() && c >= '0' && c <= '9') {
                 result = "_";
@@ -501,6 +509,14 @@ std::string CsnSpelling(const std::string& name) {
         inRun = !keeps;
     }
     return result;
+}
+
+std::string CsnRuleKey(const std::string& name) {
+    std::string key = CsnSpelling(name);
+    for (char& c : key) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return key;
 }
 
 }  // namespace quorvane::compiler

@@ -2,8 +2,8 @@
 
 // Reads CSN.1 descriptions. The notation is described in docs/csn1-notation.md.
 
-#include "compiler/csn/csn_syntax.h"
 #include "compiler/csn/csn_reporter.h"
+#include "compiler/csn/csn_syntax.h"
 
 namespace quorvane::compiler {
 

@@ -18,6 +18,9 @@ constexpr std::size_t kMostInlineNodes = 100;
 
 constexpr std::int64_t kOctet = 8;
 
+/// The scope of the shared rules' variables; a structure's is the index of its section.
+constexpr std::size_t kShared = static_cast<std::size_t>(-1);
+
 std::string Bracketed(const std::string& name) {
     return "'< " + name + " >'";
 }
@@ -37,12 +40,14 @@ class Resolver {
             rule_ = &rule;
             BindVariables(*rule.body);
         }
-        FindUnused();
-        for (CsnRule& rule : syntax_.rules) {
-            rule.recursive = Reaches(rule, rule);
+        if (!reporter_.HasErrors()) {
+            FindUnused();
         }
         if (reporter_.HasErrors()) {
             return;  // what follows takes names for bound
+        }
+        for (CsnRule& rule : syntax_.rules) {
+            rule.recursive = Reaches(rule, rule);
         }
         ComputeFields();
         std::set<const CsnRule*> measured;
@@ -118,7 +123,7 @@ class Resolver {
     }
 
     [[nodiscard]] CsnRule* FindRule(const std::string& name) const {
-        const std::string key = CsnSpelling(name);
+        const std::string key = CsnRuleKey(name);
         for (const auto* rules : {&own_[rule_->section], &shared_}) {
             if (const auto found = rules->find(key); found != rules->end()) {
                 return found->second;
@@ -160,12 +165,14 @@ class Resolver {
         }
     }
 
+    /// Whether `from` refers to `target`, directly or through others.
     [[nodiscard]] bool Reaches(const CsnRule& from, const CsnRule& target) const {
         std::set<const CsnRule*> reached;
         CollectReached(from, reached);
         return reached.count(&target) != 0;
     }
 
+    /// Finds the rules with fields; recursion makes it a matter of rounds.
     void ComputeFields() {
         for (bool changed = true; changed;) {
             changed = false;
@@ -216,15 +223,9 @@ class Resolver {
 
     // ---- Variables -------------------------------------------------------------------------
 
-    /// What sets a variable in a rule.
-    struct Setter {
-        std::vector<CsnNode*> fields;
-        CsnVariable* variable = nullptr;
-    };
-
     void CollectVariables(CsnNode& node) {
         if (node.kind == NodeKind::kField) {
-            setters_[rule_][CsnSpelling(node.name.text)].fields.push_back(&node);
+            setters_[rule_][CsnSpelling(node.name.text)].push_back(&node);
         } else if (node.kind == NodeKind::kAction) {
             CollectAction(node);
         }
@@ -236,8 +237,9 @@ class Resolver {
     void CollectAction(CsnNode& node) {
         const CsnActionInfo* info = FindCsnAction(node.name.text);
         if (info == nullptr) {
-            reporter_.Error(node.place, "'" + node.name.text + "' is no action; there are " +
-                                            CsnActionNames());
+            reporter_.Error(node.place,
+                            "'" + node.name.text + "' is no action; there are " + CsnActionNames());
+            node.arguments.clear();
             return;
         }
         const std::size_t count = node.arguments.size();
@@ -245,14 +247,16 @@ class Resolver {
             reporter_.Error(node.place, "the action '" + node.name.text + "' takes " +
                                             std::to_string(info->parameters.size()) +
                                             " arguments, not " + std::to_string(count));
+            node.arguments.clear();
             return;
         }
         for (std::size_t index = 0; index < count; ++index) {
-            const CsnArgument& argument = node.arguments[index];
+            CsnArgument& argument = node.arguments[index];
             const bool wantsNumber = info->parameters[index] == CsnActionInfo::Parameter::kNumber;
             if (wantsNumber != argument.name.text.empty()) {
                 reporter_.Error(argument.place, wantsNumber ? "a number is expected here"
                                                             : "a name is expected here");
+                argument.name.text.clear();
             } else if (info->parameters[index] == CsnActionInfo::Parameter::kSets) {
                 setters_[rule_][CsnSpelling(argument.name.text)];
             }
@@ -278,81 +282,77 @@ class Resolver {
             count.variable = FindVariable(count.name);
         }
         if (count.form == CsnCount::Form::kTimes && count.number != kOctet) {
-            reporter_.Error(count.place, "the only product of a value is that with 8, from octets "
-                                         "to bits");
+            reporter_.Error(count.place,
+                            "the only product of a value is that with 8, from octets to bits");
+        }
+        if (count.form == CsnCount::Form::kNumber &&
+            form == CsnNode::Repetition::Form::kWriteCount) {
+            reporter_.Error(count.place, "'** write' needs a count that is computed");
         }
         if (count.form == CsnCount::Form::kNumber && form == CsnNode::Repetition::Form::kCount &&
             (count.number < 1 || count.number > kMostIterations)) {
             reporter_.Error(count.place, "a number of times from 1 to " +
-                                             std::to_string(kMostIterations) +
-                                             " is expected here");
+                                             std::to_string(kMostIterations) + " is expected here");
         }
     }
 
-    /// The variable that `use` means: one of this rule, or the only one of that name in the rules
-    /// that this one sees.
+    /// The variable that `use` means: one that this rule sets, or else rules through which this one
+    /// is reached, or else any that this one sees.
     CsnVariable* FindVariable(const CsnName& use) {
         const std::string key = CsnSpelling(use.text);
-        CsnRule* owner = nullptr;
         if (setters_[rule_].count(key) != 0) {
-            owner = rule_;
-        } else {
-            std::vector<CsnRule*> candidates;
-            for (const auto* rules : {&own_[rule_->section], &shared_}) {
-                for (const auto& [name, rule] : *rules) {
-                    if (setters_[rule].count(key) != 0) {
-                        candidates.push_back(rule);
-                    }
-                }
-                if (!candidates.empty()) {
-                    break;
+            const bool isShared = !syntax_.sections[rule_->section].structure;
+            return Variable(use, isShared ? kShared : rule_->section, {rule_});
+        }
+        for (const std::size_t scope : {rule_->section, kShared}) {
+            std::vector<CsnRule*> callers;
+            std::vector<CsnRule*> others;
+            for (const auto& [name, rule] : scope == kShared ? shared_ : own_[scope]) {
+                if (setters_[rule].count(key) != 0) {
+                    (Reaches(*rule, *rule_) ? callers : others).push_back(rule);
                 }
             }
-            if (candidates.empty()) {
-                reporter_.Error(use.place, "there is no field or position '" + use.text +
-                                               "' in this structure");
-                return nullptr;
+            if (!callers.empty()) {
+                return Variable(use, scope, callers);
             }
-            if (candidates.size() > 1) {
-                reporter_.Error(use.place, "'" + use.text + "' is set in " +
-                                               Bracketed(candidates[0]->name.text) + " and in " +
-                                               Bracketed(candidates[1]->name.text) +
-                                               "; use it in the rule that sets it");
-                return nullptr;
-            }
-            owner = candidates.front();
-        }
-        Setter& setter = setters_[owner][key];
-        if (setter.variable == nullptr) {
-            setter.variable = &syntax_.variables.emplace_back();
-            setter.variable->name = use.text;
-            owners_[setter.variable] = owner;
-            for (CsnNode* field : setter.fields) {
-                field->variable = setter.variable;
+            if (!others.empty()) {
+                for (CsnRule* other : others) {
+                    keptFor_.emplace_back(other, rule_);
+                }
+                return Variable(use, scope, others);
             }
         }
-        if (owner != rule_) {
-            foreignUses_.emplace_back(setter.variable, rule_);
-        }
-        return setter.variable;
+        reporter_.Error(use.place,
+                        "there is no field or position '" + use.text + "' in this structure");
+        return nullptr;
     }
 
-    /// A rule drops its variables when it ends, unless one is used outside of what it calls.
+    /// The variable of that name in `scope`, set by the rules `setters`.
+    CsnVariable* Variable(const CsnName& use, std::size_t scope,
+                          const std::vector<CsnRule*>& setters) {
+        const std::string key = CsnSpelling(use.text);
+        CsnVariable*& variable = variables_[{scope, key}];
+        if (variable == nullptr) {
+            variable = &syntax_.variables.emplace_back();
+            variable->name = use.text;
+        }
+        for (CsnRule* rule : setters) {
+            for (CsnNode* field : setters_[rule][key]) {
+                field->variable = variable;
+            }
+        }
+        return variable;
+    }
+
+    /// A rule drops its variables when it ends, unless one is used behind it: then it and the
+    /// rules through which the user comes to it keep them.
     void FindKeptTags() {
-        for (const auto& [variable, user] : foreignUses_) {
-            CsnRule* owner = owners_[variable];
-            if (!Reaches(*owner, *user)) {
-                Keep(*owner, *user);
-            }
-        }
-    }
-
-    /// Keeps the variables of `owner` and of the rules through which `user` comes to it.
-    void Keep(CsnRule& owner, const CsnRule& user) {
-        owner.keepsTags = true;
-        for (CsnRule& rule : syntax_.rules) {
-            if (&rule != &user && Reaches(user, rule) && Reaches(rule, owner)) {
-                rule.keepsTags = true;
+        for (const auto& [setter, user] : keptFor_) {
+            setter->keepsTags = true;
+            for (CsnRule& rule : syntax_.rules) {
+                if (&rule != user && Reaches(*user, rule) && Reaches(rule, *setter)) {
+                    rule.keepsTags = true;
+                }
             }
         }
     }
@@ -363,9 +363,10 @@ class Resolver {
     std::map<std::string, CsnRule*> shared_;
     std::vector<std::map<std::string, CsnRule*>> own_;  // by section
     std::map<const CsnRule*, std::set<CsnRule*>> calls_;
-    std::map<const CsnRule*, std::map<std::string, Setter>> setters_;
-    std::map<const CsnVariable*, CsnRule*> owners_;
-    std::vector<std::pair<CsnVariable*, const CsnRule*>> foreignUses_;
+    /// By rule and name: the fields that may set a variable; actions that do are not listed.
+    std::map<const CsnRule*, std::map<std::string, std::vector<CsnNode*>>> setters_;
+    std::map<std::pair<std::size_t, std::string>, CsnVariable*> variables_;  // by scope and name
+    std::vector<std::pair<CsnRule*, const CsnRule*>> keptFor_;  // who sets, who uses behind it
     std::map<const CsnRule*, std::size_t> sizes_;
 };
 
@@ -399,7 +400,7 @@ std::optional<std::uint64_t> FixedWidth(const CsnNode& node) {
         case NodeKind::kError: {
             const auto first = FixedWidth(*node.children.front());
             const bool same =
-                std::all_of(node.children.begin(), node.children.end(),
+                std::all_of(node.children.begin() + 1, node.children.end(),
                             [&](const CsnNode* child) { return FixedWidth(*child) == first; });
             return same ? first : std::nullopt;
         }
@@ -440,9 +441,12 @@ bool SetsTags(const CsnNode& node) {
     if (node.kind == NodeKind::kRange || node.variable != nullptr) {
         return true;
     }
+    if (node.kind == NodeKind::kRepeat) {
+        return false;  // an iteration drops what it keeps
+    }
     if (node.kind == NodeKind::kReference) {
-        return node.rule->keepsTags || (!node.rule->called && !node.rule->recursive &&
-                                         SetsTags(*node.rule->body));
+        return node.rule->keepsTags ||
+               (!node.rule->called && !node.rule->recursive && SetsTags(*node.rule->body));
     }
     if (node.kind == NodeKind::kAction) {
         const auto& parameters = FindCsnAction(node.name.text)->parameters;

@@ -5,8 +5,8 @@
 
 #include <optional>
 
-#include "compiler/csn/csn_syntax.h"
 #include "compiler/csn/csn_reporter.h"
+#include "compiler/csn/csn_syntax.h"
 
 namespace quorvane::compiler {
 

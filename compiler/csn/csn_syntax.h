@@ -51,13 +51,13 @@ struct CsnCount {
 struct CsnAnnotations {
     enum class Type { kByRule, kInteger, kBinary, kFixedBinary };
 
-    std::optional<CsnName> memberName;    // as NAME
-    std::optional<CsnName> enumeration;   // enum NAME
-    Type type = Type::kByRule;            // integer N, binary N, fixed N
-    std::uint32_t typeSize = 0;           // bits
-    std::optional<std::uint32_t> most;    // most N: bound of the sequence
-    std::optional<bool> optional;         // optional, mandatory
-    bool sized = false;                   // sized: an encoder gives the whole field at once
+    std::optional<CsnName> memberName;   // as NAME
+    std::optional<CsnName> enumeration;  // enum NAME
+    Type type = Type::kByRule;           // integer N, binary N, fixed N
+    std::uint32_t typeSize = 0;          // bits
+    std::optional<std::uint32_t> most;   // most N: bound of the sequence
+    std::optional<bool> optional;        // optional, mandatory
+    bool sized = false;                  // sized: an encoder gives the whole field at once
     Span place;
 };
 
@@ -106,14 +106,14 @@ struct CsnNode {
     Kind kind = Kind::kNull;
     Span place;
     std::vector<CsnNode*> children;
-    CsnName name;                // kField, kReference, kAction
-    std::string text;            // kBits
-    std::uint32_t width = 0;     // kAnyBits
-    Repetition repetition;       // kRepeat
-    std::uint32_t low = 0;       // kRange, kRepeat
-    std::uint32_t high = 0;      // the same; kRepeat: kUnbounded for no bound
-    bool inOrder = false;        // kChoice: branches are tried as they stand
-    bool readOnly = false;       // kError: child 1 is never written
+    CsnName name;                            // kField, kReference, kAction
+    std::string text;                        // kBits
+    std::uint32_t width = 0;                 // kAnyBits
+    Repetition repetition;                   // kRepeat
+    std::uint32_t low = 0;                   // kRange, kRepeat
+    std::uint32_t high = 0;                  // the same; kRepeat: kUnbounded for no bound
+    bool inOrder = false;                    // kChoice: branches are tried as they stand
+    bool readOnly = false;                   // kError: child 1 is never written
     Direction direction = Direction::kBoth;  // kAction
     std::vector<CsnArgument> arguments;      // kAction
     CsnAnnotations annotations;              // kField
@@ -144,7 +144,7 @@ struct CsnRule {
     bool hasFields = false;        // fields are delivered in it or in rules that it refers to
     bool mayBeEmpty = false;       // matches the empty string when reading
     std::optional<std::uint64_t> width;  // bits that it always takes
-    bool keepsTags = false;        // a variable that it sets is used outside of it
+    bool keepsTags = false;              // a variable that it sets is used outside of it
 };
 
 /// A run of rules: those of one structure, whose first rule is the structure's, or shared ones.
@@ -171,7 +171,11 @@ struct CsnSyntax {
 };
 
 /// A name as the catalogue spells it: each run of characters other than letters, digits and
-/// underscore becomes one underscore, a leading digit gets one in front. Rules are looked up by it.
-std::string CsnSpelling(const std::string& name);
+/// underscore becomes one underscore, a leading digit gets one in front.
+[[nodiscard]] std::string CsnSpelling(const std::string& name);
+
+/// What rules are looked up by: the spelling in small letters, as the standards do not keep to one
+/// way to write a rule's name.
+[[nodiscard]] std::string CsnRuleKey(const std::string& name);
 
 }  // namespace quorvane::compiler

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "compiler/csn/csn_lexer.h"
@@ -96,8 +97,13 @@ class CsnTokens {
     /// "X is expected here, not Y" at the token. The first such error of a declaration is told;
     /// others are mostly its follow-ups.
     void ErrorExpected(const std::string& expected) {
+        Fail(Peek().place, expected + " is expected here, not " + Describe(Peek()));
+    }
+
+    /// An error behind which the declaration makes no sense any more.
+    void Fail(Span place, std::string message) {
         if (!broken_) {
-            Error(Peek().place, expected + " is expected here, not " + Describe(Peek()));
+            Error(place, std::move(message));
         }
         broken_ = true;
     }

@@ -17,7 +17,7 @@ using csn::CsnFieldRow;
 using Kind = TypeModel::Kind;
 using TypeAnnotation = CsnAnnotations::Type;
 
-constexpr std::uint32_t kOpenBound = 20;        // of a repetition without a bound
+constexpr std::uint32_t kOpenBound = 20;         // of a repetition without a bound
 constexpr std::uint32_t kMostVariableBits = 64;  // of a bit string of variable length
 constexpr std::uint32_t kMostIntegerBits = 32;
 constexpr std::uint32_t kMostBound = std::numeric_limits<std::uint16_t>::max();
@@ -34,8 +34,8 @@ struct OpenStruct {
 
 /// What is known of a value from all of its occurrences.
 struct ValueFacts {
-    bool isVariable = false;    // in length
-    std::uint64_t width = 0;    // bits on the wire, the most of all occurrences
+    bool isVariable = false;  // in length
+    std::uint64_t width = 0;  // bits on the wire, the most of all occurrences
     bool sameWidth = true;
     const EnumModel* values = nullptr;
     TypeAnnotation annotation = TypeAnnotation::kByRule;
@@ -76,8 +76,11 @@ class Deriver {
         structure.type->named = true;
         structure.firstTag = static_cast<std::uint16_t>(nextTag_);
         structure_ = &structure;
-        open_.push_back({structure.type, finder_.Of(*EntryRule(*structure.section).body),
-                         structure.rootTag, "", {}});
+        open_.push_back({structure.type,
+                         finder_.Of(*EntryRule(*structure.section).body),
+                         structure.rootTag,
+                         "",
+                         {}});
         while (!open_.empty() && nextTag_ <= kMostTags) {
             const OpenStruct next = std::move(open_.front());
             open_.pop_front();
@@ -126,8 +129,9 @@ class Deriver {
             const CsnAnnotations& annotations = occurrence.field->annotations;
             element.optional = annotations.optional.value_or(element.optional);
             if (annotations.most && bound == 0) {
-                reporter_.Error(annotations.place, "'" + member.name + "' is no sequence; 'most' "
-                                                   "is the bound of one");
+                reporter_.Error(annotations.place, "'" + member.name +
+                                                       "' is no sequence; 'most' "
+                                                       "is the bound of one");
             } else if (annotations.most) {
                 bound = *annotations.most;
             }
@@ -167,8 +171,9 @@ class Deriver {
             const CsnMembers members = finder_.Of(*occurrence.field->children.front());
             if (inner && members.Empty() != inner->Empty()) {
                 reporter_.Error(occurrence.field->place,
-                                "'" + member.name + "' has fields inside in one place and none in "
-                                "another; give one of them another name with 'as'");
+                                "'" + member.name +
+                                    "' has fields inside in one place and none in "
+                                    "another; give one of them another name with 'as'");
             }
             if (inner) {
                 inner->Alternate(members);
@@ -189,15 +194,16 @@ class Deriver {
         std::set<const CsnNode*> around = open.around;
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             if (!around.insert(occurrence.field).second) {
-                reporter_.Error(occurrence.field->place,
-                                "the field '" + member.name + "' contains itself; a recursion "
-                                "must not pass through a named field");
+                reporter_.Error(occurrence.field->place, "the field '" + member.name +
+                                                             "' contains itself; a recursion "
+                                                             "must not pass through a named field");
                 return type;
             }
             const CsnAnnotations& annotations = occurrence.field->annotations;
             if (annotations.enumeration || annotations.type != TypeAnnotation::kByRule) {
-                reporter_.Error(annotations.place, "'" + member.name + "' is a struct, since it "
-                                                   "has fields inside");
+                reporter_.Error(annotations.place, "'" + member.name +
+                                                       "' is a struct, since it "
+                                                       "has fields inside");
             }
         }
         row.kind = CsnFieldRow::Kind::kStruct;
@@ -250,9 +256,9 @@ class Deriver {
             if (annotations.enumeration) {
                 facts.values = findEnum_ ? findEnum_(annotations.enumeration->text) : nullptr;
                 if (facts.values == nullptr) {
-                    reporter_.Error(annotations.enumeration->place,
-                                    "there is no enumeration '" + annotations.enumeration->text +
-                                        "'");
+                    reporter_.Error(
+                        annotations.enumeration->place,
+                        "there is no enumeration '" + annotations.enumeration->text + "'");
                 }
             }
         }
@@ -266,8 +272,9 @@ class Deriver {
                               (facts.annotation == TypeAnnotation::kByRule && !facts.isVariable &&
                                facts.width <= kMostIntegerBits);
         if (isNumber && (facts.isVariable || facts.width > kMostIntegerBits)) {
-            reporter_.Error(place, "'" + member.name + "' can be no integer: its length varies or "
-                                   "is above 32 bits");
+            reporter_.Error(place, "'" + member.name +
+                                       "' can be no integer: its length varies or "
+                                       "is above 32 bits");
         } else if (isNumber) {
             type.kind = facts.values == nullptr ? Kind::kInteger : Kind::kEnumerated;
             type.values = facts.values;
@@ -285,8 +292,9 @@ class Deriver {
                         : facts.isVariable                          ? kMostVariableBits
                                            : static_cast<std::uint32_t>(facts.width);
             if (facts.values != nullptr) {
-                reporter_.Error(place, "'" + member.name + "' is a bit string and can have no "
-                                       "enumeration");
+                reporter_.Error(place, "'" + member.name +
+                                           "' is a bit string and can have no "
+                                           "enumeration");
             }
         }
     }

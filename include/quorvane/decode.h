@@ -103,13 +103,11 @@ struct Result {
 ///
 /// Decoders read an element before they test it against the message's end. The farthest look, in
 /// octets: a nested message of at most 598 with its length field of 2, announced where the message
-/// ends; in it an element of at most 255 with tag and length of 2, announced where the nested
-/// message ends; in that a traffic flow template whose filters are walked a component of 1 + 32 too
-/// far, and behind them parameters up to 255 that the filters' declared lengths leave room for, the
-/// last of which announces 255 with identifier and length of 2. That makes 1402, rounded up to the
-/// next power of two.
-inline constexpr std::size_t kReadAhead = 2048;
-static_assert((2 + 598) + (2 + 255) + (1 + 32) + 255 + (2 + 255) <= kReadAhead);
+/// ends; a traffic flow template with tag and length of 2, announced where the nested message
+/// ends; and in that, whatever its length says, 1 and then 8 filters of 3 with 7 components of
+/// 1 + 32 each. That makes 2475, rounded up to the next power of two.
+inline constexpr std::size_t kReadAhead = 4096;
+static_assert((2 + 598) + 2 + 1 + 8 * (3 + 7 * (1 + 32)) <= kReadAhead);
 
 /// A message in a larger buffer, for decoding with a view of what follows it.
 ///

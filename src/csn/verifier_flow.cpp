@@ -498,6 +498,21 @@ void RuleWalk::MoveChoice(const Instruction& instruction, const State& state, st
     summary_.commitsInside = summary_.commitsInside || inside;
 }
 
+/// Makes `summary` no better than `stored` was, so that it changes but a few times more: what grew
+/// has no bound, and what went to and fro counts as the worse of both.
+void Widen(RuleSummary& summary, const RuleSummary& stored) {
+    const auto widen = [](std::uint32_t& count, std::uint32_t old) {
+        count = count > old ? kTooMany : old;
+    };
+    widen(summary.tagsLeft, stored.tagsLeft);
+    widen(summary.tagsMost, stored.tagsMost);
+    widen(summary.stackMost, stored.stackMost);
+    summary.leastBits = std::min(summary.leastBits, stored.leastBits);
+    summary.returns = summary.returns || stored.returns;
+    summary.commits = summary.commits || stored.commits;
+    summary.commitsInside = summary.commitsInside || stored.commitsInside;
+}
+
 }  // namespace
 
 FlowVerifier::FlowVerifier(const VerifierInput& input, const InstructionMap& instructions,
@@ -551,12 +566,7 @@ void FlowVerifier::Run(const FindingSink& sink) {
             RuleSummary summary = Walk(context);
             RuleSummary& stored = summaries_[context];
             if (changes[context] > kMostChanges) {
-                const auto widen = [](std::uint32_t& count, std::uint32_t old) {
-                    count = count > old ? kTooMany : std::max(count, old);
-                };
-                widen(summary.tagsLeft, stored.tagsLeft);
-                widen(summary.tagsMost, stored.tagsMost);
-                widen(summary.stackMost, stored.stackMost);
+                Widen(summary, stored);
             }
             if (!(summary == stored)) {
                 ++changes[context];

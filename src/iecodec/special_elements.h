@@ -3,7 +3,7 @@
 // Information elements that no field list can tell. Each is named in the descriptions of the
 // families that have it; their types give the members in the order stated here.
 //
-// Tests: tests/unit/special_elements_test.cpp.
+// Tests: tests/unit/special_elements_test.cpp, tests/unit/traffic_flow_template_test.cpp.
 
 #include "iecodec/tables.h"
 

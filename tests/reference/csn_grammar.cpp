@@ -1,5 +1,6 @@
 #include "reference/csn_grammar.h"
 
+#include <initializer_list>
 #include <map>
 #include <utility>
 
@@ -13,49 +14,78 @@
 namespace quorvane::reference {
 namespace {
 
-// The image names its functions as C++; these are the ones that descriptions under test use.
-#define QUORVANE_ACTION(...) \
-    { "&csn::functions::" #__VA_ARGS__, &csn::functions::__VA_ARGS__ }
+// The image names its functions as C++. The tables hold those that descriptions under test can
+// need, for the first tags.
 
-const std::map<std::string, csn::CsnAction>& Actions() {
-    static const std::map<std::string, csn::CsnAction> kActions = {
-        QUORVANE_ACTION(NotePosition<1>),
-        QUORVANE_ACTION(NotePosition<2>),
-        QUORVANE_ACTION(NotePosition<3>),
-        QUORVANE_ACTION(NotePosition<4>),
-        QUORVANE_ACTION(NotePosition<6>),
-        QUORVANE_ACTION(OpenScopeAtLengthEnd<1, 2>),
-        QUORVANE_ACTION(OpenScopeAtLengthEnd<1, 3>),
-        QUORVANE_ACTION(OpenScopeAtLengthEnd<2, 3>),
-        QUORVANE_ACTION(OpenScopeAtLengthEnd<2, 4>),
-        QUORVANE_ACTION(OpenScopeAtLengthEnd<5, 7>),
-        QUORVANE_ACTION(OpenScopeAtLengthEnd<7, 7>),
-        QUORVANE_ACTION(OpenScopeAtLengthStart<2, 8, 8>),
-        QUORVANE_ACTION(OpenFixedScope<1, 4>),
-        QUORVANE_ACTION(CloseScope<1>),
-        QUORVANE_ACTION(CloseScope<2>),
-        QUORVANE_ACTION(CloseScope<5>),
-        QUORVANE_ACTION(CloseScope<7>),
-        QUORVANE_ACTION(WriteBackLength<1, 4, 0, 7>),
-        QUORVANE_ACTION(WriteBackLength<1, 8, 8, 0>),
-        QUORVANE_ACTION(WriteBackLength<4, 7, 0, 7>),
-        QUORVANE_ACTION(WriteBackLength<6, 7, 0, 7>),
-    };
-    return kActions;
+using ActionTable = std::map<std::string, csn::CsnAction>;
+using FunctionTable = std::map<std::string, csn::CsnValueFunction>;
+
+std::string Name(const char* function, std::initializer_list<int> constants) {
+    std::string name = "&csn::functions::" + std::string(function);
+    const char* separator = "<";
+    for (const int constant : constants) {
+        name += separator + std::to_string(constant);
+        separator = ", ";
+    }
+    return constants.size() == 0 ? name : name + ">";
 }
 
-const std::map<std::string, csn::CsnValueFunction>& Functions() {
-    static const std::map<std::string, csn::CsnValueFunction> kFunctions = {
-        QUORVANE_ACTION(BitsToOctetBoundary),
-        QUORVANE_ACTION(OctetsToBits<1>),
-        QUORVANE_ACTION(OctetsToBits<3>),
-        QUORVANE_ACTION(TagPlus<1, 1>),
-        QUORVANE_ACTION(TagPlus<1, -1>),
-        QUORVANE_ACTION(TagPlus<2, 1>),
-        QUORVANE_ACTION(RestOf<1, 3>),
-        QUORVANE_ACTION(FddCellInfo<1>),
-    };
-    return kFunctions;
+template <int T>
+void AddActions(ActionTable& table) {
+    namespace f = csn::functions;
+    table[Name("NotePosition", {T})] = &f::NotePosition<T>;
+    table[Name("OpenScopeAtLengthEnd", {T, 2})] = &f::OpenScopeAtLengthEnd<T, 2>;
+    table[Name("OpenScopeAtLengthEnd", {T, 3})] = &f::OpenScopeAtLengthEnd<T, 3>;
+    table[Name("OpenScopeAtLengthEnd", {T, 4})] = &f::OpenScopeAtLengthEnd<T, 4>;
+    table[Name("OpenScopeAtLengthEnd", {T, 7})] = &f::OpenScopeAtLengthEnd<T, 7>;
+    table[Name("OpenScopeAtLengthStart", {T, 8, 8})] = &f::OpenScopeAtLengthStart<T, 8, 8>;
+    table[Name("OpenScopeAtCodedLength", {T})] = &f::OpenScopeAtCodedLength<T>;
+    table[Name("OpenFixedScope", {T, 4})] = &f::OpenFixedScope<T, 4>;
+    table[Name("CloseScope", {T})] = &f::CloseScope<T>;
+    table[Name("WriteBackLength", {T, 4, 0, 7})] = &f::WriteBackLength<T, 4, 0, 7>;
+    table[Name("WriteBackLength", {T, 7, 0, 7})] = &f::WriteBackLength<T, 7, 0, 7>;
+    table[Name("WriteBackLength", {T, 8, 8, 0})] = &f::WriteBackLength<T, 8, 8, 0>;
+    table[Name("KeepCount", {T, 3})] = &f::KeepCount<T, 3>;
+}
+
+template <int T>
+void AddFunctions(FunctionTable& table) {
+    namespace f = csn::functions;
+    table[Name("TagPlus", {T, -1})] = &f::TagPlus<T, -1>;
+    table[Name("TagPlus", {T, 1})] = &f::TagPlus<T, 1>;
+    table[Name("TagPlus", {T, 3})] = &f::TagPlus<T, 3>;
+    table[Name("TagPlus", {T, 6})] = &f::TagPlus<T, 6>;
+    table[Name("RestOf", {T, 1})] = &f::RestOf<T, 1>;
+    table[Name("RestOf", {T, 3})] = &f::RestOf<T, 3>;
+    table[Name("OctetsToBits", {T})] = &f::OctetsToBits<T>;
+    table[Name("BitsLeftInSpan", {T, 24})] = &f::BitsLeftInSpan<T, 24>;
+    table[Name("FddCellInfo", {T})] = &f::FddCellInfo<T>;
+    table[Name("TddCellInfo", {T})] = &f::TddCellInfo<T>;
+}
+
+template <std::size_t... Index>
+ActionTable AllActions(std::index_sequence<Index...>) {
+    ActionTable table;
+    (AddActions<static_cast<int>(Index) + 1>(table), ...);
+    return table;
+}
+
+template <std::size_t... Index>
+FunctionTable AllFunctions(std::index_sequence<Index...>) {
+    FunctionTable table;
+    (AddFunctions<static_cast<int>(Index) + 1>(table), ...);
+    table[Name("BitsToOctetBoundary", {})] = &csn::functions::BitsToOctetBoundary;
+    return table;
+}
+
+const ActionTable& Actions() {
+    static const ActionTable kTable = AllActions(std::make_index_sequence<8>{});
+    return kTable;
+}
+
+const FunctionTable& Functions() {
+    static const FunctionTable kTable = AllFunctions(std::make_index_sequence<16>{});
+    return kTable;
 }
 
 /// Looks the functions up; a name that is not in the table is an error.
@@ -137,9 +167,9 @@ void Grammar::Compile() {
 void Grammar::Link() {
     errors_ += Bind(image_.actions, Actions(), actions_);
     errors_ += Bind(image_.functions, Functions(), functions_);
-    program_ = {image_.code.data(), static_cast<std::uint32_t>(image_.code.size()),
+    program_ = {image_.code.data(),       static_cast<std::uint32_t>(image_.code.size()),
                 image_.fieldTable.data(), actions_.data(),
-                functions_.data(), image_.fieldCount};
+                functions_.data(),        image_.fieldCount};
     csn::VerifierInput input;
     input.code = image_.code;
     input.fieldTable = image_.fieldTable;
@@ -149,12 +179,16 @@ void Grammar::Link() {
     for (std::size_t index = 0; index < types_.structures.size(); ++index) {
         const compiler::CsnStructureTypes& types = types_.structures[index];
         const auto fieldCount = static_cast<std::uint16_t>(types.fields.size());
-        structures_.push_back({types.type->name, &program_, image_.entries[index], types.rootTag,
-                               types.firstTag,
-                               static_cast<std::uint16_t>(types.type->elements.size()),
-                               types.fields});
-        input.entries.push_back({types.type->name, image_.entries[index], types.rootTag,
-                                 types.firstTag, fieldCount});
+        structures_.push_back(
+            {types.type->name, &program_, image_.entries[index], types.rootTag, types.firstTag,
+             static_cast<std::uint16_t>(types.type->elements.size()), types.fields});
+        std::vector<std::string>& names = names_.emplace_back();
+        for (const std::string& path : types.paths) {
+            const std::string name = path.substr(path.rfind('.') + 1);
+            names.push_back(name.substr(0, name.find('[')));
+        }
+        input.entries.push_back(
+            {types.type->name, image_.entries[index], types.rootTag, types.firstTag, fieldCount});
     }
     errors_ += csn::Verify(input).Text();
 }
@@ -180,16 +214,13 @@ Reading Grammar::Decode(const std::string& bits, std::int32_t start, std::size_t
 std::vector<Event> Grammar::Events(std::size_t structure) const {
     const compiler::CsnStructureTypes& types = types_.structures[structure];
     std::vector<Event> events;
+    events.reserve(static_cast<std::size_t>(machine_->recordCount));
     for (std::int32_t index = 0; index < machine_->recordCount; ++index) {
         const csn::CsnFieldRecord& record = machine_->records[index];
-        std::string name;
-        if (record.occurrence >= 0) {
-            const auto row = static_cast<std::size_t>(record.tag - types.firstTag);
-            name = row < types.paths.size() ? types.paths[row] : "?";
-            name = name.substr(name.rfind('.') + 1);
-            name = name.substr(0, name.find('['));
-        }
-        events.push_back({name, record.occurrence, record.bitPos, record.depth});
+        const auto row = static_cast<std::size_t>(record.tag - types.firstTag);
+        const bool opens = record.occurrence >= 0;
+        events.push_back({opens ? names_[structure].at(row) : std::string(), record.occurrence,
+                          record.bitPos, record.depth});
     }
     return events;
 }

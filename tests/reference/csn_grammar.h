@@ -37,6 +37,7 @@ class Grammar {
     [[nodiscard]] const compiler::CsnStructureTypes& Types(std::size_t structure = 0) const {
         return types_.structures[structure];
     }
+    [[nodiscard]] std::size_t StructureCount() const { return structures_.size(); }
     [[nodiscard]] const csn::CsnStructure& Structure(std::size_t structure = 0) const {
         return structures_[structure];
     }
@@ -66,6 +67,7 @@ class Grammar {
     std::vector<csn::CsnValueFunction> functions_;
     csn::CsnProgram program_{};
     std::vector<csn::CsnStructure> structures_;
+    std::vector<std::vector<std::string>> names_;  // of fields, by structure and tag
     std::unique_ptr<csn::CsnMachine> machine_ = std::make_unique<csn::CsnMachine>();
 };
 

@@ -70,8 +70,8 @@ bool CanBeEmpty(const CsnNode& node, std::set<const CsnRule*> seen = {}) {
     return true;
 }
 
-/// The width of a field that is a plain number of bits or a pattern, which is only noted when all
-/// of it is there; -1 for others, which are noted where they open.
+/// The width of a field that is a plain number of bits, either bit or a pattern, which is only
+/// noted when all of it is there; -1 for others, which are noted where they open.
 std::int32_t PlainWidth(const CsnNode& field) {
     const CsnNode& content = *field.children[0];
     if (field.variable != nullptr) {
@@ -79,6 +79,11 @@ std::int32_t PlainWidth(const CsnNode& field) {
     }
     if (content.kind == Kind::kAnyBits) {
         return static_cast<std::int32_t>(content.width);
+    }
+    if (content.kind == Kind::kChoice && content.children.size() == 2 &&
+        content.children[0]->kind == Kind::kBits && content.children[1]->kind == Kind::kBits) {
+        const std::string both = content.children[0]->text + content.children[1]->text;
+        return both == "LH" || both == "HL" || both == "01" || both == "10" ? 1 : -1;
     }
     if (content.kind == Kind::kBits && content.text.find_first_of("LH") == std::string::npos) {
         return static_cast<std::int32_t>(content.text.size());
@@ -195,7 +200,8 @@ class Reader {
         if (position_ + 1 > end_) {
             return false;
         }
-        const bool padding = std::string("00101011")[static_cast<std::size_t>(position_ % 8)] == '1';
+        const bool padding =
+            std::string("00101011")[static_cast<std::size_t>(position_ % 8)] == '1';
         const bool bit = At(position_);
         const bool matches = wanted == 'L'   ? bit == padding
                              : wanted == 'H' ? bit != padding
@@ -319,7 +325,7 @@ class Reader {
     }
 
     void OpenField(const CsnNode& node) {
-        const std::string name = compiler::CsnMemberName(node);
+        const std::string& name = reference_.NameOf(node);
         const auto isSibling = [&](const Event& event) {
             return event.name == name && event.depth == static_cast<std::int32_t>(open_.size());
         };
@@ -338,8 +344,10 @@ class Reader {
 
     // ---- Numbers ---------------------------------------------------------------------------
 
+    /// Bits outside of the message are 0: a length may be read there.
     [[nodiscard]] bool At(std::int32_t position) const {
-        return bits_[static_cast<std::size_t>(position)] == '1';
+        const auto index = static_cast<std::size_t>(position);
+        return position >= 0 && index < bits_.size() && bits_[index] == '1';
     }
 
     [[nodiscard]] std::uint32_t Value(std::int32_t from, std::int32_t to) const {
@@ -376,10 +384,26 @@ class Reader {
             case CsnCount::Form::kOctetEnd:
                 result = (8 - position_ % 8) % 8;
                 break;
+            case CsnCount::Form::kFddCells:
+                return CellBits(value, "0a13 1c24 2c34 3c43 4a51 585f 666d 747a");
+            case CsnCount::Form::kTddCells:
+                return CellBits(value, "0911 1920 272e 353b 4147 4d53 595f 656a 6f74 797e");
             default:
                 std::abort();  // no grammar of the tests uses it
         }
         return static_cast<std::uint64_t>(std::max<std::int64_t>(result, 0));
+    }
+
+    /// The width of a cell information field for `cells` cells, the first of which has the first
+    /// width of `widths`: two hexadecimal digits each.
+    static std::uint64_t CellBits(std::int64_t cells, std::string widths) {
+        std::erase(widths, ' ');
+        const auto most = static_cast<std::int64_t>(widths.size() / 2);
+        if (cells < 1 || cells > most) {
+            return 0;
+        }
+        const auto first = static_cast<std::size_t>(cells - 1) * 2;
+        return std::stoul(widths.substr(first, 2), nullptr, 16);
     }
 
     void Action(const CsnNode& node) {
@@ -395,9 +419,16 @@ class Reader {
             variables_.emplace_back(variable, position_);
         } else if (node.name.text == "open_behind_length") {
             variables_.emplace_back(variable, end_);
-            const auto length =
-                static_cast<std::int32_t>(Value(position_ - number(1), position_));
+            const auto length = static_cast<std::int32_t>(Value(position_ - number(1), position_));
             end_ = std::min(position_ + length, runEnd);
+        } else if (node.name.text == "open_before_length") {
+            variables_.emplace_back(variable, end_);
+            const auto length = static_cast<std::int32_t>(Value(position_, position_ + number(1)));
+            end_ = std::min(position_ + length + number(2), runEnd);
+        } else if (node.name.text == "open_coded_length") {
+            variables_.emplace_back(variable, end_);
+            const auto code = static_cast<std::int32_t>(Value(position_, position_ + 6));
+            end_ = std::min(position_ + (code < 6 ? code + 65 : code + 1), runEnd);
         } else if (node.name.text == "open_fixed") {
             variables_.emplace_back(variable, end_);
             end_ = std::min(position_ + number(1), runEnd);
@@ -430,6 +461,14 @@ const std::vector<const CsnNode*>& Reference::BranchesOf(const CsnNode& choice) 
         }
     }
     return branches;
+}
+
+const std::string& Reference::NameOf(const CsnNode& field) {
+    const auto [entry, isNew] = names_.try_emplace(&field);
+    if (isNew) {
+        entry->second = compiler::CsnMemberName(field);
+    }
+    return entry->second;
 }
 
 Reading Reference::Read(const std::string& bits, std::int32_t start) {

@@ -55,7 +55,11 @@ class Reference {
     /// The branches of a choice in the order in which they are tried.
     const std::vector<const compiler::CsnNode*>& BranchesOf(const compiler::CsnNode& choice);
 
+    /// The name of the member that a field is.
+    const std::string& NameOf(const compiler::CsnNode& field);
+
     const compiler::CsnRule& rule_;
+    std::map<const compiler::CsnNode*, std::string> names_;
     std::map<const compiler::CsnNode*, std::vector<const compiler::CsnNode*>> branches_;
 };
 

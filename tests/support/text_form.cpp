@@ -19,12 +19,12 @@ bool CutLine(std::string_view& rest, std::string_view& line) {
     return true;
 }
 
-// ASCII but for U+00DF, no control characters.
+// ASCII but for U+00DF; no control characters but a tab, which two enumeration texts have.
 bool IsClean(std::string_view line) {
     for (std::size_t index = 0; index < line.size(); ++index) {
         if (line.substr(index).starts_with("\xC3\x9F")) {
             ++index;
-        } else if (line[index] < ' ' || line[index] > '~') {
+        } else if (line[index] != '\t' && (line[index] < ' ' || line[index] > '~')) {
             return false;
         }
     }

@@ -231,7 +231,8 @@ TEST_F(ToolTest, BatchReadsBehindTheLengthAndZerosBehindTheBuffer) {
             line << "0123456789ABCDEF"[octet >> 4] << "0123456789ABCDEF"[octet & 15];
         }
         lines += line.str() + "\n";
-        expected.push_back(golden->text);
+        const PaddedMessage message(golden->octets.data(), golden->length, golden->octets.size());
+        expected.push_back(Decode(golden->decoding, message).text);
     }
     std::ofstream(Path("messages")) << lines;
     const Outcome outcome = Run("batch " + Path("messages"));
@@ -280,6 +281,37 @@ TEST_F(ToolTest, CatalogueFormsHaveTheirLines) {
     EXPECT_NE(Run("catalogue epc --enumerations")
                   .output.find("CLOSE_UE_TEST_LOOP.UE_test_loop_mode\t1\tUE test loop mode b\n"),
               std::string::npos);
+}
+
+TEST_F(ToolTest, CatalogueOfAFamilyWithoutDescriptionSaysSo) {
+    const Outcome outcome = Run("catalogue rlcmac");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.errors, "quorvane: the family rlcmac is not described yet\n");
+}
+
+TEST_F(ToolTest, DisassembleListsRulesAndFieldsByName) {
+    // TS 24.301, 9.9.4.3: QCI, then the optional bit rates.
+    const Outcome one = Run("disassemble eps EPS_QOS");
+    EXPECT_EQ(one.status, 0);
+    EXPECT_EQ(one.output.compare(0, 9, "EPS_QOS:\n"), 0) << one.output;
+    for (const char* name :
+         {"; QCI\n", "; MaximumBitRateForUplink\n", "; GuaranteedBitRateForDownlinkExt\n"}) {
+        EXPECT_NE(one.output.find(name), std::string::npos) << name;
+    }
+    const Outcome all = Run("disassemble eps");
+    EXPECT_EQ(all.status, 0);
+    EXPECT_NE(all.output.find(one.output), std::string::npos);
+    EXPECT_NE(all.output.find("UENetworkCapability:\n"), std::string::npos);
+}
+
+TEST_F(ToolTest, DisassembleNamesTheStructuresThatThereAre) {
+    const Outcome unknown = Run("disassemble eps Nope");
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_NE(unknown.errors.find("no structure 'Nope'; it has "), std::string::npos);
+    EXPECT_NE(unknown.errors.find("EPS_QOS"), std::string::npos);
+    const Outcome none = Run("disassemble epc");
+    EXPECT_EQ(none.status, 2);
+    EXPECT_EQ(none.errors, "quorvane: the family epc has no CSN.1 structures\n");
 }
 
 }  // namespace

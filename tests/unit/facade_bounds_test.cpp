@@ -102,9 +102,9 @@ TEST(Bounds, PlainFunctionsReadTheReadAheadAndNoMore) {
     }
 }
 
-// The derivation of kReadAhead: nothing farther than 1402 octets behind the length ever shows.
+// The derivation of kReadAhead: nothing farther than 2475 octets behind the length ever shows.
 TEST(Bounds, WhatLiesBehindTheFarthestLookNeverShows) {
-    constexpr std::size_t kFarthestLook = 1402;
+    constexpr std::size_t kFarthestLook = 2475;
     test::RandomMessages messages(5);
     for (int round = 0; round < kMessages; ++round) {
         const auto message = messages.Next();

@@ -1,0 +1,122 @@
+// What the compiler says of mistakes in CSN.1 descriptions: a description with one kind of mistake
+// each in csn_errors/, with the exact message beside it.
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "compiler/csn/csn_compiler.h"
+#include "compiler/csn_type_text.h"
+#include "compiler/reporter.h"
+
+namespace quorvane::compiler {
+namespace {
+
+const EnumModel* FindEnum(const std::string& name) {
+    static EnumModel known;
+    return name == "Known" ? &known : nullptr;
+}
+
+std::string ErrorsOf(const std::string& name, const std::string& text) {
+    Reporter reporter;
+    TypeStore store;
+    const CompiledCsn csn = CompileCsn(reporter, {reporter.AddFile(name, text)}, FindEnum, store);
+    EXPECT_EQ(csn.structures.empty(), reporter.HasErrors());
+    return reporter.Text();
+}
+
+std::vector<std::string> Names() {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(std::string(QUORVANE_SOURCE_DIR) +
+                                                                 "/tests/compiler/csn_errors")) {
+        if (entry.path().extension() == ".csn1") {
+            names.push_back(entry.path().stem().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(CsnErrors, EachKindHasItsMessage) {
+    const std::vector<std::string> names = Names();
+    EXPECT_GT(names.size(), 40U);
+    for (const std::string& name : names) {
+        const std::string path = "tests/compiler/csn_errors/" + name;
+        EXPECT_EQ(ErrorsOf(name + ".csn1", SourceText(path + ".csn1")), SourceText(path + ".txt"))
+            << name;
+    }
+}
+
+TEST(CsnErrors, AllOfARunAreTold) {
+    EXPECT_EQ(ErrorsOf("a.csn1",
+                       "structure T \"clause\" ;\n"
+                       "< t > ::= < x > 12 < y ;\n"
+                       "< u > ::= { 0 ;\n"
+                       "< v > ::= 0 // ;\n"),
+              "a.csn1:2:17: error: '12' stands where bits belong, and bits are 0 or 1\n"
+              "a.csn1:2:22: error: bits, a field, a rule or a group is expected here, not 'y'\n"
+              "a.csn1:3:15: error: '}' is expected here, not ';'\n"
+              "a.csn1:4:13: error: '//' stands behind a group in braces; put what may be truncated "
+              "between { and }\n");
+}
+
+TEST(CsnErrors, FilesShareTheirRules) {
+    Reporter reporter;
+    TypeStore store;
+    const auto first = reporter.AddFile("a.csn1", "shared ;\n< r > ::= 0 ;\n");
+    const auto second =
+        reporter.AddFile("b.csn1", "structure T \"clause\" ;\n< t > ::= < r > < s > ;\n");
+    const CompiledCsn csn = CompileCsn(reporter, {first, second}, FindEnum, store);
+    EXPECT_EQ(reporter.Text(),
+              "b.csn1:2:17: error: there is no rule '< s >' in this structure or among the shared "
+              "ones\n");
+}
+
+TEST(CsnErrors, AnAlternativeThatIsTooFar) {
+    std::string body;
+    for (int field = 0; field < 1100; ++field) {
+        body += "< f" + std::to_string(field) + " : bit >\n";
+    }
+    EXPECT_EQ(ErrorsOf("a.csn1", "structure T \"clause\" ;\n< t > ::= { 0 | 1\n" + body + "} ;\n"),
+              "a.csn1:2:17: error: the alternative takes 4362 octets of code, more than the 4095 "
+              "that it can reach over; put a part of it into a rule of its own\n");
+}
+
+TEST(CsnErrors, MoreTagsThanThereAre) {
+    // Each rule has two fields of the next one: 2, 4, 8 ... structs.
+    std::string text = "structure T \"clause\" ;\n";
+    for (int rule = 0; rule < 17; ++rule) {
+        const std::string next = std::to_string(rule + 1);
+        text += "< r" + std::to_string(rule) + " > ::= < a : < r" + next + " > > < b : < r" + next +
+                " > > ;\n";
+    }
+    text += "< r17 > ::= < c : bit > ;\n";
+    EXPECT_EQ(ErrorsOf("a.csn1", text),
+              "a.csn1:1:11: error: the fields up to this structure need more than 65534 tags\n");
+}
+
+// A recursion that keeps a value in each round would need ever more tags.
+TEST(CsnErrors, CodeThatIsNotProven) {
+    const std::string errors = ErrorsOf("a.csn1",
+                                        "structure T \"clause\" ;\n< t > ::= < r > ;\n"
+                                        "< r > ::= < n : bit > < a : bit > * (val(n)) "
+                                        "{ 0 | 1 < r > } ;\n");
+    const std::string start =
+        "a.csn1:2:1: error: the code of this rule cannot be proven to run safely, at offset ";
+    EXPECT_EQ(errors.substr(0, start.size()), start) << errors;
+}
+
+TEST(CsnErrors, NothingNestedTooDeeplyIsRead) {
+    std::string text = "structure T \"clause\" ;\n< t > ::= ";
+    for (int depth = 0; depth < 5000; ++depth) {
+        text += "{ ";
+    }
+    EXPECT_EQ(ErrorsOf("a.csn1", text),
+              "a.csn1:2:211: error: a rule of its own for what is nested so deeply is expected "
+              "here, not '{'\n");
+}
+
+}  // namespace
+}  // namespace quorvane::compiler
