@@ -75,9 +75,9 @@ Octets ThereAndBack(const GoldenFile& golden) {
         arena,
         diagnostics};
     iecodec::MessageContainer container;
-    EXPECT_GE(iecodec::DispatchMessage(decode, *binding.set, 8 * std::int64_t{golden.length},
-                                       container),
-              0);
+    EXPECT_GE(
+        iecodec::DispatchMessage(decode, *binding.set, 8 * std::int64_t{golden.length}, container),
+        0);
 
     Octets out(4 * golden.octets.size() + 4096, 0xFF);
     bits::BitWriter writer(out.data(), static_cast<std::int64_t>(out.size()));

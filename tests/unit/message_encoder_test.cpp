@@ -3,6 +3,7 @@
 
 #include "iecodec/message_encoder.h"
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <string>
@@ -123,6 +124,35 @@ TEST(EncodeBody, LeavesTheHeaderOut) {
     EXPECT_EQ(test::ToHex(octets), "FF FF 52 00 DB 01 01 FF");
     EXPECT_EQ(EncodeMessageBody(context, down.Message("ESM_INFORMATION_REQUEST"), 8, {}), 0);
     EXPECT_EQ(test::ToHex(octets), "FF FF 52 00 DB 01 01 FF");
+}
+
+TEST(EncodeBody, IsTheMessageBehindItsHeaderInEveryFamily) {
+    const auto headerBits = [](std::string_view set, std::string_view message) {
+        if (message == "SERVICE_REQUEST" || message == "SECURITY_PROTECTED_NAS_MESSAGE") {
+            return 8;
+        }
+        return set.starts_with("Message_set_EPS_SM") ? 24 : 16;
+    };
+    for (const families::Family* family : families::AllFamilies()) {
+        for (const MessageSetRow& row : family->codec.sets) {
+            for (const std::uint16_t index : row.messages) {
+                const MessageRow& message = family->codec.messages[index];
+                std::vector<std::uint8_t> whole(4096);
+                std::vector<std::uint8_t> body(4096);
+                Diagnostics diagnostics;
+                bits::BitWriter wholeWriter(whole.data(), 4096);
+                bits::BitWriter bodyWriter(body.data(), 4096);
+                EncodeContext wholeContext{family->codec, wholeWriter, diagnostics};
+                EncodeContext bodyContext{family->codec, bodyWriter, diagnostics};
+                const std::int64_t header = headerBits(row.name, message.name);
+                const std::int64_t result = EncodeMessage(wholeContext, message, 0, Cell{});
+                const std::int64_t inner = EncodeMessageBody(bodyContext, message, header, Cell{});
+                EXPECT_EQ(result, inner < 0 ? inner : header + inner) << message.name;
+                std::fill_n(whole.begin(), header / 8, std::uint8_t{0});
+                EXPECT_EQ(whole, body) << message.name;
+            }
+        }
+    }
 }
 
 // Sets.

@@ -1,0 +1,123 @@
+// Every entry point that decodes: whatever the octets and the length, all of them give the same
+// well-formed answer and read nothing that they were not given.
+//
+// Input: the decoding; the kind of length; the length, as that kind wants it; the octets.
+
+#include <algorithm>
+#include <string>
+#include <sys/mman.h>
+
+#include "facade/decodings.h"
+#include "fuzz_support.h"
+#include "quorvane/decode.h"
+#include "support/entry_points.h"
+#include "support/text_form.h"
+
+namespace quorvane {
+namespace {
+
+using fuzz::ExactOctets;
+using fuzz::Require;
+using fuzz::RequireEqual;
+using Octets = std::span<const std::uint8_t>;
+
+void CheckForm(Decoding decoding, const Result& result) {
+    RequireEqual(test::TextFormProblem(facade::RowOf(decoding).textName, result.found, result.text),
+                 "", "the text is not well formed");
+    std::string_view rest = result.diagnostics;
+    while (!rest.empty()) {
+        const std::size_t end = rest.find('\n');
+        Require(end != std::string_view::npos && rest.starts_with("<ERRID:"),
+                "the diagnostics are not well formed");
+        rest.remove_prefix(end + 1);
+    }
+}
+
+void RequireSame(const Result& left, const Result& right, std::string_view what) {
+    Require(left.found == right.found, what);
+    RequireEqual(left.text, right.text, what);
+    RequireEqual(left.diagnostics, right.diagnostics, what);
+}
+
+void RequireSame(const Result& padded, int value, const CString& text) {
+    Require(value == (padded.found ? 1 : 0), "the plain function has another result");
+    RequireEqual(test::ToUtf8(text), padded.text, "the plain function has another text");
+}
+
+void CheckSpan(Decoding decoding, Octets octets) {
+    const ExactOctets message(octets);
+    const Result result = Decode(decoding, message.View());
+    CheckForm(decoding, result);
+
+    Result again{false, "what stood here before", "and here"};
+    again.found = DecodeInto(decoding, message.View(), again.text, again.diagnostics);
+    RequireSame(result, again, "the second call differs from the first");
+
+    const ExactOctets padded(octets, octets.size() + kReadAhead);
+    const auto length = static_cast<std::int32_t>(octets.size());
+    RequireSame(result, Decode(decoding, PaddedMessage(padded.Data(), length, padded.Size())),
+                "a span differs from the same octets with zeros behind");
+}
+
+void CheckPadded(Decoding decoding, Octets readable, std::int32_t length) {
+    const ExactOctets buffer(readable, static_cast<std::size_t>(std::max(length, 0)) + kReadAhead);
+    const Result padded = Decode(decoding, PaddedMessage(buffer.Data(), length, buffer.Size()));
+    CheckForm(decoding, padded);
+
+    const ExactOctets shorter(readable);
+    RequireSame(padded, Decode(decoding, PaddedMessage(shorter.Data(), length, shorter.Size())),
+                "behind the capacity stands something else than zeros");
+
+    const test::EntryPoint& entry = test::EntryPoints()[static_cast<std::size_t>(decoding)];
+    CString text(L"what stood here before");
+    const int value = entry.plain(buffer.Data(), length, text);
+    RequireSame(padded, value, text);
+}
+
+/// Room for a message of any length and what a decoder may look at behind it: address space, of
+/// which only what is written to takes memory.
+std::uint8_t* HugeRoom() {
+    static void* const memory =
+        mmap(nullptr, std::size_t{INT32_MAX} + kReadAhead, PROT_READ | PROT_WRITE,
+             MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    return memory == MAP_FAILED ? nullptr : static_cast<std::uint8_t*>(memory);
+}
+
+void CheckHuge(Decoding decoding, Octets readable, std::int32_t length) {
+    std::uint8_t* const room = HugeRoom();
+    Require(room != nullptr, "no address space for a huge message");
+    std::copy(readable.begin(), readable.end(), room);
+    const std::size_t capacity = static_cast<std::size_t>(length) + kReadAhead;
+    const Result padded = Decode(decoding, PaddedMessage(room, length, capacity));
+    CheckForm(decoding, padded);
+    const test::EntryPoint& entry = test::EntryPoints()[static_cast<std::size_t>(decoding)];
+    CString text;
+    const int value = entry.plain(room, length, text);
+    RequireSame(padded, value, text);
+    std::fill_n(room, readable.size(), std::uint8_t{0});
+}
+
+}  // namespace
+}  // namespace quorvane
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
+    using namespace quorvane;
+    constexpr std::size_t kMostOctets = 65536;
+    constexpr std::int32_t kHuge = 1 << 20;
+    fuzz::Input input(octets, std::min(size, kMostOctets));
+    const Decoding decoding = Decodings()[input.Below(Decodings().size())].decoding;
+    const std::size_t kind = input.Below(4);
+    const auto offset = kind == 0 ? 0 : static_cast<std::int32_t>(input.Number(kind == 3 ? 4 : 1));
+    const auto whole = static_cast<std::int32_t>(input.Rest().size());
+    // All of the octets, so many less or more, or any number.
+    const std::int32_t length = kind == 3 ? offset : kind == 1 ? whole - offset : whole + offset;
+    if (length > kHuge) {
+        CheckHuge(decoding, input.Rest(), length);
+        return 0;
+    }
+    CheckPadded(decoding, input.Rest(), length);
+    const auto most = static_cast<std::int32_t>(kMostOctets);
+    const auto shown = static_cast<std::size_t>(std::clamp(length, 0, std::min(whole, most)));
+    CheckSpan(decoding, input.Rest().first(shown));
+    return 0;
+}

@@ -1,0 +1,58 @@
+#include "message_codec.h"
+
+#include <algorithm>
+#include <list>
+
+#include "iecodec/message_encoder.h"
+
+namespace quorvane::fuzz {
+namespace {
+
+std::vector<SetOfFamily> FindSets() {
+    static std::list<reflect::Catalogue> catalogues;
+    std::vector<SetOfFamily> sets;
+    for (const families::Family* family : families::AllFamilies()) {
+        const reflect::Catalogue& catalogue = catalogues.emplace_back(family->types);
+        for (const iecodec::MessageSetRow& set : family->codec.sets) {
+            sets.push_back({family, &set, &catalogue});
+        }
+    }
+    return sets;
+}
+
+}  // namespace
+
+const std::vector<SetOfFamily>& AllSets() {
+    static const std::vector<SetOfFamily> kSets = FindSets();
+    return kSets;
+}
+
+Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bits::Arena& arena) {
+    Decoded decoded;
+    const ExactOctets message(octets);
+    iecodec::Diagnostics diagnostics;
+    const auto size = static_cast<std::int64_t>(message.Size());
+    iecodec::DecodeContext context{set.family->codec, {message.Data(), size}, arena, diagnostics};
+    decoded.result = iecodec::DispatchMessage(context, *set.set, 8 * size, decoded.container);
+    decoded.diagnostics = diagnostics.Lines();
+    return decoded;
+}
+
+Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& container,
+               std::size_t room) {
+    Encoded encoded;
+    const ExactOctets buffer({}, room);
+    bits::BitWriter writer(buffer.Data(), static_cast<std::int64_t>(room));
+    iecodec::Diagnostics diagnostics;
+    iecodec::EncodeContext context{set.family->codec, writer, diagnostics};
+    encoded.result = iecodec::EncodeContainer(context, *set.set, container);
+    encoded.fits = !writer.Overflowed();
+    encoded.diagnostics = diagnostics.Lines();
+    if (encoded.result >= 0) {
+        const auto octets = std::min(room, static_cast<std::size_t>((encoded.result + 7) / 8));
+        encoded.octets.assign(buffer.Data(), buffer.Data() + octets);
+    }
+    return encoded;
+}
+
+}  // namespace quorvane::fuzz

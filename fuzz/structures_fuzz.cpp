@@ -1,0 +1,186 @@
+// The CSN.1 structures of all families, in both directions: any bits are decoded, any record is
+// encoded. What was decoded encodes, and in structures without actions it comes back as it was.
+// Actions note lengths, which an encoder works out anew.
+//
+// Input: the structure; whether bits or a record follow; the first bit, or the buffer's size; the
+// bits or what the record is made of.
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+#include "csn/byte_code.h"
+#include "csn/csn_record.h"
+#include "csn/machine.h"
+#include "families/family.h"
+#include "fuzz_support.h"
+#include "random_record.h"
+#include "reflect/convert.h"
+
+namespace quorvane {
+namespace {
+
+using fuzz::ExactOctets;
+using fuzz::Input;
+using fuzz::Require;
+
+struct Structure {
+    const csn::CsnStructure* csn;
+    const reflect::TypeTables* types;
+    std::uint16_t type;
+    bool hasActions;
+};
+
+/// Whether the code of a structure, with the rules that it calls, has an action in it.
+bool HasActions(const csn::CsnStructure& structure) {
+    const std::span<const std::uint8_t> code(structure.program->code, structure.program->codeSize);
+    std::set<std::uint32_t> seen;
+    std::vector<std::uint32_t> open{structure.label};
+    while (!open.empty()) {
+        const std::uint32_t offset = open.back();
+        open.pop_back();
+        if (!seen.insert(offset).second) {
+            continue;
+        }
+        const auto instruction = csn::DecodeInstruction(code, offset);
+        Require(instruction.has_value(), "the code of a structure ends inside an instruction");
+        switch (instruction->Code()) {
+            case csn::Opcode::kAct:
+            case csn::Opcode::kActDec:
+            case csn::Opcode::kActEnc:
+                return true;
+            case csn::Opcode::kRet:
+            case csn::Opcode::kRetTags:
+                continue;
+            default:
+                break;
+        }
+        open.push_back(offset + instruction->size);
+        if (const auto target = instruction->Target()) {
+            open.push_back(static_cast<std::uint32_t>(*target));
+        }
+    }
+    return false;
+}
+
+std::vector<Structure> AllStructures() {
+    std::vector<Structure> all;
+    for (const families::Family* family : families::AllFamilies()) {
+        for (const csn::CsnStructure& structure : family->codec.structures) {
+            for (std::uint16_t type : family->types.named) {
+                if (family->types.types[type].name == structure.name) {
+                    all.push_back({&structure, &family->types, type, HasActions(structure)});
+                }
+            }
+        }
+    }
+    return all;
+}
+
+/// No description of ours needs more instructions than this for so many bits.
+constexpr std::uint64_t CeilingFor(std::int32_t bits) {
+    constexpr std::uint64_t kForTheStructure = 4096;
+    constexpr std::uint64_t kForEachBit = 64;
+    return kForTheStructure + kForEachBit * static_cast<std::uint64_t>(bits);
+}
+
+class Check {
+  public:
+    explicit Check(const Structure& structure) : structure_(structure) {}
+
+    void Bits(std::span<const std::uint8_t> octets, std::int32_t first, std::int32_t count) {
+        const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+        CountSteps(reader, first, count);
+        bits::Cell cell{};
+        const std::int32_t result =
+            csn::DecodeCsn(*structure_.csn, reader, arena_, first, count, cell);
+        Require(result <= count, "more bits were taken than there are");
+        bits::Cell again{};
+        Require(csn::DecodeCsn(*structure_.csn, reader, arena_, first, count, again) == result &&
+                    Same(cell, again, true),
+                "the second run differs from the first");
+        if (result >= 0) {
+            BackAgain(cell, octets.size() + kSpare);
+        }
+    }
+
+    void Record(const bits::Cell& cell, std::size_t room) {
+        const ExactOctets octets({}, room);
+        bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(room));
+        const std::int32_t result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
+        if (result >= 0 && !writer.Overflowed()) {
+            bits::Cell decoded{};
+            static_cast<void>(
+                csn::DecodeCsn(*structure_.csn, writer.Reader(), arena_, 0, result, decoded));
+        }
+    }
+
+    bits::Arena& Arena() { return arena_; }
+
+  private:
+    static constexpr std::size_t kSpare = 64;  // octets that an encoder may add
+
+    /// For a record that was decoded.
+    void BackAgain(const bits::Cell& cell, std::size_t room) {
+        const ExactOctets octets({}, room);
+        bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(room));
+        const std::int32_t result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
+        Require(result >= 0, "what was decoded does not encode");
+        if (structure_.hasActions) {
+            return;
+        }
+        bits::Cell decoded{};
+        Require(
+            csn::DecodeCsn(*structure_.csn, writer.Reader(), arena_, 0, result, decoded) == result,
+            "what was encoded does not decode");
+        Require(Same(cell, decoded, false), "another record comes back");
+        const ExactOctets second({}, room);
+        bits::BitWriter again(second.Data(), static_cast<std::int64_t>(room));
+        Require(csn::EncodeCsn(*structure_.csn, again, 0, decoded) == result &&
+                    std::equal(octets.View().begin(), octets.View().end(), second.Data()),
+                "the second encoding differs from the first");
+    }
+
+    [[nodiscard]] bool Same(const bits::Cell& left, const bits::Cell& right, bool places) const {
+        return reflect::RecordsEqual(*structure_.types, structure_.type, left, right, places);
+    }
+
+    void CountSteps(const bits::BitReader& reader, std::int32_t first, std::int32_t count) const {
+        csn::CsnMachine machine;
+        csn::CsnMachineInit(machine, *structure_.csn->program, structure_.csn->label, reader, first,
+                            count);
+        machine.rootTag = structure_.csn->rootTag;
+        machine.ceiling = CeilingFor(count);
+        static_cast<void>(csn::CsnMachineRun(machine, nullptr));
+        Require(machine.executed <= machine.ceiling, "the run takes too many instructions");
+    }
+
+    const Structure& structure_;
+    bits::Arena arena_;
+};
+
+}  // namespace
+}  // namespace quorvane
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
+    using namespace quorvane;
+    static const std::vector<Structure> kStructures = AllStructures();
+    Input input(octets, size);
+    const Structure& structure = kStructures[input.Below(kStructures.size())];
+    Check check(structure);
+    const bool ofBits = input.Below(2) == 0;
+    const std::size_t choice = input.Octet();
+    if (ofBits) {
+        const ExactOctets message(input.Rest());
+        const auto all = static_cast<std::int32_t>(8 * message.Size());
+        const auto first = static_cast<std::int32_t>(choice & 7U);
+        // The last bits may belong to something else.
+        const auto behind = static_cast<std::int32_t>(choice >> 3U);
+        check.Bits(message.View(), first, std::max(all - first - behind, 0));
+        return 0;
+    }
+    bits::Cell cell{};
+    fuzz::FillRecord(*structure.types, structure.type, input, check.Arena(), cell);
+    check.Record(cell, choice);
+    return 0;
+}
