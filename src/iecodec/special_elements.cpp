@@ -64,6 +64,7 @@ std::int64_t DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::
     }
     bits::StoreBinary(context.arena, members[1], context.reader, position + header, value,
                       kGenericValueBits);
+    members[1].location = 0;
     return header + value;
 }
 
