@@ -43,9 +43,9 @@
 // What is not. Memory that runs out leaves as std::bad_alloc; nothing is leaked then, but the
 // contents of the strings handed in are not specified.
 //
-// A call needs less than 64 KiB of stack. A thread keeps some working memory (about 100 KiB, at
-// most 3 MiB after very large messages) for its next call until it ends, so that a call on a used
-// thread allocates nothing but what the caller's strings need to grow.
+// A call needs less than 64 KiB of stack. A thread keeps some working memory for its next call
+// until it ends (mostly below 100 KiB, never more than 3 MiB), so that a call on a used thread
+// allocates nothing but what the caller's strings need to grow.
 
 #include <cstddef>
 #include <cstdint>
@@ -126,7 +126,7 @@ struct PaddedMessage {
     std::size_t capacity;        // how many octets may be read
 };
 
-/// Decodes the message in `message`.
+/// Decodes `message`. `decoding` must be one of the enumerators.
 [[nodiscard]] QUORVANE_API Result Decode(Decoding decoding, std::span<const std::uint8_t> message);
 [[nodiscard]] QUORVANE_API Result Decode(Decoding decoding, PaddedMessage message);
 
