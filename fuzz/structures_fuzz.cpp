@@ -1,6 +1,6 @@
 // The CSN.1 structures of all families, in both directions: any bits are decoded, any record is
-// encoded. What was decoded encodes, and in structures without actions it comes back as it was.
-// Actions note lengths, which an encoder works out anew.
+// encoded. What was decoded encodes, and comes back as it was, unless the structure has actions,
+// which note lengths that an encoder works out anew, or the record has cut a field to its store.
 //
 // Input: the structure; whether bits or a record follow; the first bit, or the buffer's size; the
 // bits or what the record is made of.
@@ -77,6 +77,28 @@ std::vector<Structure> AllStructures() {
     return all;
 }
 
+/// Whether a field in the record was longer in the message.
+bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell) {
+    const reflect::TypeRow& row = tables.types[type];
+    if (row.kind == reflect::TypeKind::kBinary) {
+        return (cell.location & 0xFFFFU) > cell.number;
+    }
+    if (cell.cells == nullptr || row.kind == reflect::TypeKind::kInteger ||
+        row.kind == reflect::TypeKind::kEnumerated) {
+        return false;
+    }
+    // A structure of CSN.1 has no unions.
+    const bool isSequence = row.kind == reflect::TypeKind::kSequence;
+    const std::uint32_t count = isSequence ? cell.number : row.count;
+    for (std::uint32_t index = 0; index < count; ++index) {
+        const std::uint16_t inner = isSequence ? row.first : tables.ElementsOf(row)[index].type;
+        if (HoldsCutField(tables, inner, cell.cells[index])) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// No description of ours needs more instructions than this for so many bits.
 constexpr std::uint64_t CeilingFor(std::int32_t bits) {
     constexpr std::uint64_t kForTheStructure = 4096;
@@ -126,7 +148,7 @@ class Check {
         bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(room));
         const std::int32_t result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
         Require(result >= 0, "what was decoded does not encode");
-        if (structure_.hasActions) {
+        if (structure_.hasActions || HoldsCutField(*structure_.types, structure_.type, cell)) {
             return;
         }
         bits::Cell decoded{};
