@@ -24,6 +24,9 @@ class Parser {
   private:
     using Kind = DeclarationSyntax::Kind;
 
+    // Types inside types are read by recursion: no text may use up the stack.
+    static constexpr int kMostDepth = 50;
+
     void ParseDeclaration() {
         if (tokens_.Accept("family")) {
             ParseFamily();
@@ -231,17 +234,26 @@ class Parser {
     TypeSyntax ParseType() {
         TypeSyntax type;
         type.place = tokens_.Peek().place;
+        if (depth_ >= kMostDepth) {
+            tokens_.ErrorExpected("a declared type for what is nested so deeply");
+            tokens_.SkipEntry();
+            return type;
+        }
         if (tokens_.Accept("[")) {
             type.kind = TypeSyntax::Kind::kSequence;
             type.size = tokens_.ExpectNumber("the most items of the sequence");
             tokens_.Expect("]");
             tokens_.Expect("of");
+            ++depth_;
             type.item = std::make_unique<TypeSyntax>(ParseType());
+            --depth_;
             return type;
         }
         if (tokens_.At("{")) {
             type.kind = TypeSyntax::Kind::kStruct;
+            ++depth_;
             ParseBlock([&] { type.members.push_back(ParseMember()); });
+            --depth_;
             return type;
         }
         const Name word = tokens_.ExpectName("a type");
@@ -616,6 +628,7 @@ class Parser {
 
     TokenStream tokens_;
     FamilySyntax& family_;
+    int depth_ = 0;  // types that are being read
 };
 
 }  // namespace

@@ -63,25 +63,23 @@ CsnCount CsnCountParser::Expression() {
 }
 
 CsnCountParser::Term CsnCountParser::ReadTerm() {
+    // val(NAME) may stand in parentheses of its own: "(val(NAME))".
+    const bool enclosed = tokens_.AcceptMark("(");
     Term term;
     term.value.place = tokens_.Peek().place;
-    // val (NAME) may stand in parentheses of its own: "(val(NAME))".
-    if (tokens_.AtMark("(")) {
-        tokens_.Next();
-        term = ReadTerm();
-        tokens_.ExpectMark(")");
-        return term;
-    }
-    if (!tokens_.At(Kind::kValue)) {
+    if (tokens_.At(Kind::kValue)) {
+        const CsnToken& token = tokens_.Next();
+        term.isNumber = false;
+        term.value.form = token.function == "p"   ? Form::kFddCells
+                          : token.function == "q" ? Form::kTddCells
+                                                  : Form::kValue;
+        term.value.name = {token.text, token.place};
+    } else {
         term.number = tokens_.ExpectNumber();
-        return term;
     }
-    const CsnToken& token = tokens_.Next();
-    term.isNumber = false;
-    term.value.form = token.function == "p"   ? Form::kFddCells
-                      : token.function == "q" ? Form::kTddCells
-                                              : Form::kValue;
-    term.value.name = {token.text, token.place};
+    if (enclosed) {
+        tokens_.ExpectMark(")");
+    }
     return term;
 }
 
