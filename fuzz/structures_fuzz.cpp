@@ -101,8 +101,8 @@ bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const 
 
 /// No description of ours needs more instructions than this for so many bits.
 constexpr std::uint64_t CeilingFor(std::int32_t bits) {
-    constexpr std::uint64_t kForTheStructure = 4096;
-    constexpr std::uint64_t kForEachBit = 64;
+    constexpr std::uint64_t kForTheStructure = 2048;
+    constexpr std::uint64_t kForEachBit = 16;
     return kForTheStructure + kForEachBit * static_cast<std::uint64_t>(bits);
 }
 

@@ -1,7 +1,9 @@
 // One test for each mistake that a fuzz target has found.
 
 #include <gtest/gtest.h>
+#include <string>
 
+#include "compiler/describe.h"
 #include "csn/verifier.h"
 #include "unit/csn_test_support.h"
 
@@ -31,6 +33,31 @@ TEST(Regression, VerifyingARuleThatCommitsAroundACallOfItselfEnds) {
     input.fieldTable = image.fields;
     input.entries.push_back({"Structure", 0, csn::test::kRoot, 0, 0});
     EXPECT_FALSE(csn::Verify(input).findings.empty());
+}
+
+std::string Repeated(const std::string& text, int times) {
+    std::string result;
+    for (; times > 0; --times) {
+        result += text;
+    }
+    return result;
+}
+
+// Both were read by a recursion that went as deep as the text.
+TEST(Regression, TextsThatAreNestedDeeplyAreRefused) {
+    constexpr int kDeep = 200000;
+    const std::string head = "family f\nstruct s special kGenericTlv {\n    a : ";
+    const auto sequences = compiler::Describe({{"f.qd", head + Repeated("[2] of ", kDeep)}});
+    EXPECT_NE(sequences.errors.find("a declared type for what is nested so deeply is expected"),
+              std::string::npos);
+    const auto structs = compiler::Describe({{"f.qd", head + Repeated("{\n    a : ", kDeep)}});
+    EXPECT_NE(structs.errors.find("a declared type for what is nested so deeply is expected"),
+              std::string::npos);
+    const auto counts = compiler::Describe(
+        {{"f.qd", "family f\n"},
+         {"f.csn1", "structure S \"x\" ;\n< S > ::= < n : bit (3) > { < a : bit > } * " +
+                        Repeated("(", kDeep) + "val(n)" + Repeated(")", kDeep) + " ;\n"}});
+    EXPECT_NE(counts.errors.find("a number is expected here, not '('"), std::string::npos);
 }
 
 }  // namespace
