@@ -7,13 +7,13 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "facade/decodings.h"
 #include "iecodec/message_container.h"
 #include "iecodec/message_encoder.h"
 #include "support/golden_file.h"
+#include "tools/hex.h"
 
 namespace quorvane::test {
 namespace {
@@ -51,15 +51,6 @@ std::map<std::string, std::string> ReadReviewed(std::vector<std::string>& proble
 bool DecodesWithoutFault(const GoldenFile& golden) {
     return golden.result == 1 && golden.diagnostics.empty() &&
            golden.text.find("Decoder reported the following error") == std::string::npos;
-}
-
-std::string ToHex(const Octets& octets) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string text;
-    for (const std::uint8_t octet : octets) {
-        text.append({kDigits[octet >> 4], kDigits[octet & 15], ' '});
-    }
-    return text;
 }
 
 /// The message of the file, decoded and encoded again. The encoder gets octets of ones, so that a
@@ -101,7 +92,7 @@ class GoldenEncodeTest : public testing::Test {
         octets.resize(length);
         const Octets back = ThereAndBack(golden_);
         if (reason_.empty()) {
-            EXPECT_EQ(ToHex(back), ToHex(octets));
+            EXPECT_EQ(tool::ToHex(back, " "), tool::ToHex(octets, " "));
         } else {
             EXPECT_NE(back, octets) << "not_canonical.txt names the file without need: " << reason_;
         }

@@ -1,60 +1,76 @@
 // Runs tests/golden/**/*.golden, one case a file, through all three interfaces.
+//
+// golden_test --update writes the answers into the files that differ, for a change that is meant:
+// look at the difference in version control before it is committed. --gtest_filter chooses files.
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "support/entry_points.h"
+#include "support/golden_check.h"
 #include "support/golden_file.h"
 
 namespace quorvane::test {
 namespace {
 
+GoldenAnswer AnswerOf(const Result& result) {
+    return {result.found ? 1 : 0, result.text, WithoutNumbers(result.diagnostics)};
+}
+
+GoldenAnswer AnswerOfPlainFunction(const GoldenFile& golden) {
+    testing::internal::CaptureStderr();
+    const PlainResult plain = CallPlain(golden.decoding, golden.octets, golden.length);
+    return {plain.value, plain.text, WithoutNumbers(testing::internal::GetCapturedStderr())};
+}
+
+std::vector<NamedAnswer> AnswersTo(const GoldenFile& golden) {
+    const PaddedMessage padded(golden.octets.data(), golden.length, golden.octets.size());
+    std::vector<NamedAnswer> answers = {
+        {"padded interface", AnswerOf(Decode(golden.decoding, padded))},
+        {"plain function", AnswerOfPlainFunction(golden)}};
+    const auto length = static_cast<std::size_t>(std::max(golden.length, 0));
+    if (golden.length >= 0 && golden.octets.size() <= length) {
+        std::vector<std::uint8_t> octets = golden.octets;
+        octets.resize(length);
+        answers.push_back({"span interface", AnswerOf(Decode(golden.decoding, octets))});
+    }
+    return answers;
+}
+
 class GoldenTest : public testing::Test {
   public:
-    explicit GoldenTest(std::filesystem::path path) : path_(std::move(path)) {}
+    GoldenTest(std::filesystem::path path, bool update) : path_(std::move(path)), update_(update) {}
 
     void TestBody() override {
         std::string problem;
         const std::optional<GoldenFile> golden = ReadGoldenFile(path_, problem);
         ASSERT_TRUE(golden) << path_.string() << ": " << problem;
-        {
-            SCOPED_TRACE("padded interface");
-            const PaddedMessage message(golden->octets.data(), golden->length,
-                                        golden->octets.size());
-            Compare(*golden, Decode(golden->decoding, message));
+        const std::vector<NamedAnswer> answers = AnswersTo(*golden);
+        const std::string difference = GoldenDifference(path_, *golden, answers);
+        if (difference.empty()) {
+            return;
         }
-        {
-            SCOPED_TRACE("plain function");
-            testing::internal::CaptureStderr();
-            const PlainResult plain = CallPlain(golden->decoding, golden->octets, golden->length);
-            const std::string diagnostics = testing::internal::GetCapturedStderr();
-            Compare(*golden, {plain.value != 0, plain.text, diagnostics});
-        }
-        if (golden->length >= 0 &&
-            golden->octets.size() <= static_cast<std::size_t>(golden->length)) {
-            SCOPED_TRACE("span interface");
-            std::vector<std::uint8_t> octets = golden->octets;
-            octets.resize(static_cast<std::size_t>(golden->length));
-            Compare(*golden, Decode(golden->decoding, octets));
+        if (update_ && AllEqual(answers)) {
+            EXPECT_TRUE(UpdateGoldenFile(path_, answers.front().answer)) << path_.string();
+        } else {
+            ADD_FAILURE() << difference;
         }
     }
 
   private:
-    static void Compare(const GoldenFile& golden, const Result& result) {
-        EXPECT_EQ(result.found ? 1 : 0, golden.result);
-        EXPECT_EQ(result.text, golden.text);
-        EXPECT_EQ(WithoutNumbers(result.diagnostics), golden.diagnostics);
-    }
-
     std::filesystem::path path_;
+    bool update_;
 };
 
-void Register(const std::filesystem::path& path) {
+void Register(const std::filesystem::path& path, bool update) {
     const std::string suite = path.parent_path().filename().string();
-    testing::RegisterTest(suite.c_str(), path.stem().string().c_str(), nullptr, nullptr,
-                          path.string().c_str(), 1,
-                          [path]() -> testing::Test* { return new GoldenTest(path); });
+    testing::RegisterTest(
+        suite.c_str(), path.stem().string().c_str(), nullptr, nullptr, path.string().c_str(), 1,
+        [path, update]() -> testing::Test* { return new GoldenTest(path, update); });
 }
 
 }  // namespace
@@ -62,8 +78,13 @@ void Register(const std::filesystem::path& path) {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
+    const bool update = argc == 2 && std::string_view(argv[1]) == "--update";
+    if (argc != (update ? 2 : 1)) {
+        std::fputs("usage: golden_test [--update] [GoogleTest's options]\n", stderr);
+        return 2;
+    }
     for (const auto& path : quorvane::test::FindGoldenFiles(QUORVANE_SOURCE_DIR "/tests/golden")) {
-        quorvane::test::Register(path);
+        quorvane::test::Register(path, update);
     }
     return RUN_ALL_TESTS();
 }

@@ -1,6 +1,7 @@
 #include "facade/decodings.h"
 #include "quorvane/decode.h"
 #include "tools/commands.h"
+#include "tools/hex.h"
 #include "tools/message_generator.h"
 
 namespace quorvane::tool {
@@ -15,14 +16,6 @@ std::uint32_t TagOf(const families::Family& family, const iecodec::MessageSetRow
         }
     }
     return 0;
-}
-
-void AppendHex(std::string& line, const std::vector<std::uint8_t>& octets) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    for (const std::uint8_t octet : octets) {
-        line += kDigits[octet >> 4];
-        line += kDigits[octet & 15U];
-    }
 }
 
 }  // namespace
@@ -54,9 +47,8 @@ int Generate(const GenerateOptions& options) {
             throw UsageError("no message came of the draw " + std::to_string(count + 1) +
                              "; try another seed");
         }
-        lines += options.function + " " + std::to_string(message->octets.size()) + " ";
-        AppendHex(lines, message->octets);
-        lines += "\n";
+        lines += options.function + " " + std::to_string(message->octets.size()) + " " +
+                 ToHex(message->octets, "") + "\n";
         if (lines.size() >= kFullBuffer) {
             Print(lines);
             lines.clear();

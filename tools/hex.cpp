@@ -8,11 +8,13 @@ namespace {
 
 constexpr std::uint8_t kNoDigit = 0xFF;
 
+constexpr std::string_view kCharacters = "0123456789ABCDEF";
+
 constexpr std::array<std::uint8_t, 256> kDigits = [] {
     std::array<std::uint8_t, 256> digits{};
     digits.fill(kNoDigit);
     for (std::uint8_t digit = 0; digit < 16; ++digit) {
-        digits[static_cast<unsigned char>("0123456789ABCDEF"[digit])] = digit;
+        digits[static_cast<unsigned char>(kCharacters[digit])] = digit;
         digits[static_cast<unsigned char>("0123456789abcdef"[digit])] = digit;
     }
     return digits;
@@ -75,6 +77,18 @@ std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
         index += 2;
     }
     return {};
+}
+
+std::string ToHex(std::span<const std::uint8_t> octets, std::string_view separator) {
+    std::string text;
+    for (const std::uint8_t octet : octets) {
+        if (!text.empty()) {
+            text += separator;
+        }
+        text += kCharacters[octet >> 4];
+        text += kCharacters[octet & 15U];
+    }
+    return text;
 }
 
 }  // namespace quorvane::tool

@@ -3,6 +3,7 @@
 // Octets as people write them.
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,5 +14,8 @@ namespace quorvane::tool {
 /// number of blanks, tabs and colons, each group perhaps with 0x in front. Returns what is wrong
 /// and at which character (from 1), or nothing.
 std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets);
+
+/// Two digits for each octet, with `separator` between octets.
+std::string ToHex(std::span<const std::uint8_t> octets, std::string_view separator);
 
 }  // namespace quorvane::tool

@@ -28,6 +28,15 @@ std::string WithCarriageReturns(std::string text) {
     return text;
 }
 
+/// Appends the lines of `text`, without their line feeds.
+void AppendLines(std::vector<std::string>& lines, const std::string& text) {
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        lines.push_back(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
 std::string ReadInto(GoldenFile& golden, std::istream& in) {
     std::map<std::string, std::string> fields;
     for (std::string line; std::getline(in, line) && line != "--- text";) {
@@ -84,6 +93,37 @@ std::optional<GoldenFile> ReadGoldenFile(const std::filesystem::path& path, std:
         return std::nullopt;
     }
     return golden;
+}
+
+std::vector<std::string> AnswerLines(const GoldenAnswer& answer) {
+    std::vector<std::string> lines = {"return: " + std::to_string(answer.result), "--- text"};
+    AppendLines(lines, answer.text);
+    for (std::string& line : lines) {
+        for (std::size_t at = 0; (at = line.find('\r', at)) != std::string::npos; ++at) {
+            line.replace(at, 1, "\\r");
+        }
+    }
+    lines.emplace_back("--- diagnostics");
+    AppendLines(lines, answer.diagnostics);
+    lines.emplace_back("--- end");
+    return lines;
+}
+
+bool UpdateGoldenFile(const std::filesystem::path& path, const GoldenAnswer& answer) {
+    std::ifstream in(path, std::ios::binary);
+    std::string contents;
+    for (std::string line; std::getline(in, line) && !line.starts_with("return: ");) {
+        contents += line + "\n";
+    }
+    if (!in) {
+        return false;
+    }
+    for (const std::string& line : AnswerLines(answer)) {
+        contents += line + "\n";
+    }
+    std::ofstream out(path, std::ios::binary);
+    out << contents;
+    return static_cast<bool>(out.flush());
 }
 
 std::vector<std::filesystem::path> FindGoldenFiles(const std::filesystem::path& folder) {

@@ -28,17 +28,30 @@
 
 namespace quorvane::test {
 
-struct GoldenFile {
+/// What a call answers.
+struct GoldenAnswer {
+    int result = 0;
+    std::string text;
+    std::string diagnostics;  // numbers as *
+
+    friend bool operator==(const GoldenAnswer&, const GoldenAnswer&) = default;
+};
+
+struct GoldenFile : GoldenAnswer {
     Decoding decoding{};
     std::int32_t length = 0;
     std::vector<std::uint8_t> octets;
-    int result = 0;
-    std::string text;
-    std::string diagnostics;
 };
 
 /// Reads a file; if it is not in the form above, `problem` says why.
 std::optional<GoldenFile> ReadGoldenFile(const std::filesystem::path& path, std::string& problem);
+
+/// The lines of a file from "return: " on, as this answer has them.
+std::vector<std::string> AnswerLines(const GoldenAnswer& answer);
+
+/// Replaces these lines in the file. What stands ahead of them, its comments included, stays.
+/// False if the file cannot be read or written.
+[[nodiscard]] bool UpdateGoldenFile(const std::filesystem::path& path, const GoldenAnswer& answer);
 
 /// All files *.golden below `folder`, sorted.
 std::vector<std::filesystem::path> FindGoldenFiles(const std::filesystem::path& folder);
