@@ -52,9 +52,8 @@ Description Describe(const std::vector<Source>& sources) {
         reporter.Error({0, 0, 0}, "no file says 'family' and the family's name");
     }
     const auto findEnum = [&](const std::string& name) -> const EnumModel* {
-        const auto found =
-            std::find_if(family.enums.begin(), family.enums.end(),
-                         [&](const EnumModel& values) { return values.name == name; });
+        const auto found = std::find_if(family.enums.begin(), family.enums.end(),
+                                        [&](const EnumModel& model) { return model.name == name; });
         return found == family.enums.end() ? nullptr : &*found;
     };
     FamilyModel model;

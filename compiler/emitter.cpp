@@ -132,10 +132,10 @@ class Emitter {
             if (type->kind == Kind::kSequence) {
                 first = type->item->index;
             } else if (type->kind == Kind::kEnumerated) {
-                const auto [entry, isNew] = enumIndex.emplace(type->values, enumIndex.size());
+                const auto [entry, isNew] = enumIndex.emplace(type->enumeration, enumIndex.size());
                 first = entry->second;
                 if (isNew) {
-                    AddEnum(*type->values, enums, values, valueCount);
+                    AddEnum(*type->enumeration, enums, values, valueCount);
                 }
             } else if (!type->elements.empty()) {
                 first = elementCount;

@@ -43,11 +43,11 @@ struct TypeModel {
     std::string name;
     Span place;
     bool named = false;
-    bool fixed = false;                  // binaries
-    std::uint32_t size = 0;              // bits, most bits, or bound
-    std::vector<ElementModel> elements;  // struct, union
-    TypeModel* item = nullptr;           // sequence
-    const EnumModel* values = nullptr;   // enumerated
+    bool fixed = false;                      // binaries
+    std::uint32_t size = 0;                  // bits, most bits, or bound
+    std::vector<ElementModel> elements;      // struct, union
+    TypeModel* item = nullptr;               // sequence
+    const EnumModel* enumeration = nullptr;  // enumerated
 
     std::uint32_t index = 0;  // in the emitted table, given when all types stand
 };

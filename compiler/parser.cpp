@@ -34,8 +34,8 @@ class Parser {
             ParseInclude();
         } else if (tokens_.Accept("skip")) {
             ParseSkipTable();
-        } else if (tokens_.Accept("values")) {
-            ParseValues();
+        } else if (tokens_.Accept("enum")) {
+            ParseEnum();
         } else if (tokens_.Accept("struct")) {
             Declare(Kind::kStruct, family_.structs, ParseStruct());
         } else if (tokens_.Accept("union")) {
@@ -54,7 +54,7 @@ class Parser {
             Declare(Kind::kSet, family_.sets, ParseSet());
         } else {
             tokens_.ErrorExpected(
-                "a declaration (family, include, skip, values, struct, union, sequence, csn, "
+                "a declaration (family, include, skip, enum, struct, union, sequence, csn, "
                 "header, message or set)");
             if (tokens_.At("}")) {
                 tokens_.Next();
@@ -137,16 +137,16 @@ class Parser {
         });
     }
 
-    void ParseValues() {
+    void ParseEnum() {
         EnumModel model;
         const Name name = tokens_.ExpectName("the enumeration's name");
         model.name = name.text;
         model.place = name.place;
-        ParseValueLines(model);
+        ParseEnumValues(model);
         family_.enums.push_back(std::move(model));
     }
 
-    void ParseValueLines(EnumModel& model) {
+    void ParseEnumValues(EnumModel& model) {
         ParseBlock([&] {
             if (tokens_.Accept("other")) {
                 tokens_.Expect("=");
@@ -161,12 +161,12 @@ class Parser {
         });
     }
 
-    /// Values that stand with their only user: they get a name that no description can use.
-    Name ParseInlineValues() {
+    /// An enumeration that stands with its only user: it gets a name that no description can use.
+    Name ParseInlineEnum() {
         EnumModel model;
         model.place = tokens_.Peek().place;
         model.name = "@" + std::to_string(family_.enums.size());
-        ParseValueLines(model);
+        ParseEnumValues(model);
         family_.enums.push_back(model);
         return {model.name, model.place};
     }
@@ -271,8 +271,8 @@ class Parser {
             type.kind = TypeSyntax::Kind::kInteger;
         } else if (Sized(word.text, "enum", type.size)) {
             type.kind = TypeSyntax::Kind::kEnumerated;
-            type.name = tokens_.At("{") ? ParseInlineValues()
-                                        : tokens_.ExpectName("the enumeration's name");
+            type.name =
+                tokens_.At("{") ? ParseInlineEnum() : tokens_.ExpectName("the enumeration's name");
         } else {
             type.kind = TypeSyntax::Kind::kNamed;
             type.name = word;

@@ -20,10 +20,10 @@ std::uint32_t WireBits(const FieldSyntax& field) {
 TypeResolver::TypeResolver(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
                            FamilyModel& model)
     : reporter_(reporter), csn_(csn), model_(model) {
-    for (const EnumModel& values : family.enums) {
-        if (!enums_.emplace(values.name, &values).second) {
-            reporter_.Error(values.place, "the values '" + values.name +
-                                              "' are declared already; give them another name");
+    for (const EnumModel& entry : family.enums) {
+        if (!enums_.emplace(entry.name, &entry).second) {
+            reporter_.Error(entry.place, "the enumeration '" + entry.name +
+                                             "' is declared already; give it another name");
         }
     }
 }
@@ -34,7 +34,7 @@ const EnumModel* TypeResolver::FindEnum(const Name& use) {
         return found->second;
     }
     if (!use.text.empty()) {
-        reporter_.Error(use.place, "no values '" + use.text + "' are declared");
+        reporter_.Error(use.place, "no enumeration '" + use.text + "' is declared");
     }
     return nullptr;
 }
@@ -79,7 +79,7 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
         case TypeSyntax::Kind::kEnumerated: {
             TypeModel* type = store.NewType(Kind::kEnumerated, inlineName, syntax.place);
             type->size = syntax.size.value_or(wireBits);
-            type->values = FindEnum(syntax.name);
+            type->enumeration = FindEnum(syntax.name);
             if (type->size == 0) {
                 reporter_.Error(syntax.place,
                                 "the width of the enumeration in bits is missing: 'enum8'");

@@ -277,7 +277,7 @@ class Deriver {
                                        "is above 32 bits");
         } else if (isNumber) {
             type.kind = facts.values == nullptr ? Kind::kInteger : Kind::kEnumerated;
-            type.values = facts.values;
+            type.enumeration = facts.values;
             const auto width = static_cast<std::uint32_t>(facts.width);
             type.size = width > 1 && width < 8 ? 8 : width;
             if (facts.annotation == TypeAnnotation::kInteger) {

@@ -163,9 +163,9 @@ TEST(CsnTypes, AnEnumerationKeepsTheWidthOfItsInteger) {
     const Grammar grammar("< t > ::= < a : bit [enum E] > < b : bit (4) [enum F] > ;");
     const TypeModel& type = *grammar.Types().type;
     EXPECT_EQ(type.elements[0].type->size, 1U);
-    EXPECT_EQ(type.elements[0].type->values->name, "E");
+    EXPECT_EQ(type.elements[0].type->enumeration->name, "E");
     EXPECT_EQ(type.elements[1].type->size, 8U);
-    EXPECT_EQ(type.elements[1].type->values->name, "F");
+    EXPECT_EQ(type.elements[1].type->enumeration->name, "F");
 }
 
 // ---- Rows ----------------------------------------------------------------------------------

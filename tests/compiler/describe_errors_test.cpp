@@ -38,13 +38,13 @@ TEST_P(DescribeErrors, AreTold) {
 constexpr Mistake kMistakes[] = {
     {"Character", "struct s fixed {\n    a 8 : int8 ;\n}\n",
      "f.qd:7:16: error: the character ';' has no meaning here\n"},
-    {"OpenText", "values v {\n    1 = \"one\n}\n",
+    {"OpenText", "enum v {\n    1 = \"one\n}\n",
      "f.qd:7:9: error: the text has no closing quote on its line\n"
      "f.qd:7:13: error: a text in double quotes is expected here, not the end of the line\n"},
-    {"Escape", "values v {\n    1 = \"a\\q\"\n}\n",
+    {"Escape", "enum v {\n    1 = \"a\\q\"\n}\n",
      "f.qd:7:10: error: a backslash stands before 't', 'x' and two digits, or a backslash\n"},
     {"Declaration", "struture s {\n}\n",
-     "f.qd:6:1: error: a declaration (family, include, skip, values, struct, union, sequence, csn, "
+     "f.qd:6:1: error: a declaration (family, include, skip, enum, struct, union, sequence, csn, "
      "header, message or set) is expected here, not 'struture'\n"},
     {"Shape", "struct s {\n    a 8 : int8\n}\n",
      "f.qd:6:10: error: the wire form (fixed, truncatable, serial, extension or special) is "
@@ -55,12 +55,12 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:16: error: the end of the line is expected here, not 'int8'\n"},
     {"TypeUnknown", "struct s fixed {\n    a 8 : t\n}\n",
      "f.qd:7:11: error: no type 't' is declared above; a type stands before its users\n"},
-    {"ValuesUnknown", "struct s fixed {\n    a 8 : enum v\n}\n",
-     "f.qd:7:16: error: no values 'v' are declared\n"},
-    {"EnumerationWidth", "values v {\n    1 = \"a\"\n}\nstruct s special x {\n    a : enum v\n}\n",
+    {"EnumUnknown", "struct s fixed {\n    a 8 : enum v\n}\n",
+     "f.qd:7:16: error: no enumeration 'v' is declared\n"},
+    {"EnumerationWidth", "enum v {\n    1 = \"a\"\n}\nstruct s special x {\n    a : enum v\n}\n",
      "f.qd:10:9: error: the width of the enumeration in bits is missing: 'enum8'\n"},
-    {"ValuesTwice", "values v {\n    1 = \"a\"\n}\nvalues v {\n    1 = \"a\"\n}\n",
-     "f.qd:9:8: error: the values 'v' are declared already; give them another name\n"},
+    {"EnumTwice", "enum v {\n    1 = \"a\"\n}\nenum v {\n    1 = \"a\"\n}\n",
+     "f.qd:9:6: error: the enumeration 'v' is declared already; give it another name\n"},
     {"TypeTwice", "struct s fixed {\n    a 8 : int8\n}\nsequence s [2] of int8\n",
      "f.qd:9:10: error: 's' is declared already; names are unique in a family\n"},
     {"MemberTwice", "struct s fixed {\n    a 8 : int8\n    a 8 : int8\n}\n",
@@ -187,7 +187,7 @@ TEST(Describe, TellsAllMistakesOfARun) {
                   {"b.qd", "family f\nsequence q [3] of r\n"}});
     EXPECT_EQ(result.errors,
               "a.qd:3:11: error: no type 't' is declared above; a type stands before its users\n"
-              "a.qd:4:16: error: no values 'v' are declared\n"
+              "a.qd:4:16: error: no enumeration 'v' is declared\n"
               "b.qd:2:19: error: no type 'r' is declared above; a type stands before its users\n");
 }
 
