@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "families/family.h"
 #include "message_set.h"
 
 namespace quorvane::benchmarks {
@@ -25,7 +26,7 @@ double InstructionsPerCall(const MessageSet& set, const std::string& program);
 bool DecodePasses(std::string_view name, int passes);
 
 /// Microseconds that the first use of a family costs: building its catalogue.
-double FirstUseMicroseconds(std::string_view family);
+double FirstUseMicroseconds(const families::Family& family);
 
 /// Messages a second that this many threads decode together, in millions.
 double MillionsPerSecond(const MessageSet& set, int threads);

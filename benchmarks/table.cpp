@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "families/family.h"
 #include "resources.h"
 
 namespace quorvane::benchmarks {
@@ -112,10 +113,10 @@ int main(int argc, char** argv) {
         return DecodePasses(argv[2], std::atoi(argv[3])) ? 0 : 2;
     }
     // Before anything else has warmed the tables.
-    const char* const families[] = {"eps", "epc", "l3"};
+    const auto families = quorvane::families::AllFamilies();
     std::vector<double> firstUse;
-    for (const char* family : families) {
-        firstUse.push_back(FirstUseMicroseconds(family));
+    for (const auto* family : families) {
+        firstUse.push_back(FirstUseMicroseconds(*family));
     }
     benchmark::Initialize(&argc, argv);
     Collector collector;
@@ -123,7 +124,8 @@ int main(int argc, char** argv) {
     PrintTable(collector, argv[0]);
     std::printf("\n");
     for (std::size_t index = 0; index < firstUse.size(); ++index) {
-        std::printf("First use of %s: %.0f us.\n", families[index], firstUse[index]);
+        std::printf("First use of %s: %.0f us.\n", std::string(families[index]->name).c_str(),
+                    firstUse[index]);
     }
     std::printf("`quorvane batch`: %.0f messages a second.\n", collector.BatchPerSecond());
     return 0;

@@ -56,7 +56,8 @@ endfunction()
 function(quorvane_internal_target target)
     quorvane_target(${target})
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src
-                                                 ${PROJECT_SOURCE_DIR}/include)
+                                                 ${PROJECT_SOURCE_DIR}/include
+                                                 ${PROJECT_BINARY_DIR}/generated)
     target_compile_definitions(${target} PRIVATE QUORVANE_BUILDING)
     set_target_properties(
         ${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden

@@ -5,8 +5,6 @@
 // Input: how long the recipe of the image is, in units of two octets; the recipe; how to run it;
 // the bits, or what the source answers.
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "compiler/csn/csn_compiler.h"
@@ -14,6 +12,7 @@
 #include "families/family.h"
 #include "fuzz_support.h"
 #include "random_image.h"
+#include "support/family_files.h"
 
 namespace quorvane {
 namespace {
@@ -28,22 +27,18 @@ constexpr std::uint64_t kCeiling = 100000;
 
 // ---- Compiled images ----
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 /// A family's image with the tables that the library has not got the sizes of.
 Image CompiledImage(const families::Family& family) {
-    const std::string name(family.name);
     compiler::Reporter reporter;
     compiler::TypeStore store;
-    const auto file = reporter.AddFile(
-        name, ReadFile(QUORVANE_SOURCE_DIR "/src/families/" + name + "/" + name + ".csn1"));
+    std::vector<std::uint32_t> files;
+    for (const std::string& path : test::DescriptionsOf(family.name, ".csn1")) {
+        files.push_back(reporter.AddFile(path, test::SourceText(path)));
+    }
     // Which values an enumeration has makes no difference to the code.
     compiler::EnumModel& anyEnum = store.enums.emplace_back();
     const auto findEnum = [&](const std::string&) { return &anyEnum; };
-    const auto csn = compiler::CompileCsn(reporter, {file}, findEnum, store);
+    const auto csn = compiler::CompileCsn(reporter, files, findEnum, store);
     Require(!reporter.HasErrors(), "the family's description compiles");
 
     const csn::CsnProgram& program = *family.codec.structures.front().program;

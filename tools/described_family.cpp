@@ -1,24 +1,33 @@
 #include "tools/described_family.h"
 
-#include <algorithm>
-#include <array>
-#include <string_view>
-
 #include "tools/commands.h"
 
 namespace quorvane::tool {
 
 const families::Family& DescribedFamily(const std::string& name) {
-    for (const families::Family* family : families::AllFamilies()) {
-        if (family->name == name) {
-            return *family;
+    for (const families::FamilyInfo& family : families::KnownFamilies()) {
+        if (family.name != name) {
+            continue;
         }
+        if (family.tables == nullptr) {
+            throw UsageError("the family " + name + ", " + std::string(family.title) +
+                             ", is not described in this build");
+        }
+        return *family.tables;
     }
-    constexpr std::array<std::string_view, 5> kNames = {"eps", "epc", "l3", "rr", "rlcmac"};
-    if (std::find(kNames.begin(), kNames.end(), name) != kNames.end()) {
-        throw UsageError("the family " + name + " is not described yet");
+    throw UsageError("unknown family '" + name + "'; the families are " + FamilyNames("and"));
+}
+
+std::string FamilyNames(const std::string& conjunction) {
+    const auto families = families::KnownFamilies();
+    std::string names;
+    for (const families::FamilyInfo& family : families) {
+        if (&family != &families.front()) {
+            names += &family == &families.back() ? " " + conjunction + " " : ", ";
+        }
+        names += family.name;
     }
-    throw UsageError("unknown family '" + name + "'; the families are eps, epc, l3, rr and rlcmac");
+    return names;
 }
 
 }  // namespace quorvane::tool

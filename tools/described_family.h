@@ -6,7 +6,10 @@
 
 namespace quorvane::tool {
 
-/// The family of that name; throws UsageError if there is none or it is not described yet.
+/// The family of that name; throws UsageError if there is none or this build does not describe it.
 const families::Family& DescribedFamily(const std::string& name);
+
+/// The names of all families, for people: "eps, epc or l3" with "or" for `conjunction`.
+std::string FamilyNames(const std::string& conjunction);
 
 }  // namespace quorvane::tool

@@ -7,6 +7,7 @@
 
 #include "quorvane/version.h"
 #include "tools/commands.h"
+#include "tools/described_family.h"
 
 namespace quorvane::tool {
 namespace {
@@ -36,7 +37,7 @@ int Run(int argc, char** argv) {
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
     const auto addFamily = [&](CLI::App* command) {
-        command->add_option("FAMILY", family, "eps, epc, l3, rr or rlcmac")->required();
+        command->add_option("FAMILY", family, FamilyNames("or"))->required();
     };
     addFamily(catalogue);
     CLI::Option_group* forms = catalogue->add_option_group("Forms");

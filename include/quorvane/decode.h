@@ -25,9 +25,10 @@
 // transmission, most significant bit first.
 //
 // What comes out. `found` is false if the octets start no message that the decoding knows; the
-// text is then `Failed to decode "..." message`, without a line end. Otherwise the text names the
-// decoding, the error if there was one, the message and every field of it with its value. A
-// message that is cut short or malformed is shown as far as it could be decoded, behind a line
+// text is then `Failed to decode "..." message`, without a line end. Decodings() says which
+// decodings know no message at all, as this build has no description of them. Otherwise the text
+// names the decoding, the error if there was one, the message and every field of it with its value.
+// A message that is cut short or malformed is shown as far as it could be decoded, behind a line
 // "Decoder reported the following error: ..."; `found` is true for it. `diagnostics` has a line
 // "<ERRID:n> ..." for each fault; n tells the place in the decoder that found it.
 //
@@ -84,9 +85,11 @@ struct DecodingInfo {
     Decoding decoding;
     std::string_view name;     // that of the enumerator
     std::string_view purpose;  // a few words, with the standard
+    bool described = false;    // whether this build of the library knows its messages
 };
 
-/// All decodings, in the order of the enumerators.
+/// All decodings, in the order of the enumerators, also those that are not described in this build:
+/// they find no message in any octets.
 QUORVANE_API std::span<const DecodingInfo> Decodings() noexcept;
 
 /// The decoding of that name, to the letter.

@@ -18,56 +18,57 @@ struct Entry {
 constexpr std::array kEntries = {
     Entry{{Decoding::RRDownlink, "RRDownlink",
            "GSM radio resource management, network to mobile station (TS 44.018)"},
-          {"RRDownlink", "Message_set_RRDownlink", 0}},
+          {"RRDownlink", "rr", "Message_set_RRDownlink", 0}},
     Entry{{Decoding::RRUplink, "RRUplink",
            "GSM radio resource management, mobile station to network (TS 44.018)"},
-          {"RRUplink", "Message_set_RRUplink", 0}},
+          {"RRUplink", "rr", "Message_set_RRUplink", 0}},
     Entry{{Decoding::ChannelRequest, "ChannelRequest",
            "CHANNEL REQUEST, the random access octet, whatever the length (TS 44.018)"},
-          {"ChannelRequest", "ChannelRequest", 8}},
+          {"ChannelRequest", "rr", "ChannelRequest", 8}},
     Entry{{Decoding::RRPLENDownlink, "RRPLENDownlink",
            "GSM radio resource management behind an L2 pseudo length octet (TS 44.018)"},
-          {"RRPLENDownlink", "Message_set_RRPLENDownlink", 0}},
+          {"RRPLENDownlink", "rr", "Message_set_RRPLENDownlink", 0}},
     Entry{{Decoding::RRSPD, "RRSPD",
            "GSM radio resource management with the short protocol discriminator (TS 44.018)"},
-          {"RRShortPD", "Message_set_RRShortPD", 0}},
+          {"RRShortPD", "rr", "Message_set_RRShortPD", 0}},
     Entry{{Decoding::L3Downlink, "L3Downlink",
            "GSM and UMTS mobility management, call control and GPRS mobility management, network "
            "to mobile station (TS 24.008)"},
-          {"L3Downlink", "Message_set_L3Downlink", 0}},
+          {"L3Downlink", "l3", "Message_set_L3Downlink", 0}},
     Entry{{Decoding::L3Uplink, "L3Uplink",
            "GSM and UMTS mobility management, call control and GPRS mobility management, mobile "
            "station to network (TS 24.008)"},
-          {"L3Uplink", "Message_set_L3Uplink", 0}},
+          {"L3Uplink", "l3", "Message_set_L3Uplink", 0}},
     Entry{{Decoding::RLC_MACDownlink, "RLC_MACDownlink",
            "GPRS RLC/MAC control messages, network to mobile station (TS 44.060)"},
-          {"RLC_MAC_Downlink", "Message_set_Downlink_RLC_MAC", 0}},
+          {"RLC_MAC_Downlink", "rlcmac", "Message_set_Downlink_RLC_MAC", 0}},
     Entry{{Decoding::RLC_MACUplink, "RLC_MACUplink",
            "GPRS RLC/MAC control messages, mobile station to network (TS 44.060)"},
-          {"RLC_MAC_Uplink", "Message_set_Uplink_RLC_MAC", 0}},
+          {"RLC_MAC_Uplink", "rlcmac", "Message_set_Uplink_RLC_MAC", 0}},
     Entry{{Decoding::EPS_MMDownlink, "EPS_MMDownlink",
            "EPS mobility management, network to UE (TS 24.301)"},
-          {"EPS_MMDownlink", "Message_set_EPS_MM_Downlink", 0}},
+          {"EPS_MMDownlink", "eps", "Message_set_EPS_MM_Downlink", 0}},
     Entry{{Decoding::EPS_MMUplink, "EPS_MMUplink",
            "EPS mobility management, UE to network (TS 24.301)"},
-          {"EPS_MMUplink", "Message_set_EPS_MM_Uplink", 0}},
+          {"EPS_MMUplink", "eps", "Message_set_EPS_MM_Uplink", 0}},
     Entry{{Decoding::EPS_SMDownlink, "EPS_SMDownlink",
            "EPS session management, network to UE (TS 24.301)"},
-          {"EPS_SMDownlink", "Message_set_EPS_SM_Downlink", 0}},
+          {"EPS_SMDownlink", "eps", "Message_set_EPS_SM_Downlink", 0}},
     Entry{{Decoding::EPS_SMUplink, "EPS_SMUplink",
            "EPS session management, UE to network (TS 24.301)"},
-          {"EPS_SMUplink", "Message_set_EPS_SM_Uplink", 0}},
+          {"EPS_SMUplink", "eps", "Message_set_EPS_SM_Uplink", 0}},
     Entry{{Decoding::EPC_SS2UE, "EPC_SS2UE", "UE test mode, system simulator to UE (TS 36.509)"},
-          {"EPC_SS2UE", "Message_set_SS_to_UE", 0}},
+          {"EPC_SS2UE", "epc", "Message_set_SS_to_UE", 0}},
     Entry{{Decoding::EPC_UE2SS, "EPC_UE2SS", "UE test mode, UE to system simulator (TS 36.509)"},
-          {"EPC_UE2SS", "Message_set_UE_to_SS", 0}},
+          {"EPC_UE2SS", "epc", "Message_set_UE_to_SS", 0}},
     Entry{{Decoding::Packet_Control_Acknowledgement_8, "Packet_Control_Acknowledgement_8",
            "access burst of 8 bits on a packet channel, whatever the length (TS 44.060)"},
-          {"Packet_channel_request_8_bit_message_content",
+          {"Packet_channel_request_8_bit_message_content", "rlcmac",
            "Packet_channel_request_8_bit_message_content", 8}},
     Entry{{Decoding::Packet_Control_Acknowledgement_11, "Packet_Control_Acknowledgement_11",
            "access burst of 11 bits on a packet channel, whatever the length (TS 44.060)"},
-          {"Packet_Control_Acknowledgement_11bit_a", "Packet_Control_Acknowledgement_11bit_a", 11}},
+          {"Packet_Control_Acknowledgement_11bit_a", "rlcmac",
+           "Packet_Control_Acknowledgement_11bit_a", 11}},
 };
 
 constexpr std::size_t IndexOf(Decoding decoding) {
@@ -81,12 +82,17 @@ constexpr bool InOrder() {
 }
 static_assert(InOrder());
 
-constexpr std::array kInfos = [] {
-    std::array<DecodingInfo, kEntries.size()> infos{};
-    std::transform(kEntries.begin(), kEntries.end(), infos.begin(),
-                   [](const Entry& entry) { return entry.info; });
-    return infos;
-}();
+// The message set of a decoding if `family` is the one that describes it, or null.
+const iecodec::MessageSetRow* SetIn(const families::Family& family, const DecodingRow& row) {
+    return family.name == row.family ? families::FindSet(family, row.set) : nullptr;
+}
+
+bool IsDescribed(const DecodingRow& row) {
+    const auto families = families::AllFamilies();
+    return std::any_of(families.begin(), families.end(), [&](const families::Family* family) {
+        return SetIn(*family, row) != nullptr;
+    });
+}
 
 // All families with a catalogue each, and the message sets of the decodings in them.
 class Bindings {
@@ -95,7 +101,7 @@ class Bindings {
         for (const families::Family* family : families::AllFamilies()) {
             reflect::LazyCatalogue& catalogue = catalogues_.emplace_back(family->types);
             for (std::size_t index = 0; index < kEntries.size(); ++index) {
-                const auto* set = families::FindSet(*family, kEntries[index].row.set);
+                const auto* set = SetIn(*family, kEntries[index].row);
                 if (set != nullptr) {
                     bindings_[index] = {family, set, &catalogue};
                 }
@@ -126,13 +132,23 @@ const Binding& BindingOf(Decoding decoding) {
 }  // namespace facade
 
 std::span<const DecodingInfo> Decodings() noexcept {
-    return facade::kInfos;
+    static const auto infos = [] {
+        std::array<DecodingInfo, facade::kEntries.size()> made{};
+        std::transform(facade::kEntries.begin(), facade::kEntries.end(), made.begin(),
+                       [](const facade::Entry& entry) {
+                           DecodingInfo info = entry.info;
+                           info.described = facade::IsDescribed(entry.row);
+                           return info;
+                       });
+        return made;
+    }();
+    return infos;
 }
 
 std::optional<Decoding> FindDecoding(std::string_view name) noexcept {
-    for (const DecodingInfo& info : facade::kInfos) {
-        if (info.name == name) {
-            return info.decoding;
+    for (const facade::Entry& entry : facade::kEntries) {
+        if (entry.info.name == name) {
+            return entry.info.decoding;
         }
     }
     return std::nullopt;

@@ -16,7 +16,9 @@ namespace quorvane::facade {
 struct DecodingRow {
     /// As it stands in the texts; not always that of the entry point.
     std::string_view textName;
-    /// The message set, a union of that name in its family's catalogue.
+    /// The family that describes its messages.
+    std::string_view family;
+    /// The message set, a union of that name in the family's catalogue.
     std::string_view set;
     /// What the decoder is given as the message's length in bits; 0: the caller's length.
     std::int32_t fixedBits;

@@ -1,12 +1,28 @@
 #include <algorithm>
-#include <array>
 
 #include "families/family.h"
 
 namespace quorvane::families {
 
 std::span<const Family* const> AllFamilies() {
-    static constexpr std::array<const Family*, 3> kFamilies{&kEpsFamily, &kEpcFamily, &kL3Family};
+#define QUORVANE_FAMILY(variable, ...) &(variable),
+#define QUORVANE_LEFT_OUT_FAMILY(...)
+    static constexpr const Family* kFamilies[] = {
+#include "families/family_list.def"
+    };
+#undef QUORVANE_FAMILY
+#undef QUORVANE_LEFT_OUT_FAMILY
+    return kFamilies;
+}
+
+std::span<const FamilyInfo> KnownFamilies() {
+#define QUORVANE_FAMILY(variable, name, title, ...) {name, title, &(variable)},
+#define QUORVANE_LEFT_OUT_FAMILY(name, title, ...) {name, title, nullptr},
+    static constexpr FamilyInfo kFamilies[] = {
+#include "families/family_list.def"
+    };
+#undef QUORVANE_FAMILY
+#undef QUORVANE_LEFT_OUT_FAMILY
     return kFamilies;
 }
 

@@ -18,7 +18,7 @@ using reference::Reading;
 /// A family's structures, by name.
 class Elements {
   public:
-    explicit Elements(const std::string& source) : grammar_(SourceText(source)) {
+    explicit Elements(const std::string& family) : grammar_(test::CsnTextOf(family)) {
         EXPECT_EQ(grammar_.Errors(), "");
     }
 
@@ -72,12 +72,12 @@ std::string Bits(const std::vector<int>& octets) {
 
 class EpsElements : public testing::Test {
   protected:
-    Elements elements{"src/families/eps/eps.csn1"};
+    Elements elements{"eps"};
 };
 
 class L3Elements : public testing::Test {
   protected:
-    Elements elements{"src/families/l3/l3.csn1"};
+    Elements elements{"l3"};
 };
 
 // ---- TS 24.301, 9.9.3.34 and 9.9.3.36 ----------------------------------------------------------

@@ -83,7 +83,7 @@ constexpr std::array<csn::CsnStructure, 1> kCsnStructures = {{
 }
 
 TEST(CsnEmitter, DependsOnTheDescriptionAlone) {
-    const std::string text = SourceText("src/families/l3/l3.csn1");
+    const std::string text = test::CsnTextOf("l3");
     const std::string once = Emitted("here/l3.csn1", text);
     EXPECT_EQ(Emitted("/some/where/else/l3.csn1", text), once);
     EXPECT_NE(once.find("MsRadioAccessCpblty"), std::string::npos);

@@ -2,11 +2,10 @@
 
 // Types as text, one line a member, for comparing them with lists.
 
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "compiler/model.h"
+#include "support/family_files.h"
 
 namespace quorvane::compiler {
 
@@ -39,12 +38,6 @@ inline std::string MembersText(const TypeModel& type, const std::string& indent 
     return text;
 }
 
-/// A file of the source tree; QUORVANE_SOURCE_DIR is its root.
-inline std::string SourceText(const std::string& path) {
-    std::ifstream file(std::string(QUORVANE_SOURCE_DIR) + "/" + path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
+using test::SourceText;
 
 }  // namespace quorvane::compiler

@@ -23,7 +23,7 @@ class WorkedStructure : public testing::Test {
   protected:
     void SetUp() override { ASSERT_EQ(grammar.Errors(), ""); }
 
-    Grammar grammar{SourceText("src/families/eps/eps.csn1")};
+    Grammar grammar{test::CsnTextOf("eps")};
 };
 
 TEST_F(WorkedStructure, CompilesToItsInstructions) {

@@ -286,7 +286,9 @@ TEST_F(ToolTest, CatalogueFormsHaveTheirLines) {
 TEST_F(ToolTest, CatalogueOfAFamilyWithoutDescriptionSaysSo) {
     const Outcome outcome = Run("catalogue rlcmac");
     EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.errors, "quorvane: the family rlcmac is not described yet\n");
+    EXPECT_EQ(outcome.errors,
+              "quorvane: the family rlcmac, GPRS RLC/MAC control messages, TS 44.060, is not "
+              "described in this build\n");
 }
 
 TEST_F(ToolTest, DisassembleListsRulesAndFieldsByName) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -73,6 +74,34 @@ TEST(Decodings, OfOneFamilyShareItsCatalogue) {
     EXPECT_EQ(uplink.catalogue, session.catalogue);
     EXPECT_NE(uplink.catalogue, testMode.catalogue);
     EXPECT_NE(uplink.set, session.set);
+}
+
+TEST(Decodings, NameFamiliesThatAreKnown) {
+    const auto known = families::KnownFamilies();
+    for (const DecodingInfo& info : Decodings()) {
+        const std::string_view name = facade::RowOf(info.decoding).family;
+        EXPECT_EQ(std::count_if(known.begin(), known.end(),
+                                [&](const auto& family) { return family.name == name; }),
+                  1)
+            << info.name;
+    }
+}
+
+TEST(Decodings, SayWhichAreDescribed) {
+    for (const DecodingInfo& info : Decodings()) {
+        const facade::Binding& binding = facade::BindingOf(info.decoding);
+        EXPECT_EQ(info.described, binding.set != nullptr) << info.name;
+        EXPECT_EQ(info.described, binding.family != nullptr) << info.name;
+    }
+    for (const families::FamilyInfo& family : families::KnownFamilies()) {
+        EXPECT_EQ(family.tables != nullptr,
+                  std::any_of(Decodings().begin(), Decodings().end(),
+                              [&](const auto& info) {
+                                  return info.described &&
+                                         facade::RowOf(info.decoding).family == family.name;
+                              }))
+            << family.name;
+    }
 }
 
 TEST(Decodings, AreBoundToTheSetsOfTheirNames) {

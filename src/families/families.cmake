@@ -1,0 +1,20 @@
+# The message families, one entry each. Whatever knows families by name is made of this list: the
+# tables that the library is built from, the names that the tool takes and shows, what tests and
+# fuzz targets run over, the columns of the benchmarks.
+#
+# quorvane_family(<name> TITLE <text> [DESCRIPTIONS <file>...])
+#
+# Descriptions stand in src/families/<name>/, those with a folder in their names below src/families/
+# ("common/elements.qd"). They are compiled in the order given: a type stands before its users. Source
+# files in src/families/<name>/ and src/families/common/ are built too. A family without
+# descriptions is known by name and title and has no messages yet.
+
+quorvane_family(
+    eps TITLE "EPS mobility and session management, TS 24.301"
+    DESCRIPTIONS eps.qd eps.csn1 esm.qd emm.qd sets.qd)
+quorvane_family(epc TITLE "UE test mode, TS 36.509" DESCRIPTIONS epc.qd)
+quorvane_family(
+    l3 TITLE "core-network layer 3, TS 24.008"
+    DESCRIPTIONS l3.qd common.qd mm.qd bearer.qd cc_elements.qd cc.qd gmm.qd sm.qd sets.qd l3.csn1)
+quorvane_family(rr TITLE "GSM radio resource management, TS 44.018")
+quorvane_family(rlcmac TITLE "GPRS RLC/MAC control messages, TS 44.060")
