@@ -1,27 +1,54 @@
-# The shared library shows the public interface and nothing else.
+# The shared library shows what stands in the public headers, all of it and nothing else. PROGRAM
+# is linked with it and uses every public declaration: what it leaves open is the public interface.
 #
-# cmake -DLIBRARY=... -DNM=... -P exports.cmake
+# cmake -DLIBRARY=... -DPROGRAM=... -DHEADERS=<folder> -DNM=... -P exports.cmake
 
-execute_process(COMMAND ${NM} --dynamic --defined-only --demangle ${LIBRARY} OUTPUT_VARIABLE output
-                COMMAND_ERROR_IS_FATAL ANY)
-string(REPLACE "\n" ";" lines "${output}")
-set(plain 0)
-set(members 0)
-foreach(line IN LISTS lines)
-    if(NOT line MATCHES "^[0-9a-f]+ [A-Za-z] (.+)$")
-        continue()
-    endif()
-    set(symbol "${CMAKE_MATCH_1}")
-    if(symbol MATCHES "^quorvaneDecode[A-Za-z0-9_]+$")
-        math(EXPR plain "${plain} + 1")
-    elseif(symbol MATCHES "^CQuorvaneEngine::Decode")
-        math(EXPR members "${members} + 1")
-    elseif(NOT symbol MATCHES "^(CQuorvaneEngine::|CString::)"
-           AND NOT symbol MATCHES "^(vtable|typeinfo|typeinfo name) for CQuorvaneEngine$"
-           AND NOT symbol MATCHES "^quorvane::(Decode|DecodeInto|Decodings|FindDecoding|Version)\\(")
-        message(SEND_ERROR "exported, but not public: ${symbol}")
+cmake_minimum_required(VERSION 3.25)
+
+# The names of the system that `nm` tells of, in <variable>.
+function(symbols variable)
+    execute_process(COMMAND ${NM} --dynamic --demangle ${ARGN} OUTPUT_VARIABLE output
+                    COMMAND_ERROR_IS_FATAL ANY)
+    string(REPLACE "\n" ";" lines "${output}")
+    set(found)
+    foreach(line IN LISTS lines)
+        if(line MATCHES "^[0-9a-f ]+ [A-Za-z] (.+)$")
+            list(APPEND found "${CMAKE_MATCH_1}")
+        endif()
+    endforeach()
+    list(REMOVE_DUPLICATES found)
+    set(${variable} "${found}" PARENT_SCOPE)
+endfunction()
+
+symbols(exported --defined-only ${LIBRARY})
+symbols(used --undefined-only ${PROGRAM})
+foreach(symbol IN LISTS exported)
+    # The tables of a class with virtual functions come with it.
+    if(NOT symbol IN_LIST used
+       AND NOT symbol MATCHES "^(vtable|typeinfo|typeinfo name) for CQuorvaneEngine$")
+        message(SEND_ERROR "exported, but not public or used by no program: ${symbol}")
     endif()
 endforeach()
-if(NOT plain EQUAL 17 OR NOT members EQUAL 17)
-    message(SEND_ERROR "exported ${plain} plain functions and ${members} members, not 17 each")
+
+# Functions and members that are not defined in the headers themselves.
+file(GLOB headers ${HEADERS}/*.h)
+set(count 0)
+foreach(header IN LISTS headers)
+    file(READ ${header} text)
+    string(REGEX REPLACE "//[^\n]*" "" text "${text}")
+    string(REGEX REPLACE "[)] *(const)? *(noexcept)? *{[^{}]*}" "" text "${text}")
+    string(REGEX MATCHALL "[A-Za-z_0-9]+( *[+]?=)?\\([^;{}()]*\\)( const)?( noexcept)?;" declarations
+                          "${text}")
+    list(REMOVE_ITEM declarations "")
+    foreach(declaration IN LISTS declarations)
+        string(REGEX REPLACE "[(].*" "" name "${declaration}")
+        math(EXPR count "${count} + 1")
+        string(FIND ";${exported};" "::${name}(" member)
+        if(member EQUAL -1 AND NOT name IN_LIST exported)
+            message(SEND_ERROR "public, but not exported: ${name} of ${header}")
+        endif()
+    endforeach()
+endforeach()
+if(count LESS 50)
+    message(SEND_ERROR "only ${count} public declarations were found")
 endif()

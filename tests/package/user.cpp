@@ -1,26 +1,147 @@
-// Uses both public headers. Exits with 0 if the answers are right.
+// A program of a user: uses every declaration of the public headers, and exits with 0 if the
+// answers are right. Built against each form of the library.
 
+#include <algorithm>
+#include <cstdarg>
 #include <cstdint>
-#include <cstring>
+#include <cwchar>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <string>
 #include <vector>
 
+#include <quorvane/cstring.h>
 #include <quorvane/decode.h>
 #include <quorvane/engine.h>
+#include <quorvane/export.h>
 #include <quorvane/version.h>
 
+namespace {
+
+class Engine : public CQuorvaneEngine {
+  public:
+    using CQuorvaneEngine::GetErrorMsg;
+};
+
+using Plain = int (*)(const std::uint8_t*, std::int32_t, CString&);
+using Member = int (CQuorvaneEngine::*)(const std::uint8_t*, std::int32_t, CString&);
+
+struct Function {
+    Plain plain;
+    Member member;
+};
+
+#define FUNCTION(name) \
+    { quorvaneDecode##name, &CQuorvaneEngine::Decode##name }
+
+// In the order of the decodings.
+constexpr Function kFunctions[] = {
+    FUNCTION(RRDownlink),
+    FUNCTION(RRUplink),
+    FUNCTION(ChannelRequest),
+    FUNCTION(RRPLENDownlink),
+    FUNCTION(RRSPD),
+    FUNCTION(L3Downlink),
+    FUNCTION(L3Uplink),
+    FUNCTION(RLC_MACDownlink),
+    FUNCTION(RLC_MACUplink),
+    FUNCTION(EPS_MMDownlink),
+    FUNCTION(EPS_MMUplink),
+    FUNCTION(EPS_SMDownlink),
+    FUNCTION(EPS_SMUplink),
+    FUNCTION(EPC_SS2UE),
+    FUNCTION(EPC_UE2SS),
+    FUNCTION(Packet_Control_Acknowledgement_8),
+    FUNCTION(Packet_Control_Acknowledgement_11),
+};
+
+bool Equal(const CString& wide, const std::string& text) {
+    return wide == std::wstring(text.begin(), text.end()).c_str() &&
+           wide.GetLength() == static_cast<int>(text.size());
+}
+
+// All entry points give the same answer to DEACTIVATE TEST MODE COMPLETE, TS 36.509.
+bool AnswersAgree() {
+    const std::vector<std::uint8_t> octets = {0x0F, 0x87};
+    std::vector<std::uint8_t> padded(octets.size() + quorvane::kReadAhead);
+    std::copy(octets.begin(), octets.end(), padded.begin());
+    const auto length = static_cast<std::int32_t>(octets.size());
+    Engine first;
+    Engine engine(first);
+    engine = first;
+    const std::span<const quorvane::DecodingInfo> decodings = quorvane::Decodings();
+    bool agree = decodings.size() == std::size(kFunctions);
+    for (std::size_t index = 0; agree && index < decodings.size(); ++index) {
+        const quorvane::Decoding decoding = decodings[index].decoding;
+        const quorvane::Result result = quorvane::Decode(decoding, octets);
+        const quorvane::PaddedMessage message(padded.data(), length, padded.size());
+        const quorvane::Result same = quorvane::Decode(decoding, message);
+        std::string text;
+        std::string diagnostics;
+        agree = same.found == result.found && same.text == result.text &&
+                same.diagnostics == result.diagnostics &&
+                quorvane::DecodeInto(decoding, octets, text, diagnostics) == result.found &&
+                text == result.text && diagnostics == result.diagnostics &&
+                quorvane::DecodeInto(decoding, message, text, diagnostics) == result.found &&
+                text == result.text && diagnostics == result.diagnostics;
+        CString wide;
+        const int found = result.found ? 1 : 0;
+        agree = agree && kFunctions[index].plain(padded.data(), length, wide) == found &&
+                Equal(wide, result.text) &&
+                (engine.*kFunctions[index].member)(padded.data(), length, wide) == found &&
+                Equal(wide, result.text);
+    }
+    return agree;
+}
+
+bool AnswerIsRight() {
+    const std::optional<quorvane::Decoding> decoding = quorvane::FindDecoding("EPC_UE2SS");
+    if (!decoding) {
+        return false;
+    }
+    const std::uint8_t octets[] = {0x0F, 0x87};
+    const bool described = quorvane::Decodings()[static_cast<std::size_t>(*decoding)].described;
+    const quorvane::Result result = quorvane::Decode(*decoding, octets);
+    return result.found == described &&
+           result.text == (described ? "Decoded using \"EPC_UE2SS\".\n"
+                                       "MESSAGE: DEACTIVATE_TEST_MODE_COMPLETE\n{\n}\n"
+                                     : "Failed to decode \"EPC_UE2SS\" message");
+}
+
+void AppendArguments(CString& text, const wchar_t* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    text.AppendFormatV(format, arguments);
+    va_end(arguments);
+}
+
+bool StringsWork() {
+    CString text(L"0");
+    text.Format(L"%d", 1);
+    text.AppendFormat(L"%s", L"2");
+    AppendArguments(text, L"%x", 3U);
+    text += CString(L"4");
+    text += L"5";
+    text += "6";
+    text += L'7';
+    const wchar_t* const view = text;
+    bool right = text == L"1234567" && text == CString(view) && text.GetAt(1) == L'2' &&
+                 text.GetString()[0] == L'1' && !text.IsEmpty() && text.GetLength() == 7;
+    text.GetBufferSetLength(2)[1] = L'x';
+    right = right && text == L"1x";
+    text.Empty();
+    Engine().GetErrorMsg(text, -1);
+    return right && text.GetString() == std::wcsstr(text.GetString(), L"Decoder reported");
+}
+
+}  // namespace
+
 int main() {
-    // DEACTIVATE TEST MODE COMPLETE, TS 36.509.
-    std::vector<std::uint8_t> octets = {0x0F, 0x87};
-    const quorvane::Result result = quorvane::Decode(quorvane::Decoding::EPC_UE2SS, octets);
-
-    octets.resize(octets.size() + quorvane::kReadAhead);
-    CString text;
-    const int value = quorvaneDecodeEPC_UE2SS(octets.data(), 2, text);
-
-    const std::string expected =
-        "Decoded using \"EPC_UE2SS\".\nMESSAGE: DEACTIVATE_TEST_MODE_COMPLETE\n{\n}\n";
-    const bool right = result.found && result.text == expected && value == 1 &&
-                       text.GetLength() == static_cast<int>(expected.size()) &&
-                       std::strcmp(quorvane::Version(), "1.0.0") == 0;
+    const std::string version = std::to_string(QUORVANE_VERSION_MAJOR) + "." +
+                                std::to_string(QUORVANE_VERSION_MINOR) + "." +
+                                std::to_string(QUORVANE_VERSION_PATCH);
+    const bool right =
+        AnswersAgree() && AnswerIsRight() && StringsWork() && quorvane::Version() == version;
     return right ? 0 : 1;
 }
