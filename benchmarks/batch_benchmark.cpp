@@ -9,6 +9,7 @@
 
 #include "message_set.h"
 #include "quorvane/decode.h"
+#include "tools/hex.h"
 
 namespace quorvane::benchmarks {
 namespace {
@@ -28,11 +29,7 @@ class BatchFile {
         for (std::size_t line = 0; all != nullptr && line < kLines; ++line) {
             const test::GoldenFile& message = all->messages[line % all->messages.size()];
             out << Decodings()[static_cast<std::size_t>(message.decoding)].name << ' '
-                << message.length << ' ';
-            for (const std::uint8_t octet : message.octets) {
-                out << "0123456789ABCDEF"[octet >> 4] << "0123456789ABCDEF"[octet & 15];
-            }
-            out << (message.octets.empty() ? "00\n" : "\n");
+                << message.length << ' ' << tool::ToHex(message.octets, "") << '\n';
         }
     }
     BatchFile(const BatchFile&) = delete;

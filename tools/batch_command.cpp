@@ -14,6 +14,7 @@
 #include "tools/hex.h"
 #include "tools/json_lines.h"
 #include "tools/line_reader.h"
+#include "tools/utf8.h"
 
 namespace quorvane::tool {
 namespace {
@@ -52,10 +53,9 @@ class Progress {
 class File {
   public:
     explicit File(const std::string& name)
-        : descriptor_(name.empty() || name == "-" ? STDIN_FILENO
-                                                  : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
+        : descriptor_(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
         if (descriptor_ < 0) {
-            throw UsageError("cannot open " + name + ": " + std::strerror(errno));
+            throw UsageError("cannot open '" + name + "'" + ": " + std::strerror(errno));
         }
     }
     File(const File&) = delete;
@@ -136,11 +136,12 @@ class BatchRun {
 
   private:
     static constexpr std::size_t kMostHeld = std::size_t{64} << 10;
+    static constexpr const char* kForm = "expected FUNCTION LENGTH HEX";
 
     void Answer(std::string_view line) {
         const Request request = Split(line);
-        if (request.hex.empty()) {
-            return Refuse("expected FUNCTION LENGTH HEX");
+        if (request.length.empty()) {
+            return Refuse(kForm);
         }
         const std::optional<Decoding> decoding = FindDecoding(request.function);
         if (!decoding) {
@@ -153,6 +154,9 @@ class BatchRun {
             return Refuse("LENGTH, '" + std::string(request.length) +
                           "' is not a whole number of 32 bits");
         }
+        if (request.hex.empty() && length > 0) {
+            return Refuse(kForm);
+        }
         if (const std::string problem = ParseHex(request.hex, octets_); !problem.empty()) {
             return Refuse("HEX, " + problem);
         }
@@ -163,6 +167,9 @@ class BatchRun {
         json_.Add("length", length);
         json_.Add("hex", request.hex);
         json_.Add("ret", found ? 1 : 0);
+        if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
+            json_.AddFlag("described", false);
+        }
         json_.Add("text", text_);
         json_.AddLines("diagnostics", diagnostics_);
         json_.End();
@@ -172,7 +179,7 @@ class BatchRun {
         good_ = false;
         json_.Begin();
         json_.Add("line", lineNumber_);
-        json_.Add("error", problem);
+        json_.Add("error", WithoutInvalidUtf8(problem));  // it may quote the line
         json_.End();
     }
 

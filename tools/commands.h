@@ -16,6 +16,7 @@ enum ExitStatus : int {
     kDone = 0,
     kNotFound = 1,  // decode: no message; batch: a bad line
     kWrongUse = 2,
+    kNotDescribed = 3,  // decode: this build does not describe the function's messages
 };
 
 /// What is wrong and where, in words for the user.
@@ -24,14 +25,17 @@ class UsageError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What to say of a function whose messages this build does not describe.
+std::string NotDescribed(std::string_view function);
+
 /// Prints the decodings and what each is for.
 int List();
 
 /// Prints the text of one message, whose octets the arguments `hex` hold.
 int Decode(const std::string& function, const std::vector<std::string>& hex);
 
-/// Turns the lines "FUNCTION LENGTH HEX" of the file (of standard input if the name is empty or
-/// "-") into JSON objects, one a line.
+/// Turns the lines "FUNCTION LENGTH HEX" of the file, of standard input if its name is "-", into
+/// JSON objects, one a line.
 int Batch(const std::string& file);
 
 enum class CatalogueForm { kDefinitions, kCensus, kElements, kEnumerations };

@@ -9,6 +9,10 @@
 
 namespace quorvane::tool {
 
+std::string NotDescribed(std::string_view function) {
+    return "the messages of " + std::string(function) + " are not described in this build";
+}
+
 int List() {
     std::size_t widest = 0;
     for (const DecodingInfo& info : Decodings()) {
@@ -19,6 +23,7 @@ int List() {
         text += info.name;
         text.append(widest + 2 - info.name.size(), ' ');
         text += info.purpose;
+        text += info.described ? "" : "; not described in this build";
         text += '\n';
     }
     Print(text);
@@ -42,6 +47,10 @@ int Decode(const std::string& function, const std::vector<std::string>& hex) {
     const Result result = quorvane::Decode(*decoding, octets);
     std::fwrite(result.diagnostics.data(), 1, result.diagnostics.size(), stderr);
     Print(result.text);
+    if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
+        std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
+        return kNotDescribed;
+    }
     return result.found ? kDone : kNotFound;
 }
 

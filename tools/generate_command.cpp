@@ -28,7 +28,7 @@ int Generate(const GenerateOptions& options) {
     }
     const facade::Binding& binding = facade::BindingOf(*decoding);
     if (binding.set == nullptr) {
-        throw UsageError("the messages of " + options.function + " are not described yet");
+        throw UsageError(NotDescribed(options.function));
     }
     std::uint32_t tag = 0;
     if (!options.message.empty()) {
@@ -44,6 +44,7 @@ int Generate(const GenerateOptions& options) {
         const auto message =
             tag == 0 ? generator.Generate(*binding.set) : generator.Generate(*binding.set, tag);
         if (!message) {
+            Print(lines);
             throw UsageError("no message came of the draw " + std::to_string(count + 1) +
                              "; try another seed");
         }

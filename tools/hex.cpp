@@ -8,14 +8,13 @@ namespace {
 
 constexpr std::uint8_t kNoDigit = 0xFF;
 
-constexpr std::string_view kCharacters = "0123456789ABCDEF";
-
 constexpr std::array<std::uint8_t, 256> kDigits = [] {
     std::array<std::uint8_t, 256> digits{};
     digits.fill(kNoDigit);
     for (std::uint8_t digit = 0; digit < 16; ++digit) {
-        digits[static_cast<unsigned char>(kCharacters[digit])] = digit;
-        digits[static_cast<unsigned char>("0123456789abcdef"[digit])] = digit;
+        const auto capital = static_cast<unsigned char>(kHexDigits[digit]);
+        digits[capital] = digit;
+        digits[capital | 0x20U] = digit;  // the small letter
     }
     return digits;
 }();
@@ -85,8 +84,8 @@ std::string ToHex(std::span<const std::uint8_t> octets, std::string_view separat
         if (!text.empty()) {
             text += separator;
         }
-        text += kCharacters[octet >> 4];
-        text += kCharacters[octet & 15U];
+        text += kHexDigits[octet >> 4];
+        text += kHexDigits[octet & 15U];
     }
     return text;
 }

@@ -10,6 +10,8 @@
 
 namespace quorvane::tool {
 
+inline constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+
 /// Replaces `octets` by those that `text` holds: groups of two digits each octet, apart by any
 /// number of blanks, tabs and colons, each group perhaps with 0x in front. Returns what is wrong
 /// and at which character (from 1), or nothing.

@@ -6,6 +6,8 @@
 #include <charconv>
 #include <cstring>
 
+#include "tools/hex.h"
+
 namespace quorvane::tool {
 namespace {
 
@@ -45,8 +47,8 @@ char* PutCharacter(char* at, char character) {
         *at++ = kLetters[value];
     } else if (value < 0x20) {
         at = std::copy_n("\\u00", 4, at);
-        *at++ = "0123456789ABCDEF"[value >> 4];
-        *at++ = "0123456789ABCDEF"[value & 15];
+        *at++ = kHexDigits[value >> 4];
+        *at++ = kHexDigits[value & 15];
     } else {
         *at++ = character;
     }
@@ -74,6 +76,11 @@ void JsonLines::Add(std::string_view key, std::int64_t number) {
     char digits[20];
     const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     Put({digits, static_cast<std::size_t>(end - digits)});
+}
+
+void JsonLines::AddFlag(std::string_view key, bool flag) {
+    AddKey(key);
+    Put(flag ? "true" : "false");
 }
 
 void JsonLines::AddLines(std::string_view key, std::string_view text) {

@@ -20,6 +20,7 @@ class JsonLines {
     /// Adds a member. `key` needs no escaping.
     void Add(std::string_view key, std::string_view text);
     void Add(std::string_view key, std::int64_t number);
+    void AddFlag(std::string_view key, bool flag);
     /// Adds an array of the lines of `text`, each of which ends in a line feed.
     void AddLines(std::string_view key, std::string_view text);
 

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 
 #include "quorvane/version.h"
 #include "tools/commands.h"
@@ -11,6 +12,8 @@
 
 namespace quorvane::tool {
 namespace {
+
+const std::string kCannotWrite = "cannot write to standard output: ";
 
 int Run(int argc, char** argv) {
     CLI::App app("Decodes cellular signalling messages into text.", "quorvane");
@@ -22,17 +25,23 @@ int Run(int argc, char** argv) {
     std::string function;
     std::vector<std::string> hex;
     CLI::App* decode =
-        app.add_subcommand("decode", "Decode one message. Exit status 1 if the octets start none");
+        app.add_subcommand("decode",
+                           "Decode one message. Exit status 1 if the octets start none, 3 if this "
+                           "build does not describe the function's messages");
     decode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
     decode->add_option("HEX", hex, "The octets; blanks, colons and 0x may stand between")
         ->required();
 
-    std::string file;
+    std::string file = "-";
     CLI::App* batch = app.add_subcommand(
         "batch",
         "Decode lines \"FUNCTION LENGTH HEX\" to JSON objects, one a line. LENGTH is the message's "
-        "length in octets, HEX the readable buffer. Exit status 1 if a line was bad");
-    batch->add_option("FILE", file, "Standard input if it is left out");
+        "length in octets, HEX the readable buffer, which may be left out if LENGTH is 0. Answers "
+        "of "
+        "functions whose messages this build does not describe have \"described\":false. Exit "
+        "status "
+        "1 if a line was bad");
+    batch->add_option("FILE", file, "Standard input if it is left out or -");
 
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
@@ -60,14 +69,22 @@ int Run(int argc, char** argv) {
         "generate", "Print lines for \"batch\" of valid messages, drawn at random");
     generator->add_option("FUNCTION", generate.function, "A name that \"quorvane list\" shows")
         ->required();
-    generator->add_option("COUNT", generate.count, "How many messages")->required();
+    // In floating point, where a negative or larger number does not wrap around.
+    constexpr double kMostMessages = 1e15;
+    generator->add_option("COUNT", generate.count, "How many messages")
+        ->required()
+        ->check(CLI::Range(0.0, kMostMessages));
     generator->add_option("--seed", generate.seed, "The same seed gives the same messages");
     generator->add_option("--message", generate.message, "Of this type alone");
 
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kDone : kWrongUse;
+        const int status = app.exit(error);
+        if (!std::cout.flush()) {
+            throw UsageError(kCannotWrite + std::strerror(errno));
+        }
+        return status == 0 ? kDone : kWrongUse;
     }
     if (list->parsed()) {
         return List();
@@ -99,7 +116,7 @@ void Print(std::string_view text) {
     }
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
         std::fflush(stdout) != 0) {
-        throw UsageError(std::string("cannot write to standard output: ") + std::strerror(errno));
+        throw UsageError(kCannotWrite + std::strerror(errno));
     }
 }
 

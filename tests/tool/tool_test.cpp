@@ -13,6 +13,7 @@
 
 #include "quorvane/decode.h"
 #include "support/golden_file.h"
+#include "tools/hex.h"
 
 namespace quorvane {
 namespace {
@@ -75,7 +76,8 @@ TEST_F(ToolTest, ListShowsEachDecodingOnALine) {
     for (const DecodingInfo& info : Decodings()) {
         ASSERT_TRUE(std::getline(in, line));
         EXPECT_EQ(line.substr(0, line.find(' ')), info.name);
-        EXPECT_TRUE(line.ends_with(info.purpose)) << line;
+        const std::string state = info.described ? "" : "; not described in this build";
+        EXPECT_TRUE(line.ends_with(std::string(info.purpose) + state)) << line;
     }
     EXPECT_FALSE(std::getline(in, line));
 }
@@ -103,6 +105,20 @@ TEST_F(ToolTest, DecodeOfAnUnknownMessageExitsWith1) {
     EXPECT_EQ(outcome.output, "Failed to decode \"EPC_UE2SS\" message");
 }
 
+TEST_F(ToolTest, DecodeTellsWhatIsNotDescribedFromUnknownMessages) {
+    for (const DecodingInfo& info : Decodings()) {
+        if (info.described) {
+            continue;
+        }
+        const std::string name(info.name);
+        const Outcome outcome = Run("decode " + name + " FF FF");
+        EXPECT_EQ(outcome.status, 3) << name;
+        EXPECT_TRUE(outcome.output.starts_with("Failed to decode \"")) << outcome.output;
+        EXPECT_EQ(outcome.errors,
+                  "quorvane: the messages of " + name + " are not described in this build\n");
+    }
+}
+
 TEST_F(ToolTest, DecodeWritesDiagnosticsToStandardError) {
     const Outcome outcome = Run("decode EPC_SS2UE 0F84");
     EXPECT_EQ(outcome.status, 0);
@@ -123,7 +139,8 @@ TEST_F(ToolTest, WrongUseExitsWith2AndSaysWhatAndWhere) {
         {"catalogue nope",
          "quorvane: unknown family 'nope'; the families are eps, epc, l3, rr and rlcmac\n"},
         {"batch /nonexistent/file",
-         "quorvane: cannot open /nonexistent/file: No such file or directory\n"},
+         "quorvane: cannot open '/nonexistent/file': No such file or directory\n"},
+        {"batch ''", "quorvane: cannot open '': No such file or directory\n"},
     };
     for (const auto& [arguments, message] : uses) {
         const Outcome outcome = Run(arguments);
@@ -136,7 +153,8 @@ TEST_F(ToolTest, WrongUseExitsWith2AndSaysWhatAndWhere) {
 TEST_F(ToolTest, WrongArgumentsExitWith2) {
     for (const char* arguments :
          {"", "nonsense", "decode", "decode EPS_SMUplink", "catalogue", "catalogue eps --nonsense",
-          "catalogue eps --census --elements", "batch a b", "list more"}) {
+          "catalogue eps --census --elements", "batch a b", "list more", "generate EPC_UE2SS -1",
+          "generate EPC_UE2SS 18446744073709551616"}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 2) << arguments;
         EXPECT_NE(outcome.errors, "") << arguments;
@@ -147,6 +165,13 @@ TEST_F(ToolTest, HelpAndVersionExitWith0) {
     EXPECT_EQ(Run("--help").status, 0);
     EXPECT_EQ(Run("decode --help").status, 0);
     EXPECT_EQ(Run("--version").output, "1.0.0\n");
+}
+
+TEST_F(ToolTest, OutputThatIsLostExitsWith2) {
+    for (const char* command : {"--version", "--help", "list"}) {
+        EXPECT_EQ(Run(std::string(command) + " >/dev/full 2>/dev/null; exit $?; true").status, 2)
+            << command;
+    }
 }
 
 TEST_F(ToolTest, BatchAnswersEachLineInOrder) {
@@ -215,6 +240,62 @@ TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
     EXPECT_EQ(lines[6]["ret"].GetInt(), 1);
 }
 
+TEST_F(ToolTest, BatchMarksWhatIsNotDescribed) {
+    std::string input;
+    for (const DecodingInfo& info : Decodings()) {
+        input += std::string(info.name) + " 2 FFFF\n";
+    }
+    const Outcome outcome = Run("batch", input);
+    EXPECT_EQ(outcome.status, 0);
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), Decodings().size());
+    for (std::size_t index = 0; index < lines.size(); ++index) {
+        const DecodingInfo& info = Decodings()[index];
+        EXPECT_EQ(lines[index]["ret"].GetInt(), 0) << info.name;
+        EXPECT_EQ(lines[index].HasMember("described"), !info.described) << info.name;
+        EXPECT_EQ(lines[index].MemberCount(), info.described ? 6U : 7U) << info.name;
+        if (!info.described) {
+            EXPECT_FALSE(lines[index]["described"].GetBool()) << info.name;
+        }
+    }
+}
+
+TEST_F(ToolTest, BatchTakesMessagesOfNoOctets) {
+    const Outcome outcome = Run("batch", "EPC_UE2SS 0 \nEPC_UE2SS 0\r\nEPC_UE2SS -2\n");
+    EXPECT_EQ(outcome.status, 0);
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), 3U);
+    for (const auto& line : lines) {
+        EXPECT_STREQ(line["hex"].GetString(), "");
+        EXPECT_EQ(line["ret"].GetInt(), 0);
+    }
+    EXPECT_EQ(Run("batch", "EPC_UE2SS\n").status, 1);
+}
+
+TEST_F(ToolTest, BatchWritesNothingButUtf8) {
+    const Outcome outcome = Run("batch",
+                                "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA1 0 00\n"
+                                "\xFF\xC3 0 00\n"
+                                "EPC_UE2SS \xE4 00\n"
+                                "\xC0\x80\xED\xA0\x80\xF4\x90\x80\x80 0 00\n"
+                                "EPC_UE2SS 1 \xE4\n");
+    EXPECT_EQ(outcome.status, 1);
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), 5U);
+    const std::string mark = "\xEF\xBF\xBD";  // U+FFFD
+    const std::string nine = mark + mark + mark + mark + mark + mark + mark + mark + mark;
+    const std::string errors[] = {
+        "unknown function '\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA1'",
+        "unknown function '" + mark + mark + "'",
+        "LENGTH, '" + mark + "' is not a whole number of 32 bits",
+        "unknown function '" + nine + "'",
+        "HEX, character 1: an unprintable character is not a hexadecimal digit",
+    };
+    for (std::size_t index = 0; index < lines.size(); ++index) {
+        EXPECT_EQ(lines[index]["error"].GetString(), errors[index]);
+    }
+}
+
 TEST_F(ToolTest, BatchReadsBehindTheLengthAndZerosBehindTheBuffer) {
     std::string lines;
     std::vector<std::string> expected;
@@ -226,10 +307,7 @@ TEST_F(ToolTest, BatchReadsBehindTheLengthAndZerosBehindTheBuffer) {
         }
         std::ostringstream line;
         line << Decodings()[static_cast<std::size_t>(golden->decoding)].name << ' '
-             << golden->length << ' ';
-        for (const std::uint8_t octet : golden->octets) {
-            line << "0123456789ABCDEF"[octet >> 4] << "0123456789ABCDEF"[octet & 15];
-        }
+             << golden->length << ' ' << tool::ToHex(golden->octets, "");
         lines += line.str() + "\n";
         const PaddedMessage message(golden->octets.data(), golden->length, golden->octets.size());
         expected.push_back(Decode(golden->decoding, message).text);

@@ -71,14 +71,7 @@ Octets FromHex(std::string_view text) {
 }
 
 std::string ToHex(std::span<const std::uint8_t> octets) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string text;
-    for (const std::uint8_t octet : octets) {
-        text += text.empty() ? "" : " ";
-        text += kDigits[octet >> 4];
-        text += kDigits[octet & 15U];
-    }
-    return text;
+    return tool::ToHex(octets, " ");
 }
 
 std::string Zeros(std::size_t count) {

@@ -9,18 +9,10 @@
 #include "support/entry_points.h"
 #include "support/random_messages.h"
 #include "support/text_form.h"
+#include "tools/hex.h"
 
 namespace quorvane {
 namespace {
-
-std::string Hex(const std::vector<std::uint8_t>& octets) {
-    std::string text;
-    for (const std::uint8_t octet : octets) {
-        text += "0123456789ABCDEF"[octet >> 4];
-        text += "0123456789ABCDEF"[octet & 15];
-    }
-    return text;
-}
 
 TEST(AnyMessage, GivesAWellFormedTextAndTheSameOneAgain) {
     constexpr std::uint32_t kSeed = 7;
@@ -30,7 +22,7 @@ TEST(AnyMessage, GivesAWellFormedTextAndTheSameOneAgain) {
     std::string diagnostics;
     for (int round = 0; round < kMessages; ++round) {
         const auto message = messages.Next();
-        SCOPED_TRACE(Hex(message.octets));
+        SCOPED_TRACE(tool::ToHex(message.octets, " "));
         const facade::DecodingRow& row = facade::RowOf(message.decoding);
         const Result first = Decode(message.decoding, message.octets);
         const bool found = DecodeInto(message.decoding, message.octets, text, diagnostics);
@@ -48,7 +40,7 @@ TEST(AnyMessage, GivesTheSameTextByTheFunctionOfAnyForm) {
     std::string expectedDiagnostics;
     for (int round = 0; round < 3000; ++round) {
         const auto message = messages.Next();
-        SCOPED_TRACE(Hex(message.octets));
+        SCOPED_TRACE(tool::ToHex(message.octets, " "));
         const auto length = static_cast<std::int32_t>(messages.Below(message.octets.size() + 1));
         const Result padded = Decode(
             message.decoding, PaddedMessage(message.octets.data(), length, message.octets.size()));
