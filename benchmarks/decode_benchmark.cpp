@@ -28,8 +28,8 @@ void Report(benchmark::State& state, const MessageSet& set) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(set.messages.size()));
 }
 
-std::int64_t Dispatch(const test::GoldenFile& message, bits::Arena& arena,
-                      iecodec::Diagnostics& diagnostics, iecodec::MessageContainer& container) {
+bits::Outcome Dispatch(const test::GoldenFile& message, bits::Arena& arena,
+                       iecodec::Diagnostics& diagnostics, iecodec::MessageContainer& container) {
     const facade::Binding& binding = facade::BindingOf(message.decoding);
     iecodec::DecodeContext context{
         binding.family->codec,
@@ -67,7 +67,7 @@ void RecordToTree(benchmark::State& state, const MessageSet& set) {
     iecodec::Diagnostics diagnostics;
     std::vector<iecodec::MessageContainer> containers(set.messages.size());
     for (std::size_t index = 0; index < containers.size(); ++index) {
-        Dispatch(set.messages[index], records, diagnostics, containers[index]);
+        static_cast<void>(Dispatch(set.messages[index], records, diagnostics, containers[index]));
     }
     for ([[maybe_unused]] auto iteration : state) {
         for (std::size_t index = 0; index < containers.size(); ++index) {
@@ -84,7 +84,7 @@ void TreeToText(benchmark::State& state, const MessageSet& set) {
     std::vector<const reflect::TEDDataBase*> trees;
     for (const test::GoldenFile& message : set.messages) {
         iecodec::MessageContainer container;
-        Dispatch(message, arena, diagnostics, container);
+        static_cast<void>(Dispatch(message, arena, diagnostics, container));
         trees.push_back(MakeTree(message, container, arena));
     }
     reflect::TextBuffer text;

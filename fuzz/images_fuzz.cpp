@@ -127,8 +127,8 @@ void Run(const Image& image, const csn::VerifierReport& report, Input& input) {
         csn::CsnMachineInit(machine, program, entry.label, reader, first, count);
         machine.ceiling = kCeiling;
         machine.rootTag = (form & 2U) != 0 ? csn::kNoRecords : entry.rootTag;
-        const std::int32_t result = csn::CsnMachineRun(machine, nullptr);
-        if (result >= 0 && machine.rootTag != csn::kNoRecords) {
+        const bits::Outcome result = csn::CsnMachineRun(machine, nullptr);
+        if (!result.Failed() && machine.rootTag != csn::kNoRecords) {
             CheckRecords(machine);
         }
     } else {

@@ -48,8 +48,9 @@ Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& containe
     encoded.result = iecodec::EncodeContainer(context, *set.set, container);
     encoded.fits = !writer.Overflowed();
     encoded.diagnostics = diagnostics.Lines();
-    if (encoded.result >= 0) {
-        const auto octets = std::min(room, static_cast<std::size_t>((encoded.result + 7) / 8));
+    if (!encoded.result.Failed()) {
+        const auto octets =
+            std::min(room, static_cast<std::size_t>((encoded.result.Bits() + 7) / 8));
         encoded.octets.assign(buffer.Data(), buffer.Data() + octets);
     }
     return encoded;

@@ -31,24 +31,24 @@ struct SetOfFamily {
 const std::vector<SetOfFamily>& AllSets();
 
 struct Decoded {
-    std::int64_t result = 0;  // bits, or a negative code
+    bits::Outcome result = 0;
     iecodec::MessageContainer container;
     std::string diagnostics;
 
     /// Whether no fault was found.
-    [[nodiscard]] bool Clean() const { return result >= 0 && diagnostics.empty(); }
+    [[nodiscard]] bool Clean() const { return !result.Failed() && diagnostics.empty(); }
 };
 
 /// Decodes `octets`, zeros behind them. The record lives in `arena`, and only it.
 Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bits::Arena& arena);
 
 struct Encoded {
-    std::int64_t result = 0;  // bits, or a negative code
+    bits::Outcome result = 0;
     bool fits = true;
     std::vector<std::uint8_t> octets;  // whole octets of the result, if it is not a code
     std::string diagnostics;
 
-    [[nodiscard]] bool Clean() const { return result >= 0 && fits && diagnostics.empty(); }
+    [[nodiscard]] bool Clean() const { return !result.Failed() && fits && diagnostics.empty(); }
 };
 
 /// Encodes into a buffer of `room` octets.

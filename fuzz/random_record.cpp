@@ -44,7 +44,7 @@ class Filler {
 
     void FillSequence(const reflect::TypeRow& row, bits::Cell& cell) {
         const auto size = static_cast<std::int32_t>(input_.Below(row.size + std::size_t{1}));
-        Require(bits::SetSize(arena_, cell, size, row.size) == 0, "a size within the bound");
+        Require(!bits::SetSize(arena_, cell, size, row.size).Failed(), "a size within the bound");
         for (std::uint32_t index = 0; index < cell.number; ++index) {
             Fill(row.first, cell.cells[index]);
         }

@@ -78,8 +78,9 @@ bool FieldComesBack(const families::Family& family, const iecodec::FieldRow& fie
     bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(octets.Size()));
     iecodec::Diagnostics diagnostics;
     iecodec::EncodeContext context{tables, writer, diagnostics};
-    const std::int64_t bits = iecodec::EncodeValue(context, row, 0, cell);
-    Require(bits >= 0, "what decodes does not encode");
+    const bits::Outcome result = iecodec::EncodeValue(context, row, 0, cell);
+    Require(!result.Failed(), "what decodes does not encode");
+    const std::int64_t bits = result.Bits();
     if (!Fits(field, bits)) {
         return false;
     }

@@ -114,14 +114,14 @@ class Check {
         const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
         CountSteps(reader, first, count);
         bits::Cell cell{};
-        const std::int32_t result =
+        const bits::Outcome result =
             csn::DecodeCsn(*structure_.csn, reader, arena_, first, count, cell);
-        Require(result <= count, "more bits were taken than there are");
+        Require(result.Failed() || result.Bits() <= count, "more bits were taken than there are");
         bits::Cell again{};
         Require(csn::DecodeCsn(*structure_.csn, reader, arena_, first, count, again) == result &&
                     Same(cell, again, true),
                 "the second run differs from the first");
-        if (result >= 0) {
+        if (!result.Failed()) {
             BackAgain(cell, octets.size() + kSpare);
         }
     }
@@ -129,11 +129,11 @@ class Check {
     void Record(const bits::Cell& cell, std::size_t room) {
         const ExactOctets octets({}, room);
         bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(room));
-        const std::int32_t result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
-        if (result >= 0 && !writer.Overflowed()) {
+        const bits::Outcome result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
+        if (!result.Failed() && !writer.Overflowed()) {
             bits::Cell decoded{};
-            static_cast<void>(
-                csn::DecodeCsn(*structure_.csn, writer.Reader(), arena_, 0, result, decoded));
+            static_cast<void>(csn::DecodeCsn(*structure_.csn, writer.Reader(), arena_, 0,
+                                             static_cast<std::int32_t>(result.Bits()), decoded));
         }
     }
 
@@ -146,14 +146,15 @@ class Check {
     void BackAgain(const bits::Cell& cell, std::size_t room) {
         const ExactOctets octets({}, room);
         bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(room));
-        const std::int32_t result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
-        Require(result >= 0, "what was decoded does not encode");
+        const bits::Outcome result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
+        Require(!result.Failed(), "what was decoded does not encode");
+        const auto length = static_cast<std::int32_t>(result.Bits());
         if (structure_.hasActions || HoldsCutField(*structure_.types, structure_.type, cell)) {
             return;
         }
         bits::Cell decoded{};
         Require(
-            csn::DecodeCsn(*structure_.csn, writer.Reader(), arena_, 0, result, decoded) == result,
+            csn::DecodeCsn(*structure_.csn, writer.Reader(), arena_, 0, length, decoded) == result,
             "what was encoded does not decode");
         Require(Same(cell, decoded, false), "another record comes back");
         const ExactOctets second({}, room);

@@ -66,18 +66,18 @@ Octets ThereAndBack(const GoldenFile& golden) {
         arena,
         diagnostics};
     iecodec::MessageContainer container;
-    EXPECT_GE(
-        iecodec::DispatchMessage(decode, *binding.set, 8 * std::int64_t{golden.length}, container),
-        0);
+    EXPECT_FALSE(
+        iecodec::DispatchMessage(decode, *binding.set, 8 * std::int64_t{golden.length}, container)
+            .Failed());
 
     Octets out(4 * golden.octets.size() + 4096, 0xFF);
     bits::BitWriter writer(out.data(), static_cast<std::int64_t>(out.size()));
     iecodec::EncodeContext encode{tables, writer, diagnostics};
-    const std::int64_t bits = iecodec::EncodeContainer(encode, *binding.set, container);
-    EXPECT_GE(bits, 0);
+    const bits::Outcome result = iecodec::EncodeContainer(encode, *binding.set, container);
+    EXPECT_FALSE(result.Failed());
     EXPECT_FALSE(writer.Overflowed());
     EXPECT_EQ(diagnostics.Lines(), "");
-    out.resize(bits < 0 ? 0 : static_cast<std::size_t>((bits + 7) / 8));
+    out.resize(result.Failed() ? 0 : static_cast<std::size_t>((result.Bits() + 7) / 8));
     return out;
 }
 

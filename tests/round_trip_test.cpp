@@ -48,7 +48,7 @@ class RoundTrip : public testing::Test {
 
   private:
     struct Decoded {
-        std::int64_t result;
+        bits::Outcome result = 0;
         iecodec::MessageContainer container;
         std::string diagnostics;
     };
@@ -68,11 +68,11 @@ class RoundTrip : public testing::Test {
         bits::BitWriter writer(octets.data(), static_cast<std::int64_t>(octets.size()));
         iecodec::Diagnostics diagnostics;
         iecodec::EncodeContext context{family_.codec, writer, diagnostics};
-        const std::int64_t result = iecodec::EncodeContainer(context, set_, container);
-        EXPECT_GE(result, 0);
-        EXPECT_EQ(result % 8, 0);
+        const bits::Outcome result = iecodec::EncodeContainer(context, set_, container);
+        EXPECT_FALSE(result.Failed());
+        EXPECT_EQ(result.Bits() % 8, 0);
         EXPECT_EQ(diagnostics.Lines(), "");
-        octets.resize(static_cast<std::size_t>(result / 8));
+        octets.resize(static_cast<std::size_t>(result.Bits() / 8));
         return octets;
     }
 

@@ -61,9 +61,9 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
         bits::BitWriter writer(out.octets.data(), kRoom);
         iecodec::Diagnostics diagnostics;
         iecodec::EncodeContext context{family_.codec, writer, diagnostics};
-        const std::int64_t written = iecodec::EncodeContainer(context, set, out.container);
-        if (written >= 0 && written % 8 == 0 && !writer.Overflowed()) {
-            out.octets.resize(static_cast<std::size_t>(written / 8));
+        const bits::Outcome written = iecodec::EncodeContainer(context, set, out.container);
+        if (!written.Failed() && written.Bits() % 8 == 0 && !writer.Overflowed()) {
+            out.octets.resize(static_cast<std::size_t>(written.Bits() / 8));
             return out;
         }
     }

@@ -40,8 +40,8 @@ std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, co
     bits::BitWriter writer(octets.data(), kRoom);
     iecodec::Diagnostics diagnostics;
     iecodec::EncodeContext context{tables, writer, diagnostics};
-    const std::int64_t result = iecodec::EncodeValue(context, row, 0, cell);
-    return writer.Overflowed() ? -1 : result;
+    const bits::Outcome result = iecodec::EncodeValue(context, row, 0, cell);
+    return writer.Overflowed() || result.Failed() ? -1 : result.Bits();
 }
 
 /// Encodes the structure; the octets behind it are 0. Returns its bits, or a negative code.
@@ -49,10 +49,11 @@ template <std::size_t kSize>
 std::int32_t EncodeInto(const csn::CsnStructure& structure, const Cell& cell,
                         std::array<std::uint8_t, kSize>& octets) {
     bits::BitWriter writer(octets.data(), kSize);
-    const std::int32_t size = csn::EncodeCsn(structure, writer, 0, cell);
-    if (size < 0 || writer.Overflowed()) {
+    const bits::Outcome result = csn::EncodeCsn(structure, writer, 0, cell);
+    if (result.Failed() || writer.Overflowed()) {
         return -1;
     }
+    const auto size = static_cast<std::int32_t>(result.Bits());
     // Bits behind the result may have been touched on the way.
     std::fill(octets.begin() + (size + 7) / 8, octets.end(), std::uint8_t{0});
     return size;
@@ -248,9 +249,9 @@ bool ValueGenerator::FillChoice(const ValueRow& row, Cell& cell, std::int64_t mo
     bits::BitWriter writer(octets.data(), kRoom);
     iecodec::Diagnostics diagnostics;
     iecodec::EncodeContext encode{tables_, writer, diagnostics};
-    const std::int64_t size = iecodec::EncodeValue(encode, row, 0, cell);
+    const bits::Outcome size = iecodec::EncodeValue(encode, row, 0, cell);
     iecodec::DecodeContext decode{tables_, writer.Reader(), arena_, diagnostics};
-    return size >= 0 && iecodec::DecodeValue(decode, row, 0, cell, size) == size &&
+    return !size.Failed() && iecodec::DecodeValue(decode, row, 0, cell, size.Bits()) == size &&
            cell.number == chosen.tag;
 }
 
@@ -319,8 +320,8 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     }
     Cell first{};
     const bits::BitReader reader(drawn.data(), octets);
-    if (csn::DecodeCsn(structure, reader, arena_, 0, static_cast<std::int32_t>(8 * octets), first) <
-        0) {
+    if (csn::DecodeCsn(structure, reader, arena_, 0, static_cast<std::int32_t>(8 * octets), first)
+            .Failed()) {
         return false;
     }
     std::array<std::uint8_t, 2 * kMostOctets> canonical{};

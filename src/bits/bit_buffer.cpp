@@ -7,8 +7,6 @@
 namespace quorvane::bits {
 namespace {
 
-constexpr std::int32_t kBadLength = -12;
-
 constexpr std::uint8_t MaskOf(std::int32_t position) {
     return static_cast<std::uint8_t>(0x80U >> (static_cast<std::uint32_t>(position) & 7U));
 }
@@ -105,8 +103,7 @@ std::int32_t WriteLengthCode(std::uint8_t* buffer, std::int32_t position, std::u
     return 8 + 8 * octets;
 }
 
-std::int32_t ReadLengthCode(const std::uint8_t* buffer, std::int32_t position,
-                            std::uint32_t& value) {
+Outcome ReadLengthCode(const std::uint8_t* buffer, std::int32_t position, std::uint32_t& value) {
     const std::uint32_t first = BitBufferRead(buffer, position, 8);
     if (first < 128) {
         value = first;
@@ -114,7 +111,7 @@ std::int32_t ReadLengthCode(const std::uint8_t* buffer, std::int32_t position,
     }
     const auto octets = static_cast<std::int32_t>(first & 127U);
     if (octets > 4) {
-        return kBadLength;
+        return Code::kSizeError;
     }
     value = BitBufferRead(buffer, position + 8, 8 * octets);
     return 8 + 8 * octets;

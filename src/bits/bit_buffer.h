@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+#include "bits/outcome.h"
+
 namespace quorvane::bits {
 
 /// Where a field lay in a message: bit position in the upper 16 bits, length in bits in the lower
@@ -56,9 +58,8 @@ constexpr void MakeFieldLocator(FieldLocator& destination, std::int64_t position
 /// does not survive and the 8*n bits behind the value stay as they were; the bits used count both.
 std::int32_t WriteLengthCode(std::uint8_t* buffer, std::int32_t position, std::uint32_t value);
 
-/// Reads a length field, prefix and value in turn, and returns the bits used, or -12 with `value`
-/// unset when more than 4 octets are announced.
-[[nodiscard]] std::int32_t ReadLengthCode(const std::uint8_t* buffer, std::int32_t position,
-                                          std::uint32_t& value);
+/// Reads a length field, prefix and value in turn, and returns the bits used, or kSizeError with
+/// `value` unset when more than 4 octets are announced.
+Outcome ReadLengthCode(const std::uint8_t* buffer, std::int32_t position, std::uint32_t& value);
 
 }  // namespace quorvane::bits

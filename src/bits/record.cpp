@@ -12,9 +12,9 @@ Cell& ChooseAlternative(Arena& arena, Cell& cell, std::uint32_t tag) {
     return *cell.cells;
 }
 
-std::int32_t SetSize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound) {
+Outcome SetSize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound) {
     if (size > static_cast<std::int32_t>(bound)) {
-        return kSizeOutOfRange;
+        return Code::kSizeOutOfRange;
     }
     const auto wanted = static_cast<std::uint32_t>(std::max(size, 0));
     if (wanted > cell.capacity) {

@@ -25,6 +25,7 @@
 #include "bits/arena.h"
 #include "bits/bit_buffer.h"
 #include "bits/bit_reader.h"
+#include "bits/outcome.h"
 
 namespace quorvane::bits {
 
@@ -38,9 +39,6 @@ struct Cell {
     std::uint32_t capacity;
     bool present;  // of an optional member only
 };
-
-/// The code of a sequence's size above its bound.
-inline constexpr std::int32_t kSizeOutOfRange = -13;
 
 /// The members of the struct in `cell`, made on first use.
 inline Cell* StructCells(Arena& arena, Cell& cell, std::uint32_t memberCount) {
@@ -56,8 +54,7 @@ Cell& ChooseAlternative(Arena& arena, Cell& cell, std::uint32_t tag);
 
 /// Sets the size of the sequence in `cell`. Returns 0, or kSizeOutOfRange with nothing changed if
 /// `size` is above `bound`. New items are zeroed.
-[[nodiscard]] std::int32_t SetSize(Arena& arena, Cell& cell, std::int32_t size,
-                                   std::uint32_t bound);
+Outcome SetSize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound);
 
 /// Stores a binary field of `length` bits at bit `position`: its first `mostBits` bits at most,
 /// its location with the full length. A length of 0 or below stores no bits.

@@ -9,6 +9,7 @@ namespace quorvane::csn {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 
 /// The row of a field of the structure; null if the tag is another's.
 const CsnFieldRow* RowOf(const CsnStructure& structure, std::int32_t tag) {
@@ -47,14 +48,13 @@ class Sink {
         : structure_(structure), machine_(machine), arena_(arena), open_(root) {}
 
     /// 0, or kSizeOutOfRange at the first item that its sequence refuses.
-    std::int32_t Walk() {
+    Outcome Walk() {
         for (std::int32_t index = 0; index < machine_.recordCount; ++index) {
             const CsnFieldRecord& record = machine_.records[index];
             if (record.occurrence < 0) {
                 continue;
             }
-            const std::int32_t result = Store(record);
-            if (result != 0) {
+            if (const Outcome result = Store(record); result.Failed()) {
                 return result;
             }
         }
@@ -62,7 +62,7 @@ class Sink {
     }
 
   private:
-    std::int32_t Store(const CsnFieldRecord& record);
+    Outcome Store(const CsnFieldRecord& record);
     [[nodiscard]] std::int32_t LengthOf(const CsnFieldRecord& record) const;
     static void ForgetPlaceOfItem(const CsnFieldRow& row, Cell& cell);
 
@@ -72,7 +72,7 @@ class Sink {
     OpenStructs<Cell> open_;
 };
 
-std::int32_t Sink::Store(const CsnFieldRecord& record) {
+Outcome Sink::Store(const CsnFieldRecord& record) {
     const CsnFieldRow* row = RowOf(structure_, record.tag);
     Cell* members = open_.Around(machine_, record);
     if (row == nullptr || members == nullptr) {
@@ -88,8 +88,8 @@ std::int32_t Sink::Store(const CsnFieldRecord& record) {
         cell->present = true;
     }
     if (row->bound > 0) {
-        const std::int32_t result = SetSize(arena_, *cell, record.occurrence + 1, row->bound);
-        if (result != 0) {
+        const Outcome result = SetSize(arena_, *cell, record.occurrence + 1, row->bound);
+        if (result.Failed()) {
             return result;
         }
         cell = &cell->cells[record.occurrence];
@@ -212,20 +212,19 @@ void Source::WriteBinary(CsnFieldEvent& event, const CsnFieldRow& row, const Cel
 
 }  // namespace
 
-std::int32_t DecodeCsn(const CsnStructure& structure, const bits::BitReader& reader,
-                       bits::Arena& arena, std::int32_t bitPos, std::int32_t bitLength,
-                       Cell& cell) {
+Outcome DecodeCsn(const CsnStructure& structure, const bits::BitReader& reader, bits::Arena& arena,
+                  std::int32_t bitPos, std::int32_t bitLength, Cell& cell) {
     CsnMachine machine;
     CsnMachineInit(machine, *structure.program, structure.label, reader, bitPos, bitLength);
     machine.rootTag = structure.rootTag;
-    const std::int32_t result = CsnMachineRun(machine, nullptr);
+    const Outcome result = CsnMachineRun(machine, nullptr);
     Cell* root = StructCells(arena, cell, structure.memberCount);
-    const std::int32_t stored = Sink(structure, machine, arena, root).Walk();
-    return stored != 0 ? stored : result;
+    const Outcome stored = Sink(structure, machine, arena, root).Walk();
+    return stored.Failed() ? stored : result;
 }
 
-std::int32_t EncodeCsn(const CsnStructure& structure, bits::BitWriter& writer, std::int32_t bitPos,
-                       const Cell& cell) {
+Outcome EncodeCsn(const CsnStructure& structure, bits::BitWriter& writer, std::int32_t bitPos,
+                  const Cell& cell) {
     CsnMachine machine;
     Source source(structure, cell.cells);
     CsnMachineInit(machine, *structure.program, structure.label, writer, bitPos);

@@ -17,16 +17,16 @@ namespace quorvane::csn {
 
 /// Decodes `bitLength` bits of `reader` at `bitPos` into the struct of `cell`. Returns the count of
 /// bits passed, which the caller compares with what it expects; kSyntaxError if the structure does
-/// not match; bits::kSizeOutOfRange if a sequence has too many items. Fields that were found are
+/// not match; kSizeOutOfRange if a sequence has too many items. Fields that were found are
 /// stored in every case, in the last one up to the item refused.
-[[nodiscard]] std::int32_t DecodeCsn(const CsnStructure& structure, const bits::BitReader& reader,
-                                     bits::Arena& arena, std::int32_t bitPos,
-                                     std::int32_t bitLength, bits::Cell& cell);
+bits::Outcome DecodeCsn(const CsnStructure& structure, const bits::BitReader& reader,
+                        bits::Arena& arena, std::int32_t bitPos, std::int32_t bitLength,
+                        bits::Cell& cell);
 
 /// Encodes the struct of `cell` at `bitPos` of `writer`. Returns the count of bits written, or
 /// kSyntaxError if the structure cannot hold such a record. Whether the bits found room is the
 /// writer's to tell. Bits behind those written may have changed too.
-[[nodiscard]] std::int32_t EncodeCsn(const CsnStructure& structure, bits::BitWriter& writer,
-                                     std::int32_t bitPos, const bits::Cell& cell);
+bits::Outcome EncodeCsn(const CsnStructure& structure, bits::BitWriter& writer, std::int32_t bitPos,
+                        const bits::Cell& cell);
 
 }  // namespace quorvane::csn

@@ -567,7 +567,7 @@ Next Stepper::End(std::uint32_t operand, bool keepValue) {
 
 }  // namespace
 
-std::int32_t CsnMachineRun(CsnMachine& machine, CsnCallback callback) {
+bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback) {
     machine.flags |= kFlagRunning;
     machine.startPos = machine.bitPos;
     machine.endPos = static_cast<std::int32_t>(std::clamp<std::int64_t>(
@@ -586,7 +586,7 @@ std::int32_t CsnMachineRun(CsnMachine& machine, CsnCallback callback) {
         if (next == Next::kEnded) {
             const bool mayEnd = (machine.flags & (kFlagEncode | kFlagPartialOk)) != 0 ||
                                 machine.bitPos == machine.endPos;
-            return mayEnd ? machine.bitPos - machine.startPos : kSyntaxError;
+            return mayEnd ? bits::Outcome(machine.bitPos - machine.startPos) : kSyntaxError;
         }
         if (next == Next::kFailed || (next == Next::kBack && !Backtrack(machine)) ||
             (machine.flags & kFlagAbort) != 0) {

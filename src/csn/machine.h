@@ -15,12 +15,13 @@
 
 #include "bits/bit_reader.h"
 #include "bits/bit_writer.h"
+#include "bits/outcome.h"
 #include "csn/byte_code.h"
 #include "csn/csn_program.h"
 
 namespace quorvane::csn {
 
-inline constexpr std::int32_t kSyntaxError = -1;  // result of a run that failed
+using enum bits::Code;
 
 inline constexpr std::int32_t kMostStackEntries = 256;
 inline constexpr std::int32_t kMostTags = 32;
@@ -201,7 +202,7 @@ void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_
 /// Runs a machine that was set up. Returns the count of bits passed, or kSyntaxError; the field
 /// records of what was accepted stay in the machine either way. A run ends well when the rule does,
 /// also with bits left over. `callback` may be null.
-[[nodiscard]] std::int32_t CsnMachineRun(CsnMachine& machine, CsnCallback callback);
+bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback);
 
 /// Whether this build of the library counts instructions: debug builds and those with
 /// QUORVANE_COUNT_INSTRUCTIONS do.

@@ -39,7 +39,7 @@ Workspace& ThreadWorkspace() {
     return workspace;
 }
 
-void AppendErrorLine(reflect::TextBuffer& text, std::int64_t code) {
+void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
     text.Append(kErrorIntroduction);
     if (const std::string_view known = ErrorText(code); known.data() != nullptr) {
         text.Append(known);
@@ -60,14 +60,14 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
     reflect::TextBuffer& text = workspace.text;
 
     iecodec::MessageContainer container;
-    std::int64_t code = iecodec::kUnknownMessage;
+    bits::Outcome outcome = iecodec::kUnknownMessage;
     if (binding.set != nullptr) {
         iecodec::DecodeContext context{binding.family->codec, reader, workspace.arena,
                                        workspace.diagnostics};
         const std::int64_t bitLength = row.fixedBits > 0 ? row.fixedBits : length * 8;
-        code = iecodec::DispatchMessage(context, *binding.set, bitLength, container);
+        outcome = iecodec::DispatchMessage(context, *binding.set, bitLength, container);
     }
-    if (code == iecodec::kUnknownMessage) {
+    if (outcome == iecodec::kUnknownMessage) {
         text.Append("Failed to decode \"");
         text.Append(row.textName);
         text.Append("\" message");
@@ -77,9 +77,9 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
     text.Append("Decoded using \"");
     text.Append(row.textName);
     text.Append("\".\n");
-    if (code < 0) {
+    if (outcome.Failed()) {
         text.Append("\n");
-        AppendErrorLine(text, code);
+        AppendErrorLine(text, outcome.Error());
         text.Append("\n");
     }
     const std::uint16_t type = binding.set->memberTypes[container.tag - 1];
@@ -92,7 +92,7 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
     return {true, text.View(), workspace.diagnostics.Lines()};
 }
 
-std::string ErrorLine(int code) {
+std::string ErrorLine(bits::Code code) {
     reflect::TextBuffer text;
     AppendErrorLine(text, code);
     return std::string(text.View());

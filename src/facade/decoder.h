@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "bits/bit_reader.h"
+#include "bits/outcome.h"
 #include "quorvane/decode.h"
 
 namespace quorvane::facade {
@@ -27,6 +28,6 @@ struct Answer {
 Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length);
 
 /// "Decoder reported the following error: ", the text of `code`, and CR LF.
-std::string ErrorLine(int code);
+std::string ErrorLine(bits::Code code);
 
 }  // namespace quorvane::facade

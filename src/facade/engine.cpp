@@ -41,7 +41,7 @@ CQuorvaneEngine& CQuorvaneEngine::operator=(const CQuorvaneEngine& other) = defa
 CQuorvaneEngine::~CQuorvaneEngine() = default;
 
 void CQuorvaneEngine::GetErrorMsg(CString& text, int code) {
-    text += quorvane::facade::ErrorLine(code).c_str();
+    text += quorvane::facade::ErrorLine(static_cast<quorvane::bits::Code>(code)).c_str();
 }
 
 #define QUORVANE_ENTRY_POINT(name)                                                               \

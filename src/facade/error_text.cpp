@@ -1,37 +1,36 @@
 #include "facade/error_text.h"
 
-#include "iecodec/codec_context.h"
-
 namespace quorvane::facade {
 
-std::string_view ErrorText(std::int64_t code) {
+std::string_view ErrorText(bits::Code code) {
     switch (code) {
-        case iecodec::kSyntaxError:
+        case bits::Code::kSyntaxError:
             return "SYNTAX ERROR";
-        case iecodec::kUnknownMessage:
+        case bits::Code::kUnknownMessage:
             return "UNKNOWN MESSAGE";
-        case iecodec::kUnknownIei:
+        case bits::Code::kUnknownIei:
             return "UNKNOWN IEI";
-        case iecodec::kMessageTooShort:
+        case bits::Code::kMessageTooShort:
             return "MESSAGE TOO SHORT";
-        case iecodec::kMandatoryError:
-            return "MANDATORY IE SYNTAX ERROR";
-        case iecodec::kConditionalError:
-            return "CONDITIONAL IE SYNTAX ERROR";
-        case iecodec::kMissingOptional:
-            return "MISSING OPTIONAL";
-        // No decoder gives these.
-        case -5:
+        case bits::Code::kMissingConditional:
             return "MISSING REQUIRED CONDITIONAL IE";
-        case -6:
+        case bits::Code::kUnexpectedConditional:
             return "FOUND UNEXPECTED CONDITIONAL IE";
-        case -9:
+        case bits::Code::kMandatoryError:
+            return "MANDATORY IE SYNTAX ERROR";
+        case bits::Code::kConditionalError:
+            return "CONDITIONAL IE SYNTAX ERROR";
+        case bits::Code::kOptionalError:
             return "OPTIONAL IE SYNTAX ERROR";
-        case -10:
+        case bits::Code::kFieldOutOfRange:
             return "FIELD OUT OF RANGE";
-        default:
-            return {};
+        case bits::Code::kMissingOptional:
+            return "MISSING OPTIONAL";
+        case bits::Code::kSizeError:
+        case bits::Code::kSizeOutOfRange:
+            break;
     }
+    return {};
 }
 
 }  // namespace quorvane::facade

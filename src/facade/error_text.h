@@ -1,11 +1,12 @@
 #pragma once
 
-// Words for the codes that decoders return.
+// Texts of the error codes.
 //
 // Tests: tests/unit/facade_result_test.cpp.
 
-#include <cstdint>
 #include <string_view>
+
+#include "bits/outcome.h"
 
 namespace quorvane::facade {
 
@@ -16,6 +17,6 @@ inline constexpr std::string_view kErrorIntroduction = "Decoder reported the fol
 inline constexpr std::string_view kUnknownError = "UNKNOWN ERROR #";
 
 /// The text of `code`, or a view without data if it has none.
-std::string_view ErrorText(std::int64_t code);
+std::string_view ErrorText(bits::Code code);
 
 }  // namespace quorvane::facade

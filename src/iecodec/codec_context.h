@@ -9,21 +9,12 @@
 #include "bits/arena.h"
 #include "bits/bit_reader.h"
 #include "bits/bit_writer.h"
+#include "bits/outcome.h"
 #include "iecodec/tables.h"
 
 namespace quorvane::iecodec {
 
-/// The codes that the codec gives; the texts are the facade's.
-enum Code : std::int32_t {
-    kSyntaxError = -1,
-    kUnknownMessage = -2,
-    kUnknownIei = -3,
-    kMessageTooShort = -4,
-    kMandatoryError = -7,
-    kConditionalError = -8,
-    kSizeError = -12,
-    kMissingOptional = 32767,
-};
+using enum bits::Code;
 
 /// Collects the fault lines of a call, "<ERRID:n> text name\n" each. Every fault of the codec is
 /// told through Report and nowhere else.

@@ -51,24 +51,24 @@ bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
     return true;
 }
 
-std::int32_t FindIe(std::uint8_t tag, std::int32_t tagWidth, const bits::BitReader& reader,
-                    std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
-                    const IeOrderRow* order) {
+IeSearch FindIe(std::uint8_t tag, std::int32_t tagWidth, const bits::BitReader& reader,
+                std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
+                const IeOrderRow* order) {
     while (end - cursor >= tagWidth) {
         const std::uint32_t found = reader.Read(cursor, tagWidth);
         if (found == tag) {
-            return tag;
+            return IeSearch::kFound;
         }
         const auto octet =
             static_cast<std::uint8_t>(tagWidth == 8 ? found : reader.ReadOctet(cursor));
         if (order != nullptr && IsClaimed(octet, order)) {
-            return kMissingOptional;
+            return IeSearch::kAbsent;
         }
         if (!SkipIe(reader, cursor, formats)) {
-            return kUnknownIei;
+            return IeSearch::kBlocked;
         }
     }
-    return order != nullptr ? kMissingOptional : kMessageTooShort;
+    return IeSearch::kAbsent;
 }
 
 }  // namespace quorvane::iecodec

@@ -21,13 +21,18 @@ const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRo
 bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
             std::span<const IeFormatRow> formats);
 
+/// What a search came to.
+enum class IeSearch : std::uint8_t {
+    kFound,    // the cursor is on the element's tag
+    kAbsent,   // it isn't there
+    kBlocked,  // an element stands in the way that cannot be skipped
+};
+
 /// Looks for the element `tag` of `tagWidth` bits (8, or 4 for a half-octet identifier, whose tag
 /// stands in the low half of `tag`) between the cursor and `end`. `order` is the field's own order
-/// row with those behind it, up to the end row; null for a mandatory field. Returns the tag with
-/// the cursor on it; kMissingOptional or, without order rows, kMessageTooShort if it isn't there;
-/// kUnknownIei if an element stands in the way that cannot be skipped.
-std::int32_t FindIe(std::uint8_t tag, std::int32_t tagWidth, const bits::BitReader& reader,
-                    std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
-                    const IeOrderRow* order);
+/// row with those behind it, up to the end row; null for a mandatory field.
+[[nodiscard]] IeSearch FindIe(std::uint8_t tag, std::int32_t tagWidth,
+                              const bits::BitReader& reader, std::int64_t& cursor, std::int64_t end,
+                              std::span<const IeFormatRow> formats, const IeOrderRow* order);
 
 }  // namespace quorvane::iecodec

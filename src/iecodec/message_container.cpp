@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "iecodec/message_decoder.h"
+#include "iecodec/transaction_identifier.h"
 
 namespace quorvane::iecodec {
 namespace {
@@ -13,17 +14,9 @@ struct MessageKey {
     std::uint32_t type;
 };
 
-/// The index of the message type octet behind a transaction identifier that may be extended.
-std::int64_t TypeOctetBehindIdentifier(const bits::BitReader& reader) {
-    constexpr std::uint32_t kExtensionFollows = 7;
-    std::int64_t index = 1;
-    if (reader.Read(1, 3) == kExtensionFollows) {
-        index = 2;
-        while (index <= reader.OctetCount() && reader.Read(8 * (index - 1), 1) == 0) {
-            ++index;
-        }
-    }
-    return index;
+/// The position of the message type octet behind a transaction identifier that may be extended.
+std::int64_t TypeBehindIdentifier(const bits::BitReader& reader) {
+    return reader.Read(1, 3) == kIdentifierExtended ? PastIdentifierExtension(reader, 8) : 8;
 }
 
 std::uint32_t Masked(const MessageSetRow& set, std::uint32_t first, std::uint32_t word) {
@@ -43,9 +36,8 @@ MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
         return {first >> 2, 0, first >> 2};
     }
     const bool extended = set.keyForm == MessageSetRow::KeyForm::kExtendedIdentifier;
-    const std::int64_t lowOctet =
-        extended ? TypeOctetBehindIdentifier(reader) : std::int64_t{set.lowOctet};
-    const std::uint32_t low = reader.ReadOctet(8 * lowOctet);
+    const std::uint32_t low =
+        reader.ReadOctet(extended ? TypeBehindIdentifier(reader) : 8 * std::int64_t{set.lowOctet});
     const std::uint32_t shown = extended ? low : reader.ReadOctet(8 * std::int64_t{set.typeOctet});
     return {Masked(set, first, first << 8 | low), first & 15U, shown};
 }
@@ -59,8 +51,8 @@ void SetTag(MessageContainer& container, std::uint32_t tag) {
     }
 }
 
-std::int64_t DispatchMessage(DecodeContext& context, const MessageSetRow& set,
-                             std::int64_t bitLength, MessageContainer& container) {
+bits::Outcome DispatchMessage(DecodeContext& context, const MessageSetRow& set,
+                              std::int64_t bitLength, MessageContainer& container) {
     const MessageKey key = ReadKey(context.reader, set);
     container.pd = key.pd;
     container.messageType = key.type;

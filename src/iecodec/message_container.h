@@ -20,10 +20,10 @@ struct MessageContainer {
 
 /// Finds the message that starts at bit 0 of the context's octets and decodes it into `container`.
 /// `pd` and `messageType` are stored whether it is known or not. Returns the bits consumed, or a
-/// negative Code; kUnknownMessage leaves `tag` 0. The octets that tell the message are read
+/// code; kUnknownMessage leaves `tag` 0. The octets that tell the message are read
 /// whatever `bitLength` says.
-std::int64_t DispatchMessage(DecodeContext& context, const MessageSetRow& set,
-                             std::int64_t bitLength, MessageContainer& container);
+bits::Outcome DispatchMessage(DecodeContext& context, const MessageSetRow& set,
+                              std::int64_t bitLength, MessageContainer& container);
 
 /// Gives the container the tag and an empty record, unless it has that tag.
 void SetTag(MessageContainer& container, std::uint32_t tag);

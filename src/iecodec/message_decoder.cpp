@@ -1,19 +1,21 @@
 #include "iecodec/message_decoder.h"
 
 #include "iecodec/ie_search.h"
+#include "iecodec/transaction_identifier.h"
 #include "iecodec/value_decoder.h"
 
 namespace quorvane::iecodec {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 using Format = FieldRow::Format;
 using Presence = FieldRow::Presence;
 
-constexpr std::int64_t kNoResult = 0;
+constexpr Outcome kGoOn{0};
 
-/// One walk over the fields of a message body. Decode and the field functions return a negative
-/// code that ends the message, or kNoResult.
+/// One walk over the fields of a message body. The field functions return a code that ends the
+/// message, or kGoOn.
 class BodyDecoder {
   public:
     BodyDecoder(DecodeContext& context, const MessageRow& message, std::int64_t position,
@@ -25,18 +27,17 @@ class BodyDecoder {
           end_(position + length),
           cursor_(position) {}
 
-    std::int64_t Run() {
+    Outcome Run() {
         for (const FieldRow& field : fields_) {
-            const std::int64_t code = DecodeField(field);
-            if (code < 0) {
-                return code;
+            if (const Outcome outcome = DecodeField(field); outcome.Failed()) {
+                return outcome;
             }
         }
         return cursor_ - start_;
     }
 
   private:
-    std::int64_t DecodeField(const FieldRow& field) {
+    Outcome DecodeField(const FieldRow& field) {
         switch (field.format) {
             case Format::kTv:
             case Format::kTvHalf:
@@ -50,14 +51,14 @@ class BodyDecoder {
         if (field.presence == Presence::kConditional) {
             const std::uint32_t decider = cells_[field.conditionElement].number;
             if ((decider & field.conditionMask) != field.conditionValue) {
-                return kNoResult;
+                return kGoOn;
             }
             cells_[field.element].present = true;
         }
         return DecodeUntagged(field);
     }
 
-    std::int64_t DecodeUntagged(const FieldRow& field) {
+    Outcome DecodeUntagged(const FieldRow& field) {
         switch (field.format) {
             case Format::kHalfLow:
                 return DecodeHalf(field, cursor_ + 4);
@@ -76,15 +77,17 @@ class BodyDecoder {
         }
     }
 
-    std::int64_t DecodeHalf(const FieldRow& field, std::int64_t position) {
+    Outcome DecodeHalf(const FieldRow& field, std::int64_t position) {
         if (field.value != kNone) {
-            DecodeValue(context_, RowAt(context_, field.value), position, cells_[field.element], 4);
+            // A half octet takes 4 bits whatever its type makes of them.
+            static_cast<void>(DecodeValue(context_, RowAt(context_, field.value), position,
+                                          cells_[field.element], 4));
         }
         cursor_ += 4;
         return CheckEnd(field);
     }
 
-    std::int64_t DecodeCounted(const FieldRow& field, std::int32_t lengthWidth) {
+    Outcome DecodeCounted(const FieldRow& field, std::int32_t lengthWidth) {
         const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
         cursor_ += lengthWidth;
         if (octets < field.leastOctets || octets > field.mostOctets) {
@@ -94,22 +97,22 @@ class BodyDecoder {
         return DecodeContents(field, 8 * octets);
     }
 
-    std::int64_t DecodeContents(const FieldRow& field, std::int64_t length) {
-        const std::int64_t result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
-                                                cells_[field.element], length);
-        if (result != length) {
+    Outcome DecodeContents(const FieldRow& field, std::int64_t length) {
+        const Outcome result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
+                                           cells_[field.element], length);
+        if (result.Failed() || result.Bits() != length) {
             context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
-            if (const std::int64_t code = FailureOf(field); code < 0) {
-                return code;
+            if (const Outcome failure = FailureOf(field); failure.Failed()) {
+                return failure;
             }
         }
         cursor_ += length;
         return CheckEnd(field);
     }
 
-    std::int64_t CheckEnd(const FieldRow& field) {
+    Outcome CheckEnd(const FieldRow& field) {
         if (cursor_ <= end_) {
-            return kNoResult;
+            return kGoOn;
         }
         context_.diagnostics.Report(field.shortNumber, "Message too short decoding subfield",
                                     field.name);
@@ -120,11 +123,11 @@ class BodyDecoder {
     }
 
     /// What a field's failure means: an optional one is taken for absent.
-    std::int64_t FailureOf(const FieldRow& field) {
+    Outcome FailureOf(const FieldRow& field) {
         switch (field.presence) {
             case Presence::kOptional:
                 cells_[field.element].present = false;
-                return kNoResult;
+                return kGoOn;
             case Presence::kConditional:
                 return kConditionalError;
             case Presence::kMandatory:
@@ -133,18 +136,18 @@ class BodyDecoder {
         return kMandatoryError;
     }
 
-    std::int64_t DecodeTagged(const FieldRow& field) {
+    Outcome DecodeTagged(const FieldRow& field) {
         const bool optional = field.presence == Presence::kOptional;
         const bool half = field.format == Format::kTvHalf;
         const auto tag = static_cast<std::uint8_t>(half ? field.tag >> 4 : field.tag);
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
-        const std::int32_t found = FindIe(tag, half ? 4 : 8, context_.reader, cursor_, end_,
-                                          context_.tables.formats, order);
-        if (found < 0) {
-            return found;
+        const IeSearch found = FindIe(tag, half ? 4 : 8, context_.reader, cursor_, end_,
+                                      context_.tables.formats, order);
+        if (found == IeSearch::kBlocked) {
+            return kUnknownIei;
         }
-        if (found != tag) {
-            return kNoResult;
+        if (found == IeSearch::kAbsent) {
+            return optional ? kGoOn : Outcome(kMessageTooShort);
         }
         cells_[field.element].present = optional;
         cursor_ += half ? 4 : 8;
@@ -188,12 +191,12 @@ class HeaderDecoder {
                 Store(item, cursor);
             } else if (item.kind == HeaderItemRow::Kind::kExtendedIdentifier) {
                 Store(item, cursor);
-                extended = cells_[item.element].number == kExtensionFollows;
+                extended = cells_[item.element].number == kIdentifierExtended;
                 if (extended) {
                     cells_[item.element].number = context_.reader.Read(start_ + 9, 7);
                 }
             } else if (item.kind == HeaderItemRow::Kind::kMessageType && extended) {
-                cursor = PastExtension(cursor);
+                cursor = PastIdentifierExtension(context_.reader, cursor);
             }
             cursor += item.width;
         }
@@ -212,19 +215,8 @@ class HeaderDecoder {
     }
 
   private:
-    static constexpr std::uint32_t kExtensionFollows = 7;
-
     void Store(const HeaderItemRow& item, std::int64_t position) {
         cells_[item.element].number = context_.reader.Read(position, item.width);
-    }
-
-    /// Behind the octet that closes the identifier: the first with its bit 8 set.
-    [[nodiscard]] std::int64_t PastExtension(std::int64_t cursor) const {
-        while ((cursor >> 3) < context_.reader.OctetCount() &&
-               context_.reader.Read(cursor, 1) == 0) {
-            cursor += 8;
-        }
-        return cursor + 8;
     }
 
     const DecodeContext& context_;
@@ -235,22 +227,21 @@ class HeaderDecoder {
 
 }  // namespace
 
-std::int64_t DecodeMessage(DecodeContext& context, const MessageRow& message, std::int64_t position,
-                           Cell& cell, std::int64_t length) {
+Outcome DecodeMessage(DecodeContext& context, const MessageRow& message, std::int64_t position,
+                      Cell& cell, std::int64_t length) {
     Cell* cells = bits::StructCells(context.arena, cell, message.members);
     HeaderDecoder header(context, message, position, cells);
     const std::int64_t width = header.ReadFields();
-    const std::int64_t result =
+    const Outcome result =
         BodyDecoder(context, message, position + width, cells, length - width).Run();
-    if (result < 0) {
-        return result;
+    if (!result.Failed()) {
+        header.ReadLateFields();
     }
-    header.ReadLateFields();
-    return result + width;
+    return result.Plus(width);
 }
 
-std::int64_t DecodeMessageBody(DecodeContext& context, const MessageRow& message,
-                               std::int64_t position, Cell& cell, std::int64_t length) {
+Outcome DecodeMessageBody(DecodeContext& context, const MessageRow& message, std::int64_t position,
+                          Cell& cell, std::int64_t length) {
     Cell* cells = bits::StructCells(context.arena, cell, message.members);
     return BodyDecoder(context, message, position, cells, length).Run();
 }

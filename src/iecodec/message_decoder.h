@@ -11,13 +11,13 @@
 namespace quorvane::iecodec {
 
 /// Decodes the message of `length` bits at bit `position`, header first, into `cell`. Returns the
-/// bits consumed or a negative Code. Bits behind the last field are not looked at unless the
+/// bits consumed or a code. Bits behind the last field are not looked at unless the
 /// message has optional fields.
-std::int64_t DecodeMessage(DecodeContext& context, const MessageRow& message, std::int64_t position,
-                           bits::Cell& cell, std::int64_t length);
+bits::Outcome DecodeMessage(DecodeContext& context, const MessageRow& message,
+                            std::int64_t position, bits::Cell& cell, std::int64_t length);
 
 /// The same without a header.
-std::int64_t DecodeMessageBody(DecodeContext& context, const MessageRow& message,
-                               std::int64_t position, bits::Cell& cell, std::int64_t length);
+bits::Outcome DecodeMessageBody(DecodeContext& context, const MessageRow& message,
+                                std::int64_t position, bits::Cell& cell, std::int64_t length);
 
 }  // namespace quorvane::iecodec

@@ -1,11 +1,13 @@
 #include "iecodec/message_encoder.h"
 
+#include "iecodec/transaction_identifier.h"
 #include "iecodec/value_encoder.h"
 
 namespace quorvane::iecodec {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 using Format = FieldRow::Format;
 using Item = HeaderItemRow::Kind;
 
@@ -16,7 +18,6 @@ std::span<const HeaderItemRow> HeaderOf(const CodecTables& tables, const Message
 /// Writes a header and returns its width.
 std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std::int64_t position,
                           const Cell& cell) {
-    constexpr std::uint32_t kExtensionFollows = 7;
     std::int64_t cursor = position;
     std::uint32_t extended = 0;
     for (const HeaderItemRow& item : HeaderOf(context.tables, message)) {
@@ -25,9 +26,9 @@ std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std
             value = MemberOf(cell, item.element).number;
         } else if (item.kind == Item::kExtendedIdentifier) {
             value = MemberOf(cell, item.element).number;
-            if (value >= kExtensionFollows) {
+            if (value >= kIdentifierExtended) {
                 extended = value;
-                value = kExtensionFollows;
+                value = kIdentifierExtended;
             }
         } else if (item.kind == Item::kMessageType) {
             value = message.code;
@@ -49,7 +50,7 @@ class BodyEncoder {
                 const Cell& cell)
         : context_(context), message_(message), cell_(cell), start_(position), cursor_(position) {}
 
-    std::int64_t Run() {
+    Outcome Run() {
         const auto fields =
             context_.tables.fields.subspan(message_.firstField, message_.fieldCount);
         for (const FieldRow& field : fields) {
@@ -108,7 +109,7 @@ class BodyEncoder {
     bool EncodeHalf(const FieldRow& field, const Cell& cell, std::int64_t position) {
         if (field.value == kNone) {
             context_.writer.Write(position, 0, 4);
-        } else if (EncodeValue(context_, RowAt(context_, field.value), position, cell) < 0) {
+        } else if (EncodeValue(context_, RowAt(context_, field.value), position, cell).Failed()) {
             return false;
         }
         cursor_ += 4;
@@ -116,12 +117,11 @@ class BodyEncoder {
     }
 
     bool EncodeContents(const FieldRow& field, const Cell& cell) {
-        const std::int64_t result =
-            EncodeValue(context_, RowAt(context_, field.value), cursor_, cell);
-        if (result < 0) {
+        const Outcome result = EncodeValue(context_, RowAt(context_, field.value), cursor_, cell);
+        if (result.Failed()) {
             return false;
         }
-        cursor_ += result;
+        cursor_ += result.Bits();
         return true;
     }
 
@@ -146,20 +146,19 @@ class BodyEncoder {
 
 }  // namespace
 
-std::int64_t EncodeMessage(EncodeContext& context, const MessageRow& message, std::int64_t position,
-                           const Cell& cell) {
+Outcome EncodeMessage(EncodeContext& context, const MessageRow& message, std::int64_t position,
+                      const Cell& cell) {
     const std::int64_t width = EncodeHeader(context, message, position, cell);
-    const std::int64_t result = EncodeMessageBody(context, message, position + width, cell);
-    return result < 0 ? result : width + result;
+    return EncodeMessageBody(context, message, position + width, cell).Plus(width);
 }
 
-std::int64_t EncodeMessageBody(EncodeContext& context, const MessageRow& message,
-                               std::int64_t position, const Cell& cell) {
+Outcome EncodeMessageBody(EncodeContext& context, const MessageRow& message, std::int64_t position,
+                          const Cell& cell) {
     return BodyEncoder(context, message, position, cell).Run();
 }
 
-std::int64_t EncodeContainer(EncodeContext& context, const MessageSetRow& set,
-                             const MessageContainer& container) {
+Outcome EncodeContainer(EncodeContext& context, const MessageSetRow& set,
+                        const MessageContainer& container) {
     if (container.tag == 0 || container.tag > set.messages.size()) {
         return kUnknownMessage;
     }

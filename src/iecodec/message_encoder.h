@@ -13,17 +13,17 @@ namespace quorvane::iecodec {
 
 /// Writes the message in `cell`, header first, at bit `position`. Returns the bits written, or
 /// kSyntaxError with what was written so far in place. Bits between the fields that are written
-/// keep what they held. Whether the buffer had room is the writer's to tell.
-std::int64_t EncodeMessage(EncodeContext& context, const MessageRow& message, std::int64_t position,
-                           const bits::Cell& cell);
+/// keep what they held. Check writer.Overflowed() afterwards.
+bits::Outcome EncodeMessage(EncodeContext& context, const MessageRow& message,
+                            std::int64_t position, const bits::Cell& cell);
 
 /// The same without the header.
-std::int64_t EncodeMessageBody(EncodeContext& context, const MessageRow& message,
-                               std::int64_t position, const bits::Cell& cell);
+bits::Outcome EncodeMessageBody(EncodeContext& context, const MessageRow& message,
+                                std::int64_t position, const bits::Cell& cell);
 
 /// Writes the container's message at bit 0. kUnknownMessage if it has none of the set.
-std::int64_t EncodeContainer(EncodeContext& context, const MessageSetRow& set,
-                             const MessageContainer& container);
+bits::Outcome EncodeContainer(EncodeContext& context, const MessageSetRow& set,
+                              const MessageContainer& container);
 
 /// Whether the octets at bit `position` start like this message: the first octet is the protocol
 /// discriminator with zeros in front, and the octet of the message type is the message's. Nothing

@@ -13,6 +13,7 @@ namespace quorvane::iecodec {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 
 constexpr std::uint32_t kFiller = 15;
 constexpr std::uint32_t kTmsi = 4;
@@ -25,11 +26,9 @@ constexpr std::uint32_t kMobileIdentityKept = 17;  // of a mobile identity with 
 /// Sets the size of a digit store; one that is refused leaves it empty.
 void Resize(DecodeContext& context, Cell& digits, std::int64_t count, std::uint32_t bound) {
     digits.number = 0;
-    if (bits::SetSize(context.arena, digits,
-                      static_cast<std::int32_t>(std::min<std::int64_t>(count, bound + 1)),
-                      bound) != 0) {
-        digits.number = 0;
-    }
+    static_cast<void>(
+        bits::SetSize(context.arena, digits,
+                      static_cast<std::int32_t>(std::min<std::int64_t>(count, bound + 1)), bound));
 }
 
 /// Stores the digits of the octets at `position`, low half first, from item `first` on.
@@ -55,8 +54,8 @@ std::int64_t WriteDigits(EncodeContext& context, const Cell& digits, std::int64_
     return cursor - position;
 }
 
-std::int64_t DecodeTbcdDigits(DecodeContext& context, const ValueRow& /*row*/,
-                              std::int64_t position, Cell& cell, std::int64_t length) {
+Outcome DecodeTbcdDigits(DecodeContext& context, const ValueRow& /*row*/, std::int64_t position,
+                         Cell& cell, std::int64_t length) {
     const bool filled = context.reader.Read(position + length - 8, 4) == kFiller;
     Resize(context, cell, length / 4 - (filled ? 1 : 0), kNumberDigits);
     if (length >= 4) {
@@ -65,8 +64,8 @@ std::int64_t DecodeTbcdDigits(DecodeContext& context, const ValueRow& /*row*/,
     return length;
 }
 
-std::int64_t EncodeTbcdDigits(EncodeContext& context, const ValueRow& /*row*/,
-                              std::int64_t position, const Cell& cell) {
+Outcome EncodeTbcdDigits(EncodeContext& context, const ValueRow& /*row*/, std::int64_t position,
+                         const Cell& cell) {
     return WriteDigits(context, cell, position, 0);
 }
 
@@ -82,28 +81,28 @@ void DecodeIdentity(DecodeContext& context, Cell& digits, std::int64_t position,
     }
 }
 
-std::int64_t EncodeIdentity(EncodeContext& context, const Cell& digits, std::uint32_t type,
-                            std::int64_t position) {
+Outcome EncodeIdentity(EncodeContext& context, const Cell& digits, std::uint32_t type,
+                       std::int64_t position) {
     context.writer.Write(position, digits.number == 0 ? kFiller : digits.cells[0].number, 4);
     context.writer.Write(position + 4, digits.number & 1U, 1);
     context.writer.Write(position + 5, type, 3);
     return 8 + WriteDigits(context, digits, position + 8, 1);
 }
 
-std::int64_t DecodeIdentityDigits(DecodeContext& context, const ValueRow& row,
-                                  std::int64_t position, Cell& cell, std::int64_t length) {
+Outcome DecodeIdentityDigits(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                             Cell& cell, std::int64_t length) {
     Cell* members = bits::StructCells(context.arena, cell, row.members);
     DecodeIdentity(context, members[0], position, length, kIdentityDigitsKept);
     return length;
 }
 
-std::int64_t EncodeIdentityDigits(EncodeContext& context, const ValueRow& /*row*/,
-                                  std::int64_t position, const Cell& cell) {
+Outcome EncodeIdentityDigits(EncodeContext& context, const ValueRow& /*row*/, std::int64_t position,
+                             const Cell& cell) {
     return EncodeIdentity(context, MemberOf(cell, 0), kImsi, position);
 }
 
-std::int64_t DecodeMobileIdentity(DecodeContext& context, const ValueRow& row,
-                                  std::int64_t position, Cell& cell, std::int64_t length) {
+Outcome DecodeMobileIdentity(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                             Cell& cell, std::int64_t length) {
     Cell* members = bits::StructCells(context.arena, cell, row.members);
     const std::uint32_t type = context.reader.Read(position + 5, 3);
     members[1].number = type;
@@ -120,8 +119,8 @@ std::int64_t DecodeMobileIdentity(DecodeContext& context, const ValueRow& row,
     return length;
 }
 
-std::int64_t EncodeMobileIdentity(EncodeContext& context, const ValueRow& /*row*/,
-                                  std::int64_t position, const Cell& cell) {
+Outcome EncodeMobileIdentity(EncodeContext& context, const ValueRow& /*row*/, std::int64_t position,
+                             const Cell& cell) {
     const Cell& digits = MemberOf(cell, 0);
     const std::uint32_t type = MemberOf(cell, 1).number;
     if (type != kTmsi) {
@@ -134,12 +133,14 @@ std::int64_t EncodeMobileIdentity(EncodeContext& context, const ValueRow& /*row*
     return 8 + 8 * std::int64_t{digits.number};
 }
 
-std::int64_t DecodeEmergencyNumber(DecodeContext& context, const ValueRow& row,
-                                   std::int64_t position, Cell& cell, std::int64_t /*length*/) {
+Outcome DecodeEmergencyNumber(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                              Cell& cell, std::int64_t /*length*/) {
     Cell* members = bits::StructCells(context.arena, cell, row.members);
     const std::int64_t announced = context.reader.ReadOctet(position);
     const PartRow& category = context.tables.parts[row.first];
-    DecodeValue(context, RowAt(context, category.value), position + 8, members[0], 8);
+    // A structure of 8 bits, which never fails.
+    static_cast<void>(
+        DecodeValue(context, RowAt(context, category.value), position + 8, members[0], 8));
     const std::int64_t octets = std::max<std::int64_t>(announced - 1, 0);
     const std::int64_t digits = position + 16;
     const bool filled = octets > 0 && context.reader.Read(digits + 8 * (octets - 1), 4) == kFiller;
@@ -149,10 +150,11 @@ std::int64_t DecodeEmergencyNumber(DecodeContext& context, const ValueRow& row,
     return 16 + 8 * std::min(octets, kMostOctets);
 }
 
-std::int64_t EncodeEmergencyNumber(EncodeContext& context, const ValueRow& row,
-                                   std::int64_t position, const Cell& cell) {
+Outcome EncodeEmergencyNumber(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                              const Cell& cell) {
     const PartRow& category = context.tables.parts[row.first];
-    EncodeValue(context, RowAt(context, category.value), position + 8, MemberOf(cell, 0));
+    static_cast<void>(
+        EncodeValue(context, RowAt(context, category.value), position + 8, MemberOf(cell, 0)));
     const std::int64_t digits = WriteDigits(context, MemberOf(cell, 1), position + 16, 0);
     context.writer.Write(position, static_cast<std::uint32_t>(1 + digits / 8), 8);
     return 16 + digits;

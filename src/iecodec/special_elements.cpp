@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "iecodec/transaction_identifier.h"
 #include "iecodec/value_decoder.h"
 #include "iecodec/value_encoder.h"
 
@@ -9,27 +10,26 @@ namespace quorvane::iecodec {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 
-std::int64_t DecodeLinkedIdentifier(DecodeContext& context, const ValueRow& row,
-                                    std::int64_t position, Cell& cell, std::int64_t /*length*/) {
-    constexpr std::uint32_t kExtensionFollows = 7;
+Outcome DecodeLinkedIdentifier(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                               Cell& cell, std::int64_t /*length*/) {
     Cell* members = bits::StructCells(context.arena, cell, row.members);
     members[1].number = context.reader.Read(position, 1);
     members[0].number = context.reader.Read(position + 1, 3);
-    if (members[0].number != kExtensionFollows) {
+    if (members[0].number != kIdentifierExtended) {
         return 8;
     }
     members[0].number = context.reader.Read(position + 9, 7);
     return 16;
 }
 
-std::int64_t EncodeLinkedIdentifier(EncodeContext& context, const ValueRow& /*row*/,
-                                    std::int64_t position, const Cell& cell) {
-    constexpr std::uint32_t kExtensionFollows = 7;
+Outcome EncodeLinkedIdentifier(EncodeContext& context, const ValueRow& /*row*/,
+                               std::int64_t position, const Cell& cell) {
     const std::uint32_t value = MemberOf(cell, 0).number;
-    const bool extended = value >= kExtensionFollows;
+    const bool extended = value >= kIdentifierExtended;
     context.writer.Write(position, MemberOf(cell, 1).number, 1);
-    context.writer.Write(position + 1, extended ? kExtensionFollows : value, 3);
+    context.writer.Write(position + 1, extended ? kIdentifierExtended : value, 3);
     context.writer.Write(position + 4, 0, 4);
     if (!extended) {
         return 8;
@@ -41,8 +41,8 @@ std::int64_t EncodeLinkedIdentifier(EncodeContext& context, const ValueRow& /*ro
 
 constexpr std::uint32_t kGenericValueBits = 64;
 
-std::int64_t DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                              Cell& cell, std::int64_t length) {
+Outcome DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                         Cell& cell, std::int64_t length) {
     if (length < 16) {
         return kMessageTooShort;
     }
@@ -68,8 +68,8 @@ std::int64_t DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::
     return header + value;
 }
 
-std::int64_t EncodeGenericTlv(EncodeContext& context, const ValueRow& /*row*/,
-                              std::int64_t position, const Cell& cell) {
+Outcome EncodeGenericTlv(EncodeContext& context, const ValueRow& /*row*/, std::int64_t position,
+                         const Cell& cell) {
     const Cell& value = MemberOf(cell, 1);
     context.writer.Write(position, MemberOf(cell, 0).number, 8);
     context.writer.Write(position + 8, value.number / 8, 8);
@@ -77,16 +77,16 @@ std::int64_t EncodeGenericTlv(EncodeContext& context, const ValueRow& /*row*/,
     return 16 + std::int64_t{value.number};
 }
 
-std::int64_t DecodeUncountedItem(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                                 Cell& cell, std::int64_t length) {
+Outcome DecodeUncountedItem(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                            Cell& cell, std::int64_t length) {
     cell.number = 0;
     cell.capacity = 1;
     cell.cells = context.arena.AllocateZeroed<Cell>(1);
     return DecodeValue(context, RowAt(context, row.first), position, *cell.cells, length);
 }
 
-std::int64_t EncodeUncountedItem(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                                 const Cell& cell) {
+Outcome EncodeUncountedItem(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                            const Cell& cell) {
     const Cell empty{};
     const Cell& item = cell.capacity == 0 ? empty : *cell.cells;
     return EncodeValue(context, RowAt(context, row.first), position, item);

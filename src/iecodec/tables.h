@@ -159,14 +159,14 @@ struct GroupRow {
     std::uint16_t missingNumber;  // diagnostic
 };
 
-/// An element that only C++ can tell. Both functions follow the rules of DecodeValue and
-/// EncodeValue (value_codec.h).
+/// A value with a hand-written codec. Both functions follow the rules of DecodeValue and
+/// EncodeValue (value_decoder.h, value_encoder.h).
 struct SpecialElement {
     std::string_view name;
-    std::int64_t (*decode)(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                           bits::Cell& cell, std::int64_t length);
-    std::int64_t (*encode)(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                           const bits::Cell& cell);
+    bits::Outcome (*decode)(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                            bits::Cell& cell, std::int64_t length);
+    bits::Outcome (*encode)(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                            const bits::Cell& cell);
 };
 
 /// A piece of a message's header, in wire order.

@@ -10,6 +10,7 @@ namespace quorvane::iecodec {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 
 // Members of the types, in order.
 constexpr std::size_t kOperation = 0;
@@ -164,8 +165,8 @@ class TemplateDecoder {
     std::int64_t declared_ = 8;
 };
 
-std::int64_t DecodeTemplate(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                            Cell& cell, std::int64_t length) {
+Outcome DecodeTemplate(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                       Cell& cell, std::int64_t length) {
     Cell* members = bits::StructCells(context.arena, cell, row.members);
     return TemplateDecoder(context, position, length).Run(members);
 }
@@ -239,8 +240,8 @@ class TemplateEncoder {
     std::int64_t cursor_;
 };
 
-std::int64_t EncodeTemplate(EncodeContext& context, const ValueRow& /*row*/, std::int64_t position,
-                            const Cell& cell) {
+Outcome EncodeTemplate(EncodeContext& context, const ValueRow& /*row*/, std::int64_t position,
+                       const Cell& cell) {
     return TemplateEncoder(context, position).Run(cell);
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 using bits::Cell;
 using bits::MakeFieldLocator;
+using bits::Outcome;
 
 void DecodeInteger(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell) {
     cell.number = context.reader.Read(position, row.width);
@@ -18,8 +19,8 @@ void DecodeInteger(DecodeContext& context, const ValueRow& row, std::int64_t pos
     }
 }
 
-std::int64_t DecodeBinary(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                          Cell& cell, std::int64_t length) {
+Outcome DecodeBinary(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
+                     std::int64_t length) {
     if (length < 0) {
         context.diagnostics.Report(row.decodeNumber, "Error decoding subfield", row.name);
         return kSyntaxError;
@@ -32,9 +33,10 @@ std::int64_t DecodeBinary(DecodeContext& context, const ValueRow& row, std::int6
 }
 
 /// Decodes the part at its offset from `start`; `end` is where the structure's value ends. The
-/// result is that of a part that takes the rest, else the part's width.
-std::int64_t DecodePart(DecodeContext& context, const PartRow& part, std::int64_t start,
-                        Cell* cells, std::int64_t end) {
+/// result is that of a part that takes the rest, else the part's width: what lies in a fixed place
+/// is as wide as its place, whatever its decoder came to.
+Outcome DecodePart(DecodeContext& context, const PartRow& part, std::int64_t start, Cell* cells,
+                   std::int64_t end) {
     const std::int64_t position = start + part.offset;
     switch (part.kind) {
         case PartRow::Kind::kSkip:
@@ -43,8 +45,8 @@ std::int64_t DecodePart(DecodeContext& context, const PartRow& part, std::int64_
             DecodeInteger(context, RowAt(context, part.value), position, cells[part.element]);
             break;
         case PartRow::Kind::kValue:
-            DecodeValue(context, RowAt(context, part.value), position, cells[part.element],
-                        part.width);
+            static_cast<void>(DecodeValue(context, RowAt(context, part.value), position,
+                                          cells[part.element], part.width));
             break;
         case PartRow::Kind::kRest:
             return DecodeValue(context, RowAt(context, part.value), position, cells[part.element],
@@ -55,57 +57,60 @@ std::int64_t DecodePart(DecodeContext& context, const PartRow& part, std::int64_
     return part.width;
 }
 
-std::int64_t DecodeFixed(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                         Cell& cell) {
+Outcome DecodeFixed(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                    Cell& cell) {
     Cell* cells = bits::StructCells(context.arena, cell, row.members);
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
-        DecodePart(context, part, position, cells, position + row.width);
+        // Fixed structures have no part that takes the rest.
+        static_cast<void>(DecodePart(context, part, position, cells, position + row.width));
     }
     return row.width;
 }
 
-std::int64_t DecodeTruncatable(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                               Cell& cell, std::int64_t length) {
+Outcome DecodeTruncatable(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                          Cell& cell, std::int64_t length) {
     Cell* cells = bits::StructCells(context.arena, cell, row.members);
     std::int64_t taken = 0;
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
         if (length <= part.offset) {
             return part.offset;
         }
-        const std::int64_t result = DecodePart(context, part, position, cells, position + length);
-        if (result < 0) {
+        const Outcome result = DecodePart(context, part, position, cells, position + length);
+        if (result.Failed()) {
             return result;
         }
-        taken = part.offset + result;
+        taken = part.offset + result.Bits();
     }
     return taken;
 }
 
-std::int64_t DecodeSerial(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                          Cell& cell, std::int64_t length) {
+Outcome DecodeSerial(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
+                     std::int64_t length) {
     Cell* cells = bits::StructCells(context.arena, cell, row.members);
     std::int64_t cursor = position;
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
         if (part.kind == PartRow::Kind::kCounted) {
             const std::int64_t counted = 8 * std::int64_t{context.reader.ReadOctet(cursor)};
             cursor += 8;
-            DecodeValue(context, RowAt(context, part.value), cursor, cells[part.element], counted);
+            // The length octet alone says where the next part starts.
+            static_cast<void>(DecodeValue(context, RowAt(context, part.value), cursor,
+                                          cells[part.element], counted));
             cursor += counted;
             continue;
         }
         PartRow here = part;
         here.offset = 0;
-        const std::int64_t result = DecodePart(context, here, cursor, cells, position + length);
-        if (result < 0) {
+        const Outcome result = DecodePart(context, here, cursor, cells, position + length);
+        if (result.Failed()) {
             return result;
         }
-        cursor += result;
+        cursor += result.Bits();
     }
     return cursor - position;
 }
 
-std::int64_t DecodeChoice(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                          Cell& cell, std::int64_t length) {
+Outcome DecodeChoice(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
+                     std::int64_t length) {
     const std::uint32_t selector =
         context.reader.Read(position + row.selectorOffset, row.selectorWidth);
     const AlternativeRow* chosen = nullptr;
@@ -119,22 +124,22 @@ std::int64_t DecodeChoice(DecodeContext& context, const ValueRow& row, std::int6
     return DecodeValue(context, RowAt(context, chosen->value), position, body, length);
 }
 
-std::int64_t DecodeSequence(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                            Cell& cell, std::int64_t length) {
+Outcome DecodeSequence(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                       Cell& cell, std::int64_t length) {
     const ValueRow& item = RowAt(context, row.item);
     std::int64_t taken = 0;
     cell.number = 0;
     for (std::int32_t count = 1; taken < length; ++count) {
-        if (bits::SetSize(context.arena, cell, count, row.capacity) != 0) {
+        if (bits::SetSize(context.arena, cell, count, row.capacity).Failed()) {
             break;
         }
-        const std::int64_t result =
+        const Outcome result =
             DecodeValue(context, item, position + taken, cell.cells[count - 1], length - taken);
-        if (result < 0) {
+        if (result.Failed()) {
             context.diagnostics.Report(row.decodeNumber, "Error decoding sequence", row.name);
             return kSyntaxError;
         }
-        taken += result;
+        taken += result.Bits();
     }
     return taken;
 }
@@ -151,7 +156,7 @@ class ExtensionDecoder {
           end_(position + length),
           cursor_(position) {}
 
-    std::int64_t Run() {
+    Outcome Run() {
         for (const GroupRow& group : context_.tables.groups.subspan(row_.first, row_.count)) {
             if (cursor_ >= end_) {
                 if (!group.mandatory) {
@@ -171,14 +176,14 @@ class ExtensionDecoder {
         if (row_.item == kNone) {
             return cursor_ - start_;
         }
-        const std::int64_t result = DecodeValue(context_, RowAt(context_, row_.item), cursor_,
-                                                cells_[row_.element], end_ - cursor_);
-        if (result < 0) {
+        const Outcome result = DecodeValue(context_, RowAt(context_, row_.item), cursor_,
+                                           cells_[row_.element], end_ - cursor_);
+        if (result.Failed()) {
             context_.diagnostics.Report(row_.decodeNumber, "Error decoding remainder of",
                                         row_.name);
             return kSyntaxError;
         }
-        return cursor_ - start_ + result;
+        return cursor_ - start_ + result.Bits();
     }
 
   private:
@@ -207,7 +212,8 @@ class ExtensionDecoder {
             }
             for (const PartRow& part :
                  context_.tables.parts.subspan(octet.firstPart, octet.partCount)) {
-                DecodePart(context_, part, cursor_, cells_, end_);
+                // Parts of an octet have fixed places.
+                static_cast<void>(DecodePart(context_, part, cursor_, cells_, end_));
             }
         }
         // Octets of the group that are not known.
@@ -227,8 +233,8 @@ class ExtensionDecoder {
 };
 
 /// A CSN.1 structure. The machine counts bits in 32 bits: what lies beyond is out of its reach.
-std::int64_t DecodeStructure(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                             Cell& cell, std::int64_t length) {
+Outcome DecodeStructure(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                        Cell& cell, std::int64_t length) {
     if (position + length > std::numeric_limits<std::int32_t>::max()) {
         return kSyntaxError;
     }
@@ -238,8 +244,8 @@ std::int64_t DecodeStructure(DecodeContext& context, const ValueRow& row, std::i
 }
 
 /// A whole message as a value, chosen by its type alone.
-std::int64_t DecodeMessageSet(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                              Cell& cell, std::int64_t length) {
+Outcome DecodeMessageSet(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                         Cell& cell, std::int64_t length) {
     if (length < row.selectorOffset + row.selectorWidth) {
         return 0;
     }
@@ -258,8 +264,8 @@ std::int64_t DecodeMessageSet(DecodeContext& context, const ValueRow& row, std::
 
 }  // namespace
 
-std::int64_t DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                         Cell& cell, std::int64_t length) {
+Outcome DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
+                    std::int64_t length) {
     switch (row.shape) {
         case Shape::kInteger:
             DecodeInteger(context, row, position, cell);

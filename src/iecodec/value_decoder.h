@@ -11,10 +11,10 @@
 namespace quorvane::iecodec {
 
 /// Decodes the value of `length` bits at bit `position` into `cell` and returns the bits that it
-/// took, or a negative code. What the caller has to make of a result other than `length` is its
-/// own affair. A value decoder may look past `length`; what it stores of a value that fails stays.
-std::int64_t DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t position,
-                         bits::Cell& cell, std::int64_t length);
+/// took, or a code. The caller decides whether a result other than `length` is an error. A value
+/// decoder may look past `length`; what it stores of a value that fails stays.
+bits::Outcome DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t position,
+                          bits::Cell& cell, std::int64_t length);
 
 /// The row of index `value`.
 inline const ValueRow& RowAt(const DecodeContext& context, std::uint16_t value) {

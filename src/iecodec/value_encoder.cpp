@@ -9,11 +9,12 @@ namespace quorvane::iecodec {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 
 constexpr Cell kUnreached{};
 
-std::int64_t EncodeBinary(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                          const Cell& cell) {
+Outcome EncodeBinary(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                     const Cell& cell) {
     if (cell.number > 0) {
         context.writer.Copy(position, cell.octets, cell.number);
     }
@@ -23,9 +24,9 @@ std::int64_t EncodeBinary(EncodeContext& context, const ValueRow& row, std::int6
     return std::max<std::int64_t>(cell.number, row.width);
 }
 
-/// Writes a part and returns its bits, or a negative code.
-std::int64_t EncodePart(EncodeContext& context, const PartRow& part, std::int64_t position,
-                        const Cell& owner) {
+/// Writes a part and returns its bits, or a code.
+Outcome EncodePart(EncodeContext& context, const PartRow& part, std::int64_t position,
+                   const Cell& owner) {
     if (part.kind == PartRow::Kind::kSkip) {
         for (std::int32_t bit = 0; bit < part.width; ++bit) {
             context.writer.Write(position + bit, 0, 1);
@@ -37,23 +38,23 @@ std::int64_t EncodePart(EncodeContext& context, const PartRow& part, std::int64_
     if (part.kind != PartRow::Kind::kCounted) {
         return EncodeValue(context, row, position, cell);
     }
-    const std::int64_t result = EncodeValue(context, row, position + 8, cell);
-    if (result < 0) {
+    const Outcome result = EncodeValue(context, row, position + 8, cell);
+    if (result.Failed()) {
         return result;
     }
-    context.writer.Write(position, static_cast<std::uint32_t>(result >> 3), 8);
-    return 8 + result;
+    context.writer.Write(position, static_cast<std::uint32_t>(result.Bits() >> 3), 8);
+    return result.Plus(8);
 }
 
-std::int64_t EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                         const Cell& cell) {
+Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                    const Cell& cell) {
     std::int64_t cursor = position;
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
-        const std::int64_t result = EncodePart(context, part, cursor, cell);
-        if (result < 0) {
+        const Outcome result = EncodePart(context, part, cursor, cell);
+        if (result.Failed()) {
             return result;
         }
-        cursor += result;
+        cursor += result.Bits();
     }
     return cursor - position;
 }
@@ -67,32 +68,32 @@ const AlternativeRow* ChosenAlternative(const EncodeContext& context, const Valu
     return found == rows.end() ? nullptr : &*found;
 }
 
-std::int64_t EncodeChoice(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                          const Cell& cell) {
+Outcome EncodeChoice(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                     const Cell& cell) {
     const AlternativeRow* chosen = ChosenAlternative(context, row, cell);
     if (chosen == nullptr) {
         return 0;
     }
-    const std::int64_t result =
+    const Outcome result =
         EncodeValue(context, RowAt(context, chosen->value), position, *cell.cells);
     // The alternative may hold the selector as spare bits; a default one writes what it knows.
-    if (result >= 0 && !chosen->isDefault) {
+    if (!result.Failed() && !chosen->isDefault) {
         context.writer.Write(position + row.selectorOffset, chosen->selector, row.selectorWidth);
     }
     return result;
 }
 
-std::int64_t EncodeSequence(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                            const Cell& cell) {
+Outcome EncodeSequence(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                       const Cell& cell) {
     const ValueRow& item = RowAt(context, row.item);
     std::int64_t cursor = position;
     for (std::uint32_t index = 0; index < cell.number; ++index) {
-        const std::int64_t result = EncodeValue(context, item, cursor, cell.cells[index]);
-        if (result < 0) {
+        const Outcome result = EncodeValue(context, item, cursor, cell.cells[index]);
+        if (result.Failed()) {
             context.diagnostics.Report(row.encodeNumber, "Error encoding sequence", row.name);
             return kSyntaxError;
         }
-        cursor += result;
+        cursor += result.Bits();
     }
     return cursor - position;
 }
@@ -104,7 +105,7 @@ class ExtensionEncoder {
                      const Cell& cell)
         : context_(context), row_(row), cell_(cell), start_(position), cursor_(position) {}
 
-    std::int64_t Run() {
+    Outcome Run() {
         for (const GroupRow& group : context_.tables.groups.subspan(row_.first, row_.count)) {
             const auto octets = context_.tables.octets.subspan(group.firstOctet, group.octetCount);
             if (!IsPresent(octets.front())) {
@@ -115,14 +116,14 @@ class ExtensionEncoder {
         if (row_.item == kNone) {
             return cursor_ - start_;
         }
-        const std::int64_t result = EncodeValue(context_, RowAt(context_, row_.item), cursor_,
-                                                MemberOf(cell_, row_.element));
-        if (result < 0) {
+        const Outcome result = EncodeValue(context_, RowAt(context_, row_.item), cursor_,
+                                           MemberOf(cell_, row_.element));
+        if (result.Failed()) {
             context_.diagnostics.Report(row_.encodeNumber, "Error encoding remainder of",
                                         row_.name);
             return kSyntaxError;
         }
-        return cursor_ - start_ + result;
+        return cursor_ - start_ + result.Bits();
     }
 
   private:
@@ -137,7 +138,8 @@ class ExtensionEncoder {
             std::int64_t position = cursor_ + 1;
             for (const PartRow& part :
                  context_.tables.parts.subspan(octets[index].firstPart, octets[index].partCount)) {
-                EncodePart(context_, part, position, cell_);
+                // Integers, which never fail.
+                static_cast<void>(EncodePart(context_, part, position, cell_));
                 position += part.width;
             }
             cursor_ += 8;
@@ -151,8 +153,8 @@ class ExtensionEncoder {
     std::int64_t cursor_;
 };
 
-std::int64_t EncodeMessageSet(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                              const Cell& cell) {
+Outcome EncodeMessageSet(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                         const Cell& cell) {
     const AlternativeRow* chosen = ChosenAlternative(context, row, cell);
     if (chosen == nullptr) {
         return 0;
@@ -166,8 +168,8 @@ const Cell& MemberOf(const Cell& cell, std::size_t element) {
     return cell.cells == nullptr ? kUnreached : cell.cells[element];
 }
 
-std::int64_t EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                         const Cell& cell) {
+Outcome EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                    const Cell& cell) {
     switch (row.shape) {
         case Shape::kInteger:
             context.writer.Write(position, cell.number, row.width);

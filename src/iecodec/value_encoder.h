@@ -10,10 +10,10 @@
 
 namespace quorvane::iecodec {
 
-/// Writes the value in `cell` at bit `position` and returns the bits written, or a negative code.
+/// Writes the value in `cell` at bit `position` and returns the bits written, or a code.
 /// Spare bits are written as 0. A value that was never reached is written as its default.
-std::int64_t EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t position,
-                         const bits::Cell& cell);
+bits::Outcome EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                          const bits::Cell& cell);
 
 /// The row of index `value`.
 inline const ValueRow& RowAt(const EncodeContext& context, std::uint16_t value) {

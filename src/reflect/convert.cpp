@@ -203,7 +203,7 @@ class RecordFiller {
     void FillSequence(const TypeRow& row, bits::Cell& cell, const TEDDataSequence& node) {
         for (std::uint32_t index = 0; index < node.GetCount(); ++index) {
             const auto size = static_cast<std::int32_t>(index + 1);
-            if (bits::SetSize(arena_, cell, size, row.size) != 0) {
+            if (bits::SetSize(arena_, cell, size, row.size).Failed()) {
                 return;  // full: this item and all behind it have no place
             }
             if (node.GetItem(index) != nullptr) {

@@ -205,8 +205,9 @@ Reading Grammar::Decode(const std::string& bits, std::int32_t start, std::size_t
                         static_cast<std::int32_t>(bits.size()) - start);
     machine_->rootTag = target.rootTag;
     Reading reading;
-    reading.taken = csn::CsnMachineRun(*machine_, nullptr);
-    reading.matches = reading.taken >= 0;
+    const bits::Outcome outcome = csn::CsnMachineRun(*machine_, nullptr);
+    reading.matches = !outcome.Failed();
+    reading.taken = static_cast<std::int32_t>(outcome.Bits());
     reading.events = Events(structure);
     return reading;
 }

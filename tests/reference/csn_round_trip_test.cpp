@@ -56,7 +56,7 @@ void CheckRoundTrips(const std::string& body, std::size_t most, std::size_t& cou
             }
             std::vector<std::uint8_t> written(8, 0);
             bits::BitWriter writer(written.data(), 8);
-            const std::int32_t result = csn::EncodeCsn(structure, writer, 0, record);
+            const bits::Outcome result = csn::EncodeCsn(structure, writer, 0, record);
             ASSERT_EQ(result, width) << body << "\n" << BitsOf(octets, width);
             ASSERT_EQ(BitsOf(written, width), BitsOf(octets, width)) << body;
             ++count;
@@ -91,8 +91,9 @@ std::string Rewritten(const std::string& rules, const std::string& bits) {
     EXPECT_EQ(csn::DecodeCsn(grammar.Structure(), reader, arena, 0, width, record), width);
     std::vector<std::uint8_t> written(16, 0);
     bits::BitWriter writer(written.data(), 16);
-    const std::int32_t result = csn::EncodeCsn(grammar.Structure(), writer, 0, record);
-    return result < 0 ? "not written" : BitsOf(written, result);
+    const bits::Outcome result = csn::EncodeCsn(grammar.Structure(), writer, 0, record);
+    return result.Failed() ? "not written"
+                           : BitsOf(written, static_cast<std::int32_t>(result.Bits()));
 }
 
 // Every branch of a choice is written in an open repetition, and each repetition ends.

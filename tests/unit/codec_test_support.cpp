@@ -34,8 +34,8 @@ Written WriteOverOnes(const CodecTables& tables, Encoder encode) {
     out.bits = encode(context);
     EXPECT_FALSE(writer.Overflowed());
     out.diagnostics = quorvane::test::WithoutNumbers(diagnostics.Lines());
-    if (out.bits >= 0) {
-        octets.resize(static_cast<std::size_t>((out.bits + 7) / 8));
+    if (!out.bits.Failed()) {
+        octets.resize(static_cast<std::size_t>((out.bits.Bits() + 7) / 8));
     } else {
         while (!octets.empty() && octets.back() == 0xFF) {
             octets.pop_back();
@@ -104,14 +104,14 @@ TypeUnderTest::TypeUnderTest(const families::Family& family, std::string_view ty
     type_ = *index;
 }
 
-std::int64_t TypeUnderTest::Decode(std::string_view hex, std::optional<std::int64_t> length,
-                                   std::int64_t position) {
+bits::Outcome TypeUnderTest::Decode(std::string_view hex, std::optional<std::int64_t> length,
+                                    std::int64_t position) {
     const Octets octets = FromHex(hex);
     const auto size = static_cast<std::int64_t>(octets.size());
     iecodec::Diagnostics diagnostics;
     DecodeContext context{family_.codec, {octets.data(), size}, arena_, diagnostics};
     cell_ = {};
-    const std::int64_t result =
+    const bits::Outcome result =
         DecodeValue(context, *row_, position, cell_, length.value_or(8 * size - position));
     diagnostics_ = quorvane::test::WithoutNumbers(diagnostics.Lines());
     return result;
@@ -136,7 +136,7 @@ std::string TypeUnderTest::ThereAndBack(std::string_view hex) {
     EXPECT_EQ(diagnostics_, "") << hex;
     const Written written = Encode();
     EXPECT_EQ(written.diagnostics, "") << hex;
-    EXPECT_EQ(written.bits % 8, 0) << hex;
+    EXPECT_EQ(written.bits.Bits() % 8, 0) << hex;
     return written.hex;
 }
 
@@ -145,13 +145,13 @@ SetUnderTest::SetUnderTest(const families::Family& family, std::string_view set)
     EXPECT_NE(set_, nullptr) << set;
 }
 
-std::int64_t SetUnderTest::Decode(std::string_view hex, std::optional<std::int64_t> length) {
+bits::Outcome SetUnderTest::Decode(std::string_view hex, std::optional<std::int64_t> length) {
     const Octets octets = FromHex(hex);
     const auto size = static_cast<std::int64_t>(octets.size());
     iecodec::Diagnostics diagnostics;
     DecodeContext context{family_.codec, {octets.data(), size}, arena_, diagnostics};
     container_ = {};
-    const std::int64_t result =
+    const bits::Outcome result =
         DispatchMessage(context, *set_, length.value_or(8 * size), container_);
     diagnostics_ = quorvane::test::WithoutNumbers(diagnostics.Lines());
     return result;

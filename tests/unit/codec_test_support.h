@@ -14,6 +14,7 @@
 #include "families/family.h"
 #include "iecodec/message_container.h"
 #include "reflect/catalogue.h"
+#include "support/print_outcome.h"
 
 namespace quorvane::iecodec::test {
 
@@ -30,8 +31,8 @@ std::string Zeros(std::size_t count);
 
 /// What an encoder did to a buffer of ones.
 struct Written {
-    std::int64_t bits = 0;  // or a negative code
-    std::string hex;        // the octets that the bits touch; of a code, all up to the last change
+    bits::Outcome bits = 0;
+    std::string hex;  // the octets that the bits touch; of a code, all up to the last change
     std::string diagnostics;  // numbers as *
 };
 
@@ -42,8 +43,8 @@ class TypeUnderTest {
 
     /// Decodes into an empty record: `length` bits at bit `position`, by default all octets there
     /// are. Zeros follow the octets.
-    std::int64_t Decode(std::string_view hex, std::optional<std::int64_t> length = std::nullopt,
-                        std::int64_t position = 0);
+    bits::Outcome Decode(std::string_view hex, std::optional<std::int64_t> length = std::nullopt,
+                         std::int64_t position = 0);
 
     /// The record as text.
     [[nodiscard]] std::string Text();
@@ -78,7 +79,7 @@ class SetUnderTest {
     SetUnderTest(const families::Family& family, std::string_view set);
 
     /// Dispatches: `length` bits, by default all octets there are. Zeros follow the octets.
-    std::int64_t Decode(std::string_view hex, std::optional<std::int64_t> length = std::nullopt);
+    bits::Outcome Decode(std::string_view hex, std::optional<std::int64_t> length = std::nullopt);
 
     /// The name of the message found; empty if there is none.
     [[nodiscard]] std::string Name() const;

@@ -16,13 +16,13 @@ using test::RecordText;
 
 using Emit = void (*)(Image& image);
 
-std::int32_t DecodedBits(Emit emit, std::string_view bits) {
+bits::Outcome DecodedBits(Emit emit, std::string_view bits) {
     Image image;
     emit(image);
     image.code.Emit(Opcode::kRet);
     const auto run = Decode(image, bits);
     EXPECT_TRUE(image.code.Errors().empty()) << image.code.Errors().front();
-    EXPECT_TRUE(run.result < 0 || run.machine->stackDepth == 0);
+    EXPECT_TRUE(run.result.Failed() || run.machine->stackDepth == 0);
     return run.result;
 }
 

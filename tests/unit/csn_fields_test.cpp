@@ -123,8 +123,8 @@ TEST(CsnField, AnswersOfTheCallback) {
         for (const auto& [answer, result] : rows) {
             Listener listener;
             listener.answer = answer;
-            const std::int32_t got = encode ? EncodeTo(image, listener).result
-                                            : DecodeTo(image, "11111", listener).result;
+            const bits::Outcome got = encode ? EncodeTo(image, listener).result
+                                             : DecodeTo(image, "11111", listener).result;
             EXPECT_EQ(got, result) << answer << (encode ? " encoding" : " decoding");
         }
     }

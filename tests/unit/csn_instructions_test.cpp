@@ -17,11 +17,11 @@ using test::kRoot;
 using Emit = void (*)(Image& image);
 
 /// Result of decoding `bits` by what `emit` puts in front of RET.
-std::int32_t DecodedBits(Emit emit, std::string_view bits) {
+bits::Outcome DecodedBits(Emit emit, std::string_view bits) {
     Image image;
     emit(image);
     image.code.Emit(Opcode::kRet);
-    const std::int32_t result = Decode(image, bits).result;
+    const bits::Outcome result = Decode(image, bits).result;
     EXPECT_TRUE(image.code.Errors().empty()) << image.code.Errors().front();
     return result;
 }
@@ -417,7 +417,7 @@ std::uint32_t Constant(CsnMachine&) {
 
 /// ALT to a branch of one bit; the other branch has the value call and fails behind it. A
 /// repetition is followed by two bits.
-std::int32_t AfterValueCall(CsnValueFunction function, Opcode opcode) {
+bits::Outcome AfterValueCall(CsnValueFunction function, Opcode opcode) {
     Image image;
     const auto other = image.code.NewLabel();
     const auto number = image.Function(function);

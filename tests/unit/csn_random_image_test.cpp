@@ -300,7 +300,7 @@ class Runs {
         machine.rootTag = kRoot;
         machine.ceiling = kCeiling;
         machine.userRecord = &random;
-        const std::int32_t result = CsnMachineRun(machine, callback);
+        const bits::Outcome result = CsnMachineRun(machine, callback);
         Check(machine, need);
         if (result == kSyntaxError) {
             ++failed;

@@ -49,7 +49,7 @@ class Subject {
     Image image;
     bits::Cell cell{};
 
-    std::int32_t Decode(std::string_view bits) {
+    bits::Outcome Decode(std::string_view bits) {
         octets_ = Octets(bits);
         const bits::BitReader reader(octets_.data(), static_cast<std::int64_t>(octets_.size()));
         return DecodeCsn(Structure(), reader, arena_, 0, Count(bits), cell);
@@ -58,8 +58,9 @@ class Subject {
     std::string Encode() {
         std::vector<std::uint8_t> octets(64, 0xFF);
         bits::BitWriter writer(octets.data(), 64);
-        const std::int32_t result = EncodeCsn(Structure(), writer, 0, cell);
-        return result < 0 ? "failed" : BitText(octets, result);
+        const bits::Outcome result = EncodeCsn(Structure(), writer, 0, cell);
+        return result.Failed() ? "failed"
+                               : BitText(octets, static_cast<std::int32_t>(result.Bits()));
     }
     bits::Cell& Member(std::size_t element) {
         return bits::StructCells(arena_, cell, members_)[element];

@@ -12,6 +12,7 @@
 
 #include "csn/assembler.h"
 #include "csn/machine.h"
+#include "support/print_outcome.h"
 
 namespace quorvane::csn::test {
 
@@ -106,7 +107,7 @@ inline constexpr std::int32_t kRoot = 3;  // root tag of the runs below
 struct DecodeRun {
     std::vector<std::uint8_t> octets;
     std::unique_ptr<CsnMachine> machine = std::make_unique<CsnMachine>();
-    std::int32_t result = 0;
+    bits::Outcome result = 0;
 };
 
 /// Decodes all of `bits` from its first bit on.
@@ -125,11 +126,12 @@ struct EncodeRun {
     std::vector<std::uint8_t> octets;
     std::unique_ptr<bits::BitWriter> writer;
     std::unique_ptr<CsnMachine> machine = std::make_unique<CsnMachine>();
-    std::int32_t result = 0;
+    bits::Outcome result = 0;
 
     /// The bits written, or "failed".
     [[nodiscard]] std::string Text() const {
-        return result < 0 ? "failed" : BitText(octets, result);
+        return result.Failed() ? "failed"
+                               : BitText(octets, static_cast<std::int32_t>(result.Bits()));
     }
 };
 

@@ -12,7 +12,7 @@ namespace quorvane::iecodec {
 namespace {
 
 struct Dispatched {
-    std::int64_t result;
+    bits::Outcome result = 0;
     MessageContainer container;
     std::string message;  // empty: none
 };

@@ -23,7 +23,7 @@ struct Search {
           reader(octets.data(), static_cast<std::int64_t>(octets.size())),
           end(8 * static_cast<std::int64_t>(octets.size())) {}
 
-    std::int32_t Find(std::uint8_t tag, std::int32_t width, const IeOrderRow* order) {
+    IeSearch Find(std::uint8_t tag, std::int32_t width, const IeOrderRow* order) {
         return FindIe(tag, width, reader, cursor, end, kFormats, order);
     }
 
@@ -90,39 +90,39 @@ TEST(SkipIe, LeavesTheCursorAtWhatItCannotSkip) {
 
 TEST(FindIe, FindsTheTagAtTheCursor) {
     Search search({0x11, 0x00});
-    EXPECT_EQ(search.Find(0x11, 8, kOrder.data()), 0x11);
+    EXPECT_EQ(search.Find(0x11, 8, kOrder.data()), IeSearch::kFound);
     EXPECT_EQ(search.cursor, 0);
     Search half({0x93});
-    EXPECT_EQ(half.Find(0x9, 4, &kOrder[1]), 0x9);
+    EXPECT_EQ(half.Find(0x9, 4, &kOrder[1]), IeSearch::kFound);
 }
 
 TEST(FindIe, EndsWithTheMessage) {
     Search empty({});
-    EXPECT_EQ(empty.Find(0x11, 8, kOrder.data()), kMissingOptional);
-    EXPECT_EQ(empty.Find(0x11, 8, nullptr), kMessageTooShort);
+    EXPECT_EQ(empty.Find(0x11, 8, kOrder.data()), IeSearch::kAbsent);
+    EXPECT_EQ(empty.Find(0x11, 8, nullptr), IeSearch::kAbsent);
 }
 
 TEST(FindIe, ReportsWhatCannotBeSkipped) {
     Search search({0x12, 0x00, 0x11});
-    EXPECT_EQ(search.Find(0x11, 8, nullptr), kUnknownIei);
-    EXPECT_EQ(search.Find(0x11, 8, kOrder.data()), kUnknownIei);
+    EXPECT_EQ(search.Find(0x11, 8, nullptr), IeSearch::kBlocked);
+    EXPECT_EQ(search.Find(0x11, 8, kOrder.data()), IeSearch::kBlocked);
 }
 
 TEST(FindIe, LeavesALaterFieldForItsTurn) {
     Search later({0x9A, 0x11});
-    EXPECT_EQ(later.Find(0x11, 8, kOrder.data()), kMissingOptional);
+    EXPECT_EQ(later.Find(0x11, 8, kOrder.data()), IeSearch::kAbsent);
     EXPECT_EQ(later.cursor, 0);
 }
 
 TEST(FindIe, SkipsAFieldWhosePlaceHasPassed) {
     Search earlier({0x11, 0x01, 0xFF, 0x23});
-    EXPECT_EQ(earlier.Find(0x23, 8, &kOrder[2]), 0x23);
+    EXPECT_EQ(earlier.Find(0x23, 8, &kOrder[2]), IeSearch::kFound);
     EXPECT_EQ(earlier.cursor, 24);
 }
 
 TEST(FindIe, SkipsEverythingForAMandatoryField) {
     Search search({0x9A, 0x17, 0x00, 0x23});
-    EXPECT_EQ(search.Find(0x23, 8, nullptr), 0x23);
+    EXPECT_EQ(search.Find(0x23, 8, nullptr), IeSearch::kFound);
     EXPECT_EQ(search.cursor, 24);
 }
 
@@ -132,21 +132,21 @@ TEST(FindIe, StopsAtAnUntaggedFieldAhead) {
                                                {0x17, 0xFF, IeOrderRow::kTagged},
                                                {0, 0, IeOrderRow::kEnd}}};
     Search search({0x55, 0x11});
-    EXPECT_EQ(search.Find(0x11, 8, order.data()), kMissingOptional);
+    EXPECT_EQ(search.Find(0x11, 8, order.data()), IeSearch::kAbsent);
     EXPECT_EQ(search.cursor, 0);
 }
 
 TEST(FindIe, NotesThatSkippingPassedTheEnd) {
     Search search({0x11, 0x7F, 0x00});
-    EXPECT_EQ(search.Find(0x23, 8, &kOrder[2]), kMissingOptional);
+    EXPECT_EQ(search.Find(0x23, 8, &kOrder[2]), IeSearch::kAbsent);
     Search mandatory({0x11, 0x7F, 0x00});
-    EXPECT_EQ(mandatory.Find(0x23, 8, nullptr), kMessageTooShort);
+    EXPECT_EQ(mandatory.Find(0x23, 8, nullptr), IeSearch::kAbsent);
 }
 
 TEST(FindIe, ReadsTheWholeOctetBehindAHalfOctetTag) {
     // Looking for 9-, a 17 stands in the way and is skipped by its own row.
     Search search({0x17, 0x00, 0x95});
-    EXPECT_EQ(search.Find(0x9, 4, &kOrder[1]), 0x9);
+    EXPECT_EQ(search.Find(0x9, 4, &kOrder[1]), IeSearch::kFound);
     EXPECT_EQ(search.cursor, 16);
 }
 

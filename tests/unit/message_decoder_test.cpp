@@ -433,15 +433,15 @@ TEST(NestedMessage, FailsTheFieldWithItsOwnFault) {
 TEST(Keys, OfCallsAndMobilityManagementLeaveTheSequenceNumberOut) {
     SetUnderTest up = L3Up();
     for (const char* octets : {"05 01", "05 41", "05 81", "F5 C1"}) {
-        up.Decode(octets);
+        static_cast<void>(up.Decode(octets));
         EXPECT_EQ(up.Name(), "IMSI_DETACH_INDICATION_UP") << octets;
     }
-    up.Decode("93 45");
+    static_cast<void>(up.Decode("93 45"));
     EXPECT_EQ(up.Name(), "SETUP_UP");
     EXPECT_EQ(up.Container().messageType, 0x45U);
     EXPECT_EQ(up.Container().pd, 3U);
     SetUnderTest down = L3Down();
-    down.Decode("93 C5");
+    static_cast<void>(down.Decode("93 C5"));
     EXPECT_EQ(down.Name(), "SETUP_DN");
 }
 
@@ -451,10 +451,10 @@ TEST(Keys, OfGprsMobilityManagementAreWhole) {
     EXPECT_EQ(up.Container().tag, 0U);
     EXPECT_EQ(up.Container().pd, 8U);
     EXPECT_EQ(up.Container().messageType, 0x41U);
-    up.Decode("F8 01");
+    static_cast<void>(up.Decode("F8 01"));
     EXPECT_EQ(up.Name(), "ATTACH_REQUEST_UP");
     SetUnderTest down = L3Down();
-    down.Decode("08 01");
+    static_cast<void>(down.Decode("08 01"));
     EXPECT_EQ(down.Name(), "ATTACH_REQUEST_UP");
     EXPECT_EQ(down.Container().tag, 40U);
 }

@@ -29,11 +29,11 @@ SetUnderTest L3(const char* direction) {
 
 /// Decodes octets without a fault and encodes the record.
 std::string ThereAndBack(SetUnderTest& set, std::string_view hex) {
-    EXPECT_GE(set.Decode(hex), 0) << hex;
+    EXPECT_FALSE(set.Decode(hex).Failed()) << hex;
     EXPECT_EQ(set.Diagnostics(), "") << hex;
     const Written written = set.Encode();
     EXPECT_EQ(written.diagnostics, "") << hex;
-    EXPECT_EQ(written.bits % 8, 0) << hex;
+    EXPECT_EQ(written.bits.Bits() % 8, 0) << hex;
     return written.hex;
 }
 
@@ -96,7 +96,7 @@ TEST(EncodeHeader, IsThatOfTheKeyForEveryMessage) {
                 Diagnostics diagnostics;
                 EncodeContext context{family->codec, writer, diagnostics};
                 // Records that were never reached; some of their values refuse.
-                EncodeContainer(context, row, set.Container());
+                static_cast<void>(EncodeContainer(context, row, set.Container()));
                 const std::uint32_t type =
                     octets[row.keyForm == MessageSetRow::KeyForm::kTwoOctets ? row.lowOctet : 1];
                 if ((key.key & 0xFFFU) == 0x700U) {
@@ -145,9 +145,9 @@ TEST(EncodeBody, IsTheMessageBehindItsHeaderInEveryFamily) {
                 EncodeContext wholeContext{family->codec, wholeWriter, diagnostics};
                 EncodeContext bodyContext{family->codec, bodyWriter, diagnostics};
                 const std::int64_t header = headerBits(row.name, message.name);
-                const std::int64_t result = EncodeMessage(wholeContext, message, 0, Cell{});
-                const std::int64_t inner = EncodeMessageBody(bodyContext, message, header, Cell{});
-                EXPECT_EQ(result, inner < 0 ? inner : header + inner) << message.name;
+                const bits::Outcome result = EncodeMessage(wholeContext, message, 0, Cell{});
+                const bits::Outcome inner = EncodeMessageBody(bodyContext, message, header, Cell{});
+                EXPECT_EQ(result, inner.Plus(header)) << message.name;
                 std::fill_n(whole.begin(), header / 8, std::uint8_t{0});
                 EXPECT_EQ(whole, body) << message.name;
             }
@@ -366,7 +366,7 @@ TEST(RefusedField, EndsTheMessageWithALine) {
     const std::string start =
         "08 01 02 E5 E0 71 0A 00 05 F4 C0 00 00 01 62 F2 10 12 34 05 05 11 25 "
         "80 00 00 ";
-    ASSERT_GE(up.Decode(start + "20 07 00 10 10 22 C2 4A 88 5D 01 05"), 0);
+    ASSERT_FALSE(up.Decode(start + "20 07 00 10 10 22 C2 4A 88 5D 01 05").Failed());
     ASSERT_TRUE(up.Member("MobileStationClassmark3").present);
     up.Member("MobileStationClassmark3.Multiband_supported").number = 3;
     const Written written = up.Encode();
@@ -375,16 +375,16 @@ TEST(RefusedField, EndsTheMessageWithALine) {
     // What was written so far stays, here up to the classmark's tag.
     EXPECT_EQ(written.hex.substr(0, 5), "08 01");
     up.Member("MobileStationClassmark3").present = false;
-    EXPECT_GT(up.Encode().bits, 0);
+    EXPECT_FALSE(up.Encode().bits.Failed());
 }
 
-std::int64_t RefuseToDecode(DecodeContext& /*context*/, const ValueRow& /*row*/,
-                            std::int64_t /*position*/, Cell& /*cell*/, std::int64_t /*length*/) {
+bits::Outcome RefuseToDecode(DecodeContext& /*context*/, const ValueRow& /*row*/,
+                             std::int64_t /*position*/, Cell& /*cell*/, std::int64_t /*length*/) {
     return kSizeError;
 }
 
-std::int64_t RefuseToEncode(EncodeContext& /*context*/, const ValueRow& /*row*/,
-                            std::int64_t /*position*/, const Cell& /*cell*/) {
+bits::Outcome RefuseToEncode(EncodeContext& /*context*/, const ValueRow& /*row*/,
+                             std::int64_t /*position*/, const Cell& /*cell*/) {
     return kSizeError;
 }
 

@@ -112,7 +112,7 @@ TEST_F(TrackingAreaListItem, IsWrittenWithTypeAndCount) {
 
 TEST_F(TrackingAreaListItem, WithoutAnAlternativeWritesNothing) {
     for (const std::uint32_t tag : {0U, 4U}) {
-        item_.Decode("20 62 F2 10 12 34");
+        static_cast<void>(item_.Decode("20 62 F2 10 12 34"));
         item_.Record().number = tag;
         EXPECT_EQ(item_.Encode().bits, 0);
     }

@@ -431,12 +431,12 @@ TEST(MessageInAMessage, TheDirectionsHaveTagsOfTheirOwn) {
                                      "D9", "E8", "C9", "D1", "D3"};
     std::uint32_t tag = 0;
     for (const char* type : kUp) {
-        up.Decode(std::string("02 00 ") + type);
+        static_cast<void>(up.Decode(std::string("02 00 ") + type));
         EXPECT_EQ(up.Record().number, ++tag) << type;
     }
     tag = 0;
     for (const char* type : kDown) {
-        down.Decode(std::string("02 00 ") + type);
+        static_cast<void>(down.Decode(std::string("02 00 ") + type));
         EXPECT_EQ(down.Record().number, ++tag) << type;
     }
 }

@@ -42,11 +42,11 @@ TEST(XtidKeys, TheTypeIsNotMasked) {
     SetUnderTest down = Down();
     for (std::uint32_t type = 0; type < 256; ++type) {
         const std::string octets = "0A " + HexOctet(type);
-        up.Decode(octets);
+        static_cast<void>(up.Decode(octets));
         const auto inUplink = kUplinkTags.find(type);
         EXPECT_EQ(up.Container().tag, inUplink == kUplinkTags.end() ? 0 : inUplink->second)
             << octets;
-        down.Decode(octets);
+        static_cast<void>(down.Decode(octets));
         const auto inDownlink = kDownlinkTags.find(type);
         EXPECT_EQ(down.Container().tag, inDownlink == kDownlinkTags.end() ? 0 : inDownlink->second)
             << octets;
@@ -56,7 +56,7 @@ TEST(XtidKeys, TheTypeIsNotMasked) {
 TEST(XtidKeys, OfTheFirstOctetTheLowHalfCounts) {
     SetUnderTest up = Up();
     for (std::uint32_t first = 0; first < 256; ++first) {
-        up.Decode(HexOctet(first) + " 55 1F");
+        static_cast<void>(up.Decode(HexOctet(first) + " 55 1F"));
         // With an identifier of 7 the octet 55 belongs to the extension, which has no end here.
         const bool known = (first & 15U) == 10 && (first >> 4 & 7U) != 7;
         EXPECT_EQ(up.Container().tag, known ? 9U : 0U) << first;
@@ -166,7 +166,7 @@ TEST(DummyDownlink, KnowsASetupOfTheUplink) {
 TEST(DummyDownlink, KnowsNothingElse) {
     SetUnderTest set(families::kL3Family, "Message_set_DummyDownlink");
     for (std::uint32_t type = 0; type < 256; ++type) {
-        set.Decode("03 " + HexOctet(type));
+        static_cast<void>(set.Decode("03 " + HexOctet(type)));
         EXPECT_EQ(set.Container().tag, (type & 0x3FU) == 5 ? 1U : 0U) << type;
     }
     EXPECT_EQ(set.Decode("05 05"), kUnknownMessage);

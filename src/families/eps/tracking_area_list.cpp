@@ -7,6 +7,7 @@ namespace quorvane::families {
 namespace {
 
 using bits::Cell;
+using bits::Outcome;
 using iecodec::AlternativeRow;
 using iecodec::ValueRow;
 
@@ -18,8 +19,8 @@ constexpr std::int64_t kPlmnBits = 24;
 constexpr std::int64_t kCodeBits = 16;
 constexpr std::size_t kCodesOfType0 = 6;  // member TAC, behind the six digits
 
-std::int64_t DecodeItem(iecodec::DecodeContext& context, const ValueRow& row, std::int64_t position,
-                        Cell& cell, std::int64_t /*length*/) {
+Outcome DecodeItem(iecodec::DecodeContext& context, const ValueRow& row, std::int64_t position,
+                   Cell& cell, std::int64_t /*length*/) {
     const std::uint32_t type = context.reader.Read(position + 1, 2);
     if (type > kType2) {
         return iecodec::kSyntaxError;
@@ -33,8 +34,7 @@ std::int64_t DecodeItem(iecodec::DecodeContext& context, const ValueRow& row, st
     }
     const std::int64_t length =
         type == kType0 ? kPlmnBits + kCodeBits * count : (kPlmnBits + kCodeBits) * count;
-    const std::int64_t result = iecodec::DecodeValue(context, body, position + 8, chosen, length);
-    return result < 0 ? result : 8 + result;
+    return iecodec::DecodeValue(context, body, position + 8, chosen, length).Plus(8);
 }
 
 /// The octet in front of a list: its type and the number of its elements less one.
@@ -45,8 +45,8 @@ void WriteFirstOctet(iecodec::EncodeContext& context, std::int64_t position, std
     context.writer.Write(position + 3, count == 0 ? 0 : count - 1, 5);
 }
 
-std::int64_t EncodeItem(iecodec::EncodeContext& context, const ValueRow& row, std::int64_t position,
-                        const Cell& cell) {
+Outcome EncodeItem(iecodec::EncodeContext& context, const ValueRow& row, std::int64_t position,
+                   const Cell& cell) {
     if (cell.number == 0 || cell.number > row.count) {
         return 0;
     }
@@ -55,15 +55,14 @@ std::int64_t EncodeItem(iecodec::EncodeContext& context, const ValueRow& row, st
     const ValueRow& body = iecodec::RowAt(context, alternative.value);
     const Cell& chosen = *cell.cells;
     if (type == kType1) {
-        const std::int64_t result = iecodec::EncodeValue(context, body, position, chosen);
+        const Outcome result = iecodec::EncodeValue(context, body, position, chosen);
         context.writer.Write(position + 1, kType1, 2);
         return result;
     }
     const std::uint32_t count =
         type == kType0 ? iecodec::MemberOf(chosen, kCodesOfType0).number : chosen.number;
     WriteFirstOctet(context, position, type, count);
-    const std::int64_t result = iecodec::EncodeValue(context, body, position + 8, chosen);
-    return result < 0 ? result : 8 + result;
+    return iecodec::EncodeValue(context, body, position + 8, chosen).Plus(8);
 }
 
 }  // namespace
