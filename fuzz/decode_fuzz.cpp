@@ -1,12 +1,12 @@
 // Every entry point that decodes: whatever the octets and the length, all of them give the same
 // well-formed answer and read nothing that they were not given.
-//
-// Input: the decoding; the kind of length; the length, as that kind wants it; the octets.
+// Input: see decode_input.h.
 
 #include <algorithm>
 #include <string>
 #include <sys/mman.h>
 
+#include "decode_input.h"
 #include "facade/decodings.h"
 #include "fuzz_support.h"
 #include "quorvane/decode.h"
@@ -102,22 +102,15 @@ void CheckHuge(Decoding decoding, Octets readable, std::int32_t length) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
     using namespace quorvane;
-    constexpr std::size_t kMostOctets = 65536;
     constexpr std::int32_t kHuge = 1 << 20;
-    fuzz::Input input(octets, std::min(size, kMostOctets));
-    const Decoding decoding = Decodings()[input.Below(Decodings().size())].decoding;
-    const std::size_t kind = input.Below(4);
-    const auto offset = kind == 0 ? 0 : static_cast<std::int32_t>(input.Number(kind == 3 ? 4 : 1));
-    const auto whole = static_cast<std::int32_t>(input.Rest().size());
-    // All of the octets, so many less or more, or any number.
-    const std::int32_t length = kind == 3 ? offset : kind == 1 ? whole - offset : whole + offset;
-    if (length > kHuge) {
-        CheckHuge(decoding, input.Rest(), length);
+    const fuzz::DecodeInput input = fuzz::ReadDecodeInput({octets, size});
+    if (input.length > kHuge) {
+        CheckHuge(input.decoding, input.readable, input.length);
         return 0;
     }
-    CheckPadded(decoding, input.Rest(), length);
-    const auto most = static_cast<std::int32_t>(kMostOctets);
-    const auto shown = static_cast<std::size_t>(std::clamp(length, 0, std::min(whole, most)));
-    CheckSpan(decoding, input.Rest().first(shown));
+    CheckPadded(input.decoding, input.readable, input.length);
+    const auto whole = static_cast<std::int32_t>(input.readable.size());
+    const auto shown = static_cast<std::size_t>(std::clamp(input.length, 0, whole));
+    CheckSpan(input.decoding, input.readable.first(shown));
     return 0;
 }
