@@ -3,9 +3,12 @@
 #include <map>
 #include <ostream>
 
+#include "bits/named_enum.h"
+
 namespace quorvane::compiler {
 namespace {
 
+using bits::EnumeratorText;
 using Kind = TypeModel::Kind;
 
 std::string Quoted(std::string_view text) {
@@ -96,24 +99,6 @@ std::vector<TypeModel*> NumberTypes(const std::vector<TypeModel*>& named) {
     return ordered;
 }
 
-std::string KindName(Kind kind) {
-    switch (kind) {
-        case Kind::kInteger:
-            return "TypeKind::kInteger";
-        case Kind::kEnumerated:
-            return "TypeKind::kEnumerated";
-        case Kind::kBinary:
-            return "TypeKind::kBinary";
-        case Kind::kSequence:
-            return "TypeKind::kSequence";
-        case Kind::kStruct:
-            return "TypeKind::kStruct";
-        case Kind::kUnion:
-            break;
-    }
-    return "TypeKind::kUnion";
-}
-
 class Emitter {
   public:
     Emitter(std::ostream& out, const FamilySyntax& family, FamilyModel& model)
@@ -146,7 +131,7 @@ class Emitter {
                 }
                 elementCount += type->elements.size();
             }
-            types.Row({Quoted(type->name), KindName(type->kind), Flag(type->named),
+            types.Row({Quoted(type->name), EnumeratorText(type->kind), Flag(type->named),
                        Flag(type->fixed), std::to_string(type->size), std::to_string(first),
                        std::to_string(type->elements.size())});
         }
@@ -164,9 +149,7 @@ class Emitter {
         }
         Table orders("IeOrderRow", "kOrders");
         for (const auto& row : model_.orders) {
-            static constexpr const char* kKinds[] = {"IeOrderRow::kTagged", "IeOrderRow::kUntagged",
-                                                     "IeOrderRow::kEnd"};
-            orders.Row({Number(row.value), Number(row.mask), kKinds[row.kind]});
+            orders.Row({Number(row.value), Number(row.mask), EnumeratorText(row.kind)});
         }
         out_ << formats << orders;
         Fields();
@@ -206,17 +189,9 @@ class Emitter {
     }
 
     void Fields() {
-        static constexpr const char* kFormatNames[] = {"kV",    "kHalfLow", "kHalfHigh", "kLv",
-                                                       "kLvE",  "kTv",      "kTvHalf",   "kTlv",
-                                                       "kTlvE", "kT",       "kRest",     "kMark"};
-        static constexpr const char* kPresenceNames[] = {"kMandatory", "kOptional", "kConditional"};
         Table fields("FieldRow", "kFields");
         for (const auto& row : model_.fields) {
-            fields.Row({Quoted(row.name),
-                        std::string("FieldRow::Format::") +
-                            kFormatNames[static_cast<std::size_t>(row.format)],
-                        std::string("FieldRow::Presence::") +
-                            kPresenceNames[static_cast<std::size_t>(row.presence)],
+            fields.Row({Quoted(row.name), EnumeratorText(row.format), EnumeratorText(row.presence),
                         Number(row.tag), Number(row.element), Number(row.value), Number(row.width),
                         Number(row.leastOctets), std::to_string(row.mostOctets), Number(row.order),
                         Number(row.conditionElement), std::to_string(row.conditionMask) + "U",
@@ -227,16 +202,12 @@ class Emitter {
     }
 
     void Values() {
-        static constexpr const char* kShapeNames[] = {
-            "kInteger",  "kBinary",    "kFixed", "kTruncatable", "kSerial",      "kChoice",
-            "kSequence", "kExtension", "kCsn",   "kMessageSet",  "kMessageBody", "kSpecial"};
         Table values("ValueRow", "kValues");
         for (const auto& row : model_.values) {
-            values.Row({Quoted(row.name),
-                        std::string("Shape::") + kShapeNames[static_cast<std::size_t>(row.shape)],
-                        Flag(row.located), Number(row.members), std::to_string(row.capacity),
-                        Number(row.width), Number(row.first), Number(row.count), Number(row.item),
-                        Number(row.element), Number(row.selectorOffset), Number(row.selectorWidth),
+            values.Row({Quoted(row.name), EnumeratorText(row.shape), Flag(row.located),
+                        Number(row.members), std::to_string(row.capacity), Number(row.width),
+                        Number(row.first), Number(row.count), Number(row.item), Number(row.element),
+                        Number(row.selectorOffset), Number(row.selectorWidth),
                         Number(row.decodeNumber), Number(row.encodeNumber),
                         Number(row.shortNumber)});
         }
@@ -244,13 +215,10 @@ class Emitter {
     }
 
     void Parts() {
-        static constexpr const char* kPartNames[] = {"kSkip", "kInteger", "kValue", "kCounted",
-                                                     "kRest"};
         Table parts("PartRow", "kParts");
         for (const auto& row : model_.parts) {
-            parts.Row(
-                {std::string("PartRow::Kind::") + kPartNames[static_cast<std::size_t>(row.kind)],
-                 Number(row.element), Number(row.offset), Number(row.width), Number(row.value)});
+            parts.Row({EnumeratorText(row.kind), Number(row.element), Number(row.offset),
+                       Number(row.width), Number(row.value)});
         }
         Table alternatives("AlternativeRow", "kAlternatives");
         for (const auto& row : model_.alternatives) {
@@ -270,13 +238,10 @@ class Emitter {
     }
 
     void Messages() {
-        static constexpr const char* kItemNames[] = {"kField", "kLateField", "kConstant",
-                                                     "kMessageType", "kExtendedIdentifier"};
         Table items("HeaderItemRow", "kHeaderItems");
         for (const auto& row : model_.headerItems) {
-            items.Row({std::string("HeaderItemRow::Kind::") +
-                           kItemNames[static_cast<std::size_t>(row.kind)],
-                       Number(row.element), Number(row.width), std::to_string(row.constant) + "U"});
+            items.Row({EnumeratorText(row.kind), Number(row.element), Number(row.width),
+                       std::to_string(row.constant) + "U"});
         }
         Table messages("MessageRow", "kMessages");
         for (const auto& row : model_.messages) {
@@ -288,8 +253,6 @@ class Emitter {
     }
 
     void Sets() {
-        static constexpr const char* kFormNames[] = {"kTwoOctets", "kSixBits",
-                                                     "kExtendedIdentifier"};
         Table sets("MessageSetRow", "kSets");
         for (std::size_t index = 0; index < model_.sets.size(); ++index) {
             const SetModel& set = model_.sets[index];
@@ -312,11 +275,10 @@ class Emitter {
             }
             out_ << attempts << keys << messages << memberTypes;
             sets.Row({Quoted(set.syntax->name.text), Number(set.type->index),
-                      std::string("MessageSetRow::KeyForm::") +
-                          kFormNames[static_cast<std::size_t>(set.syntax->keyForm)],
-                      Number(set.syntax->highOctet), Number(set.syntax->lowOctet),
-                      Number(set.syntax->typeOctet), "kAttempts" + suffix, "kKeys" + suffix,
-                      "kSetMessages" + suffix, "kSetTypes" + suffix});
+                      EnumeratorText(set.syntax->keyForm), Number(set.syntax->highOctet),
+                      Number(set.syntax->lowOctet), Number(set.syntax->typeOctet),
+                      "kAttempts" + suffix, "kKeys" + suffix, "kSetMessages" + suffix,
+                      "kSetTypes" + suffix});
         }
         out_ << sets;
     }

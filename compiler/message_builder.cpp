@@ -11,57 +11,29 @@ using iecodec::IeOrderRow;
 using iecodec::kNone;
 using iecodec::MessageRow;
 using Format = FieldRow::Format;
+using ValueEnd = iecodec::FieldFormatInfo::ValueEnd;
 using Presence = FieldRow::Presence;
 
-Format FormatOf(const FieldSyntax& field) {
-    using Written = FieldSyntax::Format;
-    switch (field.format) {
-        case Written::kV:
-            return Format::kV;  // half octets are paired later
-        case Written::kLv:
-            return Format::kLv;
-        case Written::kLvE:
-            return Format::kLvE;
-        case Written::kTv:
-            return field.half ? Format::kTvHalf : Format::kTv;
-        case Written::kTlv:
-            return Format::kTlv;
-        case Written::kTlvE:
-            return Format::kTlvE;
-        case Written::kT:
-            return Format::kT;
-        case Written::kRest:
-            return Format::kRest;
-        case Written::kMark:
+/// Whether values of the shape report failures under numbers of their own.
+bool ReportsFailures(iecodec::Shape shape) {
+    using iecodec::Shape;
+    switch (shape) {
+        case Shape::kBinary:
+        case Shape::kSequence:
+        case Shape::kExtension:
+            return true;
+        case Shape::kInteger:
+        case Shape::kFixed:
+        case Shape::kTruncatable:
+        case Shape::kSerial:
+        case Shape::kChoice:
+        case Shape::kCsn:
+        case Shape::kMessageSet:
+        case Shape::kMessageBody:
+        case Shape::kSpecial:
             break;
     }
-    return Format::kMark;
-}
-
-bool HasTag(Format format) {
-    return format == Format::kTv || format == Format::kTvHalf || format == Format::kTlv ||
-           format == Format::kTlvE || format == Format::kT;
-}
-
-bool HasLength(Format format) {
-    return format == Format::kLv || format == Format::kLvE || format == Format::kTlv ||
-           format == Format::kTlvE;
-}
-
-HeaderItemRow::Kind KindOf(HeaderItemSyntax::Kind kind) {
-    switch (kind) {
-        case HeaderItemSyntax::Kind::kField:
-            return HeaderItemRow::Kind::kField;
-        case HeaderItemSyntax::Kind::kLateField:
-            return HeaderItemRow::Kind::kLateField;
-        case HeaderItemSyntax::Kind::kConstant:
-            return HeaderItemRow::Kind::kConstant;
-        case HeaderItemSyntax::Kind::kMessageType:
-            return HeaderItemRow::Kind::kMessageType;
-        case HeaderItemSyntax::Kind::kExtendedIdentifier:
-            break;
-    }
-    return HeaderItemRow::Kind::kExtendedIdentifier;
+    return false;
 }
 
 }  // namespace
@@ -116,8 +88,7 @@ void MessageBuilder::AddHeader(Header& header) {
     for (const HeaderItemSyntax& item : header.syntax->items) {
         const auto found = std::find(header.members.begin(), header.members.end(), &item);
         const auto element = static_cast<std::uint16_t>(found - header.members.begin());
-        model_.headerItems.push_back({KindOf(item.kind),
-                                      found == header.members.end() ? kNone : element,
+        model_.headerItems.push_back({item.kind, found == header.members.end() ? kNone : element,
                                       static_cast<std::uint8_t>(item.bits), item.constant});
     }
 }
@@ -126,22 +97,23 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
                                  const TypeModel& type, std::uint16_t element) {
     FieldRow row{};
     row.name = field.name.text;
-    row.format = FormatOf(field);
+    row.format = field.format;
     row.element = element;
     row.order = kNone;
     row.conditionElement = kNone;
     row.leastOctets = static_cast<std::uint16_t>(field.least.value_or(0));
     row.mostOctets = static_cast<std::uint16_t>(field.most.value_or(0xFFFF));
     row.tag = static_cast<std::uint8_t>(field.tag.value_or(0));
-    row.presence = field.condition                          ? Presence::kConditional
-                   : HasTag(row.format) && !field.mandatory ? Presence::kOptional
-                                                            : Presence::kMandatory;
+    row.presence = field.condition ? Presence::kConditional
+                   : InfoOf(row.format).identifierWidth != 0 && !field.mandatory
+                       ? Presence::kOptional
+                       : Presence::kMandatory;
     const bool exact = field.least && field.least == field.most;
     row.width = static_cast<std::uint16_t>(field.half ? 4 : exact ? 8 * *field.least : 0);
-    const bool typeOnly = row.format == Format::kT || row.format == Format::kMark;
-    row.value = typeOnly ? kNone
-                         : values_.RowOf(field.type, type.elements[element].type, field.name.text,
-                                         row.width, true);
+    row.value = InfoOf(row.format).valueEnd == ValueEnd::kNoValue
+                    ? kNone
+                    : values_.RowOf(field.type, type.elements[element].type, field.name.text,
+                                    row.width, true);
     if (field.condition) {
         const auto& condition = *field.condition;
         const auto found = std::find_if(
@@ -162,8 +134,8 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
 }
 
 void MessageBuilder::CheckLimits(const FieldSyntax& field) {
-    const Format format = FormatOf(field);
-    if (HasTag(format) != field.tag.has_value()) {
+    const iecodec::FieldFormatInfo info = InfoOf(field.format);
+    if ((info.identifierWidth != 0) != field.tag.has_value()) {
         reporter_.Error(
             field.name.place,
             field.tag ? "the format of '" + field.name.text +
@@ -179,7 +151,7 @@ void MessageBuilder::CheckLimits(const FieldSyntax& field) {
                         "'9- TV half'");
     }
     const bool sized = field.half || (field.least && field.least == field.most);
-    if ((format == Format::kV || format == Format::kTv || format == Format::kTvHalf) && !sized) {
+    if (info.valueEnd == ValueEnd::kWidth && !sized) {
         reporter_.Error(field.name.place, "the size of '" + field.name.text +
                                               "' is missing: a number of octets, or 'half'");
     }
@@ -187,16 +159,15 @@ void MessageBuilder::CheckLimits(const FieldSyntax& field) {
         reporter_.Error(field.name.place,
                         "the limits of '" + field.name.text + "' are the wrong way round");
     }
-    if (HasLength(format) && field.half) {
+    if (info.valueEnd == ValueEnd::kLength && field.half) {
         reporter_.Error(field.name.place, "a field with a length is not half an octet");
     }
 }
 
 void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
     const std::uint32_t width = values_.WidthOf(row.value);
-    const bool fixedWidth =
-        row.format == Format::kV || row.format == Format::kTv || row.format == Format::kTvHalf;
-    if (fixedWidth && width != 0 && row.width != 0 && width != row.width) {
+    if (InfoOf(row.format).valueEnd == ValueEnd::kWidth && width != 0 && row.width != 0 &&
+        width != row.width) {
         reporter_.Error(field.type.place, "'" + field.name.text + "' has " +
                                               std::to_string(row.width) + " bits, its type " +
                                               std::to_string(width));
@@ -235,10 +206,9 @@ void MessageBuilder::AddOrderRows(std::size_t firstField) {
     }
     for (auto row = begin; row != model_.fields.end(); ++row) {
         row->order = static_cast<std::uint16_t>(model_.orders.size());
-        if (HasTag(row->format)) {
-            const bool half = row->format == Format::kTvHalf;
+        if (const std::int32_t width = InfoOf(row->format).identifierWidth; width != 0) {
             model_.orders.push_back(
-                {row->tag, static_cast<std::uint8_t>(half ? 0xF0 : 0xFF), IeOrderRow::kTagged});
+                {row->tag, static_cast<std::uint8_t>(0xFFU << (8 - width)), IeOrderRow::kTagged});
         } else {
             model_.orders.push_back({0, 0, IeOrderRow::kUntagged});
         }
@@ -322,18 +292,17 @@ void MessageBuilder::NumberDiagnostics() {
     const auto number = [&next] { return static_cast<std::uint16_t>(next++); };
     for (FieldRow& field : model_.fields) {
         field.encodeNumber = number();
-        if (HasTag(field.format)) {
+        if (InfoOf(field.format).identifierWidth != 0) {
             number();  // the search, which reports nothing
         }
-        if (HasLength(field.format)) {
+        if (InfoOf(field.format).lengthWidth != 0) {
             field.sizeNumber = number();
         }
         field.valueNumber = number();
         field.shortNumber = number();
     }
     for (iecodec::ValueRow& value : model_.values) {
-        if (value.shape == iecodec::Shape::kSequence || value.shape == iecodec::Shape::kExtension ||
-            value.shape == iecodec::Shape::kBinary) {
+        if (ReportsFailures(value.shape)) {
             value.encodeNumber = number();
             value.decodeNumber = number();
             value.shortNumber = number();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "compiler/reporter.h"
+#include "reflect/type_tables.h"
 
 namespace quorvane::compiler {
 
@@ -37,7 +38,7 @@ struct ElementModel {
 /// A descriptor: a named type, or the inline type of one member or sequence. An inline type is
 /// named after its owner: owner, "_", member; a sequence's item adds "_data".
 struct TypeModel {
-    enum class Kind { kInteger, kEnumerated, kBinary, kSequence, kStruct, kUnion };
+    using Kind = reflect::TypeKind;
 
     Kind kind = Kind::kInteger;
     std::string name;

@@ -497,9 +497,8 @@ class Parser {
             condition.value = tokens_.ExpectNumber("the value");
             field.condition = std::move(condition);
         }
-        const bool hasType =
-            field.format != FieldSyntax::Format::kT && field.format != FieldSyntax::Format::kMark;
-        if (hasType) {
+        using ValueEnd = iecodec::FieldFormatInfo::ValueEnd;
+        if (InfoOf(field.format).valueEnd != ValueEnd::kNoValue) {
             if (!tokens_.Expect(":")) {
                 tokens_.SkipEntry();
                 return std::nullopt;
@@ -552,7 +551,9 @@ class Parser {
             return false;
         }
         field.half = tokens_.Accept("half");
-        if (!field.half) {
+        if (field.half) {
+            field.format = field.format == Format::kTv ? Format::kTvHalf : field.format;
+        } else {
             field.least = tokens_.AcceptNumber();
             field.most = field.least;
             if (field.least && tokens_.Accept("-")) {
@@ -596,9 +597,9 @@ class Parser {
             set.lowOctet = tokens_.ExpectNumber("the key's lower octet");
         } else if (tokens_.Accept("bits")) {
             tokens_.Expect("6");
-            set.keyForm = SetSyntax::KeyForm::kSixBits;
+            set.keyForm = iecodec::KeyForm::kSixBits;
         } else if (tokens_.Accept("extended")) {
-            set.keyForm = SetSyntax::KeyForm::kExtendedIdentifier;
+            set.keyForm = iecodec::KeyForm::kExtendedIdentifier;
         } else {
             tokens_.ErrorExpected("the form of the key (octets, bits 6 or extended)");
             tokens_.SkipEntry();

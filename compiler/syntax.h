@@ -11,6 +11,7 @@
 
 #include "compiler/model.h"
 #include "compiler/reporter.h"
+#include "iecodec/tables.h"
 
 namespace quorvane::compiler {
 
@@ -94,7 +95,7 @@ struct SequenceSyntax {
 };
 
 struct HeaderItemSyntax {
-    enum class Kind { kField, kLateField, kConstant, kMessageType, kExtendedIdentifier };
+    using Kind = iecodec::HeaderItemKind;
 
     Kind kind = Kind::kField;
     Name name;
@@ -111,7 +112,7 @@ struct HeaderSyntax {
 };
 
 struct FieldSyntax {
-    enum class Format { kV, kLv, kLvE, kTv, kTlv, kTlvE, kT, kRest, kMark };
+    using Format = iecodec::FieldFormat;
     struct Condition {
         Name member;
         std::optional<std::uint32_t> mask;
@@ -121,7 +122,7 @@ struct FieldSyntax {
     Name name;
     std::optional<std::uint32_t> tag;  // 8-bit form
     bool halfTag = false;
-    Format format = Format::kV;
+    Format format = Format::kV;  // half octets are paired later
     bool half = false;
     std::optional<std::uint32_t> least;  // octets
     std::optional<std::uint32_t> most;
@@ -148,10 +149,9 @@ struct SetSyntax {
         Name name;
         std::vector<std::uint32_t> keys;
     };
-    enum class KeyForm { kTwoOctets, kSixBits, kExtendedIdentifier };
 
     Name name;
-    KeyForm keyForm = KeyForm::kTwoOctets;
+    iecodec::KeyForm keyForm = iecodec::KeyForm::kTwoOctets;
     std::uint32_t highOctet = 0;
     std::uint32_t lowOctet = 1;
     std::uint32_t typeOctet = 1;

@@ -46,9 +46,23 @@ std::uint32_t ValueBuilder::WidthOf(std::uint16_t row) const {
         return 0;
     }
     const ValueRow& value = model_.values[row];
-    const bool known = value.shape == Shape::kInteger || value.shape == Shape::kFixed ||
-                       value.shape == Shape::kBinary;
-    return known ? value.width : 0;
+    switch (value.shape) {
+        case Shape::kInteger:
+        case Shape::kFixed:
+        case Shape::kBinary:
+            return value.width;
+        case Shape::kTruncatable:
+        case Shape::kSerial:
+        case Shape::kChoice:
+        case Shape::kSequence:
+        case Shape::kExtension:
+        case Shape::kCsn:
+        case Shape::kMessageSet:
+        case Shape::kMessageBody:
+        case Shape::kSpecial:
+            break;
+    }
+    return 0;
 }
 
 std::uint16_t ValueBuilder::RowOfNamed(const Name& use) {
@@ -68,7 +82,7 @@ std::uint16_t ValueBuilder::RowOfNamed(const Name& use) {
 
 std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* type,
                                   std::string_view name, std::uint32_t wireBits, bool located) {
-    if (type == nullptr || syntax.kind == TypeSyntax::Kind::kSpare) {
+    if (type == nullptr) {
         return kNone;
     }
     ValueRow row{};
@@ -98,7 +112,9 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
             row.item = RowOf(*syntax.item, type->item, name, 0, false);
             return Add(row);
         }
-        default:
+        case TypeSyntax::Kind::kSpare:
+            return kNone;
+        case TypeSyntax::Kind::kStruct:
             reporter_.Error(syntax.place,
                             "an inline struct has a wire form only inside a special element; "
                             "declare a struct of its own");
@@ -212,28 +228,11 @@ void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
         return;  // a second one of the name, reported
     }
     ValueRow row = StructRow(*type);
-    if (syntax.shape == StructShape::kSpecial) {
-        row.shape = Shape::kSpecial;
-        row.item = Special(syntax.special);
-        row.count = static_cast<std::uint16_t>(syntax.members.size());
-        row.first = AddSpecialParts(syntax);
-        AddNamed(syntax.name, row);
-        return;
-    }
-    if (syntax.shape == StructShape::kExtension) {
-        BuildExtension(syntax, row);
-        return;
-    }
-    const std::uint32_t width = AddParts(syntax, syntax.members, 0, 0);
-    row.count = static_cast<std::uint16_t>(syntax.members.size());
-    row.first = static_cast<std::uint16_t>(model_.parts.size() - row.count);
-    row.width = static_cast<std::uint16_t>(width);
-    const bool open =
-        !syntax.members.empty() && syntax.members.back().extent == MemberSyntax::Extent::kRest;
     switch (syntax.shape) {
         case StructShape::kFixed:
             row.shape = Shape::kFixed;
-            if (open) {
+            if (!syntax.members.empty() &&
+                syntax.members.back().extent == MemberSyntax::Extent::kRest) {
                 reporter_.Error(syntax.members.back().name.place,
                                 "a fixed struct has no member that takes the rest; use "
                                 "truncatable or serial");
@@ -242,10 +241,23 @@ void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
         case StructShape::kTruncatable:
             row.shape = Shape::kTruncatable;
             break;
-        default:
+        case StructShape::kSerial:
             row.shape = Shape::kSerial;
             break;
+        case StructShape::kExtension:
+            BuildExtension(syntax, row);
+            return;
+        case StructShape::kSpecial:
+            row.shape = Shape::kSpecial;
+            row.item = Special(syntax.special);
+            row.count = static_cast<std::uint16_t>(syntax.members.size());
+            row.first = AddSpecialParts(syntax);
+            AddNamed(syntax.name, row);
+            return;
     }
+    row.width = static_cast<std::uint16_t>(AddParts(syntax, syntax.members, 0, 0));
+    row.count = static_cast<std::uint16_t>(syntax.members.size());
+    row.first = static_cast<std::uint16_t>(model_.parts.size() - row.count);
     AddNamed(syntax.name, row);
 }
 
@@ -315,11 +327,17 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
     row.selectorOffset = static_cast<std::uint16_t>(syntax.selectorOffset);
     row.selectorWidth = static_cast<std::uint16_t>(syntax.selectorWidth);
     row.count = static_cast<std::uint16_t>(syntax.alternatives.size());
-    row.shape = syntax.shape == UnionSyntax::Shape::kChoice     ? Shape::kChoice
-                : syntax.shape == UnionSyntax::Shape::kMessages ? Shape::kMessageSet
-                                                                : Shape::kSpecial;
-    if (row.shape == Shape::kSpecial) {
-        row.item = Special(syntax.special);
+    switch (syntax.shape) {
+        case UnionSyntax::Shape::kChoice:
+            row.shape = Shape::kChoice;
+            break;
+        case UnionSyntax::Shape::kMessages:
+            row.shape = Shape::kMessageSet;
+            break;
+        case UnionSyntax::Shape::kSpecial:
+            row.shape = Shape::kSpecial;
+            row.item = Special(syntax.special);
+            break;
     }
     std::vector<iecodec::AlternativeRow> alternatives;
     bool hasDefault = false;

@@ -24,16 +24,6 @@ using Presence = FieldRow::Presence;
 
 constexpr std::int64_t kRoom = 4096;  // octets
 
-bool HasLength(Format format) {
-    return format == Format::kLv || format == Format::kLvE || format == Format::kTlv ||
-           format == Format::kTlvE;
-}
-
-bool HasTag(Format format) {
-    return format == Format::kTv || format == Format::kTvHalf || format == Format::kTlv ||
-           format == Format::kTlvE || format == Format::kT;
-}
-
 /// The bits that the value takes, or a negative code.
 std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, const Cell& cell) {
     std::array<std::uint8_t, kRoom> octets{};
@@ -71,18 +61,27 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
     std::int32_t offset = 0;
     for (const auto& item :
          tables_.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)) {
-        if (item.kind == Kind::kField || item.kind == Kind::kLateField) {
-            std::uint32_t value = Bits(item.width);
-            if (offset + item.width <= 8) {
-                const std::int32_t shift = 16 - offset - item.width;
-                const std::uint32_t kept = (mask >> shift) & ((1U << item.width) - 1U);
-                value = (value & ~kept) | ((key >> shift) & kept);
+        switch (item.kind) {
+            case Kind::kField:
+            case Kind::kLateField: {
+                std::uint32_t value = Bits(item.width);
+                if (offset + item.width <= 8) {
+                    const std::int32_t shift = 16 - offset - item.width;
+                    const std::uint32_t kept = (mask >> shift) & ((1U << item.width) - 1U);
+                    value = (value & ~kept) | ((key >> shift) & kept);
+                }
+                cells[item.element].number = value;
+                break;
             }
-            cells[item.element].number = value;
-        } else if (item.kind == Kind::kExtendedIdentifier) {
-            constexpr std::uint32_t kReserved = 7;
-            const std::uint32_t value = Bits(random_.OneIn(4) ? 7 : 3);
-            cells[item.element].number = value == kReserved ? 0 : value;
+            case Kind::kExtendedIdentifier: {
+                constexpr std::uint32_t kReserved = 7;
+                const std::uint32_t value = Bits(random_.OneIn(4) ? 7 : 3);
+                cells[item.element].number = value == kReserved ? 0 : value;
+                break;
+            }
+            case Kind::kConstant:
+            case Kind::kMessageType:
+                break;
         }
         offset += item.width;
     }
@@ -98,8 +97,8 @@ bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const Fiel
         if (earlier.presence == Presence::kMandatory || cells[earlier.element].present) {
             return false;
         }
-        const std::uint8_t mask = earlier.format == Format::kTvHalf ? 0xF0 : 0xFF;
-        if ((field.tag & mask) == earlier.tag) {
+        const std::int32_t width = InfoOf(earlier.format).identifierWidth;
+        if (width != 0 && (field.tag ^ earlier.tag) >> (8 - width) == 0) {
             return true;
         }
     }
@@ -109,19 +108,23 @@ bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const Fiel
 bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
     for (const FieldRow& field : tables_.fields.subspan(message.firstField, message.fieldCount)) {
         Cell& cell = cells[field.element];
-        if (field.presence == Presence::kOptional) {
-            if (random_.OneIn(2) || IsMistakable(message, field, cells)) {
-                continue;
+        switch (field.presence) {
+            case Presence::kMandatory:
+                break;
+            case Presence::kOptional:
+                if (random_.OneIn(2) || IsMistakable(message, field, cells)) {
+                    continue;
+                }
+                cell.present = true;
+                break;
+            case Presence::kConditional: {
+                const std::uint32_t decider = cells[field.conditionElement].number;
+                if ((decider & field.conditionMask) != field.conditionValue) {
+                    continue;
+                }
+                cell.present = true;
+                break;
             }
-            cell.present = true;
-        } else if (field.presence == Presence::kConditional) {
-            const std::uint32_t decider = cells[field.conditionElement].number;
-            if ((decider & field.conditionMask) != field.conditionValue) {
-                continue;
-            }
-            cell.present = true;
-        } else if (HasTag(field.format)) {
-            cell.present = false;
         }
         if (field.value != kNone && !FillField(field, cell)) {
             return false;
@@ -132,9 +135,8 @@ bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
 
 bool ValueGenerator::FillField(const FieldRow& field, Cell& cell) {
     const ValueRow& row = tables_.values[field.value];
-    if (HasLength(field.format)) {
-        const bool extended = field.format == Format::kLvE || field.format == Format::kTlvE;
-        const std::int64_t announced = extended ? 65535 : 255;
+    if (const std::int32_t lengthWidth = InfoOf(field.format).lengthWidth; lengthWidth != 0) {
+        const std::int64_t announced = (std::int64_t{1} << lengthWidth) - 1;
         const auto most = std::min<std::int64_t>(field.mostOctets, announced);
         return FillWithin(row, cell, 8 * std::int64_t{field.leastOctets}, 8 * most);
     }
@@ -223,18 +225,29 @@ bool ValueGenerator::FillParts(const ValueRow& row, Cell& cell, std::int64_t mos
     Cell* cells = Members(row, cell);
     std::int64_t left = most;
     for (const PartRow& part : tables_.parts.subspan(row.first, row.count)) {
-        if (part.kind == PartRow::Kind::kSkip) {
-            left -= part.width;
-            continue;
-        }
-        const ValueRow& value = tables_.values[part.value];
-        const bool open = part.kind == PartRow::Kind::kCounted || part.kind == PartRow::Kind::kRest;
-        if (!Fill(value, cells[part.element], open ? left - 8 : part.width)) {
+        if (!FillPart(part, cells, left)) {
             return false;
         }
         left -= part.width;
     }
     return true;
+}
+
+/// `left`: the bits up to the end of the structure.
+bool ValueGenerator::FillPart(const PartRow& part, Cell* cells, std::int64_t left) {
+    std::int64_t most = part.width;
+    switch (part.kind) {
+        case PartRow::Kind::kSkip:
+            return true;
+        case PartRow::Kind::kInteger:
+        case PartRow::Kind::kValue:
+            break;
+        case PartRow::Kind::kCounted:
+        case PartRow::Kind::kRest:
+            most = left - 8;
+            break;
+    }
+    return Fill(tables_.values[part.value], cells[part.element], most);
 }
 
 bool ValueGenerator::FillChoice(const ValueRow& row, Cell& cell, std::int64_t most) {
@@ -294,8 +307,8 @@ bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t
             }
             first = false;
             for (const PartRow& part : tables_.parts.subspan(octet.firstPart, octet.partCount)) {
-                if (part.kind != PartRow::Kind::kSkip) {
-                    cells[part.element].number = Bits(part.width);
+                if (!FillPart(part, cells, most)) {
+                    return false;
                 }
             }
         }

@@ -36,6 +36,7 @@ class ValueGenerator {
                       const bits::Cell* cells) const;
     void FillBinary(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillParts(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
+    bool FillPart(const iecodec::PartRow& part, bits::Cell* cells, std::int64_t left);
     bool FillChoice(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillSequence(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillExtension(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <ostream>
 
+#include "bits/named_enum.h"
 #include "compiler/csn/csn_compiler.h"
 #include "csn/disassembler.h"
 
@@ -14,22 +15,6 @@ namespace {
 using csn::CsnFieldRow;
 
 constexpr std::size_t kCommentColumn = 34;  // behind five octets
-
-std::string KindName(CsnFieldRow::Kind kind) {
-    switch (kind) {
-        case CsnFieldRow::Kind::kNone:
-            return "kNone";
-        case CsnFieldRow::Kind::kInteger:
-            return "kInteger";
-        case CsnFieldRow::Kind::kBinary:
-            return "kBinary";
-        case CsnFieldRow::Kind::kStruct:
-            return "kStruct";
-        case CsnFieldRow::Kind::kMarker:
-            break;
-    }
-    return "kMarker";
-}
 
 class CsnEmitter {
   public:
@@ -120,9 +105,9 @@ class CsnEmitter {
             out_ << "    // " << structure.name << ", " << structure.citation << "\n";
             for (std::size_t index = 0; index < structure.fields.size(); ++index) {
                 const CsnFieldRow& row = structure.fields[index];
-                out_ << "    {csn::CsnFieldRow::Kind::" << KindName(row.kind) << ", "
-                     << Flag(row.optional) << ", " << row.element << ", " << row.width << ", "
-                     << row.bound << ", " << row.mostBits << ", " << Flag(row.fixed) << "},  // "
+                out_ << "    {csn::" << bits::EnumeratorText(row.kind) << ", " << Flag(row.optional)
+                     << ", " << row.element << ", " << row.width << ", " << row.bound << ", "
+                     << row.mostBits << ", " << Flag(row.fixed) << "},  // "
                      << structure.firstTag + index << " " << structure.paths[index] << "\n";
             }
         }

@@ -10,6 +10,8 @@
 #include <span>
 #include <string_view>
 
+#include "bits/named_enum.h"
+
 namespace quorvane::csn {
 
 struct CsnMachine;
@@ -28,15 +30,16 @@ struct CsnProgram {
     std::uint32_t fieldCount;  // how many field identifiers the compiler numbered
 };
 
+QUORVANE_NAMED_ENUM(CsnFieldKind,
+                    kNone,     // delimits only: nothing is stored
+                    kInteger,  // the field's bits as a number, also of an enumerated member
+                    kBinary,   // a bit string, its length that of the field
+                    kStruct,   // opens a struct whose members are the fields inside
+                    kMarker)   // a zero-width mark: its presence is all
+
 /// What a field of a structure is in the record, one row for each field tag.
 struct CsnFieldRow {
-    enum class Kind : std::uint8_t {
-        kNone,     // delimits only: nothing is stored
-        kInteger,  // the field's bits as a number, also of an enumerated member
-        kBinary,   // a bit string, its length that of the field
-        kStruct,   // opens a struct whose members are the fields inside
-        kMarker,   // a zero-width mark: its presence is all
-    };
+    using Kind = CsnFieldKind;
 
     Kind kind;
     bool optional;           // the member has a presence flag

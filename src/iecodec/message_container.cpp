@@ -32,14 +32,20 @@ std::uint32_t Masked(const MessageSetRow& set, std::uint32_t first, std::uint32_
 
 MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
     const std::uint32_t first = reader.ReadOctet(8 * std::int64_t{set.highOctet});
-    if (set.keyForm == MessageSetRow::KeyForm::kSixBits) {
-        return {first >> 2, 0, first >> 2};
+    const std::uint32_t pd = first & 15U;
+    switch (set.keyForm) {
+        case KeyForm::kTwoOctets:
+            break;
+        case KeyForm::kSixBits:
+            return {first >> 2, 0, first >> 2};
+        case KeyForm::kExtendedIdentifier: {
+            const std::uint32_t type = reader.ReadOctet(TypeBehindIdentifier(reader));
+            return {Masked(set, first, first << 8 | type), pd, type};
+        }
     }
-    const bool extended = set.keyForm == MessageSetRow::KeyForm::kExtendedIdentifier;
-    const std::uint32_t low =
-        reader.ReadOctet(extended ? TypeBehindIdentifier(reader) : 8 * std::int64_t{set.lowOctet});
-    const std::uint32_t shown = extended ? low : reader.ReadOctet(8 * std::int64_t{set.typeOctet});
-    return {Masked(set, first, first << 8 | low), first & 15U, shown};
+    const std::uint32_t low = reader.ReadOctet(8 * std::int64_t{set.lowOctet});
+    return {Masked(set, first, first << 8 | low), pd,
+            reader.ReadOctet(8 * std::int64_t{set.typeOctet})};
 }
 
 }  // namespace

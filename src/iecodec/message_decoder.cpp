@@ -38,15 +38,8 @@ class BodyDecoder {
 
   private:
     Outcome DecodeField(const FieldRow& field) {
-        switch (field.format) {
-            case Format::kTv:
-            case Format::kTvHalf:
-            case Format::kTlv:
-            case Format::kTlvE:
-            case Format::kT:
-                return DecodeTagged(field);
-            default:
-                break;
+        if (InfoOf(field.format).identifierWidth != 0) {
+            return DecodeTagged(field);
         }
         if (field.presence == Presence::kConditional) {
             const std::uint32_t decider = cells_[field.conditionElement].number;
@@ -55,26 +48,31 @@ class BodyDecoder {
             }
             cells_[field.element].present = true;
         }
-        return DecodeUntagged(field);
+        return DecodeBehindTag(field);
     }
 
-    Outcome DecodeUntagged(const FieldRow& field) {
+    Outcome DecodeBehindTag(const FieldRow& field) {
         switch (field.format) {
             case Format::kHalfLow:
                 return DecodeHalf(field, cursor_ + 4);
             case Format::kHalfHigh:
                 return DecodeHalf(field, cursor_ - 4);
             case Format::kLv:
-                return DecodeCounted(field, 8);
             case Format::kLvE:
-                return DecodeCounted(field, 16);
+            case Format::kTlv:
+            case Format::kTlvE:
+                return DecodeCounted(field, InfoOf(field.format).lengthWidth);
             case Format::kRest:
                 return DecodeContents(field, end_ - cursor_);
+            case Format::kT:
             case Format::kMark:
                 return CheckEnd(field);
-            default:
-                return DecodeContents(field, field.width);
+            case Format::kV:
+            case Format::kTv:
+            case Format::kTvHalf:
+                break;
         }
+        return DecodeContents(field, field.width);
     }
 
     Outcome DecodeHalf(const FieldRow& field, std::int64_t position) {
@@ -138,11 +136,11 @@ class BodyDecoder {
 
     Outcome DecodeTagged(const FieldRow& field) {
         const bool optional = field.presence == Presence::kOptional;
-        const bool half = field.format == Format::kTvHalf;
-        const auto tag = static_cast<std::uint8_t>(half ? field.tag >> 4 : field.tag);
+        const std::int32_t width = InfoOf(field.format).identifierWidth;
+        const auto tag = static_cast<std::uint8_t>(field.tag >> (8 - width));
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
-        const IeSearch found = FindIe(tag, half ? 4 : 8, context_.reader, cursor_, end_,
-                                      context_.tables.formats, order);
+        const IeSearch found =
+            FindIe(tag, width, context_.reader, cursor_, end_, context_.tables.formats, order);
         if (found == IeSearch::kBlocked) {
             return kUnknownIei;
         }
@@ -150,17 +148,8 @@ class BodyDecoder {
             return optional ? kGoOn : Outcome(kMessageTooShort);
         }
         cells_[field.element].present = optional;
-        cursor_ += half ? 4 : 8;
-        switch (field.format) {
-            case Format::kTlv:
-                return DecodeCounted(field, 8);
-            case Format::kTlvE:
-                return DecodeCounted(field, 16);
-            case Format::kT:
-                return CheckEnd(field);
-            default:
-                return DecodeContents(field, field.width);
-        }
+        cursor_ += width;
+        return DecodeBehindTag(field);
     }
 
     DecodeContext& context_;
@@ -187,16 +176,25 @@ class HeaderDecoder {
         std::int64_t cursor = start_;
         bool extended = false;
         for (const HeaderItemRow& item : items_) {
-            if (item.kind == HeaderItemRow::Kind::kField) {
-                Store(item, cursor);
-            } else if (item.kind == HeaderItemRow::Kind::kExtendedIdentifier) {
-                Store(item, cursor);
-                extended = cells_[item.element].number == kIdentifierExtended;
-                if (extended) {
-                    cells_[item.element].number = context_.reader.Read(start_ + 9, 7);
-                }
-            } else if (item.kind == HeaderItemRow::Kind::kMessageType && extended) {
-                cursor = PastIdentifierExtension(context_.reader, cursor);
+            switch (item.kind) {
+                case HeaderItemKind::kField:
+                    Store(item, cursor);
+                    break;
+                case HeaderItemKind::kExtendedIdentifier:
+                    Store(item, cursor);
+                    extended = cells_[item.element].number == kIdentifierExtended;
+                    if (extended) {
+                        cells_[item.element].number = context_.reader.Read(start_ + 9, 7);
+                    }
+                    break;
+                case HeaderItemKind::kMessageType:
+                    if (extended) {
+                        cursor = PastIdentifierExtension(context_.reader, cursor);
+                    }
+                    break;
+                case HeaderItemKind::kLateField:  // see ReadLateFields
+                case HeaderItemKind::kConstant:
+                    break;
             }
             cursor += item.width;
         }

@@ -21,22 +21,30 @@ std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std
     std::int64_t cursor = position;
     std::uint32_t extended = 0;
     for (const HeaderItemRow& item : HeaderOf(context.tables, message)) {
-        std::uint32_t value = item.constant;
-        if (item.kind == Item::kField || item.kind == Item::kLateField) {
-            value = MemberOf(cell, item.element).number;
-        } else if (item.kind == Item::kExtendedIdentifier) {
-            value = MemberOf(cell, item.element).number;
-            if (value >= kIdentifierExtended) {
-                extended = value;
-                value = kIdentifierExtended;
-            }
-        } else if (item.kind == Item::kMessageType) {
-            value = message.code;
-            if (extended != 0) {
-                context.writer.Write(cursor, 1, 1);
-                context.writer.Write(cursor + 1, extended, 7);
-                cursor += 8;
-            }
+        std::uint32_t value = 0;
+        switch (item.kind) {
+            case Item::kField:
+            case Item::kLateField:
+                value = MemberOf(cell, item.element).number;
+                break;
+            case Item::kConstant:
+                value = item.constant;
+                break;
+            case Item::kExtendedIdentifier:
+                value = MemberOf(cell, item.element).number;
+                if (value >= kIdentifierExtended) {
+                    extended = value;
+                    value = kIdentifierExtended;
+                }
+                break;
+            case Item::kMessageType:
+                value = message.code;
+                if (extended != 0) {
+                    context.writer.Write(cursor, 1, 1);
+                    context.writer.Write(cursor + 1, extended, 7);
+                    cursor += 8;
+                }
+                break;
         }
         context.writer.Write(cursor, value, item.width);
         cursor += item.width;
@@ -67,43 +75,34 @@ class BodyEncoder {
 
   private:
     bool EncodeField(const FieldRow& field, const Cell& cell) {
+        const FieldFormatInfo& info = InfoOf(field.format);
+        if (info.identifierWidth != 0) {
+            context_.writer.Write(
+                cursor_, static_cast<std::uint32_t>(field.tag) >> (8 - info.identifierWidth),
+                info.identifierWidth);
+            cursor_ += info.identifierWidth;
+        }
         switch (field.format) {
             case Format::kHalfLow:
                 return EncodeHalf(field, cell, cursor_ + 4);
             case Format::kHalfHigh:
                 return EncodeHalf(field, cell, cursor_ - 4);
-            case Format::kLv:
-                return EncodeCounted(field, cell, 8);
-            case Format::kLvE:
-                return EncodeCounted(field, cell, 16);
             case Format::kTvHalf:
-                context_.writer.Write(cursor_, static_cast<std::uint32_t>(field.tag >> 4), 4);
-                cursor_ += 4;
                 return EncodeHalf(field, cell, cursor_);
+            case Format::kLv:
+            case Format::kLvE:
             case Format::kTlv:
-                WriteTag(field);
-                return EncodeCounted(field, cell, 8);
             case Format::kTlvE:
-                WriteTag(field);
-                return EncodeCounted(field, cell, 16);
+                return EncodeCounted(field, cell, info.lengthWidth);
             case Format::kT:
-                WriteTag(field);
-                return true;
             case Format::kMark:
                 return true;
-            case Format::kTv:
-                WriteTag(field);
-                return EncodeContents(field, cell);
             case Format::kV:
+            case Format::kTv:
             case Format::kRest:
                 break;
         }
         return EncodeContents(field, cell);
-    }
-
-    void WriteTag(const FieldRow& field) {
-        context_.writer.Write(cursor_, field.tag, 8);
-        cursor_ += 8;
     }
 
     bool EncodeHalf(const FieldRow& field, const Cell& cell, std::int64_t position) {

@@ -4,10 +4,12 @@
 // compiler writes them; message_decoder, value_decoder and their encoding twins run them. A row
 // refers to rows of other tables by index. All lengths are in bits unless a name says octets.
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
 
+#include "bits/named_enum.h"
 #include "bits/record.h"
 #include "csn/csn_program.h"
 
@@ -29,36 +31,67 @@ struct IeFormatRow {
                         // field behind the tag; 0: cannot be skipped
 };
 
+QUORVANE_NAMED_ENUM(IeOrderKind, kTagged,
+                    kUntagged,  // mandatory, value and mask 0: whatever stands there belongs to it
+                    kEnd)
+
 /// A row of a message's order table: what may still come while an optional field is looked for.
 struct IeOrderRow {
-    enum Kind : std::uint8_t {
-        kTagged = 0,
-        kUntagged = 1,  // mandatory, value and mask 0: whatever stands there belongs to it
-        kEnd = 2,
-    };
+    using Kind = IeOrderKind;
+    using enum IeOrderKind;
 
     std::uint8_t value;  // the identifier in 8-bit form
     std::uint8_t mask;
     Kind kind;
 };
 
+/// The forms of a field in a message body (TS 24.007): enumerator, the bits of the identifier and
+/// of the length field in front of the value, and what ends the value.
+// clang-format off
+#define QUORVANE_FIELD_FORMATS(FORMAT)                                                          \
+    FORMAT(kV,        0, 0,  kWidth)                                                            \
+    FORMAT(kHalfLow,  0, 0,  kWidth)  /* first of two half octets: the low half */              \
+    FORMAT(kHalfHigh, 0, 0,  kWidth)  /* second of two: the high half */                        \
+    FORMAT(kLv,       0, 8,  kLength)                                                           \
+    FORMAT(kLvE,      0, 16, kLength)                                                           \
+    FORMAT(kTv,       8, 0,  kWidth)                                                            \
+    FORMAT(kTvHalf,   4, 0,  kWidth)  /* identifier in the high half octet, value in the low */ \
+    FORMAT(kTlv,      8, 8,  kLength)                                                           \
+    FORMAT(kTlvE,     8, 16, kLength)                                                           \
+    FORMAT(kT,        8, 0,  kNoValue)                                                          \
+    FORMAT(kRest,     0, 0,  kMessageEnd)                                                       \
+    FORMAT(kMark,     0, 0,  kNoValue)
+// clang-format on
+
+#define QUORVANE_FORMAT_NAME(name, identifier, length, end) name,
+QUORVANE_NAMED_ENUM(FieldFormat, QUORVANE_FIELD_FORMATS(QUORVANE_FORMAT_NAME))
+#undef QUORVANE_FORMAT_NAME
+
+struct FieldFormatInfo {
+    enum class ValueEnd : std::uint8_t { kNoValue, kWidth, kLength, kMessageEnd };
+
+    std::int32_t identifierWidth;  // 0: it has none
+    std::int32_t lengthWidth;      // 0: it has none
+    ValueEnd valueEnd;
+};
+
+inline constexpr FieldFormatInfo kFieldFormats[] = {
+#define QUORVANE_FORMAT_INFO(name, identifier, length, end) \
+    {identifier, length, FieldFormatInfo::ValueEnd::end},
+    QUORVANE_FIELD_FORMATS(QUORVANE_FORMAT_INFO)
+#undef QUORVANE_FORMAT_INFO
+};
+
+constexpr const FieldFormatInfo& InfoOf(FieldFormat format) {
+    return kFieldFormats[static_cast<std::size_t>(format)];
+}
+
+QUORVANE_NAMED_ENUM(FieldPresence, kMandatory, kOptional, kConditional)
+
 /// One field of a message body.
 struct FieldRow {
-    enum class Format : std::uint8_t {
-        kV,
-        kHalfLow,   // first of two half octets: the low half
-        kHalfHigh,  // second of two: the high half
-        kLv,
-        kLvE,
-        kTv,
-        kTvHalf,  // identifier in the high half octet, value in the low
-        kTlv,
-        kTlvE,
-        kT,
-        kRest,  // untagged, all that is left of the message
-        kMark,  // takes no bits
-    };
-    enum class Presence : std::uint8_t { kMandatory, kOptional, kConditional };
+    using Format = FieldFormat;
+    using Presence = FieldPresence;
 
     std::string_view name;
     Format format;
@@ -84,7 +117,8 @@ struct FieldRow {
 };
 
 /// The wire forms of a value.
-enum class Shape : std::uint8_t {
+QUORVANE_NAMED_ENUM(
+    Shape,
     kInteger,      // `width` bits
     kBinary,       // as many bits as there are, `capacity` of them stored
     kFixed,        // parts at fixed offsets, `width` bits whatever the length
@@ -96,8 +130,7 @@ enum class Shape : std::uint8_t {
     kCsn,          // a CSN.1 structure
     kMessageSet,   // a whole message of the set `item`, chosen by its type
     kMessageBody,  // the fields of message `item`, without its header
-    kSpecial,      // C++: SpecialElement `item`
-};
+    kSpecial)      // C++: SpecialElement `item`
 
 /// How one type of value lies on the wire.
 struct ValueRow {
@@ -118,15 +151,16 @@ struct ValueRow {
     std::uint16_t shortNumber;  // kExtension: an announced octet is not there
 };
 
+QUORVANE_NAMED_ENUM(PartKind,
+                    kSkip,     // spare bits
+                    kInteger,  // `width` bits
+                    kValue,    // a nested ValueRow over `width` bits
+                    kCounted,  // a length octet, then that many octets to the ValueRow (kSerial)
+                    kRest)     // the rest of the value to the ValueRow
+
 /// A part of a structure.
 struct PartRow {
-    enum class Kind : std::uint8_t {
-        kSkip,     // spare bits
-        kInteger,  // `width` bits
-        kValue,    // a nested ValueRow over `width` bits
-        kCounted,  // a length octet, then that many octets to the ValueRow (kSerial)
-        kRest,     // the rest of the value to the ValueRow
-    };
+    using Kind = PartKind;
 
     Kind kind;
     std::uint16_t element;
@@ -169,15 +203,16 @@ struct SpecialElement {
                             const bits::Cell& cell);
 };
 
+QUORVANE_NAMED_ENUM(HeaderItemKind,
+                    kField,               // a member of the record
+                    kLateField,           // one that is stored only after a body that did not fail
+                    kConstant,            // e.g. the protocol discriminator
+                    kMessageType,         // the message's own code
+                    kExtendedIdentifier)  // a 3-bit transaction identifier, extended if it is 7
+
 /// A piece of a message's header, in wire order.
 struct HeaderItemRow {
-    enum class Kind : std::uint8_t {
-        kField,               // a member of the record
-        kLateField,           // one that is stored only after a body that did not fail
-        kConstant,            // e.g. the protocol discriminator
-        kMessageType,         // the message's own code
-        kExtendedIdentifier,  // a 3-bit transaction identifier, extended if it is 7
-    };
+    using Kind = HeaderItemKind;
 
     Kind kind;
     std::uint16_t element;
@@ -208,14 +243,14 @@ struct KeyRow {
     std::uint16_t tag;
 };
 
+QUORVANE_NAMED_ENUM(
+    KeyForm,
+    kTwoOctets,           // octets `highOctet` and `lowOctet`, masked by an attempt
+    kSixBits,             // the upper six bits of the first octet
+    kExtendedIdentifier)  // the type octet stands behind the transaction identifier's extension
+
 /// The messages of one direction of a family, in the order of their tags.
 struct MessageSetRow {
-    enum class KeyForm : std::uint8_t {
-        kTwoOctets,           // octets `highOctet` and `lowOctet`, masked by an attempt
-        kSixBits,             // the upper six bits of the first octet
-        kExtendedIdentifier,  // the type octet stands behind the transaction identifier's extension
-    };
-
     std::string_view name;
     std::uint16_t type;  // the union, in the family's type table
     KeyForm keyForm;

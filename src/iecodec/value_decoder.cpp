@@ -32,12 +32,11 @@ Outcome DecodeBinary(DecodeContext& context, const ValueRow& row, std::int64_t p
     return length;
 }
 
-/// Decodes the part at its offset from `start`; `end` is where the structure's value ends. The
-/// result is that of a part that takes the rest, else the part's width: what lies in a fixed place
-/// is as wide as its place, whatever its decoder came to.
-Outcome DecodePart(DecodeContext& context, const PartRow& part, std::int64_t start, Cell* cells,
+/// Decodes a part; `end` is where the structure's value ends. The result is that of a part that
+/// takes the rest, else the part's width: what lies in a fixed place is as wide as its place,
+/// whatever its decoder came to.
+Outcome DecodePart(DecodeContext& context, const PartRow& part, std::int64_t position, Cell* cells,
                    std::int64_t end) {
-    const std::int64_t position = start + part.offset;
     switch (part.kind) {
         case PartRow::Kind::kSkip:
             break;
@@ -51,8 +50,13 @@ Outcome DecodePart(DecodeContext& context, const PartRow& part, std::int64_t sta
         case PartRow::Kind::kRest:
             return DecodeValue(context, RowAt(context, part.value), position, cells[part.element],
                                end - position);
-        case PartRow::Kind::kCounted:  // kSerial only
-            break;
+        case PartRow::Kind::kCounted: {
+            // The length octet alone says where the next part starts.
+            const std::int64_t counted = 8 * std::int64_t{context.reader.ReadOctet(position)};
+            static_cast<void>(DecodeValue(context, RowAt(context, part.value), position + 8,
+                                          cells[part.element], counted));
+            return 8 + counted;
+        }
     }
     return part.width;
 }
@@ -62,7 +66,8 @@ Outcome DecodeFixed(DecodeContext& context, const ValueRow& row, std::int64_t po
     Cell* cells = bits::StructCells(context.arena, cell, row.members);
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
         // Fixed structures have no part that takes the rest.
-        static_cast<void>(DecodePart(context, part, position, cells, position + row.width));
+        static_cast<void>(
+            DecodePart(context, part, position + part.offset, cells, position + row.width));
     }
     return row.width;
 }
@@ -75,7 +80,8 @@ Outcome DecodeTruncatable(DecodeContext& context, const ValueRow& row, std::int6
         if (length <= part.offset) {
             return part.offset;
         }
-        const Outcome result = DecodePart(context, part, position, cells, position + length);
+        const Outcome result =
+            DecodePart(context, part, position + part.offset, cells, position + length);
         if (result.Failed()) {
             return result;
         }
@@ -89,18 +95,7 @@ Outcome DecodeSerial(DecodeContext& context, const ValueRow& row, std::int64_t p
     Cell* cells = bits::StructCells(context.arena, cell, row.members);
     std::int64_t cursor = position;
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
-        if (part.kind == PartRow::Kind::kCounted) {
-            const std::int64_t counted = 8 * std::int64_t{context.reader.ReadOctet(cursor)};
-            cursor += 8;
-            // The length octet alone says where the next part starts.
-            static_cast<void>(DecodeValue(context, RowAt(context, part.value), cursor,
-                                          cells[part.element], counted));
-            cursor += counted;
-            continue;
-        }
-        PartRow here = part;
-        here.offset = 0;
-        const Outcome result = DecodePart(context, here, cursor, cells, position + length);
+        const Outcome result = DecodePart(context, part, cursor, cells, position + length);
         if (result.Failed()) {
             return result;
         }
@@ -213,7 +208,7 @@ class ExtensionDecoder {
             for (const PartRow& part :
                  context_.tables.parts.subspan(octet.firstPart, octet.partCount)) {
                 // Parts of an octet have fixed places.
-                static_cast<void>(DecodePart(context_, part, cursor_, cells_, end_));
+                static_cast<void>(DecodePart(context_, part, cursor_ + part.offset, cells_, end_));
             }
         }
         // Octets of the group that are not known.

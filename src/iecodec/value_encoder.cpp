@@ -27,23 +27,30 @@ Outcome EncodeBinary(EncodeContext& context, const ValueRow& row, std::int64_t p
 /// Writes a part and returns its bits, or a code.
 Outcome EncodePart(EncodeContext& context, const PartRow& part, std::int64_t position,
                    const Cell& owner) {
-    if (part.kind == PartRow::Kind::kSkip) {
-        for (std::int32_t bit = 0; bit < part.width; ++bit) {
-            context.writer.Write(position + bit, 0, 1);
+    const auto encodeAt = [&](std::int64_t start) {
+        return EncodeValue(context, RowAt(context, part.value), start,
+                           MemberOf(owner, part.element));
+    };
+    switch (part.kind) {
+        case PartKind::kSkip:
+            for (std::int32_t bit = 0; bit < part.width; ++bit) {
+                context.writer.Write(position + bit, 0, 1);
+            }
+            return part.width;
+        case PartKind::kCounted: {
+            const Outcome result = encodeAt(position + 8);
+            if (result.Failed()) {
+                return result;
+            }
+            context.writer.Write(position, static_cast<std::uint32_t>(result.Bits() >> 3), 8);
+            return result.Plus(8);
         }
-        return part.width;
+        case PartKind::kInteger:
+        case PartKind::kValue:
+        case PartKind::kRest:
+            break;
     }
-    const Cell& cell = MemberOf(owner, part.element);
-    const ValueRow& row = RowAt(context, part.value);
-    if (part.kind != PartRow::Kind::kCounted) {
-        return EncodeValue(context, row, position, cell);
-    }
-    const Outcome result = EncodeValue(context, row, position + 8, cell);
-    if (result.Failed()) {
-        return result;
-    }
-    context.writer.Write(position, static_cast<std::uint32_t>(result.Bits() >> 3), 8);
-    return result.Plus(8);
+    return encodeAt(position);
 }
 
 Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t position,

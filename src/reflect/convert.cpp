@@ -153,6 +153,7 @@ class RecordFiller {
     void FillAsMember(std::uint16_t type, bits::Cell& cell, const TEDDataBase& node) {
         const TypeRow& row = tables_.types[type];
         const TypeKind kind = node.GetNodeKind();
+        const bool isOfType = node.GetClass() == catalogue_.GetDescriptor(type);
         switch (row.kind) {
             case TypeKind::kInteger:
             case TypeKind::kEnumerated:
@@ -166,19 +167,20 @@ class RecordFiller {
                 }
                 return;
             case TypeKind::kSequence:
+                if (isOfType) {
+                    FillSequence(row, cell, static_cast<const TEDDataSequence&>(node));
+                }
+                return;
             case TypeKind::kStruct:
+                if (isOfType) {
+                    FillStruct(row, cell, static_cast<const TEDDataStruct&>(node));
+                }
+                return;
             case TypeKind::kUnion:
-                break;
-        }
-        if (node.GetClass() != catalogue_.GetDescriptor(type)) {
-            return;
-        }
-        if (row.kind == TypeKind::kSequence) {
-            FillSequence(row, cell, static_cast<const TEDDataSequence&>(node));
-        } else if (row.kind == TypeKind::kStruct) {
-            FillStruct(row, cell, static_cast<const TEDDataStruct&>(node));
-        } else {
-            FillUnion(row, cell, static_cast<const TEDDataUnion&>(node));
+                if (isOfType) {
+                    FillUnion(row, cell, static_cast<const TEDDataUnion&>(node));
+                }
+                return;
         }
     }
 

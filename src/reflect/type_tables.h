@@ -7,9 +7,11 @@
 #include <span>
 #include <string_view>
 
+#include "bits/named_enum.h"
+
 namespace quorvane::reflect {
 
-enum class TypeKind : std::uint8_t { kInteger, kEnumerated, kBinary, kSequence, kStruct, kUnion };
+QUORVANE_NAMED_ENUM(TypeKind, kInteger, kEnumerated, kBinary, kSequence, kStruct, kUnion)
 
 /// A value of an enumeration and its text, in the order of the protocol's table.
 struct EnumValueRow {

@@ -98,7 +98,7 @@ TEST(EncodeHeader, IsThatOfTheKeyForEveryMessage) {
                 // Records that were never reached; some of their values refuse.
                 static_cast<void>(EncodeContainer(context, row, set.Container()));
                 const std::uint32_t type =
-                    octets[row.keyForm == MessageSetRow::KeyForm::kTwoOctets ? row.lowOctet : 1];
+                    octets[row.keyForm == KeyForm::kTwoOctets ? row.lowOctet : 1];
                 if ((key.key & 0xFFFU) == 0x700U) {
                     EXPECT_EQ(octets[0], 0x07) << set.Name();  // no type
                 } else {
