@@ -183,7 +183,7 @@ class Emitter {
                    Quoted(model.otherText.value_or("")), Flag(model.otherText.has_value())},
                   model.name);
         for (const EnumModel::Value& value : model.values) {
-            values.Row({Quoted(value.text), std::to_string(value.value) + "U"}, model.name);
+            values.Row({Quoted(value.text), std::to_string(value.value.value) + "U"}, model.name);
         }
         valueCount += model.values.size();
     }
@@ -258,7 +258,7 @@ class Emitter {
             const SetModel& set = model_.sets[index];
             const std::string suffix = std::to_string(index);
             Table attempts("KeyAttemptRow", "kAttempts" + suffix);
-            for (const KeyAttemptSyntax& attempt : set.syntax->attempts) {
+            for (const iecodec::KeyAttemptRow& attempt : set.attempts) {
                 attempts.Row({std::to_string(attempt.highNibbles),
                               std::to_string(attempt.lowNibbles), std::to_string(attempt.mask)});
             }
@@ -274,11 +274,10 @@ class Emitter {
                                   model_.messages[message].name);
             }
             out_ << attempts << keys << messages << memberTypes;
-            sets.Row({Quoted(set.syntax->name.text), Number(set.type->index),
-                      EnumeratorText(set.syntax->keyForm), Number(set.syntax->highOctet),
-                      Number(set.syntax->lowOctet), Number(set.syntax->typeOctet),
-                      "kAttempts" + suffix, "kKeys" + suffix, "kSetMessages" + suffix,
-                      "kSetTypes" + suffix});
+            sets.Row({Quoted(set.row.name), Number(set.type->index),
+                      EnumeratorText(set.row.keyForm), Number(set.row.highOctet),
+                      Number(set.row.lowOctet), Number(set.row.typeOctet), "kAttempts" + suffix,
+                      "kKeys" + suffix, "kSetMessages" + suffix, "kSetTypes" + suffix});
         }
         out_ << sets;
     }
@@ -298,8 +297,8 @@ void Emit(std::ostream& out, const FamilySyntax& family, FamilyModel& model, con
         out << " " << source;
     }
     out << ".\n\n#include <array>\n#include <cstdint>\n\n#include \"families/family.h\"\n";
-    for (const std::string& include : family.includes) {
-        out << "#include \"" << include << "\"\n";
+    for (const SpecialsSyntax& specials : family.specials) {
+        out << "#include \"" << specials.header << "\"\n";
     }
     if (!csn.code.empty()) {
         out << "#include \"csn/functions.h\"\n";

@@ -1,6 +1,10 @@
 #include "compiler/message_builder.h"
 
 #include <algorithm>
+#include <set>
+#include <span>
+
+#include "compiler/message_keys.h"
 
 namespace quorvane::compiler {
 namespace {
@@ -36,11 +40,26 @@ bool ReportsFailures(iecodec::Shape shape) {
     return false;
 }
 
+constexpr NumberRange kNumbers = {1, 0xFFFF, "of the family's diagnostic numbers"};
+
+/// The octets that a value may have.
+NumberRange OctetsOf(Format format) {
+    const std::int32_t lengthWidth = InfoOf(format).lengthWidth;
+    return lengthWidth == 0   ? NumberRange{1, 0xFFFF / 8, "octets of a value without a length"}
+           : lengthWidth == 8 ? NumberRange{0, 0xFF, "octets behind a length of one octet"}
+                              : NumberRange{0, 0xFFFF, "octets behind a length of two octets"};
+}
+
 }  // namespace
 
 MessageBuilder::MessageBuilder(Reporter& reporter, const FamilySyntax& family, TypeResolver& types,
                                ValueBuilder& values, FamilyModel& model)
-    : reporter_(reporter), family_(family), types_(types), values_(values), model_(model) {
+    : reporter_(reporter),
+      family_(family),
+      types_(types),
+      values_(values),
+      model_(model),
+      skipTable_(reporter) {
     for (const HeaderSyntax& header : family.headers) {
         if (!headers_.emplace(header.name.text, Header{&header, RecordOrder(header)}).second) {
             reporter_.Error(header.name.place,
@@ -88,8 +107,22 @@ void MessageBuilder::AddHeader(Header& header) {
     for (const HeaderItemSyntax& item : header.syntax->items) {
         const auto found = std::find(header.members.begin(), header.members.end(), &item);
         const auto element = static_cast<std::uint16_t>(found - header.members.begin());
-        model_.headerItems.push_back({item.kind, found == header.members.end() ? kNone : element,
-                                      static_cast<std::uint8_t>(item.bits), item.constant});
+        HeaderItemRow row{item.kind, found == header.members.end() ? kNone : element, 0, 0};
+        row.width = Narrow<std::uint8_t>(reporter_, item.bits, {1, 32, "bits of a header's item"});
+        row.constant = Narrow<std::uint32_t>(
+            reporter_, item.constant,
+            {0, MostOf(row.width), "in " + std::to_string(row.width) + " bits"});
+        if (row.kind == HeaderItemRow::Kind::kMessageType) {
+            reporter_.ErrorIf(header.typeBits != 0, item.place,
+                              "the header has a message type already");
+            header.typeBits = row.width;
+        }
+        reporter_.ErrorIf(row.kind == HeaderItemRow::Kind::kExtendedIdentifier && row.width != 3,
+                          item.bits.place, "a transaction identifier has 3 bits");
+        reporter_.ErrorIf(!item.name.text.empty() && item.type.kind != TypeSyntax::Kind::kInteger &&
+                              item.type.kind != TypeSyntax::Kind::kEnumerated,
+                          item.type.place, "a member of a header is an integer or enumerated");
+        model_.headerItems.push_back(row);
     }
 }
 
@@ -101,101 +134,146 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
     row.element = element;
     row.order = kNone;
     row.conditionElement = kNone;
-    row.leastOctets = static_cast<std::uint16_t>(field.least.value_or(0));
-    row.mostOctets = static_cast<std::uint16_t>(field.most.value_or(0xFFFF));
-    row.tag = static_cast<std::uint8_t>(field.tag.value_or(0));
+    const NumberRange octets = OctetsOf(row.format);
+    if (field.least) {
+        row.leastOctets = Narrow<std::uint16_t>(reporter_, *field.least, octets);
+        row.mostOctets = Narrow<std::uint16_t>(reporter_, *field.most, octets);
+    } else {
+        row.mostOctets = 0xFFFF;
+    }
+    row.tag = static_cast<std::uint8_t>(field.tag ? field.tag->value : 0);  // of two digits
     row.presence = field.condition ? Presence::kConditional
                    : InfoOf(row.format).identifierWidth != 0 && !field.mandatory
                        ? Presence::kOptional
                        : Presence::kMandatory;
-    const bool exact = field.least && field.least == field.most;
-    row.width = static_cast<std::uint16_t>(field.half ? 4 : exact ? 8 * *field.least : 0);
+    row.width = static_cast<std::uint16_t>(field.half                          ? 4
+                                           : row.leastOctets == row.mostOctets ? 8 * row.leastOctets
+                                                                               : 0);
     row.value = InfoOf(row.format).valueEnd == ValueEnd::kNoValue
                     ? kNone
                     : values_.RowOf(field.type, type.elements[element].type, field.name.text,
-                                    row.width, true);
+                                    field.WireBits(), true);
     if (field.condition) {
-        const auto& condition = *field.condition;
-        const auto found = std::find_if(
-            message.fields.begin(), message.fields.end(),
-            [&](const FieldSyntax& other) { return other.name.text == condition.member.text; });
-        if (found >= message.fields.begin() + (&field - message.fields.data())) {
-            reporter_.Error(condition.member.place,
-                            "'" + condition.member.text + "' is no field above this one");
-        }
-        const auto headerElements = static_cast<std::size_t>(element) -
-                                    static_cast<std::size_t>(&field - message.fields.data());
-        row.conditionElement = static_cast<std::uint16_t>(
-            headerElements + static_cast<std::size_t>(found - message.fields.begin()));
-        row.conditionMask = condition.mask.value_or(0xFFFFFFFF);
-        row.conditionValue = condition.value;
+        AddCondition(message, field, row);
     }
     return row;
 }
 
-void MessageBuilder::CheckLimits(const FieldSyntax& field) {
-    const iecodec::FieldFormatInfo info = InfoOf(field.format);
-    if ((info.identifierWidth != 0) != field.tag.has_value()) {
-        reporter_.Error(
-            field.name.place,
-            field.tag ? "the format of '" + field.name.text +
-                            "' has no identifier; TV, TLV, TLV-E and T have one"
-                      : "'" + field.name.text + "' needs its identifier in front of the format");
+void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSyntax& field,
+                                  FieldRow& row) {
+    const FieldSyntax::Condition& condition = *field.condition;
+    const auto above =
+        std::span(message.fields).first(static_cast<std::size_t>(&field - message.fields.data()));
+    const auto found = std::find_if(above.begin(), above.end(), [&](const FieldSyntax& other) {
+        return other.name.text == condition.member.text;
+    });
+    if (found == above.end()) {
+        reporter_.Error(condition.member.place,
+                        "'" + condition.member.text + "' is no field above this one");
+        return;
     }
-    if (field.mandatory && !field.tag) {
-        reporter_.Error(field.name.place, "a field without an identifier is mandatory as it is");
+    reporter_.ErrorIf(InfoOf(row.format).identifierWidth != 0, condition.member.place,
+                      "a field with an identifier is there if its identifier is");
+    const auto back = static_cast<std::size_t>(above.end() - found);
+    const FieldRow& decider = model_.fields[model_.fields.size() - back];
+    const bool integer =
+        decider.value != kNone && model_.values[decider.value].shape == iecodec::Shape::kInteger;
+    if (!integer) {
+        reporter_.Error(condition.member.place, "'" + condition.member.text + "' is no integer");
+        return;
     }
-    if (field.halfTag != (field.half && field.tag.has_value())) {
-        reporter_.Error(field.name.place,
-                        "an identifier of half an octet goes with a value of half an octet: "
-                        "'9- TV half'");
+    row.conditionElement = decider.element;
+    row.conditionMask = 0xFFFFFFFF;
+    const std::uint64_t most = MostOf(model_.values[decider.value].width);
+    const std::string what = "in '" + condition.member.text + "'";
+    if (condition.mask) {
+        row.conditionMask = Narrow<std::uint32_t>(reporter_, *condition.mask, {1, most, what});
     }
-    const bool sized = field.half || (field.least && field.least == field.most);
-    if (info.valueEnd == ValueEnd::kWidth && !sized) {
-        reporter_.Error(field.name.place, "the size of '" + field.name.text +
-                                              "' is missing: a number of octets, or 'half'");
-    }
-    if (field.least && field.most && *field.least > *field.most) {
-        reporter_.Error(field.name.place,
-                        "the limits of '" + field.name.text + "' are the wrong way round");
-    }
-    if (info.valueEnd == ValueEnd::kLength && field.half) {
-        reporter_.Error(field.name.place, "a field with a length is not half an octet");
-    }
+    row.conditionValue = Narrow<std::uint32_t>(reporter_, condition.value, {0, most, what});
+    reporter_.ErrorIf((row.conditionValue & ~row.conditionMask) != 0, condition.value.place,
+                      "the mask excludes the value");
 }
 
+void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax& field) {
+    const iecodec::FieldFormatInfo info = InfoOf(field.format);
+    reporter_.ErrorIf(
+        (info.identifierWidth != 0) != field.tag.has_value(), field.name.place,
+        field.tag ? "the format of '" + field.name.text +
+                        "' has no identifier; TV, TLV, TLV-E and T have one"
+                  : "'" + field.name.text + "' needs its identifier in front of the format");
+    reporter_.ErrorIf(field.mandatory && !field.tag, field.name.place,
+                      "a field without an identifier is mandatory as it is");
+    reporter_.ErrorIf(field.halfTag != (field.half && field.tag.has_value()), field.name.place,
+                      "an identifier of half an octet goes with a value of half an octet: "
+                      "'9- TV half'");
+    const bool sized = field.WireBits().value != 0;
+    reporter_.ErrorIf(
+        info.valueEnd == ValueEnd::kWidth && !sized, field.name.place,
+        "the size of '" + field.name.text + "' is missing: a number of octets, or 'half'");
+    if (field.least && field.least->value > field.most->value) {
+        reporter_.Error(field.least->place,
+                        "the limits of '" + field.name.text + "' are the wrong way round");
+    }
+    reporter_.ErrorIf(info.valueEnd == ValueEnd::kLength && field.half, field.name.place,
+                      "a field with a length is not half an octet");
+    reporter_.ErrorIf(info.valueEnd != ValueEnd::kWidth && info.valueEnd != ValueEnd::kLength &&
+                          (field.half || field.least),
+                      field.name.place, "the format of '" + field.name.text + "' has no size");
+    reporter_.ErrorIf(field.format == Format::kRest && &field != &message.fields.back(),
+                      field.name.place, "a field that takes the rest is the last one");
+}
+
+/// The value's bits must be able to be those that its type takes.
 void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
-    const std::uint32_t width = values_.WidthOf(row.value);
-    if (InfoOf(row.format).valueEnd == ValueEnd::kWidth && width != 0 && row.width != 0 &&
-        width != row.width) {
-        reporter_.Error(field.type.place, "'" + field.name.text + "' has " +
-                                              std::to_string(row.width) + " bits, its type " +
-                                              std::to_string(width));
+    const BitRange type = values_.BitsOf(row.value);
+    const bool counted = InfoOf(row.format).lengthWidth != 0;
+    if (row.value == kNone || row.leastOctets > row.mostOctets ||
+        (field.half ? counted : !counted && row.width == 0)) {
+        return;  // there is no value, or no size that could be checked
+    }
+    const std::uint64_t most = std::min<std::uint64_t>(row.mostOctets, OctetsOf(row.format).most);
+    const BitRange room =
+        counted ? BitRange{8U * row.leastOctets, 8 * most} : BitRange{row.width, row.width};
+    const std::uint64_t unit = counted ? 8 : 1;
+    const std::uint64_t least = (std::max(type.least, room.least) + unit - 1) / unit;
+    reporter_.ErrorIf(
+        least > std::min(type.most, room.most) / unit, field.type.place,
+        "'" + field.name.text + "' has " + Shown(room) + " bits, its type " + Shown(type));
+}
+
+/// An identifier that stands again in a message is meant to: 'again' says so.
+void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
+    std::set<std::pair<std::uint64_t, bool>> taken;
+    for (const FieldSyntax& field : message.fields) {
+        const bool isNew = !field.tag || taken.emplace(field.tag->value, field.halfTag).second;
+        reporter_.ErrorIf(isNew == field.again, field.tag ? field.tag->place : field.name.place,
+                          isNew ? "no field above has the identifier of '" + field.name.text + "'"
+                                : "a field above has the identifier of '" + field.name.text +
+                                      "' already; put 'again' behind the size if it is repeated");
     }
 }
 
 void MessageBuilder::PairHalfOctets(const MessageSyntax& message, std::size_t firstField) {
     const FieldSyntax* first = nullptr;
-    for (std::size_t index = 0; index < message.fields.size(); ++index) {
-        const FieldSyntax& field = message.fields[index];
-        FieldRow& row = model_.fields[firstField + index];
-        const bool half = field.half && row.format == Format::kV;
-        if (!half && first != nullptr) {
+    const auto endPair = [&] {
+        if (first != nullptr) {
             reporter_.Error(first->name.place,
                             "the half octet '" + first->name.text +
                                 "' needs a second one behind it; add a SpareHalfOctet");
-            first = nullptr;
         }
-        if (half) {
-            row.format = first == nullptr ? Format::kHalfLow : Format::kHalfHigh;
-            first = first == nullptr ? &field : nullptr;
+        first = nullptr;
+    };
+    for (std::size_t index = 0; index < message.fields.size(); ++index) {
+        const FieldSyntax& field = message.fields[index];
+        FieldRow& row = model_.fields[firstField + index];
+        if (!field.half || row.format != Format::kV) {
+            endPair();
+            continue;
         }
+        row.format = first == nullptr ? Format::kHalfLow : Format::kHalfHigh;
+        first = first == nullptr ? &field : nullptr;
     }
-    if (first != nullptr) {
-        reporter_.Error(first->name.place, "the half octet '" + first->name.text +
-                                               "' needs a second one behind it; add a "
-                                               "SpareHalfOctet");
-    }
+    endPair();
 }
 
 void MessageBuilder::AddOrderRows(std::size_t firstField) {
@@ -219,10 +297,8 @@ void MessageBuilder::AddOrderRows(std::size_t firstField) {
 void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     const auto header = headers_.find(syntax.header.text);
     if (header == headers_.end()) {
-        if (!syntax.header.text.empty()) {
-            reporter_.Error(syntax.header.place,
-                            "no header '" + syntax.header.text + "' is declared");
-        }
+        reporter_.ErrorIf(!syntax.header.text.empty(), syntax.header.place,
+                          "no header '" + syntax.header.text + "' is declared");
         types_.DeclareMessage(syntax, {});
         return;
     }
@@ -237,19 +313,30 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     MessageRow row{};
     row.name = syntax.name.text;
     row.members = static_cast<std::uint16_t>(type->elements.size());
-    row.code = syntax.code;
+    if (syntax.code.has_value() != (headerRows.typeBits != 0)) {
+        reporter_.Error(syntax.header.place,
+                        syntax.code ? "the header '" + syntax.header.text + "' has no message type"
+                                    : "the message type is missing behind the header's name");
+    } else if (syntax.code) {
+        row.code = Narrow<std::uint32_t>(reporter_, *syntax.code,
+                                         {0, MostOf(headerRows.typeBits), "of the message type"});
+    }
     row.firstHeaderItem = headerRows.firstItem;
     row.headerItemCount = static_cast<std::uint16_t>(headerRows.syntax->items.size());
     row.firstField = static_cast<std::uint16_t>(model_.fields.size());
     row.fieldCount = static_cast<std::uint16_t>(syntax.fields.size());
     std::size_t element = type->elements.size() - syntax.fields.size();
     for (const FieldSyntax& field : syntax.fields) {
-        CheckLimits(field);
+        CheckLimits(syntax, field);
         model_.fields.push_back(FieldOf(syntax, field, *type, static_cast<std::uint16_t>(element)));
         CheckFit(field, model_.fields.back());
+        if (field.tag && InfoOf(field.format).identifierWidth != 0) {
+            skipTable_.Note(field, model_.fields.back());
+        }
         ++element;
     }
     PairHalfOctets(syntax, row.firstField);
+    CheckIdentifiers(syntax);
     AddOrderRows(row.firstField);
     const auto index = static_cast<std::uint16_t>(model_.messages.size());
     model_.messages.push_back(row);
@@ -260,9 +347,23 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
 
 void MessageBuilder::BuildSet(const SetSyntax& syntax) {
     SetModel set;
-    set.syntax = &syntax;
     set.type = types_.DeclareSet(syntax);
-    std::map<std::uint32_t, const SetSyntax::Message*> taken;
+    set.row.name = syntax.name.text;
+    reporter_.ErrorIf(!syntax.keyForm, syntax.name.place, "the set has no line 'key'");
+    set.row.keyForm = syntax.keyForm.value_or(iecodec::KeyForm::kTwoOctets);
+    constexpr NumberRange kOctet = {0, 0xFF, "octets ahead of one that tells a message"};
+    set.row.highOctet = Narrow<std::uint8_t>(reporter_, syntax.highOctet, kOctet);
+    set.row.lowOctet = Narrow<std::uint8_t>(reporter_, syntax.lowOctet, kOctet);
+    set.row.typeOctet =
+        Narrow<std::uint8_t>(reporter_, syntax.typeOctet.value_or(WideNumber{1, {}}), kOctet);
+    for (const KeyAttemptSyntax& attempt : syntax.attempts) {
+        set.attempts.push_back(
+            {attempt.highNibbles, attempt.lowNibbles,
+             Narrow<std::uint16_t>(reporter_, attempt.mask, {0, 0xFFFF, "of a mask"})});
+    }
+    const bool sixBits = set.row.keyForm == iecodec::KeyForm::kSixBits;
+    const NumberRange keys = {0, sixBits ? 0x3FU : 0xFFFFU, "of a key"};
+    std::map<std::uint64_t, const SetSyntax::Message*> taken;
     for (const SetSyntax::Message& message : syntax.messages) {
         const auto found = messages_.find(message.name.text);
         if (found == messages_.end()) {
@@ -271,24 +372,43 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
             continue;
         }
         set.messages.push_back(found->second);
+        model_.usedMessages.insert(found->second);
         const auto tag = static_cast<std::uint16_t>(set.messages.size());
-        for (const std::uint32_t key : message.keys) {
-            const auto [other, isNew] = taken.emplace(key, &message);
+        for (const WideNumber& key : message.keys) {
+            const auto [other, isNew] = taken.emplace(key.value, &message);
             if (!isNew) {
-                reporter_.Error(message.name.place, "the key of '" + message.name.text +
-                                                        "' is that of '" +
-                                                        other->second->name.text + "' already");
+                reporter_.Error(key.place, "the key of '" + message.name.text + "' is that of '" +
+                                               other->second->name.text + "' already");
             }
-            set.keys.push_back({static_cast<std::uint16_t>(key), tag});
+            set.keys.push_back({Narrow<std::uint16_t>(reporter_, key, keys), tag});
         }
     }
+    CheckKeys(reporter_, syntax, set, model_);
     std::sort(set.keys.begin(), set.keys.end(),
               [](const iecodec::KeyRow& a, const iecodec::KeyRow& b) { return a.key < b.key; });
     model_.sets.push_back(std::move(set));
 }
 
+/// A message that nothing refers to is never decoded.
+void MessageBuilder::CheckUses() {
+    for (const MessageSyntax& message : family_.messages) {
+        const auto found = messages_.find(message.name.text);
+        reporter_.ErrorIf(found != messages_.end() && model_.usedMessages.count(found->second) == 0,
+                          message.name.place,
+                          "'" + message.name.text + "' is in no message set, union or field");
+    }
+}
+
+void MessageBuilder::Finish() {
+    skipTable_.Build(family_.skipRows, model_.formats);
+    NumberDiagnostics();
+    if (!reporter_.HasErrors()) {  // a mistake may hide a use
+        CheckUses();
+    }
+}
+
 void MessageBuilder::NumberDiagnostics() {
-    std::uint32_t next = family_.firstNumber;
+    std::uint64_t next = Narrow<std::uint16_t>(reporter_, family_.firstNumber, kNumbers);
     const auto number = [&next] { return static_cast<std::uint16_t>(next++); };
     for (FieldRow& field : model_.fields) {
         field.encodeNumber = number();
@@ -311,6 +431,8 @@ void MessageBuilder::NumberDiagnostics() {
     for (iecodec::GroupRow& group : model_.groups) {
         group.missingNumber = number();
     }
+    const auto last = Narrow<std::uint16_t>(reporter_, family_.lastNumber, kNumbers);
+    WithinRange(reporter_, {next - 1, family_.family.place}, {0, last, kNumbers.what});
 }
 
 }  // namespace quorvane::compiler

@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "compiler/skip_table.h"
 #include "compiler/type_resolver.h"
 #include "compiler/value_builder.h"
 
@@ -18,22 +19,29 @@ class MessageBuilder {
     void BuildMessage(const MessageSyntax& syntax);
     void BuildSet(const SetSyntax& syntax);
 
+    /// Ends the tables, when all messages and sets stand.
+    void Finish();
+
+  private:
     /// Gives each place of the codec that can report a fault a number of its own: message by
     /// message, field by field, then the types.
     void NumberDiagnostics();
-
-  private:
+    void CheckUses();
     iecodec::FieldRow FieldOf(const MessageSyntax& message, const FieldSyntax& field,
                               const TypeModel& type, std::uint16_t element);
     void PairHalfOctets(const MessageSyntax& message, std::size_t firstField);
     void CheckFit(const FieldSyntax& field, const iecodec::FieldRow& row);
-    void CheckLimits(const FieldSyntax& field);
+    void AddCondition(const MessageSyntax& message, const FieldSyntax& field,
+                      iecodec::FieldRow& row);
+    void CheckLimits(const MessageSyntax& message, const FieldSyntax& field);
+    void CheckIdentifiers(const MessageSyntax& message);
     void AddOrderRows(std::size_t firstField);
 
     struct Header {
         const HeaderSyntax* syntax;
         std::vector<const HeaderItemSyntax*> members;  // in the order of the record
         std::uint16_t firstItem = iecodec::kNone;      // when its rows stand
+        std::uint8_t typeBits = 0;                     // of the message type
     };
     std::vector<const HeaderItemSyntax*> RecordOrder(const HeaderSyntax& syntax);
     void AddHeader(Header& header);
@@ -43,6 +51,7 @@ class MessageBuilder {
     TypeResolver& types_;
     ValueBuilder& values_;
     FamilyModel& model_;
+    SkipTable skipTable_;
     std::map<std::string, Header> headers_;
     std::map<std::string, std::uint16_t> messages_;
 };

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "compiler/reporter.h"
+#include "compiler/number.h"
 #include "reflect/type_tables.h"
 
 namespace quorvane::compiler {
@@ -18,7 +18,8 @@ namespace quorvane::compiler {
 struct EnumModel {
     struct Value {
         std::string text;
-        std::uint32_t value = 0;
+        WideNumber value;
+        bool unreachable = false;  // no field has the bits for it, and the description says so
     };
 
     std::string name;  // by which descriptions refer to it

@@ -11,7 +11,7 @@ namespace {
 class Parser {
   public:
     Parser(Reporter& reporter, std::uint32_t file, FamilySyntax& family)
-        : tokens_(reporter, file), family_(family) {}
+        : reporter_(reporter), tokens_(reporter, file), family_(family) {}
 
     void Run() {
         tokens_.SkipLineEnds();
@@ -26,12 +26,14 @@ class Parser {
 
     // Types inside types are read by recursion: no text may use up the stack.
     static constexpr int kMostDepth = 50;
+    // An identifier and as many octets as a length of two octets tells.
+    static constexpr std::uint64_t kMostElementBits = 8 * 0x10002;
 
     void ParseDeclaration() {
         if (tokens_.Accept("family")) {
             ParseFamily();
-        } else if (tokens_.Accept("include")) {
-            ParseInclude();
+        } else if (tokens_.Accept("specials")) {
+            ParseSpecials();
         } else if (tokens_.Accept("skip")) {
             ParseSkipTable();
         } else if (tokens_.Accept("enum")) {
@@ -54,7 +56,7 @@ class Parser {
             Declare(Kind::kSet, family_.sets, ParseSet());
         } else {
             tokens_.ErrorExpected(
-                "a declaration (family, include, skip, enum, struct, union, sequence, csn, "
+                "a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
                 "header, message or set)");
             if (tokens_.At("}")) {
                 tokens_.Next();
@@ -67,6 +69,12 @@ class Parser {
     void Declare(Kind kind, std::vector<T>& list, T syntax) {
         family_.declarations.push_back({kind, list.size(), syntax.name});
         list.push_back(std::move(syntax));
+    }
+
+    void Once(bool first, Span place, const std::string& what) {
+        if (!first) {
+            tokens_.Error(place, what + " stands here already");
+        }
     }
 
     /// Runs `entry` for each line of a block.
@@ -95,44 +103,70 @@ class Parser {
         if (tokens_.Accept("diagnostics")) {
             tokens_.Expect("from");
             family_.firstNumber = tokens_.ExpectNumber("the first diagnostic number");
+            if (tokens_.Accept("to")) {
+                family_.lastNumber = tokens_.ExpectNumber("the last diagnostic number");
+            }
         }
         tokens_.ExpectLineEnd();
     }
 
-    void ParseInclude() {
+    void ParseSpecials() {
+        SpecialsSyntax specials;
         if (tokens_.Peek().kind != Token::Kind::kText) {
             tokens_.ErrorExpected("a header in double quotes");
             tokens_.SkipEntry();
             return;
         }
-        family_.includes.emplace_back(tokens_.Next().text);
-        tokens_.ExpectLineEnd();
+        specials.header = tokens_.Next().text;
+        ParseBlock([&] { ParseNames("the name of a C++ element", specials.names); });
+        family_.specials.push_back(std::move(specials));
+    }
+
+    /// The names up to the end of the line, one at least.
+    void ParseNames(std::string_view what, std::vector<Name>& names) {
+        do {
+            const Name name = tokens_.ExpectName(what);
+            if (!name.text.empty()) {
+                names.push_back(name);
+            }
+        } while (tokens_.AtWord());
+    }
+
+    /// The hexadecimal numbers up to the end of the line or to `stop`, one at least.
+    std::vector<WideNumber> ParseHexadecimals(std::string_view what, std::string_view stop = "\n") {
+        std::vector<WideNumber> numbers;
+        do {
+            const Span place = tokens_.Peek().place;
+            const WideNumber number = tokens_.ExpectHexadecimal(what);
+            if (tokens_.Peek().place.begin == place.begin) {
+                tokens_.SkipEntry();
+            } else {
+                numbers.push_back(number);
+            }
+        } while (tokens_.AtWord() && !tokens_.At(stop));
+        return numbers;
     }
 
     void ParseSkipTable() {
         ParseBlock([&] {
-            std::int32_t size = 0;
-            bool half = false;
+            SkipRowSyntax row;
             if (tokens_.Accept("TLV")) {
-                size = -8;
+                row.size = -8;
                 if (tokens_.Accept("-")) {
                     tokens_.Expect("E");
-                    size = -16;
+                    row.size = -16;
                 }
-            } else {
-                size =
-                    static_cast<std::int32_t>(tokens_.ExpectNumber("TLV, TLV-E or a size in bits"));
-                half = tokens_.Accept("half");
+            } else if (!tokens_.Accept("none")) {
+                const WideNumber bits = tokens_.ExpectNumber("TLV, TLV-E, none or a size in bits");
+                row.half = tokens_.Accept("half");
+                row.size = Narrow<std::int32_t>(reporter_, bits,
+                                                {8, row.half ? 8U : kMostElementBits,
+                                                 "bits of an element, identifier included"});
             }
             tokens_.Expect(":");
-            while (!tokens_.AtLineEnd() && !tokens_.At("}")) {
-                const Span place = tokens_.Peek().place;
-                const std::uint32_t tag = tokens_.ExpectHexadecimal("a tag of two digits");
-                if (tokens_.Peek().place.begin == place.begin) {
-                    tokens_.SkipEntry();
-                    return;
-                }
-                family_.skipRows.push_back({tag, half, size, place});
+            for (const WideNumber& tag : ParseHexadecimals("an identifier of two digits")) {
+                row.tag = tag;
+                family_.skipRows.push_back(row);
             }
         });
     }
@@ -157,6 +191,7 @@ class Parser {
             value.value = tokens_.ExpectNumber("a value, or 'other',");
             tokens_.Expect("=");
             value.text = ExpectText();
+            value.unreachable = tokens_.Accept("unreachable");
             model.values.push_back(std::move(value));
         });
     }
@@ -211,24 +246,15 @@ class Parser {
     // Types.
 
     /// Splits "int8" into its word and number.
-    static bool Sized(std::string_view word, std::string_view prefix,
-                      std::optional<std::uint32_t>& size) {
-        if (!word.starts_with(prefix)) {
+    static bool Sized(const Name& word, std::string_view prefix, std::optional<WideNumber>& size) {
+        if (!word.text.starts_with(prefix)) {
             return false;
         }
-        const std::string_view digits = word.substr(prefix.size());
-        if (digits.empty()) {
-            return true;
-        }
-        std::uint32_t value = 0;
-        for (const char digit : digits) {
-            if (digit < '0' || digit > '9' || value > 1000) {
-                return false;
-            }
-            value = value * 10 + static_cast<std::uint32_t>(digit - '0');
-        }
-        size = value;
-        return true;
+        Span place = word.place;
+        place.begin += static_cast<std::uint32_t>(prefix.size());
+        const std::string_view digits = std::string_view(word.text).substr(prefix.size());
+        size = ParseDigits(digits, 10, place);
+        return digits.empty() || size.has_value();
     }
 
     TypeSyntax ParseType() {
@@ -267,9 +293,9 @@ class Parser {
             type.kind = TypeSyntax::Kind::kBinary;
             type.size = tokens_.ExpectNumber("the most bits of the binary");
             type.fixed = tokens_.Accept("fixed");
-        } else if (word.text != "int" && Sized(word.text, "int", type.size)) {
+        } else if (word.text != "int" && Sized(word, "int", type.size)) {
             type.kind = TypeSyntax::Kind::kInteger;
-        } else if (Sized(word.text, "enum", type.size)) {
+        } else if (Sized(word, "enum", type.size)) {
             type.kind = TypeSyntax::Kind::kEnumerated;
             type.name =
                 tokens_.At("{") ? ParseInlineEnum() : tokens_.ExpectName("the enumeration's name");
@@ -284,6 +310,7 @@ class Parser {
         MemberSyntax member;
         if (tokens_.Accept("-")) {
             member.extent = MemberSyntax::Extent::kBits;
+            member.name.place = tokens_.Peek().place;
             member.bits = tokens_.ExpectNumber("the number of unnamed bits");
             return member;
         }
@@ -370,8 +397,8 @@ class Parser {
         } else if (tokens_.Accept("messages")) {
             result.shape = UnionSyntax::Shape::kMessages;
             tokens_.Expect("octet");
-            result.selectorOffset = 8 * tokens_.ExpectNumber("the octet of the message type");
-            result.selectorWidth = 8;
+            result.selectorOffset = tokens_.ExpectNumber("the octet of the message type");
+            result.selectorWidth.value = 8;
         } else if (tokens_.Accept("special")) {
             result.shape = UnionSyntax::Shape::kSpecial;
             result.special = tokens_.ExpectName("the name of the C++ element");
@@ -399,7 +426,7 @@ class Parser {
         if (result.type.kind != TypeSyntax::Kind::kSequence) {
             tokens_.Error(result.type.place, "a sequence is '[most] of type'");
             result.type.kind = TypeSyntax::Kind::kSequence;
-            result.type.size = 1;
+            result.type.size = WideNumber{1, result.type.place};
             result.type.item = std::make_unique<TypeSyntax>();
         }
         if (tokens_.Accept("special")) {
@@ -417,18 +444,13 @@ class Parser {
         HeaderSyntax header;
         header.name = tokens_.ExpectName("the header's name");
         ParseBlock([&] {
-            if (tokens_.Accept("record")) {
-                const Name first = tokens_.ExpectName("a member of the header");
-                if (!first.text.empty()) {
-                    header.record.push_back(first);
-                }
-                while (tokens_.AtWord()) {
-                    header.record.push_back(tokens_.ExpectName("a member of the header"));
-                }
-                return;
-            }
             HeaderItemSyntax item;
             item.place = tokens_.Peek().place;
+            if (tokens_.Accept("record")) {
+                Once(header.record.empty(), item.place, "a line 'record'");
+                ParseNames("a member of the header", header.record);
+                return;
+            }
             if (tokens_.Accept("=")) {
                 item.kind = Item::kConstant;
                 item.constant = tokens_.ExpectNumber("the constant");
@@ -459,7 +481,7 @@ class Parser {
         MessageSyntax message;
         message.name = tokens_.ExpectName("the message's name");
         message.header = tokens_.ExpectName("the header's name");
-        message.code = tokens_.ExpectNumber("the message type");
+        message.code = tokens_.AcceptNumber();
         ParseBlock([&] {
             if (std::optional<FieldSyntax> field = ParseField()) {
                 message.fields.push_back(std::move(*field));
@@ -487,6 +509,7 @@ class Parser {
             return std::nullopt;
         }
         field.mandatory = tokens_.Accept("mandatory");
+        field.again = tokens_.Accept("again");
         if (tokens_.Accept("if")) {
             FieldSyntax::Condition condition;
             condition.member = tokens_.ExpectName("the member that decides");
@@ -517,7 +540,7 @@ class Parser {
                           "an identifier has two hexadecimal digits, or one with '-' behind it");
         }
         if (field.halfTag) {
-            field.tag = *field.tag << 4 & 0xFFU;
+            field.tag->value = field.tag->value << 4 & 0xFFU;
         }
         if (tokens_.Peek().place.begin == tag.place.begin) {
             tokens_.Next();
@@ -567,9 +590,12 @@ class Parser {
         SetSyntax set;
         set.name = tokens_.ExpectName("the message set's name");
         ParseBlock([&] {
+            const Span place = tokens_.Peek().place;
             if (tokens_.Accept("key")) {
+                Once(!set.keyForm, place, "a line 'key'");
                 ParseKeyForm(set);
             } else if (tokens_.Accept("shows")) {
+                Once(!set.typeOctet, place, "a line 'shows'");
                 tokens_.Expect("octet");
                 set.typeOctet = tokens_.ExpectNumber("the octet shown as message type");
             } else if (tokens_.Accept("mask")) {
@@ -578,13 +604,7 @@ class Parser {
                 SetSyntax::Message message;
                 message.name = tokens_.ExpectName("a message's name");
                 tokens_.Expect("=");
-                while (tokens_.AtWord()) {
-                    const Span place = tokens_.Peek().place;
-                    message.keys.push_back(tokens_.ExpectHexadecimal("a key in hexadecimal"));
-                    if (tokens_.Peek().place.begin == place.begin) {
-                        tokens_.SkipEntry();
-                    }
-                }
+                message.keys = ParseHexadecimals("a key in hexadecimal");
                 set.messages.push_back(std::move(message));
             }
         });
@@ -592,6 +612,7 @@ class Parser {
     }
 
     void ParseKeyForm(SetSyntax& set) {
+        set.keyForm = iecodec::KeyForm::kTwoOctets;
         if (tokens_.Accept("octets")) {
             set.highOctet = tokens_.ExpectNumber("the key's upper octet");
             set.lowOctet = tokens_.ExpectNumber("the key's lower octet");
@@ -610,23 +631,24 @@ class Parser {
         KeyAttemptSyntax attempt;
         attempt.mask = tokens_.ExpectHexadecimal("a mask in hexadecimal");
         while (tokens_.Accept("if")) {
+            const Span place = tokens_.Peek().place;
             const bool high = tokens_.Accept("high");
             if (!high) {
                 tokens_.Expect("low");
             }
-            std::uint32_t set = 0;
-            while (tokens_.AtWord() && !tokens_.At("if")) {
-                const Span place = tokens_.Peek().place;
-                set |= 1U << (tokens_.ExpectHexadecimal("a half octet") & 15U);
-                if (tokens_.Peek().place.begin == place.begin) {
-                    tokens_.SkipEntry();
-                }
+            std::uint16_t& set = high ? attempt.highNibbles : attempt.lowNibbles;
+            Once(set == 0xFFFF, place, high ? "a condition 'high'" : "a condition 'low'");
+            const std::vector<WideNumber> nibbles = ParseHexadecimals("a half octet", "if");
+            set = nibbles.empty() ? set : std::uint16_t{0};
+            for (const WideNumber& nibble : nibbles) {
+                const auto bit = WithinRange(reporter_, nibble, {0, 15, "of a half octet"});
+                set = static_cast<std::uint16_t>(set | 1U << bit);
             }
-            (high ? attempt.highNibbles : attempt.lowNibbles) = set;
         }
         return attempt;
     }
 
+    Reporter& reporter_;
     TokenStream tokens_;
     FamilySyntax& family_;
     int depth_ = 0;  // types that are being read

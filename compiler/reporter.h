@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quorvane::compiler {
@@ -33,6 +34,11 @@ class Reporter {
 
     /// Notes an error: what is wrong and what would be right, without a full stop.
     void Error(Span place, std::string message);
+    void ErrorIf(bool wrong, Span place, std::string message) {
+        if (wrong) {
+            Error(place, std::move(message));
+        }
+    }
     [[nodiscard]] bool HasErrors() const { return !errors_.empty(); }
 
     /// The errors as lines `name:line:column: error: message`, ordered by file and place, each

@@ -1,7 +1,5 @@
 #include "compiler/resolver.h"
 
-#include <algorithm>
-
 #include "compiler/message_builder.h"
 #include "compiler/type_resolver.h"
 #include "compiler/value_builder.h"
@@ -9,28 +7,25 @@
 namespace quorvane::compiler {
 namespace {
 
-/// The skip table in the order of its tags, as the binary search over it needs.
-void BuildSkipTable(Reporter& reporter, const FamilySyntax& family, FamilyModel& model) {
-    std::vector<const SkipRowSyntax*> rows;
-    for (const SkipRowSyntax& row : family.skipRows) {
-        rows.push_back(&row);
+/// Rows refer to each other by indices of 16 bits.
+void CheckRowCounts(Reporter& reporter, const FamilySyntax& family, const FamilyModel& model) {
+    const auto check = [&](std::size_t count, std::string_view what) {
+        WithinRange(reporter, {count, family.family.place}, {0, iecodec::kNone, what});
+    };
+    std::size_t elements = 0;
+    for (const TypeModel& type : model.store.types) {
+        elements += type.elements.size();
     }
-    std::stable_sort(rows.begin(), rows.end(), [](const SkipRowSyntax* a, const SkipRowSyntax* b) {
-        return a->tag < b->tag;
-    });
-    const SkipRowSyntax* before = nullptr;
-    for (const SkipRowSyntax* row : rows) {
-        if (row->tag > 0xFF || (row->half && (row->tag & 0x0F) != 0)) {
-            reporter.Error(row->place, row->half ? "the tag of a half-octet row ends in 0"
-                                                 : "a tag has two hexadecimal digits");
-        }
-        if (before != nullptr && before->tag == row->tag) {
-            reporter.Error(row->place, "the tag stands in the skip table already");
-        }
-        before = row;
-        model.formats.push_back({static_cast<std::uint8_t>(row->tag),
-                                 static_cast<std::uint8_t>(row->half ? 0xF0 : 0xFF), row->size});
-    }
+    check(model.store.types.size(), "types of a family");
+    check(elements, "members of a family");
+    check(model.orders.size(), "order rows of a family");
+    check(model.fields.size(), "fields of a family");
+    check(model.values.size(), "value rows of a family");
+    check(model.parts.size(), "parts of a family");
+    check(model.alternatives.size(), "alternatives of a family");
+    check(model.octets.size(), "octets of a family");
+    check(model.headerItems.size(), "header items of a family");
+    check(model.messages.size(), "messages of a family");
 }
 
 }  // namespace
@@ -41,7 +36,6 @@ void Resolve(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn
     TypeResolver types(reporter, family, csn, model);
     ValueBuilder values(reporter, family, csn, types, model);
     MessageBuilder messages(reporter, family, types, values, model);
-    BuildSkipTable(reporter, family, model);
     for (const DeclarationSyntax& declaration : family.declarations) {
         switch (declaration.kind) {
             case Kind::kStruct:
@@ -68,7 +62,8 @@ void Resolve(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn
                 break;
         }
     }
-    messages.NumberDiagnostics();
+    messages.Finish();
+    CheckRowCounts(reporter, family, model);
 }
 
 }  // namespace quorvane::compiler

@@ -4,6 +4,7 @@
 // everything that can be checked is. Rows hold names by view: the syntax must outlive them.
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,9 @@ struct CsnTypes {
 
 /// A message set before its spans can point anywhere.
 struct SetModel {
-    const SetSyntax* syntax = nullptr;
     TypeModel* type = nullptr;
+    iecodec::MessageSetRow row{};
+    std::vector<iecodec::KeyAttemptRow> attempts;
     std::vector<iecodec::KeyRow> keys;
     std::vector<std::uint16_t> messages;
 };
@@ -45,6 +47,7 @@ struct FamilyModel {
     std::vector<iecodec::HeaderItemRow> headerItems;
     std::vector<iecodec::MessageRow> messages;
     std::vector<const TypeModel*> messageTypes;
+    std::set<std::uint16_t> usedMessages;  // by sets, unions and fields
     std::vector<SetModel> sets;
     std::vector<std::string> specials;  // C++ names
 };

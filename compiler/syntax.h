@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "compiler/model.h"
-#include "compiler/reporter.h"
+#include "compiler/number.h"
 #include "iecodec/tables.h"
 
 namespace quorvane::compiler {
@@ -28,7 +28,7 @@ struct TypeSyntax {
 
     Kind kind = Kind::kSpare;
     Span place;
-    std::optional<std::uint32_t> size;  // integer, enumerated: catalogue bits; binary; sequence
+    std::optional<WideNumber> size;  // integer, enumerated: catalogue bits; binary; sequence
     bool fixed = false;
     Name name;                          // enumeration or named type
     std::unique_ptr<TypeSyntax> item;   // sequence
@@ -41,7 +41,7 @@ struct MemberSyntax {
     Name name;  // empty text: unnamed bits
     bool optional = false;
     Extent extent = Extent::kNone;
-    std::uint32_t bits = 0;
+    WideNumber bits;
     TypeSyntax type;
 };
 
@@ -52,7 +52,7 @@ struct OctetSyntax {
 
 struct GroupSyntax {
     Span place;
-    std::uint32_t number = 0;
+    WideNumber number;
     bool optional = false;
     std::vector<OctetSyntax> octets;
 };
@@ -72,7 +72,7 @@ struct StructSyntax {
 struct AlternativeSyntax {
     Name name;
     Name type;
-    std::optional<std::uint32_t> selector;
+    std::optional<WideNumber> selector;
     bool isDefault = false;
 };
 
@@ -81,8 +81,8 @@ struct UnionSyntax {
 
     Name name;
     Shape shape = Shape::kChoice;
-    std::uint32_t selectorOffset = 0;  // bits
-    std::uint32_t selectorWidth = 0;
+    WideNumber selectorOffset;  // bits; of messages: octets
+    WideNumber selectorWidth{1, {}};
     Name special;
     std::vector<AlternativeSyntax> alternatives;
 };
@@ -100,8 +100,8 @@ struct HeaderItemSyntax {
     Kind kind = Kind::kField;
     Name name;
     Span place;
-    std::uint32_t bits = 0;
-    std::uint32_t constant = 0;
+    WideNumber bits;
+    WideNumber constant;
     TypeSyntax type;
 };
 
@@ -115,55 +115,70 @@ struct FieldSyntax {
     using Format = iecodec::FieldFormat;
     struct Condition {
         Name member;
-        std::optional<std::uint32_t> mask;
-        std::uint32_t value = 0;
+        std::optional<WideNumber> mask;
+        WideNumber value;
     };
 
     Name name;
-    std::optional<std::uint32_t> tag;  // 8-bit form
+    std::optional<WideNumber> tag;  // 8-bit form
     bool halfTag = false;
     Format format = Format::kV;  // half octets are paired later
     bool half = false;
-    std::optional<std::uint32_t> least;  // octets
-    std::optional<std::uint32_t> most;
+    std::optional<WideNumber> least;  // octets
+    std::optional<WideNumber> most;
     bool mandatory = false;
+    bool again = false;  // the identifier is that of a field above
     std::optional<Condition> condition;
     TypeSyntax type;
+
+    /// The value's width on the wire if it is stated exactly, else 0.
+    [[nodiscard]] WideNumber WireBits() const {
+        if (half) {
+            return {4, name.place};
+        }
+        const bool exact = least && least->value == most->value;
+        return exact ? WideNumber{8 * least->value, least->place} : WideNumber{0, name.place};
+    }
 };
 
 struct MessageSyntax {
     Name name;
     Name header;
-    std::uint32_t code = 0;
+    std::optional<WideNumber> code;
     std::vector<FieldSyntax> fields;
 };
 
 struct KeyAttemptSyntax {
-    std::uint32_t mask = 0;
-    std::uint32_t highNibbles = 0xFFFF;
-    std::uint32_t lowNibbles = 0xFFFF;
+    WideNumber mask;
+    std::uint16_t highNibbles = 0xFFFF;  // bit n: n is in the set
+    std::uint16_t lowNibbles = 0xFFFF;
 };
 
 struct SetSyntax {
     struct Message {
         Name name;
-        std::vector<std::uint32_t> keys;
+        std::vector<WideNumber> keys;
     };
 
     Name name;
-    iecodec::KeyForm keyForm = iecodec::KeyForm::kTwoOctets;
-    std::uint32_t highOctet = 0;
-    std::uint32_t lowOctet = 1;
-    std::uint32_t typeOctet = 1;
+    std::optional<iecodec::KeyForm> keyForm;
+    WideNumber highOctet;
+    WideNumber lowOctet{1, {}};
+    std::optional<WideNumber> typeOctet;
     std::vector<KeyAttemptSyntax> attempts;
     std::vector<Message> messages;
 };
 
 struct SkipRowSyntax {
-    std::uint32_t tag = 0;
+    WideNumber tag;
     bool half = false;
-    std::int32_t size = 0;
-    Span place;
+    std::int32_t size = 0;  // as in IeFormatRow; 0: the identifier has no row
+};
+
+/// The C++ elements that a header declares.
+struct SpecialsSyntax {
+    std::string header;
+    std::vector<Name> names;
 };
 
 /// A type or message declaration, in file order: the catalogue is built in that order.
@@ -178,8 +193,9 @@ struct DeclarationSyntax {
 /// All files of one family.
 struct FamilySyntax {
     Name family;
-    std::uint32_t firstNumber = 1;  // of the diagnostics
-    std::vector<std::string> includes;
+    WideNumber firstNumber{1, {}};  // of the diagnostics
+    WideNumber lastNumber{0xFFFF, {}};
+    std::vector<SpecialsSyntax> specials;
     std::vector<EnumModel> enums;
     std::vector<StructSyntax> structs;
     std::vector<UnionSyntax> unions;

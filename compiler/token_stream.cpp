@@ -3,23 +3,26 @@
 #include <charconv>
 
 namespace quorvane::compiler {
-namespace {
-
-std::optional<std::uint32_t> Parse(std::string_view text, int base) {
-    std::uint32_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value, base);
-    if (error != std::errc() || stop != end || text.empty()) {
+std::optional<WideNumber> ParseDigits(std::string_view digits, int base, Span place) {
+    WideNumber number{0, place, base == 16};
+    const char* end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, number.value, base);
+    if (stop != end || digits.empty()) {
         return std::nullopt;
     }
-    return value;
+    if (error == std::errc::result_out_of_range) {
+        number.value = MostOf(64);
+    }
+    return number;
 }
 
-std::optional<std::uint32_t> ParseNumber(std::string_view text) {
-    if (text.starts_with("0x")) {
-        return Parse(text.substr(2), 16);
+namespace {
+
+std::optional<WideNumber> ParseNumber(const Token& token) {
+    if (token.text.starts_with("0x")) {
+        return ParseDigits(token.text.substr(2), 16, token.place);
     }
-    return Parse(text, 10);
+    return ParseDigits(token.text, 10, token.place);
 }
 
 std::string Shown(const Token& token) {
@@ -74,33 +77,33 @@ Name TokenStream::ExpectName(std::string_view what) {
     return {std::string(token.text), token.place};
 }
 
-std::uint32_t TokenStream::ExpectNumber(std::string_view what) {
-    if (const auto value = AcceptNumber()) {
-        return *value;
+WideNumber TokenStream::ExpectNumber(std::string_view what) {
+    if (const auto number = AcceptNumber()) {
+        return *number;
     }
     ErrorExpected(what);
-    return 0;
+    return {0, Peek().place};
 }
 
-std::optional<std::uint32_t> TokenStream::AcceptNumber() {
+std::optional<WideNumber> TokenStream::AcceptNumber() {
     if (!AtWord()) {
         return std::nullopt;
     }
-    const auto value = ParseNumber(Peek().text);
-    if (value) {
+    const auto number = ParseNumber(Peek());
+    if (number) {
         Next();
     }
-    return value;
+    return number;
 }
 
-std::uint32_t TokenStream::ExpectHexadecimal(std::string_view what) {
-    const auto value = AtWord() ? Parse(Peek().text, 16) : std::nullopt;
-    if (!value) {
+WideNumber TokenStream::ExpectHexadecimal(std::string_view what) {
+    const auto number = AtWord() ? ParseDigits(Peek().text, 16, Peek().place) : std::nullopt;
+    if (!number) {
         ErrorExpected(what);
-        return 0;
+        return {0, Peek().place};
     }
     Next();
-    return *value;
+    return *number;
 }
 
 void TokenStream::ExpectLineEnd() {

@@ -11,6 +11,9 @@
 
 namespace quorvane::compiler {
 
+/// The number that the digits tell, if they are digits; one with too many is the largest there is.
+std::optional<WideNumber> ParseDigits(std::string_view digits, int base, Span place);
+
 class TokenStream {
   public:
     TokenStream(Reporter& reporter, std::uint32_t file)
@@ -37,11 +40,11 @@ class TokenStream {
     /// A name; `what` says what for.
     Name ExpectName(std::string_view what);
     /// A decimal number, or a hexadecimal one with 0x in front.
-    std::uint32_t ExpectNumber(std::string_view what);
+    WideNumber ExpectNumber(std::string_view what);
     /// Digits of a hexadecimal number without a prefix.
-    std::uint32_t ExpectHexadecimal(std::string_view what);
+    WideNumber ExpectHexadecimal(std::string_view what);
     /// A number if one stands here.
-    std::optional<std::uint32_t> AcceptNumber();
+    std::optional<WideNumber> AcceptNumber();
 
     /// The end of an entry; what stands before it is reported and passed over.
     void ExpectLineEnd();

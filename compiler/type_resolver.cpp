@@ -7,13 +7,9 @@ namespace {
 
 using Kind = TypeModel::Kind;
 
-std::uint32_t WireBits(const FieldSyntax& field) {
-    if (field.half) {
-        return 4;
-    }
-    const bool exact = field.least && field.least == field.most;
-    return exact ? 8 * *field.least : 0;
-}
+constexpr NumberRange kIntegerBits = {1, 32, "bits of an integer"};
+constexpr NumberRange kBinaryBits = {1, 8 * 0xFFFF, "bits of a binary"};
+constexpr NumberRange kItems = {1, 0xFFFF, "items of a sequence"};
 
 }  // namespace
 
@@ -21,10 +17,9 @@ TypeResolver::TypeResolver(Reporter& reporter, const FamilySyntax& family, const
                            FamilyModel& model)
     : reporter_(reporter), csn_(csn), model_(model) {
     for (const EnumModel& entry : family.enums) {
-        if (!enums_.emplace(entry.name, &entry).second) {
-            reporter_.Error(entry.place, "the enumeration '" + entry.name +
-                                             "' is declared already; give it another name");
-        }
+        reporter_.ErrorIf(
+            !enums_.emplace(entry.name, &entry).second, entry.place,
+            "the enumeration '" + entry.name + "' is declared already; give it another name");
     }
 }
 
@@ -33,9 +28,8 @@ const EnumModel* TypeResolver::FindEnum(const Name& use) {
     if (found != enums_.end()) {
         return found->second;
     }
-    if (!use.text.empty()) {
-        reporter_.Error(use.place, "no enumeration '" + use.text + "' is declared");
-    }
+    reporter_.ErrorIf(!use.text.empty(), use.place,
+                      "no enumeration '" + use.text + "' is declared");
     return nullptr;
 }
 
@@ -46,10 +40,9 @@ TypeModel* TypeResolver::Lookup(const std::string& name) const {
 
 TypeModel* TypeResolver::Find(const Name& use) {
     TypeModel* type = Lookup(use.text);
-    if (type == nullptr && !use.text.empty()) {
-        reporter_.Error(use.place, "no type '" + use.text +
-                                       "' is declared above; a type stands before its users");
-    }
+    reporter_.ErrorIf(
+        type == nullptr && !use.text.empty(), use.place,
+        "no type '" + use.text + "' is declared above; a type stands before its users");
     return type;
 }
 
@@ -63,8 +56,23 @@ void TypeResolver::Declare(const Name& name, TypeModel* type) {
     model_.named.push_back(type);
 }
 
+/// Values that no field of the type can have are mistakes.
+void TypeResolver::CheckValues(const TypeModel& type, std::uint64_t bits) {
+    if (type.enumeration == nullptr) {
+        return;
+    }
+    const std::string what = "in the " + std::to_string(bits) + " bits of '" + type.name + "'";
+    for (const EnumModel::Value& value : type.enumeration->values) {
+        if (!value.unreachable) {
+            WithinRange(reporter_, value.value, {0, MostOf(bits), what});
+        } else if (value.value.value <= MostOf(bits)) {
+            reporter_.Error(value.value.place, "the value is reachable " + what);
+        }
+    }
+}
+
 TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inlineName,
-                               std::uint32_t wireBits) {
+                               const WideNumber& wireBits) {
     TypeStore& store = model_.store;
     switch (syntax.kind) {
         case TypeSyntax::Kind::kNamed:
@@ -73,29 +81,32 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
             return store.NewType(Kind::kInteger, inlineName, syntax.place);
         case TypeSyntax::Kind::kInteger: {
             TypeModel* type = store.NewType(Kind::kInteger, inlineName, syntax.place);
-            type->size = syntax.size.value_or(wireBits);
+            type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kIntegerBits);
             return type;
         }
         case TypeSyntax::Kind::kEnumerated: {
             TypeModel* type = store.NewType(Kind::kEnumerated, inlineName, syntax.place);
-            type->size = syntax.size.value_or(wireBits);
             type->enumeration = FindEnum(syntax.name);
-            if (type->size == 0) {
+            const WideNumber& size = syntax.size.value_or(wireBits);
+            if (!syntax.size && wireBits.value == 0) {
                 reporter_.Error(syntax.place,
                                 "the width of the enumeration in bits is missing: 'enum8'");
+                return type;
             }
+            type->size = Narrow<std::uint32_t>(reporter_, size, kIntegerBits);
+            CheckValues(*type, wireBits.value == 0 ? type->size : wireBits.value);
             return type;
         }
         case TypeSyntax::Kind::kBinary: {
             TypeModel* type = store.NewType(Kind::kBinary, inlineName, syntax.place);
-            type->size = syntax.size.value_or(0);
+            type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kBinaryBits);
             type->fixed = syntax.fixed;
             return type;
         }
         case TypeSyntax::Kind::kSequence: {
             TypeModel* type = store.NewType(Kind::kSequence, inlineName, syntax.place);
-            type->size = syntax.size.value_or(0);
-            type->item = Build(*syntax.item, inlineName + "_data", 0);
+            type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kItems);
+            type->item = Build(*syntax.item, inlineName + "_data", {0, syntax.item->place});
             return type;
         }
         case TypeSyntax::Kind::kStruct: {
@@ -109,10 +120,9 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
 
 void TypeResolver::AddMember(TypeModel& owner, const Name& name, TypeModel* type, bool optional) {
     const auto same = [&](const ElementModel& element) { return element.name == name.text; };
-    if (std::any_of(owner.elements.begin(), owner.elements.end(), same)) {
-        reporter_.Error(name.place, "'" + owner.name + "' has a member '" + name.text +
-                                        "' already; a member has a name of its own");
-    }
+    reporter_.ErrorIf(std::any_of(owner.elements.begin(), owner.elements.end(), same), name.place,
+                      "'" + owner.name + "' has a member '" + name.text +
+                          "' already; a member has a name of its own");
     owner.elements.push_back({name.text, type, optional});
 }
 
@@ -137,7 +147,7 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
     if (syntax.remainder) {
         AddMember(
             *type, syntax.remainder->name,
-            Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, 0),
+            Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, {}),
             syntax.remainder->optional);
     }
     Declare(syntax.name, type);
@@ -152,7 +162,7 @@ void TypeResolver::DeclareUnion(const UnionSyntax& syntax) {
 }
 
 void TypeResolver::DeclareSequence(const SequenceSyntax& syntax) {
-    Declare(syntax.name, Build(syntax.type, syntax.name.text, 0));
+    Declare(syntax.name, Build(syntax.type, syntax.name.text, {}));
 }
 
 void TypeResolver::DeclareCsn(const Name& name) {
@@ -175,7 +185,7 @@ void TypeResolver::DeclareMessage(const MessageSyntax& syntax,
     for (const FieldSyntax& field : syntax.fields) {
         const bool untagged = !field.tag && !field.condition;
         AddMember(*type, field.name,
-                  Build(field.type, syntax.name.text + "_" + field.name.text, WireBits(field)),
+                  Build(field.type, syntax.name.text + "_" + field.name.text, field.WireBits()),
                   !untagged && !field.mandatory);
     }
     Declare(syntax.name, type);

@@ -22,7 +22,7 @@ class TypeResolver {
     /// The type that `syntax` tells, as that of the member `name` of `owner`: an inline type with
     /// a compound name, or a named one. `wireBits` is the width on the wire, 0 if it varies.
     TypeModel* Build(const TypeSyntax& syntax, const std::string& inlineName,
-                     std::uint32_t wireBits);
+                     const WideNumber& wireBits);
 
     /// Adds a named type to the catalogue; a second one of that name is an error.
     void Declare(const Name& name, TypeModel* type);
@@ -42,6 +42,7 @@ class TypeResolver {
 
   private:
     const EnumModel* FindEnum(const Name& use);
+    void CheckValues(const TypeModel& type, std::uint64_t bits);
     void AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members);
 
     Reporter& reporter_;

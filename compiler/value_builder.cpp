@@ -20,11 +20,24 @@ std::uint16_t NamedCount(const std::vector<MemberSyntax>& members) {
     return static_cast<std::uint16_t>(std::count_if(members.begin(), members.end(), named));
 }
 
+constexpr std::uint64_t kMostBits = BitRange::kMostBits;
+
+bool IsOpen(const PartRow& part) {
+    return part.kind == PartRow::Kind::kRest || part.kind == PartRow::Kind::kCounted;
+}
+
 }  // namespace
 
-ValueBuilder::ValueBuilder(Reporter& reporter, const FamilySyntax& /*family*/, const CsnTypes& csn,
+std::string Shown(const BitRange& range) {
+    const std::string least = std::to_string(range.least);
+    return range.most == range.least ? least
+           : range.most == kMostBits ? least + " or more"
+                                     : least + " to " + std::to_string(range.most);
+}
+
+ValueBuilder::ValueBuilder(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
                            TypeResolver& types, FamilyModel& model)
-    : reporter_(reporter), csn_(csn), types_(types), model_(model) {}
+    : reporter_(reporter), family_(family), csn_(csn), types_(types), model_(model) {}
 
 std::uint16_t ValueBuilder::Add(ValueRow row) {
     model_.values.push_back(row);
@@ -41,28 +54,53 @@ void ValueBuilder::NoteMessage(const std::string& name, std::uint16_t message) {
     messages_.emplace(name, message);
 }
 
-std::uint32_t ValueBuilder::WidthOf(std::uint16_t row) const {
+BitRange ValueBuilder::BitsOf(std::uint16_t row) const {
     if (row == kNone) {
-        return 0;
+        return {};
     }
     const ValueRow& value = model_.values[row];
     switch (value.shape) {
         case Shape::kInteger:
         case Shape::kFixed:
+            return {value.width, value.width};
         case Shape::kBinary:
-            return value.width;
+            return value.width == 0 ? BitRange{} : BitRange{value.width, value.width};
         case Shape::kTruncatable:
-        case Shape::kSerial:
-        case Shape::kChoice:
+        case Shape::kSerial: {
+            const auto parts = std::span(model_.parts).subspan(value.first, value.count);
+            const bool open = std::any_of(parts.begin(), parts.end(), IsOpen);
+            return {value.shape == Shape::kSerial ? value.width : 0U,
+                    open ? kMostBits : value.width};
+        }
+        case Shape::kChoice: {
+            BitRange range = {kMostBits, 0};
+            for (const auto& alternative :
+                 std::span(model_.alternatives).subspan(value.first, value.count)) {
+                const BitRange one = BitsOf(alternative.value);
+                range = {std::min(range.least, one.least), std::max(range.most, one.most)};
+            }
+            return range;
+        }
         case Shape::kSequence:
-        case Shape::kExtension:
+            return {0, std::min(value.capacity * BitsOf(value.item).most, kMostBits)};
+        case Shape::kExtension: {
+            const auto groups = std::span(model_.groups).subspan(value.first, value.count);
+            const auto count = std::count_if(groups.begin(), groups.end(),
+                                             [](const auto& group) { return group.mandatory; });
+            return {8 * static_cast<std::uint64_t>(count), kMostBits};
+        }
         case Shape::kCsn:
         case Shape::kMessageSet:
         case Shape::kMessageBody:
         case Shape::kSpecial:
             break;
     }
-    return 0;
+    return {};
+}
+
+std::uint32_t ValueBuilder::WidthOf(std::uint16_t row) const {
+    const BitRange range = BitsOf(row);
+    return range.least == range.most ? static_cast<std::uint32_t>(range.least) : 0;
 }
 
 std::uint16_t ValueBuilder::RowOfNamed(const Name& use) {
@@ -75,13 +113,14 @@ std::uint16_t ValueBuilder::RowOfNamed(const Name& use) {
         ValueRow row = StructRow(*type);
         row.shape = Shape::kMessageBody;
         row.item = message->second;
+        model_.usedMessages.insert(message->second);
         return AddNamed(use, row);
     }
     return kNone;
 }
 
 std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* type,
-                                  std::string_view name, std::uint32_t wireBits, bool located) {
+                                  std::string_view name, const WideNumber& wireBits, bool located) {
     if (type == nullptr) {
         return kNone;
     }
@@ -94,22 +133,23 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
         case TypeSyntax::Kind::kInteger:
         case TypeSyntax::Kind::kEnumerated:
             row.shape = Shape::kInteger;
-            row.width = static_cast<std::uint16_t>(wireBits == 0 ? type->size : wireBits);
-            if (row.width < 1 || row.width > 32) {
-                reporter_.Error(syntax.place, "an integer has 1 to 32 bits on the wire, not " +
-                                                  std::to_string(row.width));
-            }
+            row.width = Narrow<std::uint16_t>(
+                reporter_, wireBits.value == 0 ? WideNumber{type->size, syntax.place} : wireBits,
+                {1, 32, "bits of an integer"});
             break;
         case TypeSyntax::Kind::kBinary:
             row.shape = Shape::kBinary;
             row.name = name;
             row.capacity = type->size;
-            row.width = static_cast<std::uint16_t>(type->fixed ? type->size : 0);
+            if (type->fixed) {
+                row.width =
+                    Narrow<std::uint16_t>(reporter_, *syntax.size, {1, 0xFFFF, "bits of a value"});
+            }
             return Add(row);
         case TypeSyntax::Kind::kSequence: {
             row.shape = Shape::kSequence;
             row.capacity = type->size;
-            row.item = RowOf(*syntax.item, type->item, name, 0, false);
+            row.item = RowOf(*syntax.item, type->item, name, {}, false);
             return Add(row);
         }
         case TypeSyntax::Kind::kSpare:
@@ -140,6 +180,15 @@ ValueRow ValueBuilder::StructRow(const TypeModel& type) {
 
 std::uint16_t ValueBuilder::Special(const Name& name) {
     auto& names = model_.specials;
+    const auto declares = [&](const SpecialsSyntax& specials) {
+        return std::any_of(specials.names.begin(), specials.names.end(),
+                           [&](const Name& declared) { return declared.text == name.text; });
+    };
+    reporter_.ErrorIf(std::none_of(family_.specials.begin(), family_.specials.end(), declares),
+                      name.place,
+                      "no C++ element '" + name.text +
+                          "' is declared; name it in a block 'specials' behind the "
+                          "header that declares it");
     const auto found = std::find(names.begin(), names.end(), name.text);
     const auto index = static_cast<std::uint16_t>(found - names.begin());
     if (found == names.end()) {
@@ -153,7 +202,9 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     using Extent = MemberSyntax::Extent;
     PartRow part{};
     part.value = kNone;
-    part.width = static_cast<std::uint16_t>(member.bits);
+    const bool stated = member.extent == Extent::kBits;
+    part.width = Narrow<std::uint16_t>(reporter_, member.bits,
+                                       {stated ? 1U : 0U, 0xFFFF, "bits of a member"});
     if (member.name.text.empty() || member.type.kind == TypeSyntax::Kind::kSpare) {
         part.kind = PartRow::Kind::kSkip;
         return part;
@@ -162,9 +213,8 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     if (member.extent == Extent::kRest || member.extent == Extent::kCounted) {
         const bool rest = member.extent == Extent::kRest;
         part.kind = rest ? PartRow::Kind::kRest : PartRow::Kind::kCounted;
-        if (!rest && owner.shape != StructSyntax::Shape::kSerial) {
-            reporter_.Error(member.name.place, "only a serial struct has counted members");
-        }
+        reporter_.ErrorIf(!rest && owner.shape != StructSyntax::Shape::kSerial, member.name.place,
+                          "only a serial struct has counted members");
         return part;
     }
     if (part.value == kNone) {
@@ -175,21 +225,20 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     const std::uint32_t width = WidthOf(part.value);
     if (member.extent == Extent::kNone) {
         part.width = static_cast<std::uint16_t>(width);
-        if (width == 0) {
-            reporter_.Error(member.name.place, "the width of '" + member.name.text +
-                                                   "' in bits is missing in front of the colon");
-        }
-    } else if (width != 0 && width != member.bits) {
+        reporter_.ErrorIf(
+            width == 0, member.name.place,
+            "the width of '" + member.name.text + "' in bits is missing in front of the colon");
+    } else if (part.kind == PartRow::Kind::kValue && !BitsOf(part.value).Holds(part.width)) {
         reporter_.Error(member.name.place, "'" + member.name.text + "' has " +
-                                               std::to_string(member.bits) +
-                                               " bits here, its type " + std::to_string(width));
+                                               std::to_string(part.width) +
+                                               " bits here, its type " + Shown(BitsOf(part.value)));
     }
     return part;
 }
 
-std::uint32_t ValueBuilder::AddParts(const StructSyntax& owner,
+std::uint16_t ValueBuilder::AddParts(const StructSyntax& owner,
                                      const std::vector<MemberSyntax>& members,
-                                     std::uint16_t firstElement, std::uint32_t offset) {
+                                     std::uint16_t firstElement, std::uint64_t offset) {
     const TypeModel* type = types_.Lookup(owner.name.text);
     std::uint16_t element = firstElement;
     // Rows of nested values first, so that this struct's parts stand together.
@@ -200,14 +249,14 @@ std::uint32_t ValueBuilder::AddParts(const StructSyntax& owner,
         part.element = named ? element++ : kNone;
         part.offset = static_cast<std::uint16_t>(offset);
         offset += part.width;
-        const bool open = part.kind == PartRow::Kind::kRest || part.kind == PartRow::Kind::kCounted;
-        if (open && owner.shape != StructSyntax::Shape::kSerial && &member != &members.back()) {
-            reporter_.Error(member.name.place, "a member that takes the rest is the last one");
-        }
+        reporter_.ErrorIf(IsOpen(part) && owner.shape != StructSyntax::Shape::kSerial &&
+                              &member != &members.back(),
+                          member.name.place, "a member that takes the rest is the last one");
         parts.push_back(part);
     }
     model_.parts.insert(model_.parts.end(), parts.begin(), parts.end());
-    return offset;
+    return Narrow<std::uint16_t>(reporter_, {offset, owner.name.place},
+                                 {0, 0xFFFF, "bits of a struct"});
 }
 
 std::uint16_t ValueBuilder::AddSpecialParts(const StructSyntax& syntax) {
@@ -264,28 +313,24 @@ void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
 void ValueBuilder::AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged,
                             std::uint16_t firstElement) {
     iecodec::OctetRow row{};
-    const std::uint32_t end = AddParts(owner, octet.members, firstElement, 1);
+    const std::uint16_t end = AddParts(owner, octet.members, firstElement, 1);
     row.partCount = static_cast<std::uint16_t>(octet.members.size());
     row.firstPart = static_cast<std::uint16_t>(model_.parts.size() - row.partCount);
     row.flagElement = flagged ? firstElement : kNone;
     model_.octets.push_back(row);
-    if (end != 8) {
-        reporter_.Error(octet.place,
-                        "the members of an octet take 7 bits behind the extension "
-                        "bit, not " +
-                            std::to_string(end - 1));
-    }
+    reporter_.ErrorIf(end != 8, octet.place,
+                      "the members of an octet take 7 bits behind the extension "
+                      "bit, not " +
+                          std::to_string(end - 1));
     for (std::size_t index = 0; index < octet.members.size(); ++index) {
         const MemberSyntax& member = octet.members[index];
         const bool mayBeOptional = index == 0 && flagged;
-        if (member.optional != mayBeOptional) {
-            reporter_.Error(member.name.place,
-                            mayBeOptional
-                                ? "the first member of an octet that may be absent is optional: "
-                                  "put a '?' behind its name"
-                                : "only the first member of an octet that may be absent is "
-                                  "optional");
-        }
+        reporter_.ErrorIf(member.optional != mayBeOptional, member.name.place,
+                          mayBeOptional
+                              ? "the first member of an octet that may be absent is optional: "
+                                "put a '?' behind its name"
+                              : "only the first member of an octet that may be absent is "
+                                "optional");
     }
 }
 
@@ -295,10 +340,14 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
     row.count = static_cast<std::uint16_t>(syntax.groups.size());
     std::uint16_t element = 0;
     std::vector<iecodec::GroupRow> groups;
+    std::uint64_t last = 0;
     for (const GroupSyntax& group : syntax.groups) {
         iecodec::GroupRow groupRow{};
         groupRow.mandatory = !group.optional;
-        groupRow.number = static_cast<std::uint8_t>(group.number);
+        // One digit tells the group in diagnostics.
+        groupRow.number = Narrow<std::uint8_t>(reporter_, group.number,
+                                               {last + 1, 9, "of the group's octet number"});
+        last = groupRow.number;
         groupRow.firstOctet = IndexOfNext(model_.octets);
         groupRow.octetCount = static_cast<std::uint16_t>(group.octets.size());
         for (const OctetSyntax& octet : group.octets) {
@@ -313,7 +362,7 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
     if (syntax.remainder) {
         row.element = element;
         row.item = RowOf(syntax.remainder->type, type->elements[element].type,
-                         syntax.remainder->name.text, 0, true);
+                         syntax.remainder->name.text, {}, true);
     }
     return AddNamed(syntax.name, row);
 }
@@ -324,15 +373,21 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
     }
     const TypeModel* type = types_.Lookup(syntax.name.text);
     ValueRow row = StructRow(*type);
-    row.selectorOffset = static_cast<std::uint16_t>(syntax.selectorOffset);
-    row.selectorWidth = static_cast<std::uint16_t>(syntax.selectorWidth);
     row.count = static_cast<std::uint16_t>(syntax.alternatives.size());
     switch (syntax.shape) {
         case UnionSyntax::Shape::kChoice:
             row.shape = Shape::kChoice;
+            row.selectorOffset = Narrow<std::uint16_t>(reporter_, syntax.selectorOffset,
+                                                       {0, 0xFFFF, "bits ahead of a selector"});
+            row.selectorWidth = Narrow<std::uint16_t>(reporter_, syntax.selectorWidth,
+                                                      {1, 32, "bits of a selector"});
             break;
         case UnionSyntax::Shape::kMessages:
             row.shape = Shape::kMessageSet;
+            row.selectorOffset = static_cast<std::uint16_t>(
+                8 * Narrow<std::uint16_t>(reporter_, syntax.selectorOffset,
+                                          {0, 0xFFFF / 8, "octets ahead of a message type"}));
+            row.selectorWidth = 8;
             break;
         case UnionSyntax::Shape::kSpecial:
             row.shape = Shape::kSpecial;
@@ -345,15 +400,18 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
         iecodec::AlternativeRow out{};
         out.tag = static_cast<std::uint16_t>(alternatives.size() + 1);
         out.isDefault = alternative.isDefault;
-        out.selector = alternative.selector.value_or(0);
-        const bool chosen = alternative.selector.has_value() || alternative.isDefault;
-        if ((row.shape == Shape::kChoice) != chosen || (alternative.isDefault && hasDefault)) {
-            reporter_.Error(alternative.name.place,
-                            row.shape == Shape::kChoice
-                                ? "an alternative of a choice has 'when' and a value, one of them "
-                                  "'default'"
-                                : "only a choice has alternatives with 'when' or 'default'");
+        if (alternative.selector) {
+            out.selector = Narrow<std::uint32_t>(reporter_, *alternative.selector,
+                                                 {0, MostOf(row.selectorWidth), "of the selector"});
         }
+        const bool chosen = alternative.selector.has_value() != alternative.isDefault;
+        reporter_.ErrorIf(
+            (row.shape == Shape::kChoice) != chosen || (alternative.isDefault && hasDefault),
+            alternative.name.place,
+            row.shape == Shape::kChoice
+                ? "an alternative of a choice has 'when' and a value, one of them "
+                  "'default'"
+                : "only a choice has alternatives with 'when' or 'default'");
         hasDefault = hasDefault || alternative.isDefault;
         if (row.shape == Shape::kMessageSet) {
             const auto message = messages_.find(alternative.type.text);
@@ -362,6 +420,7 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
                                 "'" + alternative.type.text + "' is no message declared above");
             } else {
                 out.value = message->second;
+                model_.usedMessages.insert(message->second);
                 out.selector = model_.messages[message->second].code;
             }
         } else {
@@ -369,9 +428,8 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
         }
         alternatives.push_back(out);
     }
-    if (row.shape == Shape::kChoice && !hasDefault) {
-        reporter_.Error(syntax.name.place, "a choice needs a default alternative");
-    }
+    reporter_.ErrorIf(row.shape == Shape::kChoice && !hasDefault, syntax.name.place,
+                      "a choice needs a default alternative");
     row.first = IndexOfNext(model_.alternatives);
     model_.alternatives.insert(model_.alternatives.end(), alternatives.begin(), alternatives.end());
     AddNamed(syntax.name, row);
@@ -389,11 +447,11 @@ void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
     if (syntax.special) {
         row.shape = Shape::kSpecial;
         row.item = Special(syntax.specialName);
-        row.first = RowOf(*syntax.type.item, type->item, syntax.name.text, 0, false);
+        row.first = RowOf(*syntax.type.item, type->item, syntax.name.text, {}, false);
         row.count = 1;
     } else {
         row.shape = Shape::kSequence;
-        row.item = RowOf(*syntax.type.item, type->item, syntax.name.text, 0, false);
+        row.item = RowOf(*syntax.type.item, type->item, syntax.name.text, {}, false);
     }
     AddNamed(syntax.name, row);
 }

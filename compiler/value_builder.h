@@ -11,6 +11,17 @@
 
 namespace quorvane::compiler {
 
+/// The bits that a value may have; without a known bound, kMostBits.
+struct BitRange {
+    static constexpr std::uint64_t kMostBits = std::uint64_t{1} << 32;
+
+    std::uint64_t least = 0;
+    std::uint64_t most = kMostBits;
+
+    [[nodiscard]] bool Holds(std::uint64_t bits) const { return bits >= least && bits <= most; }
+};
+std::string Shown(const BitRange& range);
+
 class ValueBuilder {
   public:
     ValueBuilder(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
@@ -20,7 +31,7 @@ class ValueBuilder {
     /// decides. `located`: an integer notes its location. kNone if there is nothing to store.
     /// `name` is the member's or field's, as diagnostics tell it.
     std::uint16_t RowOf(const TypeSyntax& syntax, const TypeModel* type, std::string_view name,
-                        std::uint32_t wireBits, bool located);
+                        const WideNumber& wireBits, bool located);
 
     // The rows of the named types, in the order of their declarations.
     void BuildStruct(const StructSyntax& syntax);
@@ -31,14 +42,16 @@ class ValueBuilder {
     /// Tells the builder the row of a message, for unions of messages and nested bodies.
     void NoteMessage(const std::string& name, std::uint16_t message);
 
-    /// The width of the value in bits if it is the same always, else 0.
-    [[nodiscard]] std::uint32_t WidthOf(std::uint16_t row) const;
+    /// The bits that a value of the row may take; from 0 to kMostBits if that is not known.
+    [[nodiscard]] BitRange BitsOf(std::uint16_t row) const;
 
   private:
     std::uint16_t Add(iecodec::ValueRow row);
     std::uint16_t AddNamed(const Name& name, iecodec::ValueRow row);
     std::uint16_t RowOfNamed(const Name& use);
     std::uint16_t Special(const Name& name);
+    /// The width of the value in bits if it is the same always, else 0.
+    [[nodiscard]] std::uint32_t WidthOf(std::uint16_t row) const;
     iecodec::ValueRow StructRow(const TypeModel& type);
 
     /// Adds a row for each member, so that the C++ of a special struct finds the wire forms of its
@@ -46,8 +59,8 @@ class ValueBuilder {
     std::uint16_t AddSpecialParts(const StructSyntax& syntax);
 
     /// Adds the parts of `members`; returns the bits that those of known width take together.
-    std::uint32_t AddParts(const StructSyntax& owner, const std::vector<MemberSyntax>& members,
-                           std::uint16_t firstElement, std::uint32_t offset);
+    std::uint16_t AddParts(const StructSyntax& owner, const std::vector<MemberSyntax>& members,
+                           std::uint16_t firstElement, std::uint64_t offset);
     iecodec::PartRow PartOf(const StructSyntax& owner, const MemberSyntax& member,
                             const TypeModel* type);
     void AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged,
@@ -55,6 +68,7 @@ class ValueBuilder {
     std::uint16_t BuildExtension(const StructSyntax& syntax, iecodec::ValueRow row);
 
     Reporter& reporter_;
+    const FamilySyntax& family_;
     const CsnTypes& csn_;
     TypeResolver& types_;
     FamilyModel& model_;

@@ -1,6 +1,7 @@
 #include "iecodec/value_decoder.h"
 
 #include <limits>
+#include <string>
 
 #include "csn/csn_record.h"
 #include "iecodec/message_decoder.h"
@@ -159,7 +160,7 @@ class ExtensionDecoder {
                 }
                 context_.diagnostics.Report(group.missingNumber,
                                             "Error decoding 0/1ext IE: missing mandatory group",
-                                            std::string_view(Digits(group.number)));
+                                            std::to_string(group.number));
                 return kSyntaxError;
             }
             if (!DecodeGroup(group)) {
@@ -182,10 +183,6 @@ class ExtensionDecoder {
     }
 
   private:
-    static constexpr std::string_view kDigits = "0123456789";
-
-    static std::string_view Digits(std::uint8_t number) { return kDigits.substr(number, 1); }
-
     [[nodiscard]] bool Closed(std::int64_t octet) const {
         return context_.reader.Read(octet, 1) != 0;
     }

@@ -44,7 +44,7 @@ constexpr Mistake kMistakes[] = {
     {"Escape", "enum v {\n    1 = \"a\\q\"\n}\n",
      "f.qd:7:10: error: a backslash stands before 't', 'x' and two digits, or a backslash\n"},
     {"Declaration", "struture s {\n}\n",
-     "f.qd:6:1: error: a declaration (family, include, skip, enum, struct, union, sequence, csn, "
+     "f.qd:6:1: error: a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
      "header, message or set) is expected here, not 'struture'\n"},
     {"Shape", "struct s {\n    a 8 : int8\n}\n",
      "f.qd:6:10: error: the wire form (fixed, truncatable, serial, extension or special) is "
@@ -57,8 +57,10 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:11: error: no type 't' is declared above; a type stands before its users\n"},
     {"EnumUnknown", "struct s fixed {\n    a 8 : enum v\n}\n",
      "f.qd:7:16: error: no enumeration 'v' is declared\n"},
-    {"EnumerationWidth", "enum v {\n    1 = \"a\"\n}\nstruct s special x {\n    a : enum v\n}\n",
-     "f.qd:10:9: error: the width of the enumeration in bits is missing: 'enum8'\n"},
+    {"EnumerationWidth",
+     "enum v {\n    1 = \"a\"\n}\nspecials \"x.h\" {\n    x\n}\n"
+     "struct s special x {\n    a : enum v\n}\n",
+     "f.qd:13:9: error: the width of the enumeration in bits is missing: 'enum8'\n"},
     {"EnumTwice", "enum v {\n    1 = \"a\"\n}\nenum v {\n    1 = \"a\"\n}\n",
      "f.qd:9:6: error: the enumeration 'v' is declared already; give it another name\n"},
     {"TypeTwice", "struct s fixed {\n    a 8 : int8\n}\nsequence s [2] of int8\n",
@@ -66,7 +68,7 @@ constexpr Mistake kMistakes[] = {
     {"MemberTwice", "struct s fixed {\n    a 8 : int8\n    a 8 : int8\n}\n",
      "f.qd:8:5: error: 's' has a member 'a' already; a member has a name of its own\n"},
     {"IntegerTooWide", "struct s fixed {\n    a 33 : int32\n}\n",
-     "f.qd:7:12: error: an integer has 1 to 32 bits on the wire, not 33\n"},
+     "f.qd:7:7: error: 33 is above 32, the most bits of an integer\n"},
     {"WidthMissing", "struct s fixed {\n    a : int8\n}\nstruct t serial {\n    b : binary 8\n}\n",
      "f.qd:10:5: error: the width of 'b' in bits is missing in front of the colon\n"},
     {"WidthDiffers", "struct s fixed {\n    a 8 : int8\n}\nstruct t fixed {\n    b 16 : s\n}\n",
@@ -145,7 +147,7 @@ constexpr Mistake kMistakes[] = {
     {"SizeMissing", "message m h 1 {\n    a V : int8\n}\n",
      "f.qd:7:5: error: the size of 'a' is missing: a number of octets, or 'half'\n"},
     {"LimitsTurned", "message m h 1 {\n    a LV 4-2 : binary 32\n}\n",
-     "f.qd:7:5: error: the limits of 'a' are the wrong way round\n"},
+     "f.qd:7:10: error: the limits of 'a' are the wrong way round\n"},
     {"LengthOfHalfAnOctet", "message m h 1 {\n    a LV half : int4\n}\n",
      "f.qd:7:5: error: a field with a length is not half an octet\n"},
     {"MandatoryOdd", "message m h 1 {\n    a V 1 mandatory : int8\n}\n",
@@ -156,23 +158,26 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:5: error: the half octet 'a' needs a second one behind it; add a SpareHalfOctet\n"},
     {"ConditionUnknown", "message m h 1 {\n    a V 1 if b = 1 : int8\n}\n",
      "f.qd:7:14: error: 'b' is no field above this one\n"},
-    {"SetMessageUnknown", "set s {\n    m = 1\n}\n",
-     "f.qd:7:5: error: 'm' is no message declared above\n"},
+    {"SetMessageUnknown", "set s {\n    key octets 0 1\n    m = 1\n}\n",
+     "f.qd:8:5: error: 'm' is no message declared above\n"},
     {"KeyForm", "set s {\n    key octet 0 1\n}\n",
      "f.qd:7:9: error: the form of the key (octets, bits 6 or extended) is expected here, not "
      "'octet'\n"},
-    {"MaskCondition", "set s {\n    mask 0F if 3\n}\n",
-     "f.qd:7:16: error: 'low' is expected here, not '3'\n"},
-    {"KeyTwice", "message m h 1 {\n}\nmessage n h 2 {\n}\nset s {\n    m = 12\n    n = 12\n}\n",
-     "f.qd:12:5: error: the key of 'n' is that of 'm' already\n"},
+    {"MaskCondition", "set s {\n    key octets 0 1\n    mask 0F if 3\n}\n",
+     "f.qd:8:16: error: 'low' is expected here, not '3'\n"},
+    {"KeyTwice",
+     "message m h 1 {\n}\nmessage n h 1 {\n}\nset s {\n    key octets 0 1\n    m = 101\n    n = "
+     "101\n"
+     "}\n",
+     "f.qd:13:9: error: the key of 'n' is that of 'm' already\n"},
     {"SkipTagTwice", "skip {\n    TLV : 11 12\n    16 : 11\n}\n",
-     "f.qd:8:10: error: the tag stands in the skip table already\n"},
+     "f.qd:8:10: error: the identifier stands in the skip table already\n"},
     {"SkipHalfTag", "skip {\n    8 half : 81\n}\n",
-     "f.qd:7:14: error: the tag of a half-octet row ends in 0\n"},
+     "f.qd:7:14: error: the identifier of a half-octet row ends in 0\n"},
     {"SkipTagTooLong", "skip {\n    16 : 123\n}\n",
-     "f.qd:7:10: error: a tag has two hexadecimal digits\n"},
-    {"Include", "include stdio\n",
-     "f.qd:6:9: error: a header in double quotes is expected here, not 'stdio'\n"},
+     "f.qd:7:10: error: 0x123 is above 0xFF, the most of an identifier\n"},
+    {"SpecialsHeader", "specials stdio {\n}\n",
+     "f.qd:6:10: error: a header in double quotes is expected here, not 'stdio'\n"},
     {"OtherFamily", "family g\n",
      "f.qd:6:8: error: the family is 'f' in the other files; all files of a run are one "
      "family's\n"},
@@ -201,7 +206,8 @@ TEST(Describe, WantsAFamilyAndKnownFiles) {
 TEST(Describe, OutputDependsOnTheSourcesAlone) {
     const std::vector<Source> sources = {
         {"some/where/a.qd",
-         WithHeader("message m h 1 {\n    a V 1 : enum {\n        1 = \"\\xDF\\t\"\n    }\n}\n")}};
+         WithHeader("message m h 1 {\n    a V 1 : enum {\n        1 = \"\\xDF\\t\"\n    }\n}\n"
+                    "set s {\n    key octets 0 1\n    m = 101\n}\n")}};
     std::vector<Source> elsewhere = sources;
     elsewhere[0].name = "/another/place/a.qd";
     const Description first = Describe(sources);

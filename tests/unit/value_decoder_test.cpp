@@ -2,6 +2,7 @@
 
 #include "iecodec/value_decoder.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
@@ -296,6 +297,24 @@ TEST(ExtensionElement, NeedsItsMandatoryGroups) {
     EXPECT_EQ(options.Decode(""), kSyntaxError);
     EXPECT_EQ(options.Diagnostics(),
               "<ERRID:*> Error decoding 0/1ext IE: missing mandatory group 1\n");
+}
+
+TEST(ExtensionElement, TellsGroupsOfAnyNumber) {
+    std::array<ValueRow, 1> values{};
+    values[0].shape = Shape::kExtension;
+    values[0].count = 1;
+    values[0].item = kNone;
+    const std::array<GroupRow, 1> groups{{{true, 211, 0, 0, 7}}};
+    CodecTables tables{};
+    tables.values = values;
+    tables.groups = groups;
+    bits::Arena arena;
+    bits::Cell cell{};
+    Diagnostics diagnostics;
+    DecodeContext context{tables, bits::BitReader(nullptr, 0), arena, diagnostics};
+    static_cast<void>(DecodeValue(context, values[0], 0, cell, 0));
+    EXPECT_EQ(diagnostics.Lines(),
+              "<ERRID:7> Error decoding 0/1ext IE: missing mandatory group 211\n");
 }
 
 TEST(ExtensionElement, MayEndAheadOfAnOptionalGroup) {

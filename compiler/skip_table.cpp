@@ -1,0 +1,66 @@
+#include "compiler/skip_table.h"
+
+namespace quorvane::compiler {
+namespace {
+
+using iecodec::IeFormatRow;
+
+IeFormatRow RowOf(std::uint8_t tag, bool half, std::int32_t size) {
+    return {tag, static_cast<std::uint8_t>(half ? 0xF0 : 0xFF), size};
+}
+
+bool Same(const IeFormatRow& a, const IeFormatRow& b) {
+    return a.mask == b.mask && a.size == b.size;
+}
+
+}  // namespace
+
+void SkipTable::Note(const FieldSyntax& field, const iecodec::FieldRow& row) {
+    const iecodec::FieldFormatInfo info = InfoOf(row.format);
+    const std::int32_t whole = info.identifierWidth + row.width;
+    const IeFormatRow format =
+        RowOf(row.tag, field.halfTag, info.lengthWidth != 0 ? -info.lengthWidth : whole);
+    const auto [entry, isNew] = entries_.emplace(row.tag, Entry{format, &field, nullptr, false});
+    if (!isNew && !Same(entry->second.row, format)) {
+        entry->second.other = &field;
+    }
+}
+
+void SkipTable::State(const SkipRowSyntax& syntax) {
+    const auto tag = Narrow<std::uint8_t>(reporter_, syntax.tag, {0, 0xFF, "of an identifier"});
+    reporter_.ErrorIf(syntax.half && (tag & 0x0F) != 0, syntax.tag.place,
+                      "the identifier of a half-octet row ends in 0");
+    const IeFormatRow row = RowOf(tag, syntax.half, syntax.size);
+    Entry& entry = entries_[tag];
+    if (entry.stated) {
+        reporter_.Error(syntax.tag.place, "the identifier stands in the skip table already");
+    } else if (entry.field == nullptr ? row.size == 0
+                                      : entry.other == nullptr && Same(entry.row, row)) {
+        reporter_.Error(syntax.tag.place,
+                        "this follows from the messages; only what differs is stated");
+    }
+    entry.row = row;
+    entry.stated = true;
+}
+
+void SkipTable::Build(const std::vector<SkipRowSyntax>& stated, std::vector<IeFormatRow>& rows) {
+    for (const SkipRowSyntax& row : stated) {
+        State(row);
+    }
+    const auto report = [&](const FieldSyntax& at, const FieldSyntax& other) {
+        reporter_.Error(at.tag->place, "'" + other.name.text +
+                                           "' has this identifier with another format; state in "
+                                           "'skip' which of them passes over it");
+    };
+    for (const auto& [tag, entry] : entries_) {
+        if (entry.other != nullptr && !entry.stated) {
+            report(*entry.field, *entry.other);
+            report(*entry.other, *entry.field);
+        }
+        if (entry.row.size != 0) {
+            rows.push_back(entry.row);
+        }
+    }
+}
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,36 @@
+#pragma once
+
+// The skip table of a family: how an element that a message has no field for is passed over. Rows
+// follow from the fields of all messages; the description states what differs from that.
+
+#include <map>
+
+#include "compiler/resolver.h"
+
+namespace quorvane::compiler {
+
+class SkipTable {
+  public:
+    explicit SkipTable(Reporter& reporter) : reporter_(reporter) {}
+
+    /// Takes note of a field with an identifier.
+    void Note(const FieldSyntax& field, const iecodec::FieldRow& row);
+
+    /// Puts the table in the order of its identifiers, as the binary search over it needs.
+    void Build(const std::vector<SkipRowSyntax>& stated, std::vector<iecodec::IeFormatRow>& rows);
+
+  private:
+    struct Entry {
+        iecodec::IeFormatRow row{};
+        const FieldSyntax* field = nullptr;
+        const FieldSyntax* other = nullptr;  // one with another format
+        bool stated = false;
+    };
+
+    void State(const SkipRowSyntax& syntax);
+
+    Reporter& reporter_;
+    std::map<std::uint8_t, Entry> entries_;
+};
+
+}  // namespace quorvane::compiler

@@ -1,0 +1,298 @@
+// What a description cannot mean, though each word of it can be read: numbers that have no room,
+// and statements that contradict each other. One case for each.
+
+#include <gtest/gtest.h>
+#include <ostream>
+#include <string>
+
+#include "compiler/describe.h"
+
+namespace quorvane::compiler {
+namespace {
+
+struct Refusal {
+    const char* name;
+    std::string source;
+    std::string errors;
+};
+
+std::ostream& operator<<(std::ostream& out, const Refusal& refusal) {
+    return out << refusal.name;
+}
+
+// A header and two types in front of each case: their 13 lines count in the places.
+constexpr const char* kPrelude =
+    "family f\n"
+    "header h {\n"
+    "    = 1 8\n"
+    "    type 8\n"
+    "}\n"
+    "struct three fixed {\n"
+    "    a 24 : int24\n"
+    "}\n"
+    "struct one fixed {\n"
+    "    a 4 : int4\n"
+    "    b 4 : int4\n"
+    "}\n"
+    "\n";
+
+std::string Message(const std::string& fields, const std::string& behind = "") {
+    return "message m h 1 {\n" + fields + "}\n" + behind;  // fields from line 15
+}
+
+std::string Set(const std::string& lines) {
+    return "message m h 1 {\n}\nset s {\n" + lines + "}\n";  // lines from line 17
+}
+
+class DescribeRefusals : public testing::TestWithParam<Refusal> {};
+
+TEST_P(DescribeRefusals, AreTold) {
+    const Description result = Describe({{"f.qd", kPrelude + GetParam().source}});
+    EXPECT_EQ(result.errors, GetParam().errors);
+    EXPECT_EQ(result.code, "");
+}
+
+std::string Error(const char* place, const std::string& text) {
+    return "f.qd:" + std::string(place) + ": error: " + text + "\n";
+}
+
+const Refusal kNumbers[] = {
+    {"LengthOfTwoOctets", Message("    a 12 TLV-E 3-70000 : binary 8\n"),
+     Error("15:18", "70000 is above 65535, the most octets behind a length of two octets")},
+    {"LengthOfOneOctet", Message("    a LV 3-256 : binary 8\n"),
+     Error("15:12", "256 is above 255, the most octets behind a length of one octet")},
+    {"Octets", Message("    a V 9000 : binary 8\n"),
+     Error("15:9", "9000 is above 8191, the most octets of a value without a length")},
+    {"NoOctets", Message("    a V 0 : binary 8\n"),
+     Error("15:5", "the size of 'a' is missing: a number of octets, or 'half'") +
+         Error("15:9", "0 is below 1, the least octets of a value without a length")},
+    {"HeaderField", "header g {\n    a 300 : int8\n}\nmessage m g {\n}\n",
+     Error("15:7", "300 is above 32, the most bits of a header's item")},
+    {"HeaderConstant", "header g {\n    = 16 4\n    - 4\n}\n",
+     Error("16:5", "a member, '=', 'type' or 'record' is expected here, not '-'")},
+    {"ConstantWide", "header g {\n    = 16 4\n    = 0 4\n}\nmessage m g {\n}\n",
+     Error("15:7", "16 is above 15, the most in 4 bits")},
+    {"MessageType", "message m h 0x1FF {\n}\n",
+     Error("14:13", "0x1FF is above 0xFF, the most of the message type")},
+    {"Mask", Set("    key octets 0 1\n    mask 1FFFF\n"),
+     Error("18:10", "0x1FFFF is above 0xFFFF, the most of a mask")},
+    {"KeyOctet", Set("    key octets 0 300\n"),
+     Error("17:18", "300 is above 255, the most octets ahead of one that tells a message")},
+    {"ShownOctet", Set("    key octets 0 1\n    shows octet 256\n"),
+     Error("18:17", "256 is above 255, the most octets ahead of one that tells a message")},
+    {"Key", Set("    key octets 0 1\n    m = 10101\n"),
+     Error("18:9", "0x10101 is above 0xFFFF, the most of a key")},
+    {"KeyOfSixBits", Set("    key bits 6\n    m = 40\n"),
+     Error("18:9", "0x40 is above 0x3F, the most of a key")},
+    {"Binary", Message("    a rest : binary 600000\n"),
+     Error("15:21", "600000 is above 524280, the most bits of a binary")},
+    {"NoBinary", Message("    a rest : binary 0\n"),
+     Error("15:21", "0 is below 1, the least bits of a binary")},
+    {"NoItems", "sequence s [0] of int8\n",
+     Error("14:13", "0 is below 1, the least items of a sequence")},
+    {"Items", "sequence s [4294967295] of int8\n",
+     Error("14:13", "4294967295 is above 65535, the most items of a sequence")},
+    {"BeyondSixtyFourBits", "sequence s [99999999999999999999] of int8\n",
+     Error("14:13", "18446744073709551615 is above 65535, the most items of a sequence")},
+    {"CatalogueBits", "struct s fixed {\n    a 8 : int64\n}\n",
+     Error("15:14", "64 is above 32, the most bits of an integer")},
+    {"SelectorOffset", "union u choice 65536 3 {\n    a : one default\n}\n",
+     Error("14:16", "65536 is above 65535, the most bits ahead of a selector")},
+    {"SelectorWidth", "union u choice 0 33 {\n    a : one default\n}\n",
+     Error("14:18", "33 is above 32, the most bits of a selector")},
+    {"SelectorValue", "union u choice 5 3 {\n    a : one default\n    b : one when 8\n}\n",
+     Error("16:18", "8 is above 7, the most of the selector")},
+    {"TypeOctet", Message("", "union u messages octet 8192 {\n    a : m\n}\n"),
+     Error("16:24", "8192 is above 8191, the most octets ahead of a message type")},
+    {"EnumerationValue", "struct s fixed {\n    a 3 : enum {\n        8 = \"x\"\n    }\n}\n",
+     Error("16:9", "8 is above 7, the most in the 3 bits of 's_a'")},
+    {"ReachableValue",
+     "struct s fixed {\n    a 3 : enum {\n        7 = \"x\" unreachable\n    }\n}\n",
+     Error("16:9", "the value is reachable in the 3 bits of 's_a'")},
+    {"StructBits", "struct s fixed {\n    a 40000 : binary 8\n    b 40000 : binary 8\n}\n",
+     Error("14:8", "80000 is above 65535, the most bits of a struct")},
+    {"MemberBits", "struct s fixed {\n    - 0\n}\n",
+     Error("15:7", "0 is below 1, the least bits of a member")},
+    {"FirstDiagnostic", "family f diagnostics from 65536\n",
+     Error("14:27", "65536 is above 65535, the most of the family's diagnostic numbers")},
+    {"DiagnosticsOverrun",
+     "family f diagnostics from 7 to 9\n" + Message("    a V 1 : int8\n    b V 1 : int8\n"),
+     Error("14:8", "12 is above 9, the most of the family's diagnostic numbers")},
+    {"SkipSize", "skip {\n    1000000 : 11\n}\n",
+     Error("15:5", "1000000 is above 524304, the most bits of an element, identifier included")},
+    {"SkipHalfSize", "skip {\n    16 half : 80\n}\n",
+     Error("15:5", "16 is above 8, the most bits of an element, identifier included")},
+    {"Nibble", Set("    key octets 0 1\n    mask FFFF if high 1F\n"),
+     Error("18:23", "0x1F is above 0xF, the most of a half octet")},
+    {"Group",
+     "struct s extension {\n    group 11 {\n        octet {\n            a 7 : int7\n        }\n"
+     "    }\n}\n",
+     Error("15:11", "11 is above 9, the most of the group's octet number")},
+    {"GroupTwice",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
+     "    }\n    group 3 optional {\n        octet {\n            b? 7 : int7\n        }\n    "
+     "}\n}\n",
+     Error("20:11", "3 is below 4, the least of the group's octet number")},
+};
+
+INSTANTIATE_TEST_SUITE_P(Numbers, DescribeRefusals, testing::ValuesIn(kNumbers),
+                         [](const auto& kind) { return std::string(kind.param.name); });
+
+const Refusal kFields[] = {
+    {"LimitsBelowTheStruct", Message("    a 12 TLV 1-2 : three\n"),
+     Error("15:20", "'a' has 8 to 16 bits, its type 24")},
+    {"LimitsAboveTheStruct", Message("    a LV 4-9 : three\n"),
+     Error("15:16", "'a' has 32 to 72 bits, its type 24")},
+    {"NoWholeOctets", "struct s fixed {\n    a 4 : int4\n}\nmessage m h 1 {\n    a LV : s\n}\n",
+     Error("18:12", "'a' has 0 to 2040 bits, its type 4")},
+    {"LimitsOfATruncatable",
+     "struct s truncatable {\n    a 8 : int8\n}\nmessage m h 1 {\n    a LV 2-3 : s\n}\n",
+     Error("18:16", "'a' has 16 to 24 bits, its type 0 to 8")},
+    {"LimitsOfASerial",
+     "struct s serial {\n    a 16 : int16\n    b rest : binary 8\n}\nmessage m h 1 {\n"
+     "    a LV 1 : s\n}\n",
+     Error("19:14", "'a' has 8 bits, its type 16 or more")},
+    {"LimitsOfAChoice",
+     "union u choice 0 1 {\n    a : three default\n    b : one when 1\n}\nmessage m h 1 {\n"
+     "    a LV 4 : u\n}\n",
+     Error("19:14", "'a' has 32 bits, its type 8 to 24")},
+    {"LimitsOfASequence", "sequence q [2] of one\nmessage m h 1 {\n    a LV 3 : q\n}\n",
+     Error("16:14", "'a' has 24 bits, its type 0 to 16")},
+    {"HalfOctetOfAnOctet", Message("    a V half : one\n    b V half : spare\n"),
+     Error("15:16", "'a' has 4 bits, its type 8")},
+    {"MemberOfATruncatable",
+     "struct s truncatable {\n    a 8 : int8\n}\nstruct t fixed {\n    a 16 : s\n}\n",
+     Error("18:5", "'a' has 16 bits here, its type 0 to 8")},
+    {"IdentifierTwice", Message("    a 12 TV 1 : int8\n    b 12 TLV 1 : int8\n"),
+     Error("15:7",
+           "'b' has this identifier with another format; state in 'skip' which of them "
+           "passes over it") +
+         Error("16:7",
+               "'a' has this identifier with another format; state in 'skip' which of them "
+               "passes over it") +
+         Error("16:7",
+               "a field above has the identifier of 'b' already; put 'again' behind the "
+               "size if it is repeated")},
+    {"AgainTheFirstTime", Message("    a 12 TV 1 again : int8\n"),
+     Error("15:7", "no field above has the identifier of 'a'")},
+    {"ConditionOnAStruct", Message("    a V 1 : one\n    b V 1 if a & 1 = 1 : int8\n"),
+     Error("16:14", "'a' is no integer")},
+    {"ConditionOnASpare",
+     Message("    a V half : spare\n    b V half : int4\n    c V 1 if a = 1 : int8\n"),
+     Error("17:14", "'a' is no integer")},
+    {"ConditionMasked", Message("    a V 1 : int8\n    b V 1 if a & 2 = 1 : int8\n"),
+     Error("16:22", "the mask excludes the value")},
+    {"ConditionMask", Message("    a V 1 : int8\n    b V 1 if a & 256 = 0 : int8\n"),
+     Error("16:18", "256 is above 255, the most in 'a'")},
+    {"ConditionValue", Message("    a V 1 : int8\n    b V 1 if a = 256 : int8\n"),
+     Error("16:18", "256 is above 255, the most in 'a'")},
+    {"ConditionOfAnIdentifier", Message("    a V 1 : int8\n    b 12 TV 1 if a = 1 : int8\n"),
+     Error("16:18", "a field with an identifier is there if its identifier is")},
+    {"BehindTheRest", Message("    a rest : binary 8\n    b V 1 : int8\n"),
+     Error("15:5", "a field that takes the rest is the last one")},
+    {"SizeOfTheRest", Message("    a rest 5 : binary 8\n"),
+     Error("15:5", "the format of 'a' has no size")},
+    {"SizeOfATypeOnly", Message("    a 12 T 5\n"), Error("15:5", "the format of 'a' has no size")},
+    {"MessageNowhere", "message m h 1 {\n}\n",
+     Error("14:9", "'m' is in no message set, union or field")},
+    {"MessageTypeMissing", "message m h {\n}\n",
+     Error("14:11", "the message type is missing behind the header's name")},
+    {"MessageTypeOdd", "header g {\n    = 1 8\n}\nmessage m g 1 {\n}\n",
+     Error("17:11", "the header 'g' has no message type")},
+    {"HeaderTypeTwice", "header g {\n    type 8\n    type 8\n}\nmessage m g 1 {\n}\n",
+     Error("16:5", "the header has a message type already")},
+    {"HeaderStruct", "header g {\n    a 8 : one\n}\nmessage m g {\n}\n",
+     Error("15:11", "a member of a header is an integer or enumerated")},
+    {"HeaderIdentifier", "header g {\n    a extended 4 : int4\n}\nmessage m g {\n}\n",
+     Error("15:16", "a transaction identifier has 3 bits")},
+    {"SpecialUnknown", "struct s special kNope {\n    a : int8\n}\n",
+     Error("14:18",
+           "no C++ element 'kNope' is declared; name it in a block 'specials' behind the "
+           "header that declares it")},
+};
+
+INSTANTIATE_TEST_SUITE_P(Fields, DescribeRefusals, testing::ValuesIn(kFields),
+                         [](const auto& kind) { return std::string(kind.param.name); });
+
+const Refusal kSets[] = {
+    {"KeyAgainstTheType", Set("    key octets 0 1\n    m = 0102\n"),
+     Error("18:9", "the header and the type of 'm' contradict this key")},
+    {"KeyAgainstAConstant", Set("    key octets 0 1\n    mask 0FFF\n    m = 201\n"),
+     Error("19:9", "the header and the type of 'm' contradict this key")},
+    {"KeyBehindTheMask", Set("    key octets 0 1\n    mask 0F0F\n    m = 0111\n"),
+     Error("19:9", "the masks of the set let no message have this key")},
+    {"KeyOfAnotherMask",
+     Set("    key octets 0 1\n    mask FF00 if low 1\n    mask FFFF\n    m = 0101\n"),
+     Error("20:9", "the masks of the set let no message have this key")},
+    {"KeyOfSixBitsAgainstTheHeader", Set("    key bits 6\n    m = 3F\n"),
+     Error("18:9", "the header and the type of 'm' contradict this key")},
+    {"KeyMissing", Set("    m = 0101\n"), Error("16:5", "the set has no line 'key'")},
+    {"KeyLineTwice", Set("    key octets 0 1\n    key octets 0 1\n    m = 0101\n"),
+     Error("18:5", "a line 'key' stands here already")},
+    {"ShowsTwice", Set("    key octets 0 1\n    shows octet 1\n    shows octet 1\n    m = 0101\n"),
+     Error("19:5", "a line 'shows' stands here already")},
+    {"NoKeyOfAMessage", Set("    key octets 0 1\n    m =\n"),
+     Error("18:8", "a key in hexadecimal is expected here, not the end of the line")},
+    {"NoNibbles", Set("    key octets 0 1\n    mask FFFF if low\n    m = 0101\n"),
+     Error("18:21", "a half octet is expected here, not the end of the line")},
+    {"ConditionTwice", Set("    key octets 0 1\n    mask FFFF if low 1 if low 2\n    m = 0101\n"),
+     Error("18:27", "a condition 'low' stands here already")},
+    {"MaskNeverReached", Set("    key octets 0 1\n    mask FFFF\n    mask FF00\n    m = 0101\n"),
+     Error("19:10", "no first octet comes to this mask")},
+    {"RecordLineTwice",
+     "header g {\n    a 8 : int8\n    record a\n    record a\n}\nmessage m g {\n}\n",
+     Error("17:5", "a line 'record' stands here already") +
+         Error("17:12", "'a' is no member of the header, or stands in the record's order already")},
+    {"SkipAsItFollows",
+     Message("    a 12 TV 1 : int8\n",
+             "set s {\n    key octets 0 1\n    m = 0101\n}\n"
+             "skip {\n    16 : 12\n}\n"),
+     Error("22:10", "this follows from the messages; only what differs is stated")},
+    {"SkipNothing", "skip {\n    none : 12\n}\n",
+     Error("15:12", "this follows from the messages; only what differs is stated")},
+};
+
+INSTANTIATE_TEST_SUITE_P(Sets, DescribeRefusals, testing::ValuesIn(kSets),
+                         [](const auto& kind) { return std::string(kind.param.name); });
+
+// Rows of the tables are counted in 16 bits.
+TEST(DescribeRefusals, TellTablesThatAreFull) {
+    std::string source = kPrelude;
+    for (const char* name : {"s", "t"}) {
+        source += "struct " + std::string(name) + " fixed {\n";
+        for (int part = 0; part < 33000; ++part) {
+            source += "    - 1\n";
+        }
+        source += "}\n";
+    }
+    EXPECT_EQ(Describe({{"f.qd", source}}).errors,
+              Error("1:8", "66003 is above 65535, the most parts of a family"));
+}
+
+TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
+    const std::string source = Message(
+        "    a 12 TV 1  : int8\n"
+        "    b 13 TLV   : int8\n"
+        "    c 14 TLV-E : binary 8\n"
+        "    d 15 T\n"
+        "    e 9- TV half : int4\n"
+        "    f 16 TV 1  : int8\n"
+        "    g 17 TV 1  : int8\n",
+        "set s {\n    key octets 0 1\n    m = 0101\n}\n"
+        "skip {\n    TLV : 16 71\n    none : 17\n}\n");
+    const Description result = Describe({{"f.qd", kPrelude + source}});
+    EXPECT_EQ(result.errors, "");
+    EXPECT_NE(result.code.find("constexpr std::array<IeFormatRow, 7> kFormats{{\n"
+                               "    {18, 255, 16},  // 0\n"
+                               "    {19, 255, -8},  // 1\n"
+                               "    {20, 255, -16},  // 2\n"
+                               "    {21, 255, 8},  // 3\n"
+                               "    {22, 255, -8},  // 4\n"
+                               "    {113, 255, -8},  // 5\n"
+                               "    {144, 240, 8},  // 6\n"
+                               "}};\n"),
+              std::string::npos);
+}
+
+}  // namespace
+}  // namespace quorvane::compiler
