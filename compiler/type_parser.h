@@ -1,0 +1,53 @@
+#pragma once
+
+// Reads enumerations and types: structs, unions, sequences and what stands behind a colon.
+
+#include "compiler/token_stream.h"
+
+namespace quorvane::compiler {
+
+class TypeParser {
+  public:
+    TypeParser(Reporter& reporter, std::uint32_t file, FamilySyntax& family)
+        : reporter_(reporter), tokens_(reporter, file), family_(family) {}
+
+  protected:
+    void ParseEnum();
+    TypeSyntax ParseType();
+    StructSyntax ParseStruct();
+    UnionSyntax ParseUnion();
+    SequenceSyntax ParseSequence();
+
+    /// Runs `entry` for each line of a block.
+    template <typename Entry>
+    void ParseBlock(Entry entry) {
+        if (!tokens_.Expect("{")) {
+            tokens_.SkipEntry();
+            return;
+        }
+        tokens_.SkipLineEnds();
+        while (!tokens_.AtEnd() && !tokens_.At("}")) {
+            entry();
+            tokens_.ExpectLineEnd();
+        }
+        tokens_.Expect("}");
+    }
+
+    Reporter& reporter_;
+    TokenStream tokens_;
+    FamilySyntax& family_;
+
+  private:
+    void ParseEnumValues(EnumModel& model);
+    /// An enumeration that stands with its only user: it gets a name that no description can use.
+    Name ParseInlineEnum();
+    std::string ExpectText();
+    /// A text's octets: \t is a tab, \xHH the octet HH, \\ a backslash.
+    std::string Unescaped(const Token& token);
+    MemberSyntax ParseMember();
+    void ParseExtensionPart(StructSyntax& owner);
+
+    int depth_ = 0;  // types that are being read
+};
+
+}  // namespace quorvane::compiler
