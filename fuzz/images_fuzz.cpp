@@ -125,7 +125,7 @@ void Run(const Image& image, const csn::VerifierReport& report, Input& input) {
         const auto first = static_cast<std::int32_t>(form >> 5U);
         const auto count = static_cast<std::int32_t>(8 * octets.Size()) - first;
         csn::CsnMachineInit(machine, program, entry.label, reader, first, count);
-        machine.ceiling = kCeiling;
+        machine.instructionsLeft = kCeiling;
         machine.rootTag = (form & 2U) != 0 ? csn::kNoRecords : entry.rootTag;
         const bits::Outcome result = csn::CsnMachineRun(machine, nullptr);
         if (!result.Failed() && machine.rootTag != csn::kNoRecords) {
@@ -136,7 +136,7 @@ void Run(const Image& image, const csn::VerifierReport& report, Input& input) {
         bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(octets.Size()));
         AnySource source(input);
         csn::CsnMachineInit(machine, program, entry.label, writer, 0);
-        machine.ceiling = kCeiling;
+        machine.instructionsLeft = kCeiling;
         machine.rootTag = (form & 2U) != 0 ? csn::kNoRecords : entry.rootTag;
         machine.userRecord = &source;
         static_cast<void>(csn::CsnMachineRun(machine, AnySource::Answer));

@@ -277,7 +277,7 @@ class Maker {
                 return code_.Emit(Opcode::kRepMore, {exit});
             case 5: {
                 const std::uint32_t least = Small(4);
-                const std::uint32_t most = Flag() ? csn::kUnbounded : least + Small(6);
+                const std::uint32_t most = Flag() ? csn::kOpenEndedCount : least + Small(6);
                 return code_.Emit(Opcode::kRepRange, {exit, least, most});
             }
             case 6:

@@ -173,9 +173,9 @@ class Check {
         csn::CsnMachineInit(machine, *structure_.csn->program, structure_.csn->label, reader, first,
                             count);
         machine.rootTag = structure_.csn->rootTag;
-        machine.ceiling = CeilingFor(count);
+        machine.instructionsLeft = CeilingFor(count);
         static_cast<void>(csn::CsnMachineRun(machine, nullptr));
-        Require(machine.executed <= machine.ceiling, "the run takes too many instructions");
+        Require(machine.instructionsLeft > 0, "the run takes too many instructions");
     }
 
     const Structure& structure_;

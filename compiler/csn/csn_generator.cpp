@@ -306,7 +306,7 @@ class Generator {
             code_.Emit(node.low == 0 ? Opcode::kRepAny : Opcode::kRepMore, {exit});
         } else {
             code_.Emit(Opcode::kRepRange,
-                       {exit, node.low, unbounded ? csn::kUnbounded : node.high});
+                       {exit, node.low, unbounded ? csn::kOpenEndedCount : node.high});
         }
     }
 

@@ -7,12 +7,6 @@
 namespace quorvane::csn {
 namespace {
 
-#if !defined(NDEBUG) || defined(QUORVANE_COUNT_INSTRUCTIONS)
-constexpr bool kCounts = true;
-#else
-constexpr bool kCounts = false;
-#endif
-
 // The padding octet of GSM: the bit L equals the padding bit of its position, H differs.
 constexpr std::uint32_t kPadding = 0x2B;
 
@@ -185,10 +179,10 @@ Next Stepper::Step() {
             return Next::kOn;
         }
         case Opcode::kRepAny:
-            LoopEnter(machine_, instr_, Operand(), 0, kUnbounded);
+            LoopEnter(machine_, instr_, Operand(), 0, kOpenEndedCount);
             return Next::kOn;
         case Opcode::kRepMore:
-            LoopEnter(machine_, instr_, Operand(), 1, kUnbounded);
+            LoopEnter(machine_, instr_, Operand(), 1, kOpenEndedCount);
             return Next::kOn;
         case Opcode::kRepRange: {
             const std::uint32_t exit = Operand();
@@ -212,7 +206,7 @@ Next Stepper::Step() {
             if (Encoding()) {
                 return Repeat(exit, function);
             }
-            LoopEnter(machine_, instr_, exit, 0, kUnbounded);
+            LoopEnter(machine_, instr_, exit, 0, kOpenEndedCount);
             return Next::kOn;
         }
         case Opcode::kLoop:
@@ -386,7 +380,7 @@ Next Stepper::Loop(std::uint32_t distance) {
     }
     CsnStackEntry& counter = machine_.stack[machine_.stackDepth - 1];
     const std::uint32_t maxLeft = counter.MaxLeft();
-    if (maxLeft > 0 && maxLeft != kUnbounded) {
+    if (maxLeft > 0 && maxLeft != kOpenEndedCount) {
         counter.SetMaxLeft(maxLeft - 1);
     }
     if (maxLeft == 1) {
@@ -565,6 +559,27 @@ Next Stepper::End(std::uint32_t operand, bool keepValue) {
     return Next::kOn;
 }
 
+/// Executes instructions as long as the run goes on and any are `left`. kOn: an action has ended
+/// it.
+Next Walk(CsnMachine& machine, CsnCallback callback, std::uint64_t& left) {
+    Stepper stepper(machine, callback);
+    while ((machine.flags & kFlagRunning) != 0) {
+        if (left == 0) {
+            return Next::kFailed;
+        }
+        --left;
+        const Next next = stepper.Step();
+        if (next == Next::kEnded) {
+            return next;
+        }
+        if (next == Next::kFailed || (next == Next::kBack && !Backtrack(machine)) ||
+            (machine.flags & kFlagAbort) != 0) {
+            return Next::kFailed;
+        }
+    }
+    return Next::kOn;
+}
+
 }  // namespace
 
 bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback) {
@@ -575,29 +590,13 @@ bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback) {
     if ((machine.flags & kFlagAbort) != 0) {
         return kSyntaxError;
     }
-    Stepper stepper(machine, callback);
-    while ((machine.flags & kFlagRunning) != 0) {
-        if constexpr (kCounts) {
-            if (machine.executed++ == machine.ceiling && machine.ceiling != 0) {
-                return kSyntaxError;
-            }
-        }
-        const Next next = stepper.Step();
-        if (next == Next::kEnded) {
-            const bool mayEnd = (machine.flags & (kFlagEncode | kFlagPartialOk)) != 0 ||
-                                machine.bitPos == machine.endPos;
-            return mayEnd ? bits::Outcome(machine.bitPos - machine.startPos) : kSyntaxError;
-        }
-        if (next == Next::kFailed || (next == Next::kBack && !Backtrack(machine)) ||
-            (machine.flags & kFlagAbort) != 0) {
-            return kSyntaxError;
-        }
-    }
-    return machine.bitPos - machine.startPos;
-}
-
-bool CsnMachineCounts() {
-    return kCounts;
+    std::uint64_t left = machine.instructionsLeft;  // of its own, where a register can hold it
+    const Next last = Walk(machine, callback, left);
+    machine.instructionsLeft = left;
+    const bool mayEnd = last == Next::kOn || machine.bitPos == machine.endPos ||
+                        (machine.flags & (kFlagEncode | kFlagPartialOk)) != 0;
+    return last != Next::kFailed && mayEnd ? bits::Outcome(machine.bitPos - machine.startPos)
+                                           : kSyntaxError;
 }
 
 }  // namespace quorvane::csn

@@ -34,7 +34,17 @@ inline constexpr std::int32_t kNoLimit = 0x7FFFFFFF;
 inline constexpr std::int32_t kMostPosition = 0x1FFFFFFF;
 
 /// A repetition without upper bound, as its count of iterations.
-inline constexpr std::uint32_t kUnbounded = 0x3FFF;
+inline constexpr std::uint32_t kOpenEndedCount = 0x3FFF;
+
+// What ends a run that would not end by itself, see docs/byte-code.md: no description comes near.
+inline constexpr std::uint64_t kMostInstructionsForABit = 64;
+inline constexpr std::uint64_t kMostInstructionsWithoutBits = 65536;
+
+/// How many instructions a run may take over `bits` bits.
+[[nodiscard]] constexpr std::uint64_t InstructionCeiling(std::int64_t bits) {
+    return kMostInstructionsWithoutBits +
+           kMostInstructionsForABit * static_cast<std::uint64_t>(bits < 0 ? 0 : bits);
+}
 
 /// `rootTag` of a run that keeps no field records.
 inline constexpr std::int32_t kNoRecords = 0xFFFF;
@@ -185,10 +195,8 @@ struct CsnMachine {
     /// backtrack took back.
     std::uint64_t seenTags[4] = {};
 
-    /// Instructions executed so far, and how many end the run with a failure (0: no ceiling).
-    /// Only builds that count (CsnMachineCounts) keep them.
-    std::uint64_t executed = 0;
-    std::uint64_t ceiling = 0;
+    /// Instructions that the run may still take; without any left it fails.
+    std::uint64_t instructionsLeft = 0;
 };
 
 /// Sets a machine up to decode `bitLength` bits of `reader` at `bitPos` by the rule at `label`.
@@ -201,12 +209,8 @@ void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_
 
 /// Runs a machine that was set up. Returns the count of bits passed, or kSyntaxError; the field
 /// records of what was accepted stay in the machine either way. A run ends well when the rule does,
-/// also with bits left over. `callback` may be null.
+/// also with bits left over, and fails at its InstructionCeiling. `callback` may be null.
 bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback);
-
-/// Whether this build of the library counts instructions: debug builds and those with
-/// QUORVANE_COUNT_INSTRUCTIONS do.
-[[nodiscard]] bool CsnMachineCounts();
 
 // What the machine is made of; actions and value functions call some of it.
 
@@ -236,8 +240,8 @@ void TagAdd(CsnMachine& machine, std::int32_t tag, std::int32_t value);
 /// Changes the newest value of `tag`, if there is one.
 void TagUpdate(CsnMachine& machine, std::int32_t tag, std::int32_t value);
 
-/// Enters a repetition of `min` to `max` iterations (kUnbounded: no upper bound) at the instruction
-/// at `instr` with its packed exit operand. Counts are cut to 14 and 15 bits.
+/// Enters a repetition of `min` to `max` iterations (kOpenEndedCount: no upper bound) at the
+/// instruction at `instr` with its packed exit operand. Counts are cut to 14 and 15 bits.
 void LoopEnter(CsnMachine& machine, std::uint32_t instr, std::uint32_t operand, std::uint32_t min,
                std::uint32_t max);
 

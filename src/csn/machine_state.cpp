@@ -90,7 +90,7 @@ std::int32_t IndexOfTag(const CsnMachine& machine, std::int32_t tag) {
 }
 
 void InitCommon(CsnMachine& machine, const CsnProgram& program, std::uint32_t label,
-                std::int32_t bitPos) {
+                std::int32_t bitPos, std::int64_t bitsAtHand) {
     machine.stackDepth = 0;
     machine.tagCount = 0;
     machine.recordCount = 0;
@@ -106,8 +106,7 @@ void InitCommon(CsnMachine& machine, const CsnProgram& program, std::uint32_t la
     machine.userRecord = nullptr;
     machine.loopExit = 0;
     std::fill(std::begin(machine.seenTags), std::end(machine.seenTags), std::uint64_t{0});
-    machine.executed = 0;
-    machine.ceiling = 0;
+    machine.instructionsLeft = InstructionCeiling(bitsAtHand);
 }
 
 void LeaveLoop(CsnMachine& machine, std::uint32_t target) {
@@ -120,7 +119,7 @@ void LeaveLoop(CsnMachine& machine, std::uint32_t target) {
 
 void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_t label,
                     const bits::BitReader& reader, std::int32_t bitPos, std::int32_t bitLength) {
-    InitCommon(machine, program, label, bitPos);
+    InitCommon(machine, program, label, bitPos, bitLength);
     machine.reader = reader;
     machine.writer = nullptr;
     machine.bitLength = bitLength;
@@ -129,8 +128,9 @@ void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_
 
 void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_t label,
                     bits::BitWriter& writer, std::int32_t bitPos) {
-    InitCommon(machine, program, label, bitPos);
-    machine.reader = writer.Reader();
+    const bits::BitReader written = writer.Reader();
+    InitCommon(machine, program, label, bitPos, written.OctetCount() * 8 - bitPos);
+    machine.reader = written;
     machine.writer = &writer;
     machine.bitLength = 0;
     machine.flags = kFlagEncode | kFlagPartialOk;
@@ -243,7 +243,7 @@ void TagUpdate(CsnMachine& machine, std::int32_t tag, std::int32_t value) {
 void LoopEnter(CsnMachine& machine, std::uint32_t instr, std::uint32_t operand, std::uint32_t min,
                std::uint32_t max) {
     const std::uint32_t exit = instr + (operand >> 1);
-    const std::uint32_t kind = max == kUnbounded ? kOpenEnded : kPlainEntry;
+    const std::uint32_t kind = max == kOpenEndedCount ? kOpenEnded : kPlainEntry;
     const std::uint32_t counter = ((operand & 1U) << 14 | (min & 0x3FFFU)) << 15 | (max & 0x7FFFU);
     PushEntry(machine, exit, kind);
     PushEntry(machine, counter, kind);

@@ -69,7 +69,7 @@ struct Iterations {
 Iterations IterationsOf(const Instruction& instruction) {
     const auto bound = [](std::uint32_t least, std::uint32_t most) {
         Iterations result{least & 0x3FFFU, most & 0x7FFFU};
-        if (*result.most == kUnbounded) {
+        if (*result.most == kOpenEndedCount) {
             result.most.reset();
         } else if (*result.most == 0) {
             result.least = 0;

@@ -304,7 +304,9 @@ TEST(CsnRepetition, RangeOfOneEndsAtItsFirstLoop) {
 }
 
 TEST(CsnRepetition, UnboundedRange) {
-    const Emit emit = [](Image& image) { Repeat(image, Opcode::kRepRange, false, 2U, kUnbounded); };
+    const Emit emit = [](Image& image) {
+        Repeat(image, Opcode::kRepRange, false, 2U, kOpenEndedCount);
+    };
     EXPECT_EQ(DecodedBits(emit, "10"), -1);
     EXPECT_EQ(DecodedBits(emit, std::string(1000, '1') + "0"), 1001);
 }

@@ -121,7 +121,7 @@ std::string RecordsAfter(std::uint64_t steps, std::int32_t* bitPos, std::int32_t
     CsnMachine machine;
     CsnMachineInit(machine, image.Program(), 148, reader, 0, 32);
     machine.rootTag = kRoot;
-    machine.ceiling = steps;
+    machine.instructionsLeft = steps;
     EXPECT_EQ(CsnMachineRun(machine, nullptr), kSyntaxError);
     *bitPos = machine.bitPos;
     *stackDepth = machine.stackDepth;
@@ -129,9 +129,6 @@ std::string RecordsAfter(std::uint64_t steps, std::int32_t* bitPos, std::int32_t
 }
 
 TEST(CsnMachineStructure, StepByStep) {
-    if (!CsnMachineCounts()) {
-        GTEST_SKIP() << "this build counts no instructions";
-    }
     const std::string first = "(103,0,0,0)(103,-1,8,1)";
     const std::string second = first + "(104,0,8,0)(104,-1,16,1)";
     const std::string group = second + "(105,0,16,0)";
@@ -369,13 +366,61 @@ TEST(CsnMachineRun, RootTagIsComparedInSixteenBits) {
     EXPECT_EQ(RecordText(machine), "(10,0,0,0)(10,-1,4,1)");
 }
 
-TEST(CsnMachineRun, CountsInstructionsInDebugBuilds) {
+/// Rules that call the next one twice, `depth` deep, and take no bit.
+void CallTwice(Image& image, int depth) {
+    std::vector<Assembler::Label> rules;
+    for (int rule = 0; rule <= depth; ++rule) {
+        rules.push_back(image.code.NewLabel());
+    }
+    for (std::size_t rule = 0; rule < rules.size(); ++rule) {
+        image.code.Bind(rules[rule]);
+        if (rule + 1 < rules.size()) {
+            image.code.Emit(Opcode::kCall, {rules[rule + 1]});
+            image.code.Emit(Opcode::kCall, {rules[rule + 1]});
+        }
+        image.code.Emit(Opcode::kRet);
+    }
+}
+
+TEST(CsnMachineRun, EndsAtTheCeiling) {
+    // Each rule takes 3 instructions, the innermost one 1: 4 * 2^n - 3 in all.
+    Image few;
+    CallTwice(few, 14);
+    const auto run = Decode(few, "1");
+    EXPECT_EQ(run.result, 0);
+    EXPECT_EQ(run.machine->instructionsLeft, 65536U + 64U - 65533U);
+    EXPECT_EQ(Encode(few, nullptr, 0).machine->instructionsLeft, 3U);
+
+    Image many;
+    CallTwice(many, 40);
+    const auto failed = Decode(many, "1");
+    EXPECT_EQ(failed.result, kSyntaxError);
+    EXPECT_EQ(failed.machine->instructionsLeft, 0U);
+    EXPECT_EQ(Encode(many).result, kSyntaxError);
+}
+
+TEST(CsnMachineRun, CeilingRisesWithTheBitsAtHand) {
+    EXPECT_EQ(InstructionCeiling(0), 65536U);
+    EXPECT_EQ(InstructionCeiling(-1), 65536U);
+    EXPECT_EQ(InstructionCeiling(524288), 65536U + 33554432U);  // 64 KiB
+
+    // An encoder has the room behind its first bit.
+    Image image;
+    image.code.Emit(Opcode::kRet);
+    std::vector<std::uint8_t> octets(4);
+    bits::BitWriter writer(octets.data(), 4);
+    CsnMachine machine;
+    CsnMachineInit(machine, image.Program(), 0, writer, 10);
+    EXPECT_EQ(machine.instructionsLeft, InstructionCeiling(22));
+}
+
+TEST(CsnMachineRun, CountsInstructions) {
     Image image;
     image.code.Emit(Opcode::kBit1);
     image.code.Emit(Opcode::kNop);
     image.code.Emit(Opcode::kRet);
     const auto run = Decode(image, "1");
-    EXPECT_EQ(run.machine->executed, CsnMachineCounts() ? 3U : 0U);
+    EXPECT_EQ(run.machine->instructionsLeft, InstructionCeiling(1) - 3);
 }
 
 }  // namespace

@@ -251,7 +251,7 @@ TEST_F(CsnStack, LoopEnterPushesExitAndCounter) {
 }
 
 TEST_F(CsnStack, UnboundedLoopIsAChoiceAtOnce) {
-    LoopEnter(machine, 100, 20 << 1, 0, kUnbounded);
+    LoopEnter(machine, 100, 20 << 1, 0, kOpenEndedCount);
     ASSERT_EQ(machine.stackDepth, 2);
     EXPECT_EQ(machine.stack[0].isChoice, 1U);
     EXPECT_EQ(machine.stack[0].openEnded, 1U);
@@ -282,12 +282,12 @@ TEST_F(CsnStack, CountsAreCutToTheirFields) {
 
 TEST_F(CsnStack, LoopCheckLeavesAWriterOutOfPadding) {
     machine.flags |= kFlagEncode;
-    LoopEnter(machine, 0, 20 << 1 | 1, 0, kUnbounded);
+    LoopEnter(machine, 0, 20 << 1 | 1, 0, kOpenEndedCount);
     EXPECT_EQ(machine.stackDepth, 0);
     EXPECT_EQ(machine.pc, 20U);
 
     machine.sourceLimit = 8;  // what the source has written is read
-    LoopEnter(machine, 0, 20 << 1 | 1, 0, kUnbounded);
+    LoopEnter(machine, 0, 20 << 1 | 1, 0, kOpenEndedCount);
     EXPECT_EQ(machine.stackDepth, 2);
 }
 
