@@ -136,6 +136,9 @@ void Register() {
                               });
     }
     for (const auto& [name, reason] : reviewed) {
+        if (OfLeftOutFamily(name)) {
+            continue;
+        }
         problems.push_back("no golden message that decodes without a fault: " + name);
     }
     testing::RegisterTest("NotCanonical", "NamesWhatThereIs", nullptr, nullptr, __FILE__, __LINE__,

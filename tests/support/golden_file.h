@@ -22,6 +22,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "quorvane/decode.h"
@@ -53,7 +54,11 @@ std::vector<std::string> AnswerLines(const GoldenAnswer& answer);
 /// False if the file cannot be read or written.
 [[nodiscard]] bool UpdateGoldenFile(const std::filesystem::path& path, const GoldenAnswer& answer);
 
-/// All files *.golden below `folder`, sorted.
+/// Whether a file or folder of that name below tests/golden belongs to a family that this build
+/// leaves out: "l3/alerting".
+bool OfLeftOutFamily(std::string_view name);
+
+/// All files *.golden below `folder`, sorted, without those of families that this build leaves out.
 std::vector<std::filesystem::path> FindGoldenFiles(const std::filesystem::path& folder);
 
 }  // namespace quorvane::test
