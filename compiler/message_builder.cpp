@@ -361,7 +361,12 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
             {attempt.highNibbles, attempt.lowNibbles,
              Narrow<std::uint16_t>(reporter_, attempt.mask, {0, 0xFFFF, "of a mask"})});
     }
+    const bool twoOctets = set.row.keyForm == iecodec::KeyForm::kTwoOctets;
+    reporter_.ErrorIf(!twoOctets && syntax.typeOctet, syntax.name.place,
+                      "only a key of two octets goes with a line 'shows'");
     const bool sixBits = set.row.keyForm == iecodec::KeyForm::kSixBits;
+    reporter_.ErrorIf(sixBits && !syntax.attempts.empty(), syntax.name.place,
+                      "a key of six bits goes without a mask");
     const NumberRange keys = {0, sixBits ? 0x3FU : 0xFFFFU, "of a key"};
     std::map<std::uint64_t, const SetSyntax::Message*> taken;
     for (const SetSyntax::Message& message : syntax.messages) {

@@ -4,16 +4,8 @@
 #include <span>
 
 namespace quorvane::compiler {
-namespace {
 
 using iecodec::HeaderItemRow;
-using iecodec::KeyAttemptRow;
-
-/// The bits of an octet that are the same in every message of a type.
-struct OctetBits {
-    std::uint32_t known = 0;  // a mask
-    std::uint32_t value = 0;
-};
 
 OctetBits OctetOf(const FamilyModel& model, const iecodec::MessageRow& message,
                   std::uint32_t index) {
@@ -38,6 +30,10 @@ OctetBits OctetOf(const FamilyModel& model, const iecodec::MessageRow& message,
     }
     return octet;
 }
+
+namespace {
+
+using iecodec::KeyAttemptRow;
 
 const KeyAttemptRow* AttemptOf(const SetModel& set, std::uint32_t first) {
     const auto holds = [first](const KeyAttemptRow& attempt) {

@@ -1,13 +1,15 @@
 #include "compiler/type_resolver.h"
 
 #include <algorithm>
+#include <set>
+#include <span>
 
 namespace quorvane::compiler {
 namespace {
 
 using Kind = TypeModel::Kind;
 
-constexpr NumberRange kIntegerBits = {1, 32, "bits of an integer"};
+constexpr NumberRange kIntegerBits = {1, 32, "bits of this integer"};
 constexpr NumberRange kBinaryBits = {1, 8 * 0xFFFF, "bits of a binary"};
 constexpr NumberRange kItems = {1, 0xFFFF, "items of a sequence"};
 
@@ -17,6 +19,13 @@ TypeResolver::TypeResolver(Reporter& reporter, const FamilySyntax& family, const
                            FamilyModel& model)
     : reporter_(reporter), csn_(csn), model_(model) {
     for (const EnumModel& entry : family.enums) {
+        std::set<std::uint64_t> values;
+        for (const EnumModel::Value& value : entry.values) {
+            reporter_.ErrorIf(!values.insert(value.value.value).second, value.value.place,
+                              "the value stands in the enumeration already");
+        }
+        reporter_.ErrorIf(entry.values.empty() && !entry.otherText, entry.place,
+                          "the enumeration has no values");
         reporter_.ErrorIf(
             !enums_.emplace(entry.name, &entry).second, entry.place,
             "the enumeration '" + entry.name + "' is declared already; give it another name");
@@ -112,6 +121,7 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
         case TypeSyntax::Kind::kStruct: {
             TypeModel* type = store.NewType(Kind::kStruct, inlineName, syntax.place);
             AddMembers(*type, syntax.members);
+            CheckFormless(*type, syntax.members);
             return type;
         }
     }
@@ -136,6 +146,15 @@ void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>&
     }
 }
 
+/// The C++ of a special element knows where its members lie.
+void TypeResolver::CheckFormless(const TypeModel& type, std::span<const MemberSyntax> members) {
+    reporter_.ErrorIf(members.empty(), type.place, "the struct has no members");
+    for (const MemberSyntax& member : members) {
+        reporter_.ErrorIf(member.extent != MemberSyntax::Extent::kNone || member.optional,
+                          member.name.place, "only the name and the type of this member are told");
+    }
+}
+
 void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
     TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.place);
     AddMembers(*type, syntax.members);
@@ -149,7 +168,12 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
             *type, syntax.remainder->name,
             Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, {}),
             syntax.remainder->optional);
+        CheckFormless(*type, {&*syntax.remainder, 1});
     }
+    if (syntax.shape == StructSyntax::Shape::kSpecial) {
+        CheckFormless(*type, syntax.members);
+    }
+    reporter_.ErrorIf(type->elements.empty(), type->place, "the struct has no members");
     Declare(syntax.name, type);
 }
 
@@ -158,6 +182,8 @@ void TypeResolver::DeclareUnion(const UnionSyntax& syntax) {
     for (const AlternativeSyntax& alternative : syntax.alternatives) {
         AddMember(*type, alternative.name, Find(alternative.type), true);
     }
+    reporter_.ErrorIf(type->elements.empty() && syntax.shape != UnionSyntax::Shape::kChoice,
+                      type->place, "the union has no alternatives");
     Declare(syntax.name, type);
 }
 
@@ -196,6 +222,7 @@ TypeModel* TypeResolver::DeclareSet(const SetSyntax& syntax) {
     for (const SetSyntax::Message& message : syntax.messages) {
         AddMember(*type, message.name, Lookup(message.name.text), true);  // reported with the keys
     }
+    reporter_.ErrorIf(type->elements.empty(), type->place, "the set has no messages");
     Declare(syntax.name, type);
     return type;
 }

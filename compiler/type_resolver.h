@@ -3,6 +3,7 @@
 // Builds the types of a family from their declarations.
 
 #include <map>
+#include <span>
 #include <string>
 
 #include "compiler/resolver.h"
@@ -43,6 +44,7 @@ class TypeResolver {
   private:
     const EnumModel* FindEnum(const Name& use);
     void CheckValues(const TypeModel& type, std::uint64_t bits);
+    void CheckFormless(const TypeModel& type, std::span<const MemberSyntax> members);
     void AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members);
 
     Reporter& reporter_;

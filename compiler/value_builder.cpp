@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "compiler/message_keys.h"
+
 namespace quorvane::compiler {
 namespace {
 
@@ -135,7 +137,7 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
             row.shape = Shape::kInteger;
             row.width = Narrow<std::uint16_t>(
                 reporter_, wireBits.value == 0 ? WideNumber{type->size, syntax.place} : wireBits,
-                {1, 32, "bits of an integer"});
+                {1, type->size, "bits of this integer"});
             break;
         case TypeSyntax::Kind::kBinary:
             row.shape = Shape::kBinary;
@@ -249,9 +251,12 @@ std::uint16_t ValueBuilder::AddParts(const StructSyntax& owner,
         part.element = named ? element++ : kNone;
         part.offset = static_cast<std::uint16_t>(offset);
         offset += part.width;
-        reporter_.ErrorIf(IsOpen(part) && owner.shape != StructSyntax::Shape::kSerial &&
-                              &member != &members.back(),
-                          member.name.place, "a member that takes the rest is the last one");
+        const bool octet = owner.shape == StructSyntax::Shape::kExtension;
+        reporter_.ErrorIf(
+            part.kind == PartRow::Kind::kRest && (octet || &member != &members.back()),
+            member.name.place, "a member that takes the rest is the last one");
+        reporter_.ErrorIf(member.optional && !octet, member.name.place,
+                          "only the first member of an octet that may be absent is optional");
         parts.push_back(part);
     }
     model_.parts.insert(model_.parts.end(), parts.begin(), parts.end());
@@ -422,10 +427,25 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
                 out.value = message->second;
                 model_.usedMessages.insert(message->second);
                 out.selector = model_.messages[message->second].code;
+                const std::uint64_t index = syntax.selectorOffset.value;
+                const OctetBits octet =
+                    OctetOf(model_, model_.messages[message->second], row.selectorOffset / 8U);
+                const bool there = octet.known == 0xFF && octet.value == out.selector;
+                reporter_.ErrorIf(!there && row.selectorOffset / 8U == index,
+                                  alternative.type.place,
+                                  "the header of '" + alternative.type.text +
+                                      "' has its message type in another octet");
             }
         } else {
             out.value = RowOfNamed(alternative.type);
         }
+        const auto sameSelector = [&](const iecodec::AlternativeRow& other) {
+            return !other.isDefault && other.selector == out.selector;
+        };
+        reporter_.ErrorIf(row.shape != Shape::kSpecial && !out.isDefault &&
+                              std::any_of(alternatives.begin(), alternatives.end(), sameSelector),
+                          alternative.name.place,
+                          "an alternative above is chosen by the same value");
         alternatives.push_back(out);
     }
     reporter_.ErrorIf(row.shape == Shape::kChoice && !hasDefault, syntax.name.place,

@@ -68,7 +68,7 @@ constexpr Mistake kMistakes[] = {
     {"MemberTwice", "struct s fixed {\n    a 8 : int8\n    a 8 : int8\n}\n",
      "f.qd:8:5: error: 's' has a member 'a' already; a member has a name of its own\n"},
     {"IntegerTooWide", "struct s fixed {\n    a 33 : int32\n}\n",
-     "f.qd:7:7: error: 33 is above 32, the most bits of an integer\n"},
+     "f.qd:7:7: error: 33 is above 32, the most bits of this integer\n"},
     {"WidthMissing", "struct s fixed {\n    a : int8\n}\nstruct t serial {\n    b : binary 8\n}\n",
      "f.qd:10:5: error: the width of 'b' in bits is missing in front of the colon\n"},
     {"WidthDiffers", "struct s fixed {\n    a 8 : int8\n}\nstruct t fixed {\n    b 16 : s\n}\n",
@@ -160,11 +160,12 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:14: error: 'b' is no field above this one\n"},
     {"SetMessageUnknown", "set s {\n    key octets 0 1\n    m = 1\n}\n",
      "f.qd:8:5: error: 'm' is no message declared above\n"},
-    {"KeyForm", "set s {\n    key octet 0 1\n}\n",
-     "f.qd:7:9: error: the form of the key (octets, bits 6 or extended) is expected here, not "
+    {"KeyForm", "message m h 1 {\n}\nset s {\n    key octet 0 1\n    m = 101\n}\n",
+     "f.qd:9:9: error: the form of the key (octets, bits 6 or extended) is expected here, not "
      "'octet'\n"},
-    {"MaskCondition", "set s {\n    key octets 0 1\n    mask 0F if 3\n}\n",
-     "f.qd:8:16: error: 'low' is expected here, not '3'\n"},
+    {"MaskCondition",
+     "message m h 1 {\n}\nset s {\n    key octets 0 1\n    mask FFFF if 3\n    m = 101\n}\n",
+     "f.qd:10:18: error: 'low' is expected here, not '3'\n"},
     {"KeyTwice",
      "message m h 1 {\n}\nmessage n h 1 {\n}\nset s {\n    key octets 0 1\n    m = 101\n    n = "
      "101\n"

@@ -74,11 +74,11 @@ const Refusal kNumbers[] = {
      Error("15:7", "16 is above 15, the most in 4 bits")},
     {"MessageType", "message m h 0x1FF {\n}\n",
      Error("14:13", "0x1FF is above 0xFF, the most of the message type")},
-    {"Mask", Set("    key octets 0 1\n    mask 1FFFF\n"),
+    {"Mask", Set("    key octets 0 1\n    mask 1FFFF\n    m = 0101\n"),
      Error("18:10", "0x1FFFF is above 0xFFFF, the most of a mask")},
-    {"KeyOctet", Set("    key octets 0 300\n"),
+    {"KeyOctet", Set("    key octets 0 300\n    m = 0101\n"),
      Error("17:18", "300 is above 255, the most octets ahead of one that tells a message")},
-    {"ShownOctet", Set("    key octets 0 1\n    shows octet 256\n"),
+    {"ShownOctet", Set("    key octets 0 1\n    shows octet 256\n    m = 0101\n"),
      Error("18:17", "256 is above 255, the most octets ahead of one that tells a message")},
     {"Key", Set("    key octets 0 1\n    m = 10101\n"),
      Error("18:9", "0x10101 is above 0xFFFF, the most of a key")},
@@ -95,7 +95,7 @@ const Refusal kNumbers[] = {
     {"BeyondSixtyFourBits", "sequence s [99999999999999999999] of int8\n",
      Error("14:13", "18446744073709551615 is above 65535, the most items of a sequence")},
     {"CatalogueBits", "struct s fixed {\n    a 8 : int64\n}\n",
-     Error("15:14", "64 is above 32, the most bits of an integer")},
+     Error("15:14", "64 is above 32, the most bits of this integer")},
     {"SelectorOffset", "union u choice 65536 3 {\n    a : one default\n}\n",
      Error("14:16", "65536 is above 65535, the most bits ahead of a selector")},
     {"SelectorWidth", "union u choice 0 33 {\n    a : one default\n}\n",
@@ -111,7 +111,7 @@ const Refusal kNumbers[] = {
      Error("16:9", "the value is reachable in the 3 bits of 's_a'")},
     {"StructBits", "struct s fixed {\n    a 40000 : binary 8\n    b 40000 : binary 8\n}\n",
      Error("14:8", "80000 is above 65535, the most bits of a struct")},
-    {"MemberBits", "struct s fixed {\n    - 0\n}\n",
+    {"MemberBits", "struct s fixed {\n    - 0\n    a 8 : int8\n}\n",
      Error("15:7", "0 is below 1, the least bits of a member")},
     {"FirstDiagnostic", "family f diagnostics from 65536\n",
      Error("14:27", "65536 is above 65535, the most of the family's diagnostic numbers")},
@@ -122,7 +122,7 @@ const Refusal kNumbers[] = {
      Error("15:5", "1000000 is above 524304, the most bits of an element, identifier included")},
     {"SkipHalfSize", "skip {\n    16 half : 80\n}\n",
      Error("15:5", "16 is above 8, the most bits of an element, identifier included")},
-    {"Nibble", Set("    key octets 0 1\n    mask FFFF if high 1F\n"),
+    {"Nibble", Set("    key octets 0 1\n    mask FFFF if high 1F\n    m = 0101\n"),
      Error("18:23", "0x1F is above 0xF, the most of a half octet")},
     {"Group",
      "struct s extension {\n    group 11 {\n        octet {\n            a 7 : int7\n        }\n"
@@ -255,18 +255,66 @@ const Refusal kSets[] = {
 INSTANTIATE_TEST_SUITE_P(Sets, DescribeRefusals, testing::ValuesIn(kSets),
                          [](const auto& kind) { return std::string(kind.param.name); });
 
+const Refusal kTypes[] = {
+    {"WiderThanInTheCatalogue", "struct s fixed {\n    a 16 : int8\n}\n",
+     Error("15:7", "16 is above 8, the most bits of this integer")},
+    {"NoBits", "struct s fixed {\n    a 0 : binary 8\n}\n",
+     Error("15:7", "0 is below 1, the least bits of a member")},
+    {"NoMembers", "struct s fixed {\n    - 8\n}\n", Error("14:8", "the struct has no members")},
+    {"NoAlternatives", "union u messages octet 1 {\n}\n",
+     Error("14:7", "the union has no alternatives")},
+    {"NoMessages", "set s {\n    key octets 0 1\n}\n", Error("14:5", "the set has no messages")},
+    {"NoValues", "enum v {\n}\n", Error("14:6", "the enumeration has no values")},
+    {"ValueTwice", "enum v {\n    1 = \"a\"\n    2 = \"b\"\n    1 = \"c\"\n}\n",
+     Error("17:5", "the value stands in the enumeration already")},
+    {"RestNotLastInASerial", "struct s serial {\n    a rest : binary 8\n    b 8 : int8\n}\n",
+     Error("15:5", "a member that takes the rest is the last one")},
+    {"RestInAnOctet",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n"
+     "            b rest : binary 8\n        }\n    }\n}\n",
+     Error("18:13", "a member that takes the rest is the last one")},
+    {"OptionalOutsideOfAnOctet", "struct s fixed {\n    a? 8 : int8\n}\n",
+     Error("15:5", "only the first member of an octet that may be absent is optional")},
+    {"WidthInASpecial", "specials \"x.h\" {\n    k\n}\nstruct s special k {\n    a 8 : int8\n}\n",
+     Error("18:5", "only the name and the type of this member are told")},
+    {"WidthOfARemainder",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
+     "    }\n    remainder b 8 : int8\n}\n",
+     Error("20:15", "only the name and the type of this member are told")},
+    {"DefaultTwice", "union u choice 0 2 {\n    a : one default\n    b : one default\n}\n",
+     Error("16:5", "an alternative of a choice has 'when' and a value, one of them 'default'")},
+    {"DefaultWithAValue", "union u choice 0 2 {\n    a : one when 1 default\n}\n",
+     Error("15:5", "an alternative of a choice has 'when' and a value, one of them 'default'")},
+    {"SameSelector",
+     "union u choice 0 2 {\n    a : one default\n    b : one when 1\n    c : one when 1\n}\n",
+     Error("17:5", "an alternative above is chosen by the same value")},
+    {"SameMessageType",
+     "message m h 1 {\n}\nmessage n h 1 {\n}\nunion u messages octet 1 {\n    a : m\n    b : n\n"
+     "}\n",
+     Error("20:5", "an alternative above is chosen by the same value")},
+    {"MessageTypeElsewhere", "message m h 1 {\n}\nunion u messages octet 2 {\n    a : m\n}\n",
+     Error("17:9", "the header of 'm' has its message type in another octet")},
+    {"ShowsWithSixBits", Set("    key bits 6\n    shows octet 1\n    m = 0\n"),
+     Error("16:5", "only a key of two octets goes with a line 'shows'")},
+    {"MaskWithSixBits", Set("    key bits 6\n    mask FF\n    m = 0\n"),
+     Error("16:5", "a key of six bits goes without a mask")},
+};
+
+INSTANTIATE_TEST_SUITE_P(Types, DescribeRefusals, testing::ValuesIn(kTypes),
+                         [](const auto& kind) { return std::string(kind.param.name); });
+
 // Rows of the tables are counted in 16 bits.
 TEST(DescribeRefusals, TellTablesThatAreFull) {
     std::string source = kPrelude;
     for (const char* name : {"s", "t"}) {
-        source += "struct " + std::string(name) + " fixed {\n";
+        source += "struct " + std::string(name) + " fixed {\n    a 8 : int8\n";
         for (int part = 0; part < 33000; ++part) {
             source += "    - 1\n";
         }
         source += "}\n";
     }
     EXPECT_EQ(Describe({{"f.qd", source}}).errors,
-              Error("1:8", "66003 is above 65535, the most parts of a family"));
+              Error("1:8", "66005 is above 65535, the most parts of a family"));
 }
 
 TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
