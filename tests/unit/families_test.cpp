@@ -19,11 +19,12 @@
 namespace quorvane::families {
 namespace {
 
-/// What tests/families/<name>.counts pins, with comments and empty lines left out.
+/// What src/families/<name>/<name>.counts pins, with comments and empty lines left out.
 class Counts {
   public:
     explicit Counts(const Family& family)
-        : path_("tests/families/" + std::string(family.name) + ".counts") {
+        : path_("src/families/" + std::string(family.name) + "/" + std::string(family.name) +
+                ".counts") {
         std::istringstream text(test::SourceText(path_));
         for (std::string line; std::getline(text, line);) {
             std::istringstream words(line);
