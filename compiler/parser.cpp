@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "compiler/pattern.h"
 #include "compiler/type_parser.h"
 
 namespace quorvane::compiler {
@@ -35,11 +36,15 @@ class Parser : private TypeParser {
         } else if (tokens_.Accept("enum")) {
             ParseEnum();
         } else if (tokens_.Accept("struct")) {
-            Declare(Kind::kStruct, family_.structs, ParseStruct());
+            Declare(ParseStruct());
         } else if (tokens_.Accept("union")) {
-            Declare(Kind::kUnion, family_.unions, ParseUnion());
+            Declare(ParseUnion());
         } else if (tokens_.Accept("sequence")) {
-            Declare(Kind::kSequence, family_.sequences, ParseSequence());
+            Declare(ParseSequence());
+        } else if (tokens_.Accept("pattern")) {
+            ParsePattern();
+        } else if (tokens_.Accept("take")) {
+            ParseTake();
         } else if (tokens_.Accept("csn")) {
             const Name name = tokens_.ExpectName("the name of a CSN.1 structure");
             family_.declarations.push_back({Kind::kCsn, 0, name});
@@ -53,7 +58,7 @@ class Parser : private TypeParser {
         } else {
             tokens_.ErrorExpected(
                 "a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
-                "header, message or set)");
+                "pattern, take, header, message or set)");
             if (tokens_.At("}")) {
                 tokens_.Next();
             }
@@ -65,6 +70,48 @@ class Parser : private TypeParser {
     void Declare(Kind kind, std::vector<T>& list, T syntax) {
         family_.declarations.push_back({kind, list.size(), syntax.name});
         list.push_back(std::move(syntax));
+    }
+
+    void Declare(StructSyntax syntax) {
+        Declare(Kind::kStruct, family_.structs, std::move(syntax));
+    }
+    void Declare(UnionSyntax syntax) { Declare(Kind::kUnion, family_.unions, std::move(syntax)); }
+    void Declare(SequenceSyntax syntax) {
+        Declare(Kind::kSequence, family_.sequences, std::move(syntax));
+    }
+
+    void ParsePattern() {
+        PatternSyntax pattern;
+        if (tokens_.Accept("struct")) {
+            pattern = ParseStruct();
+        } else if (tokens_.Accept("union")) {
+            pattern = ParseUnion();
+        } else if (tokens_.Accept("sequence")) {
+            pattern = ParseSequence();
+        } else {
+            tokens_.ErrorExpected("a type (struct, union or sequence)");
+            tokens_.SkipEntry();
+            return;
+        }
+        const Name name = std::visit([](const auto& syntax) { return syntax.name; }, pattern);
+        reporter_.ErrorIf(!family_.patterns.emplace(name.text, std::move(pattern)).second,
+                          name.place, "the pattern '" + name.text + "' is declared already");
+    }
+
+    void ParseTake() {
+        const Name pattern = tokens_.ExpectName("the pattern's name");
+        const Name name =
+            tokens_.Accept("as") ? tokens_.ExpectName("the type's name in this family") : pattern;
+        const auto found = family_.patterns.find(pattern.text);
+        if (found == family_.patterns.end()) {
+            tokens_.Error(pattern.place, "no pattern '" + pattern.text + "' is declared above");
+        } else {
+            reporter_.ErrorIf(!family_.taken.emplace(pattern.text, name.text).second, pattern.place,
+                              "the pattern '" + pattern.text + "' is taken already");
+            std::visit([&](auto type) { Declare(Taken(std::move(type), name, family_.taken)); },
+                       found->second);
+        }
+        tokens_.ExpectLineEnd();
     }
 
     void Once(bool first, Span place, const std::string& what) {

@@ -4,9 +4,10 @@
 // described in docs/description-notation.md.
 
 #include <cstdint>
-#include <memory>
+#include <map>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "compiler/model.h"
@@ -31,7 +32,7 @@ struct TypeSyntax {
     std::optional<WideNumber> size;  // integer, enumerated: catalogue bits; binary; sequence
     bool fixed = false;
     Name name;                          // enumeration or named type
-    std::unique_ptr<TypeSyntax> item;   // sequence
+    std::vector<TypeSyntax> item;       // sequence: one
     std::vector<MemberSyntax> members;  // inline struct
 };
 
@@ -181,6 +182,9 @@ struct SpecialsSyntax {
     std::vector<Name> names;
 };
 
+/// A type that several families may have.
+using PatternSyntax = std::variant<StructSyntax, UnionSyntax, SequenceSyntax>;
+
 /// A type or message declaration, in file order: the catalogue is built in that order.
 struct DeclarationSyntax {
     enum class Kind { kStruct, kUnion, kSequence, kMessage, kSet, kCsn };
@@ -196,6 +200,8 @@ struct FamilySyntax {
     WideNumber firstNumber{1, {}};  // of the diagnostics
     WideNumber lastNumber{0xFFFF, {}};
     std::vector<SpecialsSyntax> specials;
+    std::map<std::string, PatternSyntax> patterns;
+    std::map<std::string, std::string> taken;  // patterns: the names that this family gives them
     std::vector<EnumModel> enums;
     std::vector<StructSyntax> structs;
     std::vector<UnionSyntax> unions;

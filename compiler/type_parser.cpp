@@ -107,7 +107,7 @@ TypeSyntax TypeParser::ParseType() {
         tokens_.Expect("]");
         tokens_.Expect("of");
         ++depth_;
-        type.item = std::make_unique<TypeSyntax>(ParseType());
+        type.item.push_back(ParseType());
         --depth_;
         return type;
     }
@@ -262,7 +262,7 @@ SequenceSyntax TypeParser::ParseSequence() {
         tokens_.Error(result.type.place, "a sequence is '[most] of type'");
         result.type.kind = TypeSyntax::Kind::kSequence;
         result.type.size = WideNumber{1, result.type.place};
-        result.type.item = std::make_unique<TypeSyntax>();
+        result.type.item.resize(1);
     }
     if (tokens_.Accept("special")) {
         result.special = true;

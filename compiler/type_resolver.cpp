@@ -115,7 +115,8 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
         case TypeSyntax::Kind::kSequence: {
             TypeModel* type = store.NewType(Kind::kSequence, inlineName, syntax.place);
             type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kItems);
-            type->item = Build(*syntax.item, inlineName + "_data", {0, syntax.item->place});
+            type->item =
+                Build(syntax.item.front(), inlineName + "_data", {0, syntax.item.front().place});
             return type;
         }
         case TypeSyntax::Kind::kStruct: {

@@ -151,7 +151,7 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
         case TypeSyntax::Kind::kSequence: {
             row.shape = Shape::kSequence;
             row.capacity = type->size;
-            row.item = RowOf(*syntax.item, type->item, name, {}, false);
+            row.item = RowOf(syntax.item.front(), type->item, name, {}, false);
             return Add(row);
         }
         case TypeSyntax::Kind::kSpare:
@@ -467,11 +467,11 @@ void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
     if (syntax.special) {
         row.shape = Shape::kSpecial;
         row.item = Special(syntax.specialName);
-        row.first = RowOf(*syntax.type.item, type->item, syntax.name.text, {}, false);
+        row.first = RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, false);
         row.count = 1;
     } else {
         row.shape = Shape::kSequence;
-        row.item = RowOf(*syntax.type.item, type->item, syntax.name.text, {}, false);
+        row.item = RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, false);
     }
     AddNamed(syntax.name, row);
 }

@@ -294,6 +294,18 @@ const Refusal kTypes[] = {
      Error("20:5", "an alternative above is chosen by the same value")},
     {"MessageTypeElsewhere", "message m h 1 {\n}\nunion u messages octet 2 {\n    a : m\n}\n",
      Error("17:9", "the header of 'm' has its message type in another octet")},
+    {"PatternForm", "pattern enum v {\n}\n",
+     Error("14:9", "a type (struct, union or sequence) is expected here, not 'enum'")},
+    {"PatternTwice", "pattern sequence p [2] of int8\npattern sequence p [3] of int8\ntake p\n",
+     Error("15:18", "the pattern 'p' is declared already")},
+    {"PatternUnknown", "take p as q\n", Error("14:6", "no pattern 'p' is declared above")},
+    {"PatternTakenTwice", "pattern sequence p [2] of int8\ntake p as q\ntake p as r\n",
+     Error("16:6", "the pattern 'p' is taken already")},
+    {"PatternOfOneNotTaken",
+     "pattern struct p fixed {\n    a 8 : int8\n}\npattern sequence q [2] of p\ntake q\n",
+     Error("17:27", "no type 'p' is declared above; a type stands before its users")},
+    {"PatternAsAType", "pattern sequence p [2] of int8\nsequence q [2] of p\n",
+     Error("15:19", "no type 'p' is declared above; a type stands before its users")},
     {"ShowsWithSixBits", Set("    key bits 6\n    shows octet 1\n    m = 0\n"),
      Error("16:5", "only a key of two octets goes with a line 'shows'")},
     {"MaskWithSixBits", Set("    key bits 6\n    mask FF\n    m = 0\n"),
@@ -315,6 +327,28 @@ TEST(DescribeRefusals, TellTablesThatAreFull) {
     }
     EXPECT_EQ(Describe({{"f.qd", source}}).errors,
               Error("1:8", "66005 is above 65535, the most parts of a family"));
+}
+
+// One body serves families under the names of each, in the place that each gives it.
+TEST(Describe, FamiliesTakePatterns) {
+    const std::string shared =
+        "pattern struct Part fixed {\n    a 8 : enum {\n        1 = \"one\"\n    }\n}\n"
+        "pattern union Either choice 0 1 {\n    part : Part default\n}\n"
+        "pattern sequence All [2] of Either\n"
+        "pattern struct Unused special kNone {\n    a : int8\n}\n";
+    const std::string own =
+        "struct ownPart fixed {\n    a 8 : enum {\n        1 = \"one\"\n    }\n}\n"
+        "struct between fixed {\n    a 8 : int8\n}\n"
+        "union ownEither choice 0 1 {\n    part : ownPart default\n}\n"
+        "sequence All [2] of ownEither\n";
+    const std::string taking =
+        "take Part as ownPart\nstruct between fixed {\n    a 8 : int8\n}\n"
+        "take Either as ownEither\ntake All\n";
+    const Description whole = Describe({{"f.qd", kPrelude + own}});
+    const Description taken = Describe({{"common/shared.qd", shared}, {"f.qd", kPrelude + taking}});
+    EXPECT_EQ(taken.errors, "");
+    const auto tables = [](const std::string& code) { return code.substr(code.find('\n')); };
+    EXPECT_EQ(tables(taken.code), tables(whole.code));
 }
 
 TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
