@@ -3,7 +3,7 @@
 // Draws valid messages at random over a family's tables: optional elements, lengths, alternatives
 // and repetitions. Tests, fuzz seeds and benchmark sets are made of them.
 //
-// Tests: tests/unit/round_trip_test.cpp.
+// Tests: tests/round_trip_test.cpp.
 
 #include <cstdint>
 #include <optional>
