@@ -1,4 +1,5 @@
-// Writes seeds for decode_fuzz to a folder: one for each golden file, named as it.
+// Writes seeds for decode_fuzz to a folder: one for each golden file, named after it. What else is
+// in the folder stays.
 
 #include <cstdio>
 #include <filesystem>
@@ -17,7 +18,6 @@ int main(int argc, char** argv) {
         return 2;
     }
     const fs::path folder = argv[1];
-    fs::remove_all(folder);
     fs::create_directories(folder);
     for (const fs::path& path : test::FindGoldenFiles(QUORVANE_SOURCE_DIR "/tests/golden")) {
         std::string problem;
