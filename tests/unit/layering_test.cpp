@@ -285,7 +285,7 @@ TEST(Layering, SourcesAreAscii) {
 }
 
 TEST(Documentation, LinksLeadToFiles) {
-    std::vector<fs::path> pages = {kRoot / "README.md"};
+    std::vector<fs::path> pages = {kRoot / "README.md", kRoot / "CONTRIBUTING.md"};
     for (const auto& entry : fs::directory_iterator(kRoot / "docs")) {
         pages.push_back(entry.path());
     }
