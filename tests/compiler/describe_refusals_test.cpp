@@ -68,9 +68,7 @@ const Refusal kNumbers[] = {
          Error("15:9", "0 is below 1, the least octets of a value without a length")},
     {"HeaderField", "header g {\n    a 300 : int8\n}\nmessage m g {\n}\n",
      Error("15:7", "300 is above 32, the most bits of a header's item")},
-    {"HeaderConstant", "header g {\n    = 16 4\n    - 4\n}\n",
-     Error("16:5", "a member, '=', 'type' or 'record' is expected here, not '-'")},
-    {"ConstantWide", "header g {\n    = 16 4\n    = 0 4\n}\nmessage m g {\n}\n",
+    {"HeaderConstant", "header g {\n    = 16 4\n    = 0 4\n}\nmessage m g {\n}\n",
      Error("15:7", "16 is above 15, the most in 4 bits")},
     {"MessageType", "message m h 0x1FF {\n}\n",
      Error("14:13", "0x1FF is above 0xFF, the most of the message type")},
@@ -88,6 +86,8 @@ const Refusal kNumbers[] = {
      Error("15:21", "600000 is above 524280, the most bits of a binary")},
     {"NoBinary", Message("    a rest : binary 0\n"),
      Error("15:21", "0 is below 1, the least bits of a binary")},
+    {"FixedBinary", Message("    a rest : binary 70000 fixed\n"),
+     Error("15:21", "70000 is above 65535, the most bits of a value")},
     {"NoItems", "sequence s [0] of int8\n",
      Error("14:13", "0 is below 1, the least items of a sequence")},
     {"Items", "sequence s [4294967295] of int8\n",
@@ -152,6 +152,13 @@ const Refusal kFields[] = {
      "struct s serial {\n    a 16 : int16\n    b rest : binary 8\n}\nmessage m h 1 {\n"
      "    a LV 1 : s\n}\n",
      Error("19:14", "'a' has 8 bits, its type 16 or more")},
+    {"LimitsOfAnExtension",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
+     "    }\n    group 4 {\n        octet {\n            b 7 : int7\n        }\n    }\n}\n"
+     "message m h 1 {\n    a LV 0-1 : s\n}\n",
+     Error("27:16", "'a' has 0 to 8 bits, its type 16 or more")},
+    {"LimitsOfAFixedBinary", Message("    a LV 1 : binary 16 fixed\n"),
+     Error("15:14", "'a' has 8 bits, its type 16")},
     {"LimitsOfAChoice",
      "union u choice 0 1 {\n    a : three default\n    b : one when 1\n}\nmessage m h 1 {\n"
      "    a LV 4 : u\n}\n",
@@ -237,6 +244,9 @@ const Refusal kSets[] = {
      Error("18:21", "a half octet is expected here, not the end of the line")},
     {"ConditionTwice", Set("    key octets 0 1\n    mask FFFF if low 1 if low 2\n    m = 0101\n"),
      Error("18:27", "a condition 'low' stands here already")},
+    {"HighConditionTwice",
+     Set("    key octets 0 1\n    mask FFFF if high 0 if high 1\n    m = 0101\n"),
+     Error("18:28", "a condition 'high' stands here already")},
     {"MaskNeverReached", Set("    key octets 0 1\n    mask FFFF\n    mask FF00\n    m = 0101\n"),
      Error("19:10", "no first octet comes to this mask")},
     {"RecordLineTwice",
