@@ -170,7 +170,8 @@ class Emitter {
         if (!variable.empty() && variable[0] >= 'a' && variable[0] <= 'z') {
             variable[0] = static_cast<char>(variable[0] - 'a' + 'A');
         }
-        out_ << "const Family k" << variable << "Family = {\n    " << Quoted(family_.family.text)
+        out_ << "extern const Family k" << variable << "Family;  // also where no header has it\n"
+             << "const Family k" << variable << "Family = {\n    " << Quoted(family_.family.text)
              << ",\n    {kTypes, kElements, kEnums, kEnumValues, kNamed},\n"
              << "    {kFormats, kOrders, kFields, kValues, kParts, kAlternatives, kGroups, "
                 "kOctets,\n"
@@ -194,7 +195,8 @@ class Emitter {
             fields.Row({Quoted(row.name), EnumeratorText(row.format), EnumeratorText(row.presence),
                         Number(row.tag), Number(row.element), Number(row.value), Number(row.width),
                         Number(row.leastOctets), std::to_string(row.mostOctets), Number(row.order),
-                        Number(row.conditionElement), std::to_string(row.conditionMask) + "U",
+                        Flag(row.unchecked), Number(row.conditionElement),
+                        Number(row.conditionMember), std::to_string(row.conditionMask) + "U",
                         std::to_string(row.conditionValue) + "U", Number(row.encodeNumber),
                         Number(row.sizeNumber), Number(row.valueNumber), Number(row.shortNumber)});
         }
@@ -247,7 +249,8 @@ class Emitter {
         for (const auto& row : model_.messages) {
             messages.Row({Quoted(row.name), Number(row.members), std::to_string(row.code) + "U",
                           Number(row.firstHeaderItem), Number(row.headerItemCount),
-                          Number(row.firstField), Number(row.fieldCount)});
+                          Number(row.firstField), Number(row.fieldCount), Number(row.countedFields),
+                          Number(row.value)});
         }
         out_ << items << messages;
     }
@@ -274,7 +277,7 @@ class Emitter {
                                   model_.messages[message].name);
             }
             out_ << attempts << keys << messages << memberTypes;
-            sets.Row({Quoted(set.row.name), Number(set.type->index),
+            sets.Row({Quoted(set.row.name), set.type == nullptr ? "kNone" : Number(set.type->index),
                       EnumeratorText(set.row.keyForm), Number(set.row.highOctet),
                       Number(set.row.lowOctet), Number(set.row.typeOctet), "kAttempts" + suffix,
                       "kKeys" + suffix, "kSetMessages" + suffix, "kSetTypes" + suffix});

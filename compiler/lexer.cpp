@@ -43,7 +43,7 @@ class Lexer {
                 position_ += text_[position_] == ':' ? 2U : 1U;
             }
             Add(Token::Kind::kWord, begin, position_);
-        } else if (std::string_view("{}[]:=-?&,").find(c) != std::string_view::npos) {
+        } else if (std::string_view("{}[]:=-?&,.").find(c) != std::string_view::npos) {
             ++position_;
             Add(Token::Kind::kMark, begin, position_);
         } else {

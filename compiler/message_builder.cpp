@@ -17,6 +17,7 @@ using iecodec::MessageRow;
 using Format = FieldRow::Format;
 using ValueEnd = iecodec::FieldFormatInfo::ValueEnd;
 using Presence = FieldRow::Presence;
+using Kind = TypeModel::Kind;
 
 /// Whether values of the shape report failures under numbers of their own.
 bool ReportsFailures(iecodec::Shape shape) {
@@ -38,6 +39,32 @@ bool ReportsFailures(iecodec::Shape shape) {
             break;
     }
     return false;
+}
+
+/// The index of the integer or enumerated member of that name, if `type` is a struct with one.
+std::optional<std::uint16_t> NumberOf(const TypeModel* type, std::string_view name) {
+    if (type == nullptr || type->kind != Kind::kStruct) {
+        return std::nullopt;
+    }
+    for (std::size_t index = 0; index < type->elements.size(); ++index) {
+        const ElementModel& member = type->elements[index];
+        if (member.name == name && member.type != nullptr &&
+            (member.type->kind == Kind::kInteger || member.type->kind == Kind::kEnumerated)) {
+            return static_cast<std::uint16_t>(index);
+        }
+    }
+    return std::nullopt;
+}
+
+/// How many fields a pseudo length counts: up to the end that the message states, its first mark
+/// or the field that takes all that is left.
+std::uint16_t CountedFields(const MessageSyntax& message) {
+    const auto end =
+        std::find_if(message.fields.begin(), message.fields.end(), [](const FieldSyntax& field) {
+            return field.format == Format::kMark || field.format == Format::kRest;
+        });
+    return static_cast<std::uint16_t>(
+        message.countedFields.value_or(static_cast<std::size_t>(end - message.fields.begin())));
 }
 
 constexpr NumberRange kNumbers = {1, 0xFFFF, "of the family's diagnostic numbers"};
@@ -117,6 +144,9 @@ void MessageBuilder::AddHeader(Header& header) {
                               "the header has a message type already");
             header.typeBits = row.width;
         }
+        reporter_.ErrorIf(row.kind == HeaderItemRow::Kind::kPseudoLength &&
+                              (row.width != 8 || &item != &header.syntax->items.front()),
+                          item.place, "a pseudo length is the first octet of a header");
         reporter_.ErrorIf(row.kind == HeaderItemRow::Kind::kExtendedIdentifier && row.width != 3,
                           item.bits.place, "a transaction identifier has 3 bits");
         reporter_.ErrorIf(!item.name.text.empty() && item.type.kind != TypeSyntax::Kind::kInteger &&
@@ -133,7 +163,9 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
     row.format = field.format;
     row.element = element;
     row.order = kNone;
+    row.unchecked = field.unchecked;
     row.conditionElement = kNone;
+    row.conditionMember = kNone;
     const NumberRange octets = OctetsOf(row.format);
     if (field.least) {
         row.leastOctets = Narrow<std::uint16_t>(reporter_, *field.least, octets);
@@ -154,38 +186,54 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
                     : values_.RowOf(field.type, type.elements[element].type, field.name.text,
                                     field.WireBits(), true);
     if (field.condition) {
-        AddCondition(message, field, row);
+        AddCondition(message, field, type, row);
     }
     return row;
 }
 
 void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSyntax& field,
-                                  FieldRow& row) {
+                                  const TypeModel& type, FieldRow& row) {
     const FieldSyntax::Condition& condition = *field.condition;
     const auto above =
         std::span(message.fields).first(static_cast<std::size_t>(&field - message.fields.data()));
     const auto found = std::find_if(above.begin(), above.end(), [&](const FieldSyntax& other) {
-        return other.name.text == condition.member.text;
+        return other.name.text == condition.field.text;
     });
     if (found == above.end()) {
-        reporter_.Error(condition.member.place,
-                        "'" + condition.member.text + "' is no field above this one");
+        reporter_.Error(condition.field.place,
+                        "'" + condition.field.text + "' is no field above this one");
         return;
     }
-    reporter_.ErrorIf(InfoOf(row.format).identifierWidth != 0, condition.member.place,
+    reporter_.ErrorIf(InfoOf(row.format).identifierWidth != 0, condition.field.place,
                       "a field with an identifier is there if its identifier is");
     const auto back = static_cast<std::size_t>(above.end() - found);
     const FieldRow& decider = model_.fields[model_.fields.size() - back];
-    const bool integer =
-        decider.value != kNone && model_.values[decider.value].shape == iecodec::Shape::kInteger;
-    if (!integer) {
-        reporter_.Error(condition.member.place, "'" + condition.member.text + "' is no integer");
-        return;
-    }
     row.conditionElement = decider.element;
     row.conditionMask = 0xFFFFFFFF;
-    const std::uint64_t most = MostOf(model_.values[decider.value].width);
-    const std::string what = "in '" + condition.member.text + "'";
+    std::uint16_t width = 0;
+    if (condition.member.text.empty()) {
+        const bool integer = decider.value != kNone &&
+                             model_.values[decider.value].shape == iecodec::Shape::kInteger;
+        if (!integer) {
+            reporter_.Error(condition.field.place, "'" + condition.field.text + "' is no integer");
+            return;
+        }
+        width = model_.values[decider.value].width;
+    } else {
+        const auto member = NumberOf(type.elements[decider.element].type, condition.member.text);
+        if (!member) {
+            reporter_.Error(condition.member.place,
+                            "'" + condition.field.text + "' has no member '" +
+                                condition.member.text + "' that is a number");
+            return;
+        }
+        row.conditionMember = *member;
+        width = static_cast<std::uint16_t>(
+            type.elements[decider.element].type->elements[*member].type->size);
+    }
+    const std::uint64_t most = MostOf(width);
+    const std::string what =
+        "in '" + (condition.member.text.empty() ? condition.field : condition.member).text + "'";
     if (condition.mask) {
         row.conditionMask = Narrow<std::uint32_t>(reporter_, *condition.mask, {1, most, what});
     }
@@ -219,6 +267,8 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
     reporter_.ErrorIf(info.valueEnd != ValueEnd::kWidth && info.valueEnd != ValueEnd::kLength &&
                           (field.half || field.least),
                       field.name.place, "the format of '" + field.name.text + "' has no size");
+    reporter_.ErrorIf(field.unchecked && info.valueEnd != ValueEnd::kWidth, field.name.place,
+                      "a field without an end of its own cannot be unchecked");
     reporter_.ErrorIf(field.format == Format::kRest && &field != &message.fields.back(),
                       field.name.place, "a field that takes the rest is the last one");
 }
@@ -227,7 +277,7 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
 void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
     const BitRange type = values_.BitsOf(row.value);
     const bool counted = InfoOf(row.format).lengthWidth != 0;
-    if (row.value == kNone || row.leastOctets > row.mostOctets ||
+    if (row.value == kNone || field.unchecked || row.leastOctets > row.mostOctets ||
         (field.half ? counted : !counted && row.width == 0)) {
         return;  // there is no value, or no size that could be checked
     }
@@ -325,6 +375,12 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     row.headerItemCount = static_cast<std::uint16_t>(headerRows.syntax->items.size());
     row.firstField = static_cast<std::uint16_t>(model_.fields.size());
     row.fieldCount = static_cast<std::uint16_t>(syntax.fields.size());
+    row.countedFields = CountedFields(syntax);
+    const auto& items = headerRows.syntax->items;
+    const bool pseudoLength =
+        !items.empty() && items.front().kind == HeaderItemRow::Kind::kPseudoLength;
+    reporter_.ErrorIf(syntax.countedFields && !pseudoLength, syntax.countedEnd,
+                      "the header '" + syntax.header.text + "' has no pseudo length");
     std::size_t element = type->elements.size() - syntax.fields.size();
     for (const FieldSyntax& field : syntax.fields) {
         CheckLimits(syntax, field);
@@ -391,6 +447,31 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
     CheckKeys(reporter_, syntax, set, model_);
     std::sort(set.keys.begin(), set.keys.end(),
               [](const iecodec::KeyRow& a, const iecodec::KeyRow& b) { return a.key < b.key; });
+    model_.sets.push_back(std::move(set));
+}
+
+void MessageBuilder::BuildDecoding(const SetSyntax& syntax) {
+    const Name& name = syntax.messages.front().name;
+    SetModel set;
+    set.row.name = syntax.name.text;
+    set.row.keyForm = iecodec::KeyForm::kKeyless;
+    if (const auto found = messages_.find(name.text); found != messages_.end()) {
+        set.messages.push_back(found->second);
+        model_.usedMessages.insert(found->second);
+    } else if (const TypeModel* type = types_.Find(name); type != nullptr) {
+        reporter_.ErrorIf(type->kind != Kind::kStruct, name.place,
+                          "'" + name.text + "' is neither a message nor a struct");
+        TypeSyntax value;
+        value.kind = TypeSyntax::Kind::kNamed;
+        value.name = name;
+        MessageRow row{};
+        row.name = name.text;
+        row.members = static_cast<std::uint16_t>(type->elements.size());
+        row.value = values_.RowOf(value, type, name.text, {0, name.place}, true);
+        set.messages.push_back(static_cast<std::uint16_t>(model_.messages.size()));
+        model_.messages.push_back(row);
+        model_.messageTypes.push_back(type);
+    }
     model_.sets.push_back(std::move(set));
 }
 

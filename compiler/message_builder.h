@@ -18,6 +18,7 @@ class MessageBuilder {
 
     void BuildMessage(const MessageSyntax& syntax);
     void BuildSet(const SetSyntax& syntax);
+    void BuildDecoding(const SetSyntax& syntax);
 
     /// Ends the tables, when all messages and sets stand.
     void Finish();
@@ -31,7 +32,7 @@ class MessageBuilder {
                               const TypeModel& type, std::uint16_t element);
     void PairHalfOctets(const MessageSyntax& message, std::size_t firstField);
     void CheckFit(const FieldSyntax& field, const iecodec::FieldRow& row);
-    void AddCondition(const MessageSyntax& message, const FieldSyntax& field,
+    void AddCondition(const MessageSyntax& message, const FieldSyntax& field, const TypeModel& type,
                       iecodec::FieldRow& row);
     void CheckLimits(const MessageSyntax& message, const FieldSyntax& field);
     void CheckIdentifiers(const MessageSyntax& message);

@@ -55,10 +55,12 @@ class Parser : private TypeParser {
             Declare(Kind::kMessage, family_.messages, ParseMessage());
         } else if (tokens_.Accept("set")) {
             Declare(Kind::kSet, family_.sets, ParseSet());
+        } else if (tokens_.Accept("decoding")) {
+            Declare(Kind::kDecoding, family_.sets, ParseDecoding());
         } else {
             tokens_.ErrorExpected(
                 "a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
-                "pattern, take, header, message or set)");
+                "pattern, take, header, message, set or decoding)");
             if (tokens_.At("}")) {
                 tokens_.Next();
             }
@@ -218,6 +220,9 @@ class Parser : private TypeParser {
             } else if (tokens_.Accept("type")) {
                 item.kind = Item::kMessageType;
                 item.bits = tokens_.ExpectNumber("its width in bits");
+            } else if (AcceptPseudoLength()) {
+                item.kind = Item::kPseudoLength;
+                item.bits = tokens_.ExpectNumber("its width in bits");
             } else {
                 item.kind = tokens_.Accept("late") ? Item::kLateField : Item::kField;
                 item.name = tokens_.ExpectName("a member, '=', 'type' or 'record'");
@@ -237,13 +242,24 @@ class Parser : private TypeParser {
         return header;
     }
 
+    bool AcceptPseudoLength() {
+        return tokens_.At("pseudo") && tokens_.Peek(1).text == "length" &&
+               (tokens_.Next(), tokens_.Next(), true);
+    }
+
     MessageSyntax ParseMessage() {
         MessageSyntax message;
         message.name = tokens_.ExpectName("the message's name");
         message.header = tokens_.ExpectName("the header's name");
         message.code = tokens_.AcceptNumber();
         ParseBlock([&] {
-            if (std::optional<FieldSyntax> field = ParseField()) {
+            const Span place = tokens_.Peek().place;
+            if (AcceptPseudoLength()) {
+                tokens_.Expect("ends");
+                Once(!message.countedFields, place, "the end of the pseudo length");
+                message.countedFields = message.fields.size();
+                message.countedEnd = place;
+            } else if (std::optional<FieldSyntax> field = ParseField()) {
                 message.fields.push_back(std::move(*field));
             }
         });
@@ -268,11 +284,15 @@ class Parser : private TypeParser {
         if (!ParseFormat(field)) {
             return std::nullopt;
         }
+        field.unchecked = tokens_.Accept("unchecked");
         field.mandatory = tokens_.Accept("mandatory");
         field.again = tokens_.Accept("again");
         if (tokens_.Accept("if")) {
             FieldSyntax::Condition condition;
-            condition.member = tokens_.ExpectName("the member that decides");
+            condition.field = tokens_.ExpectName("the field that decides");
+            if (tokens_.Accept(".")) {
+                condition.member = tokens_.ExpectName("the member of the field that decides");
+            }
             if (tokens_.Accept("&")) {
                 condition.mask = tokens_.ExpectNumber("the mask");
             }
@@ -368,6 +388,17 @@ class Parser : private TypeParser {
                 set.messages.push_back(std::move(message));
             }
         });
+        return set;
+    }
+
+    /// A set of one message that needs no key.
+    SetSyntax ParseDecoding() {
+        SetSyntax set;
+        set.keyForm = iecodec::KeyForm::kKeyless;
+        set.name = tokens_.ExpectName("the decoding's name");
+        tokens_.Expect(":");
+        set.messages.push_back({tokens_.ExpectName("its message or struct"), {}});
+        tokens_.ExpectLineEnd();
         return set;
     }
 

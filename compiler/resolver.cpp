@@ -60,6 +60,9 @@ void Resolve(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn
             case Kind::kSet:
                 messages.BuildSet(family.sets[declaration.index]);
                 break;
+            case Kind::kDecoding:
+                messages.BuildDecoding(family.sets[declaration.index]);
+                break;
         }
     }
     messages.Finish();

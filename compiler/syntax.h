@@ -115,7 +115,8 @@ struct HeaderSyntax {
 struct FieldSyntax {
     using Format = iecodec::FieldFormat;
     struct Condition {
-        Name member;
+        Name field;
+        Name member;  // of the field's struct; empty text: the field itself decides
         std::optional<WideNumber> mask;
         WideNumber value;
     };
@@ -128,6 +129,7 @@ struct FieldSyntax {
     std::optional<WideNumber> least;  // octets
     std::optional<WideNumber> most;
     bool mandatory = false;
+    bool unchecked = false;
     bool again = false;  // the identifier is that of a field above
     std::optional<Condition> condition;
     TypeSyntax type;
@@ -147,6 +149,8 @@ struct MessageSyntax {
     Name header;
     std::optional<WideNumber> code;
     std::vector<FieldSyntax> fields;
+    std::optional<std::size_t> countedFields;  // ahead of the line "pseudo length ends"
+    Span countedEnd;
 };
 
 struct KeyAttemptSyntax {
@@ -187,7 +191,7 @@ using PatternSyntax = std::variant<StructSyntax, UnionSyntax, SequenceSyntax>;
 
 /// A type or message declaration, in file order: the catalogue is built in that order.
 struct DeclarationSyntax {
-    enum class Kind { kStruct, kUnion, kSequence, kMessage, kSet, kCsn };
+    enum class Kind { kStruct, kUnion, kSequence, kMessage, kSet, kDecoding, kCsn };
 
     Kind kind = Kind::kStruct;
     std::size_t index = 0;  // in the list of its kind

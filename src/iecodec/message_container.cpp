@@ -42,10 +42,23 @@ MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
             const std::uint32_t type = reader.ReadOctet(TypeBehindIdentifier(reader));
             return {Masked(set, first, first << 8 | type), pd, type};
         }
+        case KeyForm::kKeyless:
+            return {0, 0, 0};
     }
     const std::uint32_t low = reader.ReadOctet(8 * std::int64_t{set.lowOctet});
     return {Masked(set, first, first << 8 | low), pd,
             reader.ReadOctet(8 * std::int64_t{set.typeOctet})};
+}
+
+/// The message with this key; 0 if there is none.
+std::uint32_t TagOf(const MessageSetRow& set, std::uint32_t key) {
+    if (set.keyForm == KeyForm::kKeyless) {
+        return 1;
+    }
+    const auto row = std::lower_bound(
+        set.keys.begin(), set.keys.end(), key,
+        [](const KeyRow& candidate, std::uint32_t wanted) { return candidate.key < wanted; });
+    return row != set.keys.end() && row->key == key ? row->tag : 0U;
 }
 
 }  // namespace
@@ -62,16 +75,13 @@ bits::Outcome DispatchMessage(DecodeContext& context, const MessageSetRow& set,
     const MessageKey key = ReadKey(context.reader, set);
     container.pd = key.pd;
     container.messageType = key.type;
-    const auto row = std::lower_bound(
-        set.keys.begin(), set.keys.end(), key.key,
-        [](const KeyRow& candidate, std::uint32_t wanted) { return candidate.key < wanted; });
-    if (row == set.keys.end() || row->key != key.key) {
-        container.tag = 0;
+    const std::uint32_t tag = TagOf(set, key.key);
+    SetTag(container, tag);
+    if (tag == 0) {
         return kUnknownMessage;
     }
-    SetTag(container, row->tag);
     container.body = {};
-    const MessageRow& message = context.tables.messages[set.messages[row->tag - 1U]];
+    const MessageRow& message = context.tables.messages[set.messages[tag - 1U]];
     return DecodeMessage(context, message, 0, container.body, bitLength);
 }
 

@@ -14,7 +14,7 @@ namespace quorvane::iecodec {
 struct MessageContainer {
     std::uint32_t tag = 0;          // 0: empty, else the message's place in its set, from 1
     std::uint32_t pd = 0;           // protocol discriminator; 0 in sets that have none
-    std::uint32_t messageType = 0;  // or the 6-bit key of sets with a short header
+    std::uint32_t messageType = 0;  // or the 6-bit key of sets with a short header; 0 without a key
     bits::Cell body{};              // a struct
 };
 

@@ -42,8 +42,7 @@ class BodyDecoder {
             return DecodeTagged(field);
         }
         if (field.presence == Presence::kConditional) {
-            const std::uint32_t decider = cells_[field.conditionElement].number;
-            if ((decider & field.conditionMask) != field.conditionValue) {
+            if (!ConditionHolds(field, cells_)) {
                 return kGoOn;
             }
             cells_[field.element].present = true;
@@ -98,6 +97,10 @@ class BodyDecoder {
     Outcome DecodeContents(const FieldRow& field, std::int64_t length) {
         const Outcome result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
                                            cells_[field.element], length);
+        if (field.unchecked) {
+            cursor_ += length;
+            return kGoOn;
+        }
         if (result.Failed() || result.Bits() != length) {
             context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
             if (const Outcome failure = FailureOf(field); failure.Failed()) {
@@ -194,6 +197,7 @@ class HeaderDecoder {
                     break;
                 case HeaderItemKind::kLateField:  // see ReadLateFields
                 case HeaderItemKind::kConstant:
+                case HeaderItemKind::kPseudoLength:
                     break;
             }
             cursor += item.width;
@@ -227,6 +231,9 @@ class HeaderDecoder {
 
 Outcome DecodeMessage(DecodeContext& context, const MessageRow& message, std::int64_t position,
                       Cell& cell, std::int64_t length) {
+    if (message.value != kNone) {
+        return DecodeValue(context, RowAt(context, message.value), position, cell, length);
+    }
     Cell* cells = bits::StructCells(context.arena, cell, message.members);
     HeaderDecoder header(context, message, position, cells);
     const std::int64_t width = header.ReadFields();

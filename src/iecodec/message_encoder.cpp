@@ -45,6 +45,8 @@ std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std
                     cursor += 8;
                 }
                 break;
+            case Item::kPseudoLength:  // see EncodePseudoLength
+                break;
         }
         context.writer.Write(cursor, value, item.width);
         cursor += item.width;
@@ -61,6 +63,7 @@ class BodyEncoder {
     Outcome Run() {
         const auto fields =
             context_.tables.fields.subspan(message_.firstField, message_.fieldCount);
+        countedEnd_ = cursor_;
         for (const FieldRow& field : fields) {
             const Cell& cell = MemberOf(cell_, field.element);
             const bool written = field.presence == FieldRow::Presence::kMandatory || cell.present;
@@ -69,9 +72,15 @@ class BodyEncoder {
                                             field.name);
                 return kSyntaxError;
             }
+            if (&field - fields.data() < message_.countedFields) {
+                countedEnd_ = cursor_;
+            }
         }
         return cursor_ - start_;
     }
+
+    /// Where a pseudo length ends.
+    [[nodiscard]] std::int64_t CountedEnd() const { return countedEnd_; }
 
   private:
     bool EncodeField(const FieldRow& field, const Cell& cell) {
@@ -120,7 +129,11 @@ class BodyEncoder {
         if (result.Failed()) {
             return false;
         }
-        cursor_ += result.Bits();
+        const std::int64_t behind = cursor_ + result.Bits();
+        cursor_ = field.unchecked ? cursor_ + field.width : behind;
+        for (std::int64_t unused = behind; unused < cursor_; ++unused) {
+            context_.writer.Write(unused, 0, 1);
+        }
         return true;
     }
 
@@ -141,14 +154,32 @@ class BodyEncoder {
     const Cell& cell_;
     std::int64_t start_;
     std::int64_t cursor_;
+    std::int64_t countedEnd_ = 0;
 };
+
+/// Writes the pseudo length of a message that has one at its start.
+void EncodePseudoLength(EncodeContext& context, const MessageRow& message, std::int64_t position,
+                        std::int64_t end) {
+    const auto header = HeaderOf(context.tables, message);
+    if (!header.empty() && header.front().kind == Item::kPseudoLength) {
+        const std::int64_t octets = (end - position - header.front().width) >> 3;
+        context.writer.Write(position, static_cast<std::uint32_t>(octets) << 2 | 1U,
+                             header.front().width);
+    }
+}
 
 }  // namespace
 
 Outcome EncodeMessage(EncodeContext& context, const MessageRow& message, std::int64_t position,
                       const Cell& cell) {
+    if (message.value != kNone) {
+        return EncodeValue(context, RowAt(context, message.value), position, cell);
+    }
     const std::int64_t width = EncodeHeader(context, message, position, cell);
-    return EncodeMessageBody(context, message, position + width, cell).Plus(width);
+    BodyEncoder body(context, message, position + width, cell);
+    const Outcome result = body.Run();
+    EncodePseudoLength(context, message, position, body.CountedEnd());
+    return result.Plus(width);
 }
 
 Outcome EncodeMessageBody(EncodeContext& context, const MessageRow& message, std::int64_t position,
@@ -172,7 +203,7 @@ bool IsMessage(const CodecTables& tables, const MessageRow& message, const bits:
         if (item.kind == Item::kMessageType) {
             return reader.Read(cursor, item.width) == message.code;
         }
-        const bool firstOctet = cursor < position + 8;
+        const bool firstOctet = cursor < position + 8 && item.kind != Item::kPseudoLength;
         const std::uint32_t wanted = item.kind == Item::kConstant ? item.constant : 0;
         if (firstOctet && reader.Read(cursor, item.width) != wanted) {
             return false;

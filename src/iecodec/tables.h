@@ -104,8 +104,12 @@ struct FieldRow {
     std::uint16_t mostOctets;
     std::uint16_t order;  // own IeOrderRow
 
-    // kConditional: there if the integer member `conditionElement`, masked, has the value.
+    bool unchecked;  // neither the value's result nor the end behind it is compared
+
+    // kConditional: there if the integer member `conditionElement`, or the member `conditionMember`
+    // of that struct, masked, has the value.
     std::uint16_t conditionElement;
+    std::uint16_t conditionMember;  // kNone: of no struct
     std::uint32_t conditionMask;
     std::uint32_t conditionValue;
 
@@ -115,6 +119,18 @@ struct FieldRow {
     std::uint16_t valueNumber;
     std::uint16_t shortNumber;
 };
+
+/// Whether the record `cells` has the value that a conditional field asks for.
+inline bool ConditionHolds(const FieldRow& field, const bits::Cell* cells) {
+    const bits::Cell* decider = &cells[field.conditionElement];
+    if (field.conditionMember != kNone) {
+        if (decider->cells == nullptr) {
+            return false;
+        }
+        decider = &decider->cells[field.conditionMember];
+    }
+    return (decider->number & field.conditionMask) == field.conditionValue;
+}
 
 /// The wire forms of a value.
 QUORVANE_NAMED_ENUM(
@@ -208,7 +224,9 @@ QUORVANE_NAMED_ENUM(HeaderItemKind,
                     kLateField,           // one that is stored only after a body that did not fail
                     kConstant,            // e.g. the protocol discriminator
                     kMessageType,         // the message's own code
-                    kExtendedIdentifier)  // a 3-bit transaction identifier, extended if it is 7
+                    kExtendedIdentifier,  // a 3-bit transaction identifier, extended if it is 7
+                    kPseudoLength)        // passed; written as the octets that follow, times 4,
+                                          // plus 1
 
 /// A piece of a message's header, in wire order.
 struct HeaderItemRow {
@@ -228,6 +246,8 @@ struct MessageRow {
     std::uint16_t headerItemCount;
     std::uint16_t firstField;
     std::uint16_t fieldCount;
+    std::uint16_t countedFields;  // a pseudo length ends behind so many
+    std::uint16_t value = kNone;  // of a struct without header and fields: the ValueRow of it all
 };
 
 /// Which octets tell a message. The first attempt whose nibble sets hold the halves of the first
@@ -247,12 +267,14 @@ QUORVANE_NAMED_ENUM(
     KeyForm,
     kTwoOctets,           // octets `highOctet` and `lowOctet`, masked by an attempt
     kSixBits,             // the upper six bits of the first octet
-    kExtendedIdentifier)  // the type octet stands behind the transaction identifier's extension
+    kExtendedIdentifier,  // the type octet stands behind the transaction identifier's extension
+    kKeyless)             // one message, whatever the octets
 
-/// The messages of one direction of a family, in the order of their tags.
+/// The messages of one direction of a family, in the order of their tags; or the one message of a
+/// decoding that has nothing to choose.
 struct MessageSetRow {
     std::string_view name;
-    std::uint16_t type;  // the union, in the family's type table
+    std::uint16_t type;  // the union, in the family's type table; kNone with KeyForm::kKeyless
     KeyForm keyForm;
     std::uint8_t highOctet;
     std::uint8_t lowOctet;

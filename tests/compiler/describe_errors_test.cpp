@@ -45,7 +45,7 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:10: error: a backslash stands before 't', 'x' and two digits, or a backslash\n"},
     {"Declaration", "struture s {\n}\n",
      "f.qd:6:1: error: a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
-     "pattern, take, header, message or set) is expected here, not 'struture'\n"},
+     "pattern, take, header, message, set or decoding) is expected here, not 'struture'\n"},
     {"Shape", "struct s {\n    a 8 : int8\n}\n",
      "f.qd:6:10: error: the wire form (fixed, truncatable, serial, extension or special) is "
      "expected here, not '{'\n"},
