@@ -36,8 +36,8 @@ bits::Outcome Dispatch(const test::GoldenFile& message, bits::Arena& arena,
         {message.octets.data(), static_cast<std::int64_t>(message.octets.size())},
         arena,
         diagnostics};
-    return iecodec::DispatchMessage(context, *binding.set, std::int64_t{message.length} * 8,
-                                    container);
+    return iecodec::DispatchMessage(
+        context, *binding.set, facade::RowOf(message.decoding).BitsOf(message.length), container);
 }
 
 reflect::TEDDataBase* MakeTree(const test::GoldenFile& message,

@@ -4,6 +4,7 @@
 #include <list>
 
 #include "iecodec/message_encoder.h"
+#include "tools/octets.h"
 
 namespace quorvane::fuzz {
 namespace {
@@ -27,13 +28,15 @@ const std::vector<SetOfFamily>& AllSets() {
     return kSets;
 }
 
-Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bits::Arena& arena) {
+Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bits::Arena& arena,
+               std::optional<std::int64_t> bits) {
     Decoded decoded;
     const ExactOctets message(octets);
     iecodec::Diagnostics diagnostics;
     const auto size = static_cast<std::int64_t>(message.Size());
     iecodec::DecodeContext context{set.family->codec, {message.Data(), size}, arena, diagnostics};
-    decoded.result = iecodec::DispatchMessage(context, *set.set, 8 * size, decoded.container);
+    decoded.result =
+        iecodec::DispatchMessage(context, *set.set, bits.value_or(8 * size), decoded.container);
     decoded.diagnostics = diagnostics.Lines();
     return decoded;
 }
@@ -52,6 +55,8 @@ Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& containe
         const auto octets =
             std::min(room, static_cast<std::size_t>((encoded.result.Bits() + 7) / 8));
         encoded.octets.assign(buffer.Data(), buffer.Data() + octets);
+        tool::CutToBits(encoded.octets,
+                        std::min(encoded.result.Bits(), 8 * static_cast<std::int64_t>(octets)));
     }
     return encoded;
 }

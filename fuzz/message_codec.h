@@ -39,13 +39,15 @@ struct Decoded {
     [[nodiscard]] bool Clean() const { return !result.Failed() && diagnostics.empty(); }
 };
 
-/// Decodes `octets`, zeros behind them. The record lives in `arena`, and only it.
-Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bits::Arena& arena);
+/// Decodes `bits` bits of `octets`, by default all of them, zeros behind them. The record lives in
+/// `arena`, and only it.
+Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bits::Arena& arena,
+               std::optional<std::int64_t> bits = std::nullopt);
 
 struct Encoded {
     bits::Outcome result = 0;
     bool fits = true;
-    std::vector<std::uint8_t> octets;  // whole octets of the result, if it is not a code
+    std::vector<std::uint8_t> octets;  // of the result, the last one filled up with zeros
     std::string diagnostics;
 
     [[nodiscard]] bool Clean() const { return !result.Failed() && fits && diagnostics.empty(); }

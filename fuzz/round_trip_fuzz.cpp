@@ -121,7 +121,7 @@ void CheckRoundTrip(const fuzz::SetOfFamily& set, const Decoded& decoded, bits::
     if (!ComesBack(*set.family, set.family->codec.messages[message], decoded.container.body)) {
         return;
     }
-    const Decoded again = fuzz::Decode(set, encoded.octets, arena);
+    const Decoded again = fuzz::Decode(set, encoded.octets, arena, encoded.result.Bits());
     Require(again.Clean(), "what was encoded does not decode");
     Require(again.container.tag == decoded.container.tag, "another message comes back");
     Require(reflect::RecordsEqual(set.family->types, set.MessageType(decoded.container.tag),

@@ -14,6 +14,7 @@
 #include "iecodec/message_encoder.h"
 #include "support/golden_file.h"
 #include "tools/hex.h"
+#include "tools/octets.h"
 
 namespace quorvane::test {
 namespace {
@@ -66,9 +67,10 @@ Octets ThereAndBack(const GoldenFile& golden) {
         arena,
         diagnostics};
     iecodec::MessageContainer container;
-    EXPECT_FALSE(
-        iecodec::DispatchMessage(decode, *binding.set, 8 * std::int64_t{golden.length}, container)
-            .Failed());
+    EXPECT_FALSE(iecodec::DispatchMessage(decode, *binding.set,
+                                          facade::RowOf(golden.decoding).BitsOf(golden.length),
+                                          container)
+                     .Failed());
 
     Octets out(4 * golden.octets.size() + 4096, 0xFF);
     bits::BitWriter writer(out.data(), static_cast<std::int64_t>(out.size()));
@@ -77,7 +79,7 @@ Octets ThereAndBack(const GoldenFile& golden) {
     EXPECT_FALSE(result.Failed());
     EXPECT_FALSE(writer.Overflowed());
     EXPECT_EQ(diagnostics.Lines(), "");
-    out.resize(result.Failed() ? 0 : static_cast<std::size_t>((result.Bits() + 7) / 8));
+    tool::CutToBits(out, result.Failed() ? 0 : result.Bits());
     return out;
 }
 

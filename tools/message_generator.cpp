@@ -1,6 +1,7 @@
 #include "tools/message_generator.h"
 
 #include "iecodec/message_encoder.h"
+#include "tools/octets.h"
 #include "tools/value_generator.h"
 
 namespace quorvane::tool {
@@ -20,15 +21,15 @@ std::uint32_t MaskOf(const iecodec::MessageSetRow& set, std::uint32_t key) {
     return 0xFFFF;
 }
 
-const iecodec::KeyRow& DrawKey(const iecodec::MessageSetRow& set, std::uint32_t tag,
-                               Random& random) {
-    std::vector<const iecodec::KeyRow*> keys;
+/// One of the message's keys; 0 where there are none.
+std::uint32_t DrawKey(const iecodec::MessageSetRow& set, std::uint32_t tag, Random& random) {
+    std::vector<std::uint32_t> keys;
     for (const iecodec::KeyRow& key : set.keys) {
         if (key.tag == tag) {
-            keys.push_back(&key);
+            keys.push_back(key.key);
         }
     }
-    return *keys[random.UpTo(static_cast<std::uint32_t>(keys.size() - 1))];
+    return keys.empty() ? 0 : keys[random.UpTo(static_cast<std::uint32_t>(keys.size() - 1))];
 }
 
 }  // namespace
@@ -51,10 +52,8 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
         ValueGenerator values(family_, random_, arena_);
         GeneratedMessage out;
         iecodec::SetTag(out.container, tag);
-        bits::Cell* cells = bits::StructCells(arena_, out.container.body, message.members);
-        const std::uint32_t key = DrawKey(set, tag, random_).key;
-        values.FillHeader(message, cells, key, MaskOf(set, key));
-        if (!values.FillBody(message, cells)) {
+        const std::uint32_t key = DrawKey(set, tag, random_);
+        if (!values.FillMessage(message, out.container.body, key, MaskOf(set, key))) {
             continue;
         }
         out.octets.resize(kRoom);
@@ -62,8 +61,9 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
         iecodec::Diagnostics diagnostics;
         iecodec::EncodeContext context{family_.codec, writer, diagnostics};
         const bits::Outcome written = iecodec::EncodeContainer(context, set, out.container);
-        if (!written.Failed() && written.Bits() % 8 == 0 && !writer.Overflowed()) {
-            out.octets.resize(static_cast<std::size_t>(written.Bits() / 8));
+        if (!written.Failed() && !writer.Overflowed()) {
+            out.bits = written.Bits();
+            CutToBits(out.octets, out.bits);
             return out;
         }
     }

@@ -31,7 +31,8 @@ class Random {
 };
 
 struct GeneratedMessage {
-    std::vector<std::uint8_t> octets;
+    std::vector<std::uint8_t> octets;     // the last one filled up with zeros
+    std::int64_t bits = 0;                // of the message
     iecodec::MessageContainer container;  // its record, in the generator's arena
 };
 

@@ -46,6 +46,10 @@ std::int32_t EncodeInto(const csn::CsnStructure& structure, const Cell& cell,
     const auto size = static_cast<std::int32_t>(result.Bits());
     // Bits behind the result may have been touched on the way.
     std::fill(octets.begin() + (size + 7) / 8, octets.end(), std::uint8_t{0});
+    if (size % 8 != 0) {
+        octets[static_cast<std::size_t>(size / 8)] &=
+            static_cast<std::uint8_t>(0xFF00U >> static_cast<std::uint32_t>(size % 8));
+    }
     return size;
 }
 
@@ -79,6 +83,8 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
                 cells[item.element].number = value == kReserved ? 0 : value;
                 break;
             }
+            case Kind::kPseudoLength:
+                continue;  // the octet behind it is the one with the key
             case Kind::kConstant:
             case Kind::kMessageType:
                 break;
@@ -105,6 +111,16 @@ bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const Fiel
     return false;
 }
 
+bool ValueGenerator::FillMessage(const iecodec::MessageRow& message, Cell& cell, std::uint32_t key,
+                                 std::uint32_t mask) {
+    if (message.value != kNone) {
+        return Fill(tables_.values[message.value], cell, 8 * kRoom);
+    }
+    Cell* cells = bits::StructCells(arena_, cell, message.members);
+    FillHeader(message, cells, key, mask);
+    return FillBody(message, cells);
+}
+
 bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
     for (const FieldRow& field : tables_.fields.subspan(message.firstField, message.fieldCount)) {
         Cell& cell = cells[field.element];
@@ -118,8 +134,7 @@ bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
                 cell.present = true;
                 break;
             case Presence::kConditional: {
-                const std::uint32_t decider = cells[field.conditionElement].number;
-                if ((decider & field.conditionMask) != field.conditionValue) {
+                if (!ConditionHolds(field, cells)) {
                     continue;
                 }
                 cell.present = true;
@@ -138,22 +153,22 @@ bool ValueGenerator::FillField(const FieldRow& field, Cell& cell) {
     if (const std::int32_t lengthWidth = InfoOf(field.format).lengthWidth; lengthWidth != 0) {
         const std::int64_t announced = (std::int64_t{1} << lengthWidth) - 1;
         const auto most = std::min<std::int64_t>(field.mostOctets, announced);
-        return FillWithin(row, cell, 8 * std::int64_t{field.leastOctets}, 8 * most);
+        return FillWithin(row, cell, 8 * std::int64_t{field.leastOctets}, 8 * most, 8);
     }
     if (field.format == Format::kRest) {
         constexpr std::int64_t kMostRest = 8 * 600;
-        return FillWithin(row, cell, 0, kMostRest);
+        return FillWithin(row, cell, 0, kMostRest, 1);
     }
     // A condition's decider is drawn among few values, so that every field gets its turn.
     if (row.shape == Shape::kInteger && random_.OneIn(2)) {
         cell.number = Bits(std::min<std::int32_t>(row.width, 2));
         return true;
     }
-    return FillWithin(row, cell, field.width, field.width);
+    return FillWithin(row, cell, field.unchecked ? 0 : field.width, field.width, 1);
 }
 
 bool ValueGenerator::FillWithin(const ValueRow& row, Cell& cell, std::int64_t least,
-                                std::int64_t most) {
+                                std::int64_t most, std::int64_t unit) {
     constexpr int kTries = 60;
     const bool present = cell.present;
     for (int attempt = 0; attempt < kTries; ++attempt) {
@@ -161,11 +176,13 @@ bool ValueGenerator::FillWithin(const ValueRow& row, Cell& cell, std::int64_t le
         cell.present = present;
         // Long values are rare, lest nested ones never fit.
         const std::int64_t wide = random_.OneIn(3) ? most : std::min(most, least + 160);
-        if (!Fill(row, cell, wide)) {
+        const bool filled =
+            row.shape == Shape::kCsn ? FillStructure(row, cell, wide, unit) : Fill(row, cell, wide);
+        if (!filled) {
             continue;
         }
         const std::int64_t size = Measure(tables_, row, cell);
-        if (size >= least && size <= most && (least == most || size % 8 == 0)) {
+        if (size >= least && size <= most && size % unit == 0) {
             return true;
         }
     }
@@ -191,7 +208,7 @@ bool ValueGenerator::Fill(const ValueRow& row, Cell& cell, std::int64_t most) {
         case Shape::kExtension:
             return FillExtension(row, cell, most);
         case Shape::kCsn:
-            return FillStructure(row, cell, most);
+            return FillStructure(row, cell, most, 8);
         case Shape::kMessageSet:
             return FillMessageSet(row, cell);
         case Shape::kMessageBody: {
@@ -319,11 +336,14 @@ bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t
 
 /// Random bits lead to a record if the structure takes them; the octets that the record encodes to
 /// have its spare bits right.
-bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t most) {
+bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t most,
+                                   std::int64_t unit) {
     constexpr std::int64_t kMostOctets = 64;
     const csn::CsnStructure& structure = tables_.structures[row.item];
-    const std::int64_t octets =
-        std::min<std::int64_t>(random_.UpTo(static_cast<std::uint32_t>(most / 8)), kMostOctets);
+    const std::int64_t units = std::min(most, 8 * kMostOctets) / unit;
+    const auto bits =
+        static_cast<std::int32_t>(unit * random_.UpTo(static_cast<std::uint32_t>(units)));
+    const std::int64_t octets = (bits + 7) / 8;
     std::array<std::uint8_t, kMostOctets> drawn{};
     const bool sparse = random_.OneIn(2);
     for (std::int64_t index = 0; index < octets; ++index) {
@@ -333,13 +353,12 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     }
     Cell first{};
     const bits::BitReader reader(drawn.data(), octets);
-    if (csn::DecodeCsn(structure, reader, arena_, 0, static_cast<std::int32_t>(8 * octets), first)
-            .Failed()) {
+    if (csn::DecodeCsn(structure, reader, arena_, 0, bits, first).Failed()) {
         return false;
     }
     std::array<std::uint8_t, 2 * kMostOctets> canonical{};
     const std::int32_t size = EncodeInto(structure, first, canonical);
-    if (size < 0 || size % 8 != 0) {
+    if (size < 0 || size % unit != 0) {
         return false;
     }
     const bool present = cell.present;
@@ -348,7 +367,8 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     // A length that is written back over other fields (TS 24.008, 10.5.1.7, GERAN Iu mode) makes
     // other octets at each turn: such records are left out.
     std::array<std::uint8_t, 2 * kMostOctets> again{};
-    return csn::DecodeCsn(structure, {canonical.data(), size / 8}, arena_, 0, size, cell) == size &&
+    return csn::DecodeCsn(structure, {canonical.data(), (size + 7) / 8}, arena_, 0, size, cell) ==
+               size &&
            EncodeInto(structure, cell, again) == size && again == canonical;
 }
 
@@ -356,9 +376,7 @@ bool ValueGenerator::FillMessageSet(const ValueRow& row, Cell& cell) {
     const auto& chosen = tables_.alternatives[row.first + random_.UpTo(row.count - 1U)];
     const iecodec::MessageRow& message = tables_.messages[chosen.value];
     Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
-    Cell* cells = bits::StructCells(arena_, body, message.members);
-    FillHeader(message, cells, 0, 0);
-    return FillBody(message, cells);
+    return FillMessage(message, body, 0, 0);
 }
 
 // Elements with C++ of their own.

@@ -14,20 +14,19 @@ class ValueGenerator {
     ValueGenerator(const families::Family& family, Random& random, bits::Arena& arena)
         : tables_(family.codec), random_(random), arena_(arena) {}
 
-    /// Fills the fields of `message` behind its header. False if some field did not come to a
-    /// length within its limits.
-    bool FillBody(const iecodec::MessageRow& message, bits::Cell* cells);
-
-    /// Fills the members of a header. The bits of `key` that `mask` keeps are those of the first
-    /// octet, in the upper half of both.
-    void FillHeader(const iecodec::MessageRow& message, bits::Cell* cells, std::uint32_t key,
-                    std::uint32_t mask);
+    /// Fills the record of a message. The bits of `key` that `mask` keeps are those of the octet
+    /// with the protocol discriminator, in the upper half of both. False if some field did not come
+    /// to a length within its limits.
+    bool FillMessage(const iecodec::MessageRow& message, bits::Cell& cell, std::uint32_t key,
+                     std::uint32_t mask);
 
   private:
-    /// Fills a value that takes from `least` to `most` bits, a whole number of octets unless the
-    /// two are the same.
+    void FillHeader(const iecodec::MessageRow& message, bits::Cell* cells, std::uint32_t key,
+                    std::uint32_t mask);
+    bool FillBody(const iecodec::MessageRow& message, bits::Cell* cells);
+    /// Fills a value that takes from `least` to `most` bits, a multiple of `unit`.
     bool FillWithin(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t least,
-                    std::int64_t most);
+                    std::int64_t most, std::int64_t unit);
     /// Fills a value of about `most` bits at most; what it takes is left to chance.
     bool Fill(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
 
@@ -40,7 +39,8 @@ class ValueGenerator {
     bool FillChoice(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillSequence(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillExtension(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
-    bool FillStructure(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
+    bool FillStructure(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most,
+                       std::int64_t unit);
     bool FillMessageSet(const iecodec::ValueRow& row, bits::Cell& cell);
     bool FillSpecial(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
 

@@ -64,8 +64,7 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
     if (binding.set != nullptr) {
         iecodec::DecodeContext context{binding.family->codec, reader, workspace.arena,
                                        workspace.diagnostics};
-        const std::int64_t bitLength = row.fixedBits > 0 ? row.fixedBits : length * 8;
-        outcome = iecodec::DispatchMessage(context, *binding.set, bitLength, container);
+        outcome = iecodec::DispatchMessage(context, *binding.set, row.BitsOf(length), container);
     }
     if (outcome == iecodec::kUnknownMessage) {
         text.Append("Failed to decode \"");

@@ -18,10 +18,16 @@ struct DecodingRow {
     std::string_view textName;
     /// The family that describes its messages.
     std::string_view family;
-    /// The message set, a union of that name in the family's catalogue.
+    /// The message set, a union of that name in the family's catalogue, or the decoding without
+    /// one.
     std::string_view set;
     /// What the decoder is given as the message's length in bits; 0: the caller's length.
     std::int32_t fixedBits;
+
+    /// The same of a message of `octets` octets.
+    [[nodiscard]] std::int64_t BitsOf(std::int64_t octets) const {
+        return fixedBits > 0 ? fixedBits : 8 * octets;
+    }
 };
 
 const DecodingRow& RowOf(Decoding decoding);
