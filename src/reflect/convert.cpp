@@ -204,9 +204,10 @@ class RecordFiller {
 
     void FillSequence(const TypeRow& row, bits::Cell& cell, const TEDDataSequence& node) {
         for (std::uint32_t index = 0; index < node.GetCount(); ++index) {
-            const auto size = static_cast<std::int32_t>(index + 1);
-            if (bits::SetSize(arena_, cell, size, row.size).Failed()) {
-                return;  // full: this item and all behind it have no place
+            // Each item raises the count by one, also that of a record in use.
+            const auto size = static_cast<std::int32_t>(cell.number + 1);
+            if (bits::SetSize(arena_, cell, size, row.size).Failed() && index >= cell.number) {
+                return;  // this item and all behind it have no place
             }
             if (node.GetItem(index) != nullptr) {
                 FillAsMember(row.first, cell.cells[index], *node.GetItem(index));

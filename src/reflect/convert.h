@@ -38,8 +38,10 @@ namespace quorvane::reflect {
 /// - a mandatory member without a node leaves its cell as it was;
 /// - numbers are narrowed to the 8, 16 or 32 bits that hold the field, a dynamic binary takes the
 ///   node's length as it stands, a fixed one keeps its own;
-/// - items beyond a sequence's bound are dropped; a sequence without items leaves the cell as it
-///   was, and so does a union whose index is none of its alternatives;
+/// - each item of a sequence raises the cell's count by one and fills the item of its own index: a
+///   record in use goes on growing up to the bound, and items beyond it are dropped. A sequence
+///   without items leaves the cell as it was, and so does a union whose index is none of its
+///   alternatives;
 /// - locations stay as they were.
 /// What the cell needs is placed in `arena`; nothing of the tree is viewed.
 bool FromTree(const Catalogue& catalogue, std::uint16_t type, bits::Cell& cell,

@@ -85,6 +85,24 @@ TEST(Dispatch, AnUnknownKeyStillShowsItsOctets) {
     EXPECT_EQ(out.container.messageType, 0x99U);
 }
 
+TEST(Dispatch, AnUnknownKeyEmptiesAContainerInUse) {
+    const MessageSetRow* set = families::FindSet(families::kEpsFamily, "Message_set_EPS_MM_Uplink");
+    const std::array<std::uint8_t, 2> octets{0x95, 0x99};
+    bits::Arena arena;
+    Diagnostics diagnostics;
+    DecodeContext context{families::kEpsFamily.codec, {octets.data(), 2}, arena, diagnostics};
+    MessageContainer container;
+    SetTag(container, 3);
+    bits::StructCells(arena, container.body, 5);
+    container.pd = 7;
+    container.messageType = 0x41;
+    EXPECT_EQ(DispatchMessage(context, *set, 16, container), kUnknownMessage);
+    EXPECT_EQ(container.tag, 0U);
+    EXPECT_EQ(container.body.cells, nullptr);
+    EXPECT_EQ(container.pd, 5U);
+    EXPECT_EQ(container.messageType, 0x99U);
+}
+
 TEST(Dispatch, SessionManagementByItsThirdOctet) {
     const auto up = [](std::vector<std::uint8_t> octets) {
         return Dispatch(families::kEpsFamily, "Message_set_EPS_SM_Uplink", std::move(octets));

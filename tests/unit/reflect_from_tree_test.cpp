@@ -207,6 +207,29 @@ TEST_F(FromTreeTest, ASequenceStopsGrowingAtItsBound) {
     }
 }
 
+TEST_F(FromTreeTest, EachItemRaisesTheCountOfARecordInUse) {
+    const auto node = New<TEDDataSequence>(test::kNumbers);  // at most 4
+    node->Append(Integer(test::kNumbersItem, 11));
+    node->Append(Integer(test::kNumbersItem, 12));
+    Cell cell{};
+    ASSERT_EQ(bits::SetSize(arena_, cell, 1, 4), 0);
+    cell.cells[0].number = 1;
+    ASSERT_TRUE(Fill(test::kNumbers, cell, *node));
+    ASSERT_EQ(cell.number, 3U);
+    EXPECT_EQ(cell.cells[0].number, 11U);
+    EXPECT_EQ(cell.cells[1].number, 12U);
+    EXPECT_EQ(cell.cells[2].number, 0U);
+    // At the bound the items are filled all the same.
+    cell.cells[0].number = 1;
+    cell.cells[1].number = 2;
+    cell.cells[2].number = 3;
+    ASSERT_TRUE(Fill(test::kNumbers, cell, *node));
+    ASSERT_EQ(cell.number, 4U);
+    EXPECT_EQ(cell.cells[0].number, 11U);
+    EXPECT_EQ(cell.cells[1].number, 12U);
+    EXPECT_EQ(cell.cells[2].number, 3U);
+}
+
 TEST_F(FromTreeTest, FillingTwiceGivesTheSameRecord) {
     const Cell record = FullRecord();
     const TEDDataBase* tree = ToTree(catalogue_, test::kEverything, record, arena_);
