@@ -14,6 +14,9 @@ namespace {
 
 CsnTypes TypesOf(const CompiledCsn& csn) {
     CsnTypes types;
+    for (const std::string& name : csn.broken) {
+        types.byName[name] = {nullptr, 0};
+    }
     for (std::size_t index = 0; index < csn.structures.size(); ++index) {
         types.byName[csn.structures[index].name] = {csn.structures[index].type,
                                                     static_cast<std::uint16_t>(index)};
@@ -48,7 +51,7 @@ Description Describe(const std::vector<Source>& sources) {
             reporter.Error({file, 0, 0}, "a description file ends in .qd or .csn1");
         }
     }
-    if (family.family.text.empty()) {
+    if (family.family.text.empty() && !reporter.HasErrors()) {
         reporter.Error({0, 0, 0}, "no file says 'family' and the family's name");
     }
     const auto findEnum = [&](const std::string& name) -> const EnumModel* {

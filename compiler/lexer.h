@@ -1,8 +1,9 @@
 #pragma once
 
-// Tokens of a description file (.qd). Ends of lines are tokens: an entry of a block is one line.
+// Tokens of the description files, in both notations.
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -10,22 +11,40 @@
 
 namespace quorvane::compiler {
 
+/// What sets the notations apart.
+struct Notation {
+    std::string_view comment;  // starts one, which runs to the end of the line
+    std::string_view signs;    // those of one character
+    bool entriesAreLines;      // ends of lines are tokens, a run of them one
+    bool isCsn;                // names in angle brackets, val(NAME), signs of several characters
+};
+
+/// Files .qd: docs/description-notation.md.
+inline constexpr Notation kDescriptionNotation = {"//", "{}[]:=-?&,.", true, false};
+/// Files .csn1: docs/csn1-notation.md.
+inline constexpr Notation kCsnNotation = {"--", "<>{}()[]|!&-+*=:;,@", false, true};
+
 struct Token {
     enum class Kind {
-        kWord,  // letters, digits, underscores, and "::" inside
-        kText,  // a text in double quotes; `text` is what stands between them
-        kMark,  // one of { } [ ] : = - ? & ,
+        kWord,       // letters, digits, underscores, and "::" inside; not digits alone
+        kDigits,     // digits: bits or a number, depending on context
+        kText,       // a text in double quotes; `text` is what stands between them
+        kSign,       // any other sign
+        kField,      // "< NAME :", `text` is the name
+        kReference,  // "< NAME >", `text` is the name
+        kValue,      // "val(NAME)", "p(NAME)" or "q(NAME)": `text` is the name, `function` the word
         kLineEnd,
         kEnd,
     };
 
     Kind kind;
-    std::string_view text;
+    std::string text;
+    std::string function;
     Span place;
+    bool cut = false;  // kText: the closing quote is missing, the rest of the line belongs to it
 };
 
-/// The tokens of a file, a kEnd last. Comments run from // to the end of the line. Runs of line
-/// ends are one token.
-std::vector<Token> Lex(Reporter& reporter, std::uint32_t file);
+/// The tokens of a file, a kEnd last.
+std::vector<Token> Lex(Reporter& reporter, std::uint32_t file, const Notation& notation);
 
 }  // namespace quorvane::compiler

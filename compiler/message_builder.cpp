@@ -277,7 +277,9 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
 void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
     const BitRange type = values_.BitsOf(row.value);
     const bool counted = InfoOf(row.format).lengthWidth != 0;
-    if (row.value == kNone || field.unchecked || row.leastOctets > row.mostOctets ||
+    const bool unread = field.least && (field.least->value == kUnknownNumber ||
+                                        field.most->value == kUnknownNumber);
+    if (row.value == kNone || field.unchecked || unread || row.leastOctets > row.mostOctets ||
         (field.half ? counted : !counted && row.width == 0)) {
         return;  // there is no value, or no size that could be checked
     }
@@ -350,6 +352,8 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
         reporter_.ErrorIf(!syntax.header.text.empty(), syntax.header.place,
                           "no header '" + syntax.header.text + "' is declared");
         types_.DeclareMessage(syntax, {});
+        messages_.emplace(syntax.name.text, kNone);
+        values_.NoteMessage(syntax.name.text, kNone);
         return;
     }
     Header& headerRows = header->second;
@@ -432,6 +436,9 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
                             "'" + message.name.text + "' is no message declared above");
             continue;
         }
+        if (found->second == kNone) {
+            continue;
+        }
         set.messages.push_back(found->second);
         model_.usedMessages.insert(found->second);
         const auto tag = static_cast<std::uint16_t>(set.messages.size());
@@ -479,7 +486,8 @@ void MessageBuilder::BuildDecoding(const SetSyntax& syntax) {
 void MessageBuilder::CheckUses() {
     for (const MessageSyntax& message : family_.messages) {
         const auto found = messages_.find(message.name.text);
-        reporter_.ErrorIf(found != messages_.end() && model_.usedMessages.count(found->second) == 0,
+        reporter_.ErrorIf(found != messages_.end() && found->second != kNone &&
+                              model_.usedMessages.count(found->second) == 0,
                           message.name.place,
                           "'" + message.name.text + "' is in no message set, union or field");
     }

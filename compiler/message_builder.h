@@ -54,7 +54,7 @@ class MessageBuilder {
     FamilyModel& model_;
     SkipTable skipTable_;
     std::map<std::string, Header> headers_;
-    std::map<std::string, std::uint16_t> messages_;
+    std::map<std::string, std::uint16_t> messages_;  // kNone: one with a mistake
 };
 
 }  // namespace quorvane::compiler

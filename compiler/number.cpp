@@ -21,6 +21,9 @@ std::string Shown(std::uint64_t value, bool hexadecimal) {
 }  // namespace
 
 std::uint64_t WithinRange(Reporter& reporter, const WideNumber& number, const NumberRange& range) {
+    if (number.value == kUnknownNumber) {
+        return range.least;
+    }
     const bool above = number.value > range.most;
     if (!above && number.value >= range.least) {
         return number.value;

@@ -41,4 +41,7 @@ constexpr std::uint64_t MostOf(std::uint64_t bits) {
     return bits >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << bits) - 1;
 }
 
+/// Stands for a number that could not be read, which was told of: it fits everywhere.
+inline constexpr std::uint64_t kUnknownNumber = MostOf(64);
+
 }  // namespace quorvane::compiler

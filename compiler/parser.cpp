@@ -15,6 +15,7 @@ class Parser : private TypeParser {
     void Run() {
         tokens_.SkipLineEnds();
         while (!tokens_.AtEnd()) {
+            tokens_.BeginEntry();
             ParseDeclaration();
             tokens_.SkipLineEnds();
         }
@@ -142,7 +143,7 @@ class Parser : private TypeParser {
 
     void ParseSpecials() {
         SpecialsSyntax specials;
-        if (tokens_.Peek().kind != Token::Kind::kText) {
+        if (!tokens_.At(Token::Kind::kText)) {
             tokens_.ErrorExpected("a header in double quotes");
             tokens_.SkipEntry();
             return;

@@ -3,6 +3,7 @@
 // Source files, places in them, and the errors of a run. Passes report and go on; a run shows all
 // mistakes, in the order of their places.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,6 +19,11 @@ struct Span {
     std::uint32_t end = 0;
 };
 
+struct Name {
+    std::string text;
+    Span place;
+};
+
 struct SourceFile {
     std::string name;  // as printed in front of errors
     std::string text;
@@ -28,9 +34,6 @@ class Reporter {
     /// Takes a file over and gives its number for spans.
     std::uint32_t AddFile(std::string name, std::string text);
     [[nodiscard]] const SourceFile& File(std::uint32_t file) const { return files_[file]; }
-    [[nodiscard]] std::uint32_t FileCount() const {
-        return static_cast<std::uint32_t>(files_.size());
-    }
 
     /// Notes an error: what is wrong and what would be right, without a full stop.
     void Error(Span place, std::string message);
@@ -40,6 +43,9 @@ class Reporter {
         }
     }
     [[nodiscard]] bool HasErrors() const { return !errors_.empty(); }
+    [[nodiscard]] std::size_t ErrorCount() const { return errors_.size(); }
+    /// Where the errors behind the first `from` ones stand.
+    [[nodiscard]] std::vector<Span> ErrorPlaces(std::size_t from) const;
 
     /// The errors as lines `name:line:column: error: message`, ordered by file and place, each
     /// once.

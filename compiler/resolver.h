@@ -17,7 +17,7 @@ namespace quorvane::compiler {
 /// The CSN.1 structures of the family, by type name.
 struct CsnTypes {
     struct Entry {
-        TypeModel* type;
+        TypeModel* type;          // null if the structure has mistakes
         std::uint16_t structure;  // in the family's CsnStructure table
     };
     std::map<std::string, Entry> byName;

@@ -16,11 +16,6 @@
 
 namespace quorvane::compiler {
 
-struct Name {
-    std::string text;
-    Span place;
-};
-
 struct MemberSyntax;
 
 /// What stands behind a colon.
@@ -138,6 +133,9 @@ struct FieldSyntax {
     [[nodiscard]] WideNumber WireBits() const {
         if (half) {
             return {4, name.place};
+        }
+        if (least && least->value == kUnknownNumber) {
+            return *least;
         }
         const bool exact = least && least->value == most->value;
         return exact ? WideNumber{8 * least->value, least->place} : WideNumber{0, name.place};

@@ -3,7 +3,9 @@
 #include <charconv>
 
 namespace quorvane::compiler {
-std::optional<WideNumber> ParseDigits(std::string_view digits, int base, Span place) {
+
+std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digits, int base,
+                                      Span place) {
     WideNumber number{0, place, base == 16};
     const char* end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, number.value, base);
@@ -11,37 +13,41 @@ std::optional<WideNumber> ParseDigits(std::string_view digits, int base, Span pl
         return std::nullopt;
     }
     if (error == std::errc::result_out_of_range) {
-        number.value = MostOf(64);
+        number.value = kUnknownNumber;
+        reporter.Error(place, "the number is too large");
     }
     return number;
 }
 
 namespace {
 
-std::optional<WideNumber> ParseNumber(const Token& token) {
-    if (token.text.starts_with("0x")) {
-        return ParseDigits(token.text.substr(2), 16, token.place);
-    }
-    return ParseDigits(token.text, 10, token.place);
-}
-
 std::string Shown(const Token& token) {
     switch (token.kind) {
+        case Token::Kind::kWord:
+        case Token::Kind::kDigits:
+        case Token::Kind::kSign:
+            break;
+        case Token::Kind::kText:
+            return "a text";
+        case Token::Kind::kField:
+            return "the field '" + token.text + "'";
+        case Token::Kind::kReference:
+            return "'< " + token.text + " >'";
+        case Token::Kind::kValue:
+            return "'" + token.function + "(" + token.text + ")'";
         case Token::Kind::kLineEnd:
             return "the end of the line";
         case Token::Kind::kEnd:
             return "the end of the file";
-        case Token::Kind::kText:
-            return "a text";
-        default:
-            return "'" + std::string(token.text) + "'";
     }
+    return "'" + token.text + "'";
 }
 
 }  // namespace
 
 const Token& TokenStream::Next() {
     const Token& token = Peek();
+    broken_ = broken_ || token.cut;
     if (position_ + 1 < tokens_.size()) {
         ++position_;
     }
@@ -56,8 +62,23 @@ bool TokenStream::Accept(std::string_view text) {
     return true;
 }
 
-void TokenStream::ErrorExpected(std::string_view expected) {
-    Error(Peek().place, std::string(expected) + " is expected here, not " + Shown(Peek()));
+void TokenStream::ErrorExpected(std::string_view expected, std::string_view advice) {
+    Fail(Peek().place,
+         std::string(expected) + " is expected here, not " + Shown(Peek()) + std::string(advice));
+}
+
+void TokenStream::Fail(Span place, std::string message) {
+    if (!broken_) {
+        Error(place, std::move(message));
+    }
+    broken_ = true;
+}
+
+Span TokenStream::PlaceFrom(Span from) const {
+    if (position_ > 0) {
+        from.end = std::max(from.end, tokens_[position_ - 1].place.end);
+    }
+    return from;
 }
 
 bool TokenStream::Expect(std::string_view text) {
@@ -74,7 +95,7 @@ Name TokenStream::ExpectName(std::string_view what) {
         return {"", Peek().place};
     }
     const Token& token = Next();
-    return {std::string(token.text), token.place};
+    return {token.text, token.place};
 }
 
 WideNumber TokenStream::ExpectNumber(std::string_view what) {
@@ -82,14 +103,18 @@ WideNumber TokenStream::ExpectNumber(std::string_view what) {
         return *number;
     }
     ErrorExpected(what);
-    return {0, Peek().place};
+    return {kUnknownNumber, Peek().place};
 }
 
 std::optional<WideNumber> TokenStream::AcceptNumber() {
     if (!AtWord()) {
         return std::nullopt;
     }
-    const auto number = ParseNumber(Peek());
+    const Token& token = Peek();
+    const bool isHexadecimal = token.text.starts_with("0x");
+    const auto number =
+        ParseDigits(reporter_, std::string_view(token.text).substr(isHexadecimal ? 2 : 0),
+                    isHexadecimal ? 16 : 10, token.place);
     if (number) {
         Next();
     }
@@ -97,10 +122,11 @@ std::optional<WideNumber> TokenStream::AcceptNumber() {
 }
 
 WideNumber TokenStream::ExpectHexadecimal(std::string_view what) {
-    const auto number = AtWord() ? ParseDigits(Peek().text, 16, Peek().place) : std::nullopt;
+    const auto number =
+        AtWord() ? ParseDigits(reporter_, Peek().text, 16, Peek().place) : std::nullopt;
     if (!number) {
         ErrorExpected(what);
-        return {0, Peek().place};
+        return {kUnknownNumber, Peek().place};
     }
     Next();
     return *number;
@@ -115,7 +141,7 @@ void TokenStream::ExpectLineEnd() {
 }
 
 void TokenStream::SkipLineEnds() {
-    while (Peek().kind == Token::Kind::kLineEnd) {
+    while (At(Kind::kLineEnd)) {
         Next();
     }
 }

@@ -1,45 +1,52 @@
 #pragma once
 
-// Walking over the tokens of a file, with the checks that every part of the parser needs.
+// Walking over the tokens of a file, with the checks that every part of a parser needs.
 
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "compiler/lexer.h"
-#include "compiler/syntax.h"
+#include "compiler/number.h"
 
 namespace quorvane::compiler {
 
-/// The number that the digits tell, if they are digits; one with too many is the largest there is.
-std::optional<WideNumber> ParseDigits(std::string_view digits, int base, Span place);
+/// The number that the digits tell, if they are digits. One that is too large is told of and
+/// unknown.
+std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digits, int base,
+                                      Span place);
 
 class TokenStream {
   public:
-    TokenStream(Reporter& reporter, std::uint32_t file)
-        : reporter_(reporter), tokens_(Lex(reporter, file)) {}
+    using Kind = Token::Kind;
+
+    TokenStream(Reporter& reporter, std::uint32_t file, const Notation& notation)
+        : reporter_(reporter), tokens_(Lex(reporter, file, notation)) {}
 
     [[nodiscard]] const Token& Peek(std::size_t ahead = 0) const {
         return tokens_[std::min(position_ + ahead, tokens_.size() - 1)];
     }
     const Token& Next();
 
+    [[nodiscard]] bool At(Kind kind) const { return Peek().kind == kind; }
+    /// At this sign or word.
     [[nodiscard]] bool At(std::string_view text) const {
-        return Peek().kind != Token::Kind::kText && Peek().text == text &&
-               Peek().kind != Token::Kind::kLineEnd;
+        return (At(Kind::kSign) || AtWord()) && Peek().text == text;
     }
-    [[nodiscard]] bool AtWord() const { return Peek().kind == Token::Kind::kWord; }
-    [[nodiscard]] bool AtLineEnd() const { return Peek().kind == Token::Kind::kLineEnd || AtEnd(); }
-    [[nodiscard]] bool AtEnd() const { return Peek().kind == Token::Kind::kEnd; }
+    [[nodiscard]] bool AtWord() const { return At(Kind::kWord) || At(Kind::kDigits); }
+    [[nodiscard]] bool AtLineEnd() const { return At(Kind::kLineEnd) || AtEnd(); }
+    [[nodiscard]] bool AtEnd() const { return At(Kind::kEnd); }
 
-    /// Takes the token if it is this one.
+    /// Takes the sign or word if it is this one.
     bool Accept(std::string_view text);
     /// The same, and reports what was expected if it is not.
     bool Expect(std::string_view text);
 
     /// A name; `what` says what for.
     Name ExpectName(std::string_view what);
-    /// A decimal number, or a hexadecimal one with 0x in front.
+    /// A decimal number, or a hexadecimal one with 0x in front; unknown after an error.
     WideNumber ExpectNumber(std::string_view what);
     /// Digits of a hexadecimal number without a prefix.
     WideNumber ExpectHexadecimal(std::string_view what);
@@ -54,13 +61,23 @@ class TokenStream {
     void SkipEntry();
 
     void Error(Span place, std::string message) { reporter_.Error(place, std::move(message)); }
-    /// "X is expected here, not Y" at the token.
-    void ErrorExpected(std::string_view expected);
+    /// "X is expected here, not Y" at the token, and `advice` behind it; see Fail.
+    void ErrorExpected(std::string_view expected, std::string_view advice = {});
+
+    /// An error behind which the entry makes no sense any more. Only the first one of an entry is
+    /// told: others are mostly its follow-ups.
+    void Fail(Span place, std::string message);
+    [[nodiscard]] bool Broken() const { return broken_; }
+    void BeginEntry() { broken_ = false; }
+
+    /// From the start of `from` to the end of the token before this one.
+    [[nodiscard]] Span PlaceFrom(Span from) const;
 
   private:
     Reporter& reporter_;
     std::vector<Token> tokens_;
     std::size_t position_ = 0;
+    bool broken_ = false;
 };
 
 }  // namespace quorvane::compiler

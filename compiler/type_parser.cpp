@@ -10,14 +10,15 @@ namespace {
 constexpr int kMostDepth = 50;
 
 /// Splits "int8" into its word and number.
-bool Sized(const Name& word, std::string_view prefix, std::optional<WideNumber>& size) {
+bool Sized(Reporter& reporter, const Name& word, std::string_view prefix,
+           std::optional<WideNumber>& size) {
     if (!word.text.starts_with(prefix)) {
         return false;
     }
     Span place = word.place;
     place.begin += static_cast<std::uint32_t>(prefix.size());
     const std::string_view digits = std::string_view(word.text).substr(prefix.size());
-    size = ParseDigits(digits, 10, place);
+    size = ParseDigits(reporter, digits, 10, place);
     return digits.empty() || size.has_value();
 }
 
@@ -58,7 +59,7 @@ Name TypeParser::ParseInlineEnum() {
 }
 
 std::string TypeParser::ExpectText() {
-    if (tokens_.Peek().kind != Token::Kind::kText) {
+    if (!tokens_.At(Token::Kind::kText)) {
         tokens_.ErrorExpected("a text in double quotes");
         tokens_.SkipEntry();
         return "";
@@ -86,7 +87,9 @@ std::string TypeParser::Unescaped(const Token& token) {
             result += static_cast<char>(octet);
             at += 3;
         } else {
-            tokens_.Error(token.place,
+            Span place = token.place;
+            place.begin += static_cast<std::uint32_t>(at + 1);
+            tokens_.Error(place,
                           "a backslash stands before 't', 'x' and two digits, or a backslash");
         }
     }
@@ -129,9 +132,9 @@ TypeSyntax TypeParser::ParseType() {
         type.kind = TypeSyntax::Kind::kBinary;
         type.size = tokens_.ExpectNumber("the most bits of the binary");
         type.fixed = tokens_.Accept("fixed");
-    } else if (word.text != "int" && Sized(word, "int", type.size)) {
+    } else if (word.text != "int" && Sized(reporter_, word, "int", type.size)) {
         type.kind = TypeSyntax::Kind::kInteger;
-    } else if (Sized(word, "enum", type.size)) {
+    } else if (Sized(reporter_, word, "enum", type.size)) {
         type.kind = TypeSyntax::Kind::kEnumerated;
         type.name =
             tokens_.At("{") ? ParseInlineEnum() : tokens_.ExpectName("the enumeration's name");

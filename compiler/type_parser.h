@@ -2,6 +2,7 @@
 
 // Reads enumerations and types: structs, unions, sequences and what stands behind a colon.
 
+#include "compiler/syntax.h"
 #include "compiler/token_stream.h"
 
 namespace quorvane::compiler {
@@ -9,7 +10,7 @@ namespace quorvane::compiler {
 class TypeParser {
   public:
     TypeParser(Reporter& reporter, std::uint32_t file, FamilySyntax& family)
-        : reporter_(reporter), tokens_(reporter, file), family_(family) {}
+        : reporter_(reporter), tokens_(reporter, file, kDescriptionNotation), family_(family) {}
 
   protected:
     void ParseEnum();
@@ -27,6 +28,7 @@ class TypeParser {
         }
         tokens_.SkipLineEnds();
         while (!tokens_.AtEnd() && !tokens_.At("}")) {
+            tokens_.BeginEntry();
             entry();
             tokens_.ExpectLineEnd();
         }

@@ -50,7 +50,7 @@ TypeModel* TypeResolver::Lookup(const std::string& name) const {
 TypeModel* TypeResolver::Find(const Name& use) {
     TypeModel* type = Lookup(use.text);
     reporter_.ErrorIf(
-        type == nullptr && !use.text.empty(), use.place,
+        named_.count(use.text) == 0 && !use.text.empty(), use.place,
         "no type '" + use.text + "' is declared above; a type stands before its users");
     return type;
 }
@@ -199,7 +199,11 @@ void TypeResolver::DeclareCsn(const Name& name) {
                                         "' at its top");
         return;
     }
-    Declare(name, found->second.type);
+    if (found->second.type == nullptr) {
+        named_.emplace(name.text, nullptr);
+    } else {
+        Declare(name, found->second.type);
+    }
 }
 
 void TypeResolver::DeclareMessage(const MessageSyntax& syntax,

@@ -110,7 +110,8 @@ std::uint16_t ValueBuilder::RowOfNamed(const Name& use) {
         return found->second;
     }
     // A message as a value: its body without the header.
-    if (const auto message = messages_.find(use.text); message != messages_.end()) {
+    const auto message = messages_.find(use.text);
+    if (message != messages_.end() && message->second != kNone) {
         const TypeModel* type = types_.Lookup(use.text);
         ValueRow row = StructRow(*type);
         row.shape = Shape::kMessageBody;
@@ -423,7 +424,7 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
             if (message == messages_.end()) {
                 reporter_.Error(alternative.type.place,
                                 "'" + alternative.type.text + "' is no message declared above");
-            } else {
+            } else if (message->second != kNone) {
                 out.value = message->second;
                 model_.usedMessages.insert(message->second);
                 out.selector = model_.messages[message->second].code;
@@ -478,7 +479,8 @@ void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
 
 void ValueBuilder::BuildCsn(const Name& name) {
     const auto found = csn_.byName.find(name.text);
-    if (found == csn_.byName.end() || named_.count(name.text) != 0) {
+    if (found == csn_.byName.end() || found->second.type == nullptr ||
+        named_.count(name.text) != 0) {
         return;
     }
     ValueRow row = StructRow(*found->second.type);

@@ -73,7 +73,7 @@ class ValueBuilder {
     TypeResolver& types_;
     FamilyModel& model_;
     std::map<std::string, std::uint16_t> named_;
-    std::map<std::string, std::uint16_t> messages_;
+    std::map<std::string, std::uint16_t> messages_;  // kNone: one with a mistake
     std::map<std::tuple<std::uint32_t, bool>, std::uint16_t> integers_;  // by width, located
 };
 

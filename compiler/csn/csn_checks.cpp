@@ -24,7 +24,7 @@ bool IsOpen(const CsnNode& node) {
 
 class Checker {
   public:
-    Checker(CsnReporter& reporter, CsnSyntax& syntax) : reporter_(reporter), syntax_(syntax) {}
+    Checker(Reporter& reporter, CsnSyntax& syntax) : reporter_(reporter), syntax_(syntax) {}
 
     void Run() {
         ComputeEmptiness();
@@ -33,14 +33,8 @@ class Checker {
             CheckAsides(*rule.body);
             LeftEdge(*rule.body, edges_[&rule]);
         }
-        for (CsnRule& rule : syntax_.rules) {
-            if (rule.recursive && IsLeftRecursive(rule)) {
-                reporter_.Error(rule.name.place, "the rule '< " + rule.name.text +
-                                                     " >' comes back to itself before it has read "
-                                                     "a bit");
-                return;  // the walks below would not end
-            }
-        }
+        CheckLeftRecursion();
+        DropBroken(reporter_, syntax_);  // the walks below would not end
         for (const CsnSection& section : syntax_.sections) {
             if (section.structure) {
                 CheckVariables(EntryRule(section), CsnNode::Direction::kReading);
@@ -126,22 +120,42 @@ class Checker {
         return MayBeEmpty(node);
     }
 
-    [[nodiscard]] bool IsLeftRecursive(const CsnRule& rule) const {
-        std::set<const CsnRule*> seen;
+    /// The rules that come to stand first when `rule` does.
+    [[nodiscard]] std::set<const CsnRule*> FirstIn(const CsnRule& rule) const {
+        std::set<const CsnRule*> first;
         std::vector<const CsnRule*> left = {&rule};
         while (!left.empty()) {
             const CsnRule* next = left.back();
             left.pop_back();
             for (const CsnRule* callee : edges_.at(next)) {
-                if (callee == &rule) {
-                    return true;
-                }
-                if (seen.insert(callee).second) {
+                if (first.insert(callee).second) {
                     left.push_back(callee);
                 }
             }
         }
-        return false;
+        return first;
+    }
+
+    /// Tells of each round of rules once, at the first of them.
+    void CheckLeftRecursion() {
+        std::set<const CsnRule*> told;
+        for (const CsnRule& rule : syntax_.rules) {
+            if (!rule.recursive || told.count(&rule) != 0) {
+                continue;
+            }
+            const std::set<const CsnRule*> first = FirstIn(rule);
+            if (first.count(&rule) == 0) {
+                continue;
+            }
+            reporter_.Error(rule.name.place, "the rule '< " + rule.name.text +
+                                                 " >' comes back to itself before it has read "
+                                                 "a bit");
+            for (const CsnRule* other : first) {
+                if (FirstIn(*other).count(&rule) != 0) {
+                    told.insert(other);
+                }
+            }
+        }
     }
 
     // ---- Variables are set before they are used ---------------------------------------------
@@ -268,7 +282,7 @@ class Checker {
         }
     }
 
-    CsnReporter& reporter_;
+    Reporter& reporter_;
     CsnSyntax& syntax_;
     std::map<const CsnRule*, std::set<const CsnRule*>> edges_;
     CsnNode::Direction direction_ = CsnNode::Direction::kReading;
@@ -316,7 +330,7 @@ bool MayBeEmpty(const CsnNode& node) {
     return true;
 }
 
-void CheckCsn(CsnReporter& reporter, CsnSyntax& syntax) {
+void CheckCsn(Reporter& reporter, CsnSyntax& syntax) {
     Checker(reporter, syntax).Run();
 }
 

@@ -16,7 +16,7 @@ std::string NameOf(const std::map<std::uint32_t, std::string>& names, std::uint3
 }
 
 /// Reports what cannot be proven of the image at the rule whose code it is.
-void VerifyImage(CsnReporter& reporter, const CompiledCsn& csn) {
+void VerifyImage(Reporter& reporter, const CompiledCsn& csn) {
     csn::VerifierInput input;
     input.code = csn.image.code;
     input.fieldTable = csn.image.fieldTable;
@@ -63,37 +63,43 @@ std::string CompiledCsn::Listing() const {
 
 CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& files,
                        const CsnEnumFinder& findEnum, TypeStore& store) {
-    CsnReporter own(reporter);
     CsnSyntax syntax;
     for (const std::uint32_t file : files) {
-        ParseCsn(own, file, syntax);
-    }
-    if (!own.HasErrors()) {
-        ResolveCsn(own, syntax);
-    }
-    if (!own.HasErrors()) {
-        CheckCsn(own, syntax);
-    }
-    if (own.HasErrors()) {
-        return {};
-    }
-    CsnTypeTables types = DeriveCsnTypes(own, syntax, findEnum, store);
-    if (own.HasErrors()) {
-        return {};
+        ParseCsn(reporter, file, syntax);
     }
     CompiledCsn csn;
-    csn.image = GenerateCsn(own, syntax, types);
-    if (own.HasErrors()) {
-        return {};
+    for (const CsnSection& section : syntax.sections) {
+        if (section.structure) {
+            csn.broken.push_back(section.structure->text);
+        }
     }
+    // Each pass goes on with what the ones before it have found no mistake in.
+    DropBroken(reporter, syntax);
+    ResolveCsn(reporter, syntax);
+    DropBroken(reporter, syntax);
+    CheckCsn(reporter, syntax);
+    DropBroken(reporter, syntax);
+    CsnTypeTables types = DeriveCsnTypes(reporter, syntax, findEnum, store);
+    if (DropBroken(reporter, syntax)) {
+        types = DeriveCsnTypes(reporter, syntax, findEnum, store);
+    }
+    if (types.structures.empty()) {
+        return csn;
+    }
+    csn.image = GenerateCsn(reporter, syntax, types);
+    const bool isGenerated = csn.image.entries.size() == types.structures.size();
     for (CsnStructureTypes& structure : types.structures) {
-        csn.structures.push_back({structure.section->structure->text, structure.section->citation,
-                                  structure.type, csn.image.entries[csn.structures.size()],
+        const std::string& name = structure.section->structure->text;
+        std::erase(csn.broken, name);
+        csn.structures.push_back({name, structure.section->citation, structure.type,
+                                  isGenerated ? csn.image.entries[csn.structures.size()] : 0,
                                   structure.rootTag, structure.firstTag,
                                   std::move(structure.fields), std::move(structure.paths)});
     }
-    VerifyImage(own, csn);
-    return own.HasErrors() ? CompiledCsn{} : csn;
+    if (isGenerated) {
+        VerifyImage(reporter, csn);
+    }
+    return csn;
 }
 
 }  // namespace quorvane::compiler

@@ -36,10 +36,12 @@ struct CompiledCsnStructure {
     std::vector<std::string> paths;        // by tag: where in the type, "Member.Member[].Member"
 };
 
-/// The descriptions of a family, compiled. No structures at all if there was an error.
+/// The descriptions of a family, compiled.
 struct CompiledCsn {
     CsnImage image;
-    std::vector<CompiledCsnStructure> structures;  // in the order of the sources
+    std::vector<CompiledCsnStructure>
+        structures;                   // in the order of the sources, those without mistakes
+    std::vector<std::string> broken;  // names of the others
 
     [[nodiscard]] const CompiledCsnStructure* Find(const std::string& name) const;
 

@@ -6,7 +6,7 @@ namespace quorvane::compiler {
 namespace {
 
 using Form = CsnCount::Form;
-using Kind = CsnToken::Kind;
+using Kind = Token::Kind;
 
 /// Functions that are written like a call. All but the first take the name of a position.
 struct FunctionRow {
@@ -31,10 +31,15 @@ struct CsnCountParser::Term {
     CsnCount value;
 };
 
+std::uint32_t CsnCountParser::Number(std::uint32_t most) {
+    return Narrow<std::uint32_t>(reporter_, tokens_.ExpectNumber("a number"),
+                                 {0, most, "that is possible here"});
+}
+
 CsnCount CsnCountParser::Operand() {
-    if (tokens_.AcceptMark("(")) {
+    if (tokens_.Accept("(")) {
         CsnCount count = Expression();
-        tokens_.ExpectMark(")");
+        tokens_.Expect(")");
         return count;
     }
     const Term term = ReadTerm();
@@ -50,7 +55,7 @@ CsnCount CsnCountParser::Expression() {
     const Span place = tokens_.Peek().place;
     const Term left = ReadTerm();
     for (const char sign : {'+', '-', '*'}) {
-        if (tokens_.AcceptMark(std::string(1, sign))) {
+        if (tokens_.Accept(std::string(1, sign))) {
             const Term right = ReadTerm();
             CsnCount count = Combine(left, sign, right, tokens_.PlaceFrom(place));
             count.place = tokens_.PlaceFrom(place);
@@ -64,21 +69,21 @@ CsnCount CsnCountParser::Expression() {
 
 CsnCountParser::Term CsnCountParser::ReadTerm() {
     // val(NAME) may stand in parentheses of its own: "(val(NAME))".
-    const bool enclosed = tokens_.AcceptMark("(");
+    const bool enclosed = tokens_.Accept("(");
     Term term;
     term.value.place = tokens_.Peek().place;
     if (tokens_.At(Kind::kValue)) {
-        const CsnToken& token = tokens_.Next();
+        const Token& token = tokens_.Next();
         term.isNumber = false;
         term.value.form = token.function == "p"   ? Form::kFddCells
                           : token.function == "q" ? Form::kTddCells
                                                   : Form::kValue;
         term.value.name = {token.text, token.place};
     } else {
-        term.number = tokens_.ExpectNumber();
+        term.number = Number(kMostBits);
     }
     if (enclosed) {
-        tokens_.ExpectMark(")");
+        tokens_.Expect(")");
     }
     return term;
 }
@@ -107,7 +112,7 @@ CsnCount CsnCountParser::Combine(const Term& left, char sign, const Term& right,
 }
 
 CsnCount CsnCountParser::Function() {
-    const CsnToken& word = tokens_.Next();
+    const Token& word = tokens_.Next();
     CsnCount count;
     count.place = word.place;
     for (const FunctionRow& row : kFunctions) {
@@ -115,14 +120,14 @@ CsnCount CsnCountParser::Function() {
             continue;
         }
         count.form = row.form;
-        tokens_.ExpectMark("(");
+        tokens_.Expect("(");
         if (row.form != Form::kOctetEnd) {
             count.name = tokens_.ExpectName("the name of a position");
         }
-        if (row.hasNumber && tokens_.ExpectMark(",")) {
-            count.number = tokens_.ExpectNumber();
+        if (row.hasNumber && tokens_.Expect(",")) {
+            count.number = Number();
         }
-        tokens_.ExpectMark(")");
+        tokens_.Expect(")");
         return count;
     }
     tokens_.Fail(word.place, "'" + word.text +
@@ -136,7 +141,7 @@ CsnArgument CsnCountParser::Argument() {
     CsnArgument argument;
     argument.place = tokens_.Peek().place;
     if (tokens_.At(Kind::kDigits)) {
-        argument.number = tokens_.ExpectNumber();
+        argument.number = Number();
     } else {
         argument.name = tokens_.ExpectName("the name of a variable or a number");
     }

@@ -3,13 +3,20 @@
 // Reads counts, "bit (val(Length) + 1)" and the like, and arguments of actions.
 
 #include "compiler/csn/csn_syntax.h"
-#include "compiler/csn/csn_tokens.h"
+#include "compiler/token_stream.h"
 
 namespace quorvane::compiler {
 
+/// Widest run of bits that may stand in one place.
+inline constexpr std::uint32_t kMostBits = 1U << 20;
+
 class CsnCountParser {
   public:
-    explicit CsnCountParser(CsnTokens& tokens) : tokens_(tokens) {}
+    CsnCountParser(Reporter& reporter, TokenStream& tokens)
+        : reporter_(reporter), tokens_(tokens) {}
+
+    /// A number of up to `most`.
+    std::uint32_t Number(std::uint32_t most = 0x7FFFFFFF);
 
     /// A number, val(NAME), or an expression in parentheses.
     CsnCount Operand();
@@ -27,7 +34,8 @@ class CsnCountParser {
     CsnCount Function();
     CsnCount Combine(const Term& left, char sign, const Term& right, Span place);
 
-    CsnTokens& tokens_;
+    Reporter& reporter_;
+    TokenStream& tokens_;
 };
 
 }  // namespace quorvane::compiler

@@ -27,7 +27,7 @@ constexpr std::size_t kMostFieldTable = 1U << 20;  // words; far above any image
 
 class Generator {
   public:
-    Generator(CsnReporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types)
+    Generator(Reporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types)
         : reporter_(reporter), types_(types), syntax_(syntax), nextTag_(syntax.lastTag) {}
 
     CsnImage Run() {
@@ -43,8 +43,9 @@ class Generator {
             image_.tagNames[variable.tag] = variable.name;
         }
         image_.code = code_.Finish();
+        const std::size_t before = reporter_.ErrorCount();
         CheckReach();
-        if (!reporter_.HasErrors()) {
+        if (reporter_.ErrorCount() == before) {
             NamePlaces();
         }
         return std::move(image_);
@@ -441,6 +442,7 @@ class Generator {
     // ---- Afterwards ------------------------------------------------------------------------
 
     void CheckReach() {
+        const std::size_t before = reporter_.ErrorCount();
         for (const Alt& alternative : alternatives_) {
             const std::uint32_t distance =
                 code_.OffsetOf(alternative.target) - code_.OffsetOf(alternative.here);
@@ -457,7 +459,7 @@ class Generator {
             reporter_.Error(types_.structures.back().section->structure->place,
                             "the descriptions have more fields than can be numbered");
         }
-        if (!reporter_.HasErrors() && !code_.Errors().empty()) {
+        if (reporter_.ErrorCount() == before && !code_.Errors().empty()) {
             reporter_.Error(types_.structures.front().section->structure->place,
                             code_.Errors().front());
         }
@@ -481,7 +483,7 @@ class Generator {
         Span place;
     };
 
-    CsnReporter& reporter_;
+    Reporter& reporter_;
     const CsnTypeTables& types_;
     const CsnSyntax& syntax_;
     Assembler code_;
@@ -496,7 +498,7 @@ class Generator {
 
 }  // namespace
 
-CsnImage GenerateCsn(CsnReporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types) {
+CsnImage GenerateCsn(Reporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types) {
     return Generator(reporter, syntax, types).Run();
 }
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "compiler/csn/csn_reporter.h"
 #include "compiler/csn/csn_syntax.h"
 #include "compiler/csn/csn_types.h"
+#include "compiler/reporter.h"
 
 namespace quorvane::compiler {
 
@@ -30,6 +30,6 @@ struct CsnImage {
 };
 
 /// Generates the code of all structures in the order of the rules. Mistakes go to the reporter.
-CsnImage GenerateCsn(CsnReporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types);
+CsnImage GenerateCsn(Reporter& reporter, const CsnSyntax& syntax, const CsnTypeTables& types);
 
 }  // namespace quorvane::compiler

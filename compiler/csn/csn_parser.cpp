@@ -4,16 +4,13 @@
 #include <utility>
 
 #include "compiler/csn/csn_count_parser.h"
-#include "compiler/csn/csn_tokens.h"
+#include "compiler/token_stream.h"
 
 namespace quorvane::compiler {
 namespace {
 
-using Kind = CsnToken::Kind;
+using Kind = Token::Kind;
 using NodeKind = CsnNode::Kind;
-
-/// Widest run of bits that may stand in one place.
-constexpr std::uint32_t kMostBits = 1U << 20;
 
 /// Most groups and fields in each other: far above any description, and bounds the recursion here
 /// and in the passes behind.
@@ -21,17 +18,20 @@ constexpr int kMostDepth = 100;
 
 class Parser {
   public:
-    Parser(CsnReporter& reporter, std::uint32_t file, CsnSyntax& syntax)
-        : tokens_(reporter, file), counts_(tokens_), syntax_(syntax) {}
+    Parser(Reporter& reporter, std::uint32_t file, CsnSyntax& syntax)
+        : reporter_(reporter),
+          tokens_(reporter, file, kCsnNotation),
+          counts_(reporter, tokens_),
+          syntax_(syntax) {}
 
     void File() {
-        syntax_.sections.emplace_back();
+        syntax_.sections.emplace_back().place = tokens_.Peek().place;
         while (!tokens_.AtEnd()) {
-            tokens_.BeginDeclaration();
-            if (tokens_.AtWord("structure")) {
+            tokens_.BeginEntry();
+            if (tokens_.At("structure")) {
                 Structure();
-            } else if (tokens_.AcceptWord("shared")) {
-                syntax_.sections.emplace_back();
+            } else if (tokens_.At("shared")) {
+                syntax_.sections.emplace_back().place = tokens_.Next().place;
                 EndOfDeclaration();
             } else if (tokens_.At(Kind::kReference)) {
                 Rule();
@@ -49,6 +49,7 @@ class Parser {
     void Structure() {
         const Span place = tokens_.Next().place;
         CsnSection& section = syntax_.sections.emplace_back();
+        section.place = place;
         section.structure = tokens_.ExpectName("the name of a structure");
         if (tokens_.At(Kind::kText)) {
             section.citation = tokens_.Next().text;
@@ -62,32 +63,37 @@ class Parser {
     }
 
     void Rule() {
-        const CsnToken& head = tokens_.Next();
+        const Token& head = tokens_.Next();
         CsnRule& rule = syntax_.rules.emplace_back();
         rule.name = {head.text, head.place};
         rule.key = CsnRuleKey(head.text);
         rule.body = syntax_.NewNode(NodeKind::kNull, head.place);
         syntax_.sections.back().rules.push_back(&rule);
-        if (tokens_.ExpectMark("::=")) {
+        if (tokens_.Expect("::=")) {
             rule.body = Expression();
         }
         EndOfDeclaration();
     }
 
     void EndOfDeclaration() {
-        if (!tokens_.ExpectMark(";")) {
+        if (!tokens_.Expect(";")) {
             SkipDeclaration();
         }
     }
 
     /// Passes over the rest of a declaration, or up to where the next one clearly begins.
     void SkipDeclaration() {
-        while (!tokens_.AtEnd() && !tokens_.AcceptMark(";")) {
-            if (tokens_.AtWord("structure") && tokens_.Peek(2).kind == Kind::kText) {
+        while (!tokens_.AtEnd() && !tokens_.Accept(";")) {
+            const bool atStructure = tokens_.At("structure") && tokens_.Peek(2).kind == Kind::kText;
+            if (atStructure || AtRule()) {
                 return;
             }
             tokens_.Next();
         }
+    }
+
+    [[nodiscard]] bool AtRule() const {
+        return tokens_.At(Kind::kReference) && tokens_.Peek(1).text == "::=";
     }
 
     // ---- Expressions, from the loosest binding to the tightest -----------------------------
@@ -100,9 +106,9 @@ class Parser {
             return syntax_.NewNode(NodeKind::kNull, place);
         }
         CsnNode* node = Alternatives();
-        while (tokens_.AcceptMark("!")) {
+        while (tokens_.Accept("!")) {
             CsnNode* both = syntax_.NewNode(NodeKind::kError, place);
-            both->readOnly = tokens_.AcceptWord("read");
+            both->readOnly = tokens_.Accept("read");
             both->children = {node, Concatenation()};
             node = Ended(both);
         }
@@ -114,28 +120,28 @@ class Parser {
         const Span place = tokens_.Peek().place;
         const bool inOrder = InOrder();
         CsnNode* first = Concatenation();
-        if (!tokens_.AtMark("|")) {
+        if (!tokens_.At("|")) {
             return first;
         }
         CsnNode* choice = syntax_.NewNode(NodeKind::kChoice, place);
         choice->inOrder = inOrder;
         choice->children.push_back(first);
-        while (tokens_.AcceptMark("|")) {
+        while (tokens_.Accept("|")) {
             choice->children.push_back(Concatenation());
         }
         return Ended(choice);
     }
 
     bool InOrder() {
-        if (!tokens_.AtMark("[") || tokens_.Peek(1).text != "in") {
+        if (!tokens_.At("[") || tokens_.Peek(1).text != "in") {
             return false;
         }
         tokens_.Next();
         tokens_.Next();
-        if (!tokens_.AcceptWord("order")) {
+        if (!tokens_.Accept("order")) {
             tokens_.ErrorExpected("'order'");
         }
-        tokens_.ExpectMark("]");
+        tokens_.Expect("]");
         return true;
     }
 
@@ -158,17 +164,19 @@ class Parser {
     }
 
     [[nodiscard]] bool AtItem() const {
-        const CsnToken& token = tokens_.Peek();
+        const Token& token = tokens_.Peek();
         switch (token.kind) {
             case Kind::kField:
-            case Kind::kReference:
             case Kind::kDigits:
             case Kind::kWord:
                 return true;
-            case Kind::kMark:
+            case Kind::kReference:
+                return !AtRule();  // the next one, behind a missing ';'
+            case Kind::kSign:
                 return token.text == "{" || token.text == "<" || token.text == "@";
             case Kind::kValue:
             case Kind::kText:
+            case Kind::kLineEnd:
             case Kind::kEnd:
                 break;
         }
@@ -177,23 +185,23 @@ class Parser {
 
     CsnNode* Item() {
         const Span place = tokens_.Peek().place;
-        const bool isGroup = tokens_.AtMark("{");
+        const bool isGroup = tokens_.At("{");
         CsnNode* node = Primary();
         bool plain = isGroup;  // the group in braces and nothing behind it so far
         while (true) {
-            if (tokens_.AtMark("//")) {
+            if (tokens_.At("//")) {
                 node = Truncation(node, plain);
-            } else if (tokens_.AtMark("*") || tokens_.AtMark("**")) {
+            } else if (tokens_.At("*") || tokens_.At("**")) {
                 node = Repetition(node, place);
-            } else if (tokens_.AcceptMark("&")) {
+            } else if (tokens_.Accept("&")) {
                 node = Pair(NodeKind::kAnd, node, place);
-            } else if (tokens_.AcceptMark("-") || tokens_.AcceptWord("exclude")) {
+            } else if (tokens_.Accept("-") || tokens_.Accept("exclude")) {
                 node = Pair(NodeKind::kExclude, node, place);
-            } else if (tokens_.AcceptMark("==")) {
+            } else if (tokens_.Accept("==")) {
                 node = Equality(node);
-            } else if (tokens_.AcceptMark("=")) {
+            } else if (tokens_.Accept("=")) {
                 node = Sending(node, place);
-            } else if (tokens_.AcceptWord("in")) {
+            } else if (tokens_.Accept("in")) {
                 node = Range(node, place);
             } else {
                 return node;
@@ -222,24 +230,23 @@ class Parser {
     CsnNode* Repetition(CsnNode* body, Span place) {
         CsnNode* node = syntax_.NewNode(NodeKind::kRepeat, place);
         node->children = {body};
-        if (tokens_.AcceptMark("**")) {
-            if (tokens_.AcceptWord("write")) {
+        if (tokens_.Accept("**")) {
+            if (tokens_.Accept("write")) {
                 node->repetition.form = CsnNode::Repetition::Form::kWriteCount;
-                tokens_.ExpectMark("(");
+                tokens_.Expect("(");
                 node->repetition.count = counts_.Expression();
-                tokens_.ExpectMark(")");
+                tokens_.Expect(")");
             }
             return Ended(node);
         }
         tokens_.Next();
-        if (tokens_.AtMark("(") && tokens_.Peek(2).text == "..") {
+        if (tokens_.At("(") && tokens_.Peek(2).text == "..") {
             tokens_.Next();
             node->repetition.form = CsnNode::Repetition::Form::kRange;
-            node->low = tokens_.ExpectNumber(kMostIterations);
+            node->low = counts_.Number(kMostIterations);
             tokens_.Next();
-            node->high =
-                tokens_.AtMark(")") ? CsnNode::kUnbounded : tokens_.ExpectNumber(kMostIterations);
-            tokens_.ExpectMark(")");
+            node->high = tokens_.At(")") ? CsnNode::kUnbounded : counts_.Number(kMostIterations);
+            tokens_.Expect(")");
         } else {
             node->repetition.form = CsnNode::Repetition::Form::kCount;
             node->repetition.count = counts_.Operand();
@@ -267,7 +274,7 @@ class Parser {
     }
 
     CsnNode* Sending(CsnNode* node, Span place) {
-        const bool nothing = tokens_.At(Kind::kReference, "no string");
+        const bool nothing = tokens_.At(Kind::kReference) && tokens_.Peek().text == "no string";
         if (nothing && node->kind == NodeKind::kRepeat &&
             node->repetition.form == CsnNode::Repetition::Form::kAny) {
             tokens_.Next();
@@ -280,9 +287,9 @@ class Parser {
     CsnNode* Range(CsnNode* first, Span place) {
         CsnNode* node = syntax_.NewNode(NodeKind::kRange, place);
         node->children = {first};
-        node->low = tokens_.ExpectNumber();
-        tokens_.ExpectMark("..");
-        node->high = tokens_.ExpectNumber();
+        node->low = counts_.Number();
+        tokens_.Expect("..");
+        node->high = counts_.Number();
         if (node->low > node->high) {
             tokens_.Error(place, "the range ends before it begins");
         }
@@ -290,7 +297,7 @@ class Parser {
     }
 
     CsnNode* Primary() {
-        const CsnToken& token = tokens_.Peek();
+        const Token& token = tokens_.Peek();
         switch (token.kind) {
             case Kind::kField:
                 return Field();
@@ -300,7 +307,7 @@ class Parser {
                 return Bits();
             case Kind::kWord:
                 return Word();
-            case Kind::kMark:
+            case Kind::kSign:
                 if (token.text == "{" || token.text == "<") {
                     return Group(token.text == "{" ? "}" : ">");
                 }
@@ -310,6 +317,7 @@ class Parser {
                 break;
             case Kind::kValue:
             case Kind::kText:
+            case Kind::kLineEnd:
             case Kind::kEnd:
                 break;
         }
@@ -320,7 +328,7 @@ class Parser {
     CsnNode* Group(std::string_view close) {
         const Span place = tokens_.Next().place;
         CsnNode* inner = Expression();
-        if (!tokens_.ExpectMark(close)) {
+        if (!tokens_.Expect(close)) {
             return inner;
         }
         inner->place = tokens_.PlaceFrom(place);
@@ -328,19 +336,19 @@ class Parser {
     }
 
     CsnNode* Field() {
-        const CsnToken& head = tokens_.Next();
+        const Token& head = tokens_.Next();
         CsnNode* node = syntax_.NewNode(NodeKind::kField, head.place);
         node->name = {head.text, head.place};
         node->children = {Expression()};
-        if (tokens_.AtMark("[")) {
+        if (tokens_.At("[")) {
             Annotations(node->annotations);
         }
-        tokens_.ExpectMark(">");
+        tokens_.Expect(">");
         return Ended(node);
     }
 
     CsnNode* Reference() {
-        const CsnToken& token = tokens_.Next();
+        const Token& token = tokens_.Next();
         if (token.text == "null" || token.text == "no string") {
             return syntax_.NewNode(NodeKind::kNull, token.place);
         }
@@ -353,7 +361,7 @@ class Parser {
     }
 
     CsnNode* Word() {
-        const CsnToken& token = tokens_.Peek();
+        const Token& token = tokens_.Peek();
         if (token.text == "null") {
             return syntax_.NewNode(NodeKind::kNull, tokens_.Next().place);
         }
@@ -364,13 +372,14 @@ class Parser {
         if (token.text.find_first_not_of("LH") == std::string::npos) {
             return Bits();
         }
-        tokens_.ErrorExpected("bits, a field, a rule or a group");
+        tokens_.ErrorExpected("bits, a field, a rule or a group",
+                              "; for the rule of that name write < " + token.text + " >");
         tokens_.Next();
         return syntax_.NewNode(NodeKind::kNull, token.place);
     }
 
     CsnNode* Bits() {
-        const CsnToken& token = tokens_.Peek();
+        const Token& token = tokens_.Peek();
         const bool digits = token.kind == Kind::kDigits;
         const bool letters =
             token.kind == Kind::kWord && token.text.find_first_not_of("LH") == std::string::npos;
@@ -393,7 +402,7 @@ class Parser {
     CsnNode* AnyBits(std::uint32_t unit, Span place, bool mayCount) {
         CsnNode* node = syntax_.NewNode(NodeKind::kAnyBits, place);
         node->width = unit;
-        if (!mayCount || !tokens_.AtMark("(")) {
+        if (!mayCount || !tokens_.At("(")) {
             return node;
         }
         CsnNode* repeat = syntax_.NewNode(NodeKind::kRepeat, place);
@@ -401,7 +410,7 @@ class Parser {
         if (tokens_.Peek(1).text == "*" || tokens_.Peek(1).text == "**") {
             tokens_.Next();
             tokens_.Next();
-            tokens_.ExpectMark(")");
+            tokens_.Expect(")");
             return Ended(repeat);
         }
         const CsnCount count = counts_.Operand();
@@ -424,17 +433,17 @@ class Parser {
 
     CsnNode* Action() {
         CsnNode* node = syntax_.NewNode(NodeKind::kAction, tokens_.Next().place);
-        if (tokens_.AcceptWord("reading")) {
+        if (tokens_.Accept("reading")) {
             node->direction = CsnNode::Direction::kReading;
-        } else if (tokens_.AcceptWord("writing")) {
+        } else if (tokens_.Accept("writing")) {
             node->direction = CsnNode::Direction::kWriting;
         }
         node->name = tokens_.ExpectName("the name of an action");
-        if (tokens_.ExpectMark("(") && !tokens_.AcceptMark(")")) {
+        if (tokens_.Expect("(") && !tokens_.Accept(")")) {
             do {
                 node->arguments.push_back(counts_.Argument());
-            } while (tokens_.AcceptMark(","));
-            tokens_.ExpectMark(")");
+            } while (tokens_.Accept(","));
+            tokens_.Expect(")");
         }
         return Ended(node);
     }
@@ -442,13 +451,13 @@ class Parser {
     void Annotations(CsnAnnotations& annotations) {
         annotations.place = tokens_.Next().place;
         do {
-            const CsnName word = tokens_.ExpectName("an annotation");
+            const Name word = tokens_.ExpectName("an annotation");
             if (word.text == "as") {
                 annotations.memberName = tokens_.ExpectName("the name of the member");
             } else if (word.text == "enum") {
                 annotations.enumeration = tokens_.ExpectName("the name of an enumeration");
             } else if (word.text == "most") {
-                annotations.most = tokens_.ExpectNumber();
+                annotations.most = counts_.Number();
             } else if (word.text == "integer") {
                 ForceType(annotations, CsnAnnotations::Type::kInteger, 32);
             } else if (word.text == "binary") {
@@ -465,14 +474,14 @@ class Parser {
                                  "' is no annotation; there are as, enum, most, "
                                  "integer, binary, fixed, optional, mandatory and sized");
             }
-        } while (tokens_.AcceptMark(","));
-        tokens_.ExpectMark("]");
+        } while (tokens_.Accept(","));
+        tokens_.Expect("]");
         annotations.place = tokens_.PlaceFrom(annotations.place);
     }
 
     void ForceType(CsnAnnotations& annotations, CsnAnnotations::Type type, std::uint32_t most) {
         annotations.type = type;
-        annotations.typeSize = tokens_.ExpectNumber(most);
+        annotations.typeSize = counts_.Number(most);
     }
 
     CsnNode* Ended(CsnNode* node) {
@@ -480,7 +489,8 @@ class Parser {
         return node;
     }
 
-    CsnTokens tokens_;
+    Reporter& reporter_;
+    TokenStream tokens_;
     CsnCountParser counts_;
     CsnSyntax& syntax_;
     int depth_ = 0;  // of groups and fields in each other
@@ -488,7 +498,7 @@ class Parser {
 
 }  // namespace
 
-void ParseCsn(CsnReporter& reporter, std::uint32_t file, CsnSyntax& syntax) {
+void ParseCsn(Reporter& reporter, std::uint32_t file, CsnSyntax& syntax) {
     Parser(reporter, file, syntax).File();
 }
 

@@ -27,7 +27,7 @@ std::string Bracketed(const std::string& name) {
 
 class Resolver {
   public:
-    Resolver(CsnReporter& reporter, CsnSyntax& syntax) : reporter_(reporter), syntax_(syntax) {}
+    Resolver(Reporter& reporter, CsnSyntax& syntax) : reporter_(reporter), syntax_(syntax) {}
 
     void Run() {
         CollectRules();
@@ -40,12 +40,8 @@ class Resolver {
             rule_ = &rule;
             BindVariables(*rule.body);
         }
-        if (!reporter_.HasErrors()) {
-            FindUnused();
-        }
-        if (reporter_.HasErrors()) {
-            return;  // what follows takes names for bound
-        }
+        DropBroken(reporter_, syntax_);  // what follows takes names for bound
+        FindUnused();
         for (CsnRule& rule : syntax_.rules) {
             rule.recursive = Reaches(rule, rule);
         }
@@ -77,7 +73,10 @@ class Resolver {
             }
         }
         for (const CsnRule& rule : syntax_.rules) {
-            if (used.count(&rule) == 0) {
+            // Who refers to a shared one may have been dropped.
+            const bool allSeen =
+                syntax_.dropped.empty() || syntax_.sections[rule.section].structure;
+            if (allSeen && used.count(&rule) == 0) {
                 reporter_.Error(rule.name.place, "no structure refers to the rule " +
                                                      Bracketed(rule.name.text) +
                                                      "; take it away or refer to it");
@@ -106,7 +105,7 @@ class Resolver {
     }
 
     void CollectStructure(const CsnSection& section, std::set<std::string>& structures) {
-        const CsnName& name = *section.structure;
+        const Name& name = *section.structure;
         if (!structures.insert(name.text).second) {
             reporter_.Error(name.place, "there is a structure " + name.text +
                                             " already; give this one another name");
@@ -298,7 +297,7 @@ class Resolver {
 
     /// The variable that `use` means: one that this rule sets, or else rules through which this one
     /// is reached, or else any that this one sees.
-    CsnVariable* FindVariable(const CsnName& use) {
+    CsnVariable* FindVariable(const Name& use) {
         const std::string key = CsnSpelling(use.text);
         if (setters_[rule_].count(key) != 0) {
             const bool isShared = !syntax_.sections[rule_->section].structure;
@@ -322,13 +321,18 @@ class Resolver {
                 return Variable(use, scope, others);
             }
         }
-        reporter_.Error(use.place,
-                        "there is no field or position '" + use.text + "' in this structure");
+        const auto broken = [](const auto& entry) { return entry.second->broken; };
+        if (std::any_of(shared_.begin(), shared_.end(), broken)) {
+            rule_->broken = true;  // a shared rule that could not be read may set it
+        } else {
+            reporter_.Error(use.place,
+                            "there is no field or position '" + use.text + "' in this structure");
+        }
         return nullptr;
     }
 
     /// The variable of that name in `scope`, set by the rules `setters`.
-    CsnVariable* Variable(const CsnName& use, std::size_t scope,
+    CsnVariable* Variable(const Name& use, std::size_t scope,
                           const std::vector<CsnRule*>& setters) {
         const std::string key = CsnSpelling(use.text);
         CsnVariable*& variable = variables_[{scope, key}];
@@ -357,7 +361,7 @@ class Resolver {
         }
     }
 
-    CsnReporter& reporter_;
+    Reporter& reporter_;
     CsnSyntax& syntax_;
     CsnRule* rule_ = nullptr;  // the one at hand
     std::map<std::string, CsnRule*> shared_;
@@ -372,7 +376,7 @@ class Resolver {
 
 }  // namespace
 
-void ResolveCsn(CsnReporter& reporter, CsnSyntax& syntax) {
+void ResolveCsn(Reporter& reporter, CsnSyntax& syntax) {
     Resolver(reporter, syntax).Run();
 }
 

@@ -5,17 +5,17 @@
 
 #include <optional>
 
-#include "compiler/csn/csn_reporter.h"
 #include "compiler/csn/csn_syntax.h"
+#include "compiler/reporter.h"
 
 namespace quorvane::compiler {
 
 /// Resolves `syntax`, which has been parsed without a mistake. Mistakes go to the reporter.
-void ResolveCsn(CsnReporter& reporter, CsnSyntax& syntax);
+void ResolveCsn(Reporter& reporter, CsnSyntax& syntax);
 
 /// Refuses resolved descriptions that could not run: repetitions that never end, rules that call
 /// themselves without reading on, counts that are not known where they are used.
-void CheckCsn(CsnReporter& reporter, CsnSyntax& syntax);
+void CheckCsn(Reporter& reporter, CsnSyntax& syntax);
 
 /// The rule of a structure.
 inline const CsnRule& EntryRule(const CsnSection& section) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,11 +19,6 @@ struct CsnVariable;
 
 /// Most iterations of a repetition with a constant count; one more means no bound to the machine.
 inline constexpr std::uint32_t kMostIterations = 0x3FFE;
-
-struct CsnName {
-    std::string text;
-    Span place;
-};
 
 /// A number of bits or of iterations: a constant, or a value function of the machine.
 struct CsnCount {
@@ -42,7 +38,7 @@ struct CsnCount {
 
     Form form = Form::kNumber;
     std::int64_t number = 0;
-    CsnName name;  // of the field or position; empty if the form has none
+    Name name;  // of the field or position; empty if the form has none
     Span place;
     CsnVariable* variable = nullptr;  // set by the resolver
 };
@@ -51,19 +47,19 @@ struct CsnCount {
 struct CsnAnnotations {
     enum class Type { kByRule, kInteger, kBinary, kFixedBinary };
 
-    std::optional<CsnName> memberName;   // as NAME
-    std::optional<CsnName> enumeration;  // enum NAME
-    Type type = Type::kByRule;           // integer N, binary N, fixed N
-    std::uint32_t typeSize = 0;          // bits
-    std::optional<std::uint32_t> most;   // most N: bound of the sequence
-    std::optional<bool> optional;        // optional, mandatory
-    bool sized = false;                  // sized: an encoder gives the whole field at once
+    std::optional<Name> memberName;     // as NAME
+    std::optional<Name> enumeration;    // enum NAME
+    Type type = Type::kByRule;          // integer N, binary N, fixed N
+    std::uint32_t typeSize = 0;         // bits
+    std::optional<std::uint32_t> most;  // most N: bound of the sequence
+    std::optional<bool> optional;       // optional, mandatory
+    bool sized = false;                 // sized: an encoder gives the whole field at once
     Span place;
 };
 
 /// An argument of an action: a variable or a number.
 struct CsnArgument {
-    CsnName name;  // of a variable; empty for a number
+    Name name;  // of a variable; empty for a number
     std::uint32_t number = 0;
     Span place;
     CsnVariable* variable = nullptr;  // set by the resolver
@@ -106,7 +102,7 @@ struct CsnNode {
     Kind kind = Kind::kNull;
     Span place;
     std::vector<CsnNode*> children;
-    CsnName name;                            // kField, kReference, kAction
+    Name name;                               // kField, kReference, kAction
     std::string text;                        // kBits
     std::uint32_t width = 0;                 // kAnyBits
     Repetition repetition;                   // kRepeat
@@ -132,10 +128,11 @@ struct CsnVariable {
 };
 
 struct CsnRule {
-    CsnName name;
+    Name name;
     std::string key;  // the name as it is looked up
     CsnNode* body = nullptr;
     std::size_t section = 0;
+    bool broken = false;  // it, or what it refers to, has a mistake
 
     // Set by the resolver.
     std::uint32_t references = 0;  // places that refer to it
@@ -149,7 +146,9 @@ struct CsnRule {
 
 /// A run of rules: those of one structure, whose first rule is the structure's, or shared ones.
 struct CsnSection {
-    std::optional<CsnName> structure;
+    Span place;           // of its head
+    bool broken = false;  // as of a rule
+    std::optional<Name> structure;
     std::string citation;  // the standard's clause
     std::vector<CsnRule*> rules;
 };
@@ -158,7 +157,9 @@ struct CsnSection {
 struct CsnSyntax {
     std::vector<CsnSection> sections;
     std::deque<CsnNode> nodes;
-    std::deque<CsnRule> rules;
+    std::list<CsnRule> rules;
+    std::list<CsnRule> dropped;  // the broken ones: no pass looks at them any more
+    std::size_t errorsSeen = 0;  // by DropBroken
     std::deque<CsnVariable> variables;
     std::uint32_t lastTag = 0;  // the highest of the variables' tags; set by the resolver
 
@@ -169,6 +170,11 @@ struct CsnSyntax {
         return &node;
     }
 };
+
+/// Takes the rules and structures out that errors since the last call stand in, and all that refer
+/// to them, so that the passes behind go on with the rest and tell no follow-ups. Shared rules stay
+/// known by name. Returns whether there were any.
+bool DropBroken(const Reporter& reporter, CsnSyntax& syntax);
 
 /// A name as the catalogue spells it: each run of characters other than letters, digits and
 /// underscore becomes one underscore, a leading digit gets one in front.

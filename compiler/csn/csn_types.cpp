@@ -44,7 +44,7 @@ struct ValueFacts {
 
 class Deriver {
   public:
-    Deriver(CsnReporter& reporter, const CsnSyntax& syntax, const CsnEnumFinder& findEnum,
+    Deriver(Reporter& reporter, const CsnSyntax& syntax, const CsnEnumFinder& findEnum,
             TypeStore& store)
         : reporter_(reporter), syntax_(syntax), findEnum_(findEnum), store_(store) {}
 
@@ -71,7 +71,7 @@ class Deriver {
 
   private:
     void Structure(CsnStructureTypes& structure) {
-        const CsnName& name = *structure.section->structure;
+        const Name& name = *structure.section->structure;
         structure.type = store_.NewType(Kind::kStruct, name.text, name.place);
         structure.type->named = true;
         structure.firstTag = static_cast<std::uint16_t>(nextTag_);
@@ -312,7 +312,7 @@ class Deriver {
         return tag;
     }
 
-    CsnReporter& reporter_;
+    Reporter& reporter_;
     const CsnSyntax& syntax_;
     const CsnEnumFinder& findEnum_;
     TypeStore& store_;
@@ -325,7 +325,7 @@ class Deriver {
 
 }  // namespace
 
-CsnTypeTables DeriveCsnTypes(CsnReporter& reporter, const CsnSyntax& syntax,
+CsnTypeTables DeriveCsnTypes(Reporter& reporter, const CsnSyntax& syntax,
                              const CsnEnumFinder& findEnum, TypeStore& store) {
     return Deriver(reporter, syntax, findEnum, store).Run();
 }

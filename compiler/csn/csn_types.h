@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "compiler/csn/csn_reporter.h"
 #include "compiler/csn/csn_syntax.h"
 #include "compiler/model.h"
+#include "compiler/reporter.h"
 #include "csn/csn_program.h"
 
 namespace quorvane::compiler {
@@ -43,7 +43,7 @@ struct CsnTypeTables {
 
 /// Derives the types of the structures of `syntax`, which has been checked, into `store`. Mistakes
 /// go to the reporter.
-CsnTypeTables DeriveCsnTypes(CsnReporter& reporter, const CsnSyntax& syntax,
+CsnTypeTables DeriveCsnTypes(Reporter& reporter, const CsnSyntax& syntax,
                              const CsnEnumFinder& findEnum, TypeStore& store);
 
 }  // namespace quorvane::compiler

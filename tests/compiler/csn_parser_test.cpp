@@ -6,20 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "compiler/csn/csn_lexer.h"
-#include "compiler/csn/csn_reporter.h"
+#include "compiler/lexer.h"
 
 namespace quorvane::compiler {
 namespace {
 
 std::string Tokens(const std::string& text) {
     Reporter reporter;
-    CsnReporter own(reporter);
     const std::uint32_t file = reporter.AddFile("a.csn1", text);
     std::string shown;
-    for (const CsnToken& token : LexCsn(own, file)) {
-        static const char* const kNames[] = {"field",  "reference", "value", "word",
-                                             "digits", "text",      "mark",  "end"};
+    for (const Token& token : Lex(reporter, file, kCsnNotation)) {
+        static const char* const kNames[] = {"word",      "digits", "text",     "mark", "field",
+                                             "reference", "value",  "line end", "end"};
         shown += std::string(shown.empty() ? "" : " ") + kNames[static_cast<int>(token.kind)];
         shown += token.text.empty() ? "" : "(" + token.function + token.text + ")";
     }
@@ -98,9 +96,8 @@ std::string Show(const CsnNode& node) {
 /// The tree of a rule with the body `body`.
 std::string Tree(const std::string& body) {
     Reporter reporter;
-    CsnReporter own(reporter);
     CsnSyntax syntax;
-    ParseCsn(own, reporter.AddFile("a.csn1", "structure T \"x\" ; < t > ::= " + body + " ;"),
+    ParseCsn(reporter, reporter.AddFile("a.csn1", "structure T \"x\" ; < t > ::= " + body + " ;"),
              syntax);
     return reporter.HasErrors() ? reporter.Text() : Show(*syntax.rules.front().body);
 }

@@ -39,10 +39,23 @@ constexpr Mistake kMistakes[] = {
     {"Character", "struct s fixed {\n    a 8 : int8 ;\n}\n",
      "f.qd:7:16: error: the character ';' has no meaning here\n"},
     {"OpenText", "enum v {\n    1 = \"one\n}\n",
-     "f.qd:7:9: error: the text has no closing quote on its line\n"
-     "f.qd:7:13: error: a text in double quotes is expected here, not the end of the line\n"},
+     "f.qd:7:9: error: the text has no closing quote on its line\n"},
     {"Escape", "enum v {\n    1 = \"a\\q\"\n}\n",
-     "f.qd:7:10: error: a backslash stands before 't', 'x' and two digits, or a backslash\n"},
+     "f.qd:7:11: error: a backslash stands before 't', 'x' and two digits, or a backslash\n"},
+    {"NotAscii", "\xC3\xA9\xC3\xA9 struct s fixed {\n    a 8 : int8\n}\n",
+     "f.qd:6:1: error: a description is made of printable ASCII characters\n"},
+    {"HugeNumber", "struct s fixed {\n    a 99999999999999999999999 : int8\n}\n",
+     "f.qd:7:7: error: the number is too large\n"},
+    {"HugeSize",
+     "message m h 1 {\n    a V 99999999999999999999999 : int8\n}\nset s {\n    key octets 0 0\n    "
+     "m = 0101\n}\n",
+     "f.qd:7:9: error: the number is too large\n"},
+    {"OneErrorOfALine", "family f diagnostics from x to y\n",
+     "f.qd:6:27: error: the first diagnostic number is expected here, not 'x'\n"},
+    {"MessageOfAnUnknownHeader",
+     "message m g 1 {\n}\nset s {\n    key octets 0 1\n    m = 0101\n}\nunion u messages octet 1 "
+     "{\n    m : m\n}\n",
+     "f.qd:6:11: error: no header 'g' is declared\n"},
     {"Declaration", "struture s {\n}\n",
      "f.qd:6:1: error: a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
      "pattern, take, header, message, set or decoding) is expected here, not 'struture'\n"},
@@ -195,6 +208,31 @@ TEST(Describe, TellsAllMistakesOfARun) {
               "a.qd:3:11: error: no type 't' is declared above; a type stands before its users\n"
               "a.qd:4:16: error: no enumeration 'v' is declared\n"
               "b.qd:2:19: error: no type 'r' is declared above; a type stands before its users\n");
+}
+
+// What a .csn1 file declares with mistakes is known to the .qd files, and what they declare wrongly
+// does not keep the .csn1 files from being looked at.
+TEST(Describe, TellsTheMistakesOfBothNotations) {
+    const Description result = Describe(
+        {{"a.qd",
+          "family f\ncsn T\nsequence q [3] of T\nsequence p [3] of U\nstruct s fixed {\n    a 8 : "
+          "t\n}\n"},
+         {"b.csn1", "structure T \"clause\" ;\n< t > ::= { 0 ;\n"}});
+    EXPECT_EQ(result.errors,
+              "a.qd:4:19: error: no type 'U' is declared above; a type stands before its users\n"
+              "a.qd:6:11: error: no type 't' is declared above; a type stands before its users\n"
+              "b.csn1:2:15: error: '}' is expected here, not ';'\n");
+}
+
+TEST(Describe, TellsAByteOrderMarkOnce) {
+    const std::string message =
+        ":1:1: error: the file begins with a byte order mark; save it as ASCII text\n";
+    const std::string qd = "family f\nsequence q [3] of int8\n";
+    const std::string csn = "structure T \"clause\" ;\n< t > ::= < a : bit > ;\n";
+    for (const std::string mark : {"\xEF\xBB\xBF", "\xFE\xFF", "\xFF\xFE"}) {
+        EXPECT_EQ(Describe({{"a.qd", mark + qd}}).errors, "a.qd" + message);
+        EXPECT_EQ(Describe({{"a.qd", qd}, {"b.csn1", mark + csn}}).errors, "b.csn1" + message);
+    }
 }
 
 TEST(Describe, WantsAFamilyAndKnownFiles) {

@@ -6,8 +6,8 @@
 
 #include "bits/bit_reader.h"
 #include "compiler/csn/csn_parser.h"
-#include "compiler/csn/csn_reporter.h"
 #include "compiler/csn/csn_resolver.h"
+#include "compiler/reporter.h"
 #include "csn/functions.h"
 #include "csn/verifier.h"
 
@@ -142,24 +142,23 @@ void Grammar::Compile() {
     const bool whole = text_.find("structure ") != std::string::npos;
     const std::uint32_t file =
         reporter_.AddFile("T.csn1", whole ? text_ : "structure T \"test\" ;\n" + text_);
-    compiler::CsnReporter reporter(reporter_);
-    compiler::ParseCsn(reporter, file, syntax_);
+    compiler::ParseCsn(reporter_, file, syntax_);
     const auto findEnum = [this](const std::string& name) -> const compiler::EnumModel* {
         enums_.push_back(std::make_unique<compiler::EnumModel>());
         enums_.back()->name = name;
         return enums_.back().get();
     };
-    if (!reporter.HasErrors()) {
-        compiler::ResolveCsn(reporter, syntax_);
+    if (!reporter_.HasErrors()) {
+        compiler::ResolveCsn(reporter_, syntax_);
     }
-    if (!reporter.HasErrors()) {
-        compiler::CheckCsn(reporter, syntax_);
+    if (!reporter_.HasErrors()) {
+        compiler::CheckCsn(reporter_, syntax_);
     }
-    if (!reporter.HasErrors()) {
-        types_ = compiler::DeriveCsnTypes(reporter, syntax_, findEnum, store_);
+    if (!reporter_.HasErrors()) {
+        types_ = compiler::DeriveCsnTypes(reporter_, syntax_, findEnum, store_);
     }
-    if (!reporter.HasErrors()) {
-        image_ = compiler::GenerateCsn(reporter, syntax_, types_);
+    if (!reporter_.HasErrors()) {
+        image_ = compiler::GenerateCsn(reporter_, syntax_, types_);
     }
     errors_ = reporter_.Text();
 }

@@ -1,0 +1,83 @@
+// Takes what has mistakes out of CSN.1 descriptions.
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "compiler/csn/csn_syntax.h"
+
+namespace quorvane::compiler {
+namespace {
+
+bool RefersToBroken(const CsnNode& node) {
+    return (node.rule != nullptr && node.rule->broken) ||
+           std::any_of(node.children.begin(), node.children.end(),
+                       [](const CsnNode* child) { return RefersToBroken(*child); });
+}
+
+/// Marks the rules and sections that the places lie in: those that begin last before them.
+void MarkOwners(const std::vector<Span>& places, CsnSyntax& syntax) {
+    std::map<std::pair<std::uint32_t, std::uint32_t>, bool*> owners;
+    for (CsnSection& section : syntax.sections) {
+        owners[{section.place.file, section.place.begin}] = &section.broken;
+    }
+    for (auto* rules : {&syntax.rules, &syntax.dropped}) {
+        for (CsnRule& rule : *rules) {
+            owners[{rule.name.place.file, rule.name.place.begin}] = &rule.broken;
+        }
+    }
+    for (const Span& place : places) {
+        auto owner = owners.upper_bound({place.file, place.begin});
+        if (owner != owners.begin() && (--owner)->first.first == place.file) {
+            *owner->second = true;
+        }
+    }
+}
+
+/// A structure goes with each of its rules, a rule with each one that it refers to.
+void Spread(CsnSyntax& syntax) {
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (CsnSection& section : syntax.sections) {
+            const auto broken = [](const CsnRule* rule) { return rule->broken; };
+            if (section.structure &&
+                std::any_of(section.rules.begin(), section.rules.end(), broken)) {
+                section.broken = true;
+            }
+            for (CsnRule* rule : section.rules) {
+                rule->broken = rule->broken || (section.structure && section.broken);
+            }
+        }
+        for (CsnRule& rule : syntax.rules) {
+            if (!rule.broken && RefersToBroken(*rule.body)) {
+                rule.broken = changed = true;
+            }
+        }
+    }
+}
+
+}  // namespace
+
+bool DropBroken(const Reporter& reporter, CsnSyntax& syntax) {
+    const std::vector<Span> places = reporter.ErrorPlaces(syntax.errorsSeen);
+    syntax.errorsSeen += places.size();
+    MarkOwners(places, syntax);
+    Spread(syntax);
+    const std::size_t before = syntax.dropped.size();
+    for (auto rule = syntax.rules.begin(); rule != syntax.rules.end();) {
+        const auto next = std::next(rule);
+        if (rule->broken) {
+            syntax.dropped.splice(syntax.dropped.end(), syntax.rules, rule);
+        }
+        rule = next;
+    }
+    for (CsnSection& section : syntax.sections) {
+        if (section.structure && section.broken) {
+            section.structure.reset();
+            section.rules.clear();
+        }
+    }
+    return syntax.dropped.size() != before;
+}
+
+}  // namespace quorvane::compiler
