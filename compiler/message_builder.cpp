@@ -88,7 +88,11 @@ MessageBuilder::MessageBuilder(Reporter& reporter, const FamilySyntax& family, T
       model_(model),
       skipTable_(reporter) {
     for (const HeaderSyntax& header : family.headers) {
-        if (!headers_.emplace(header.name.text, Header{&header, RecordOrder(header)}).second) {
+        if (!headers_
+                 .emplace(header.name.text,
+                          Header{&header, header.broken ? std::vector<const HeaderItemSyntax*>()
+                                                        : RecordOrder(header)})
+                 .second) {
             reporter_.Error(header.name.place,
                             "the header '" + header.name.text + "' is declared already");
         }
@@ -208,6 +212,9 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
                       "a field with an identifier is there if its identifier is");
     const auto back = static_cast<std::size_t>(above.end() - found);
     const FieldRow& decider = model_.fields[model_.fields.size() - back];
+    if (type.elements[decider.element].type == nullptr) {
+        return;  // reported, or declared with mistakes
+    }
     row.conditionElement = decider.element;
     row.conditionMask = 0xFFFFFFFF;
     std::uint16_t width = 0;
@@ -348,12 +355,11 @@ void MessageBuilder::AddOrderRows(std::size_t firstField) {
 
 void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     const auto header = headers_.find(syntax.header.text);
-    if (header == headers_.end()) {
-        reporter_.ErrorIf(!syntax.header.text.empty(), syntax.header.place,
+    if (header == headers_.end() || header->second.syntax->broken) {
+        reporter_.ErrorIf(header == headers_.end(), syntax.header.place,
                           "no header '" + syntax.header.text + "' is declared");
         types_.DeclareMessage(syntax, {});
-        messages_.emplace(syntax.name.text, kNone);
-        values_.NoteMessage(syntax.name.text, kNone);
+        DeclareBroken(syntax.name);
         return;
     }
     Header& headerRows = header->second;
@@ -403,6 +409,11 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     model_.messageTypes.push_back(type);
     messages_.emplace(syntax.name.text, index);
     values_.NoteMessage(syntax.name.text, index);
+}
+
+void MessageBuilder::DeclareBroken(const Name& name) {
+    messages_.emplace(name.text, kNone);
+    values_.NoteMessage(name.text, kNone);
 }
 
 void MessageBuilder::BuildSet(const SetSyntax& syntax) {
@@ -486,8 +497,7 @@ void MessageBuilder::BuildDecoding(const SetSyntax& syntax) {
 void MessageBuilder::CheckUses() {
     for (const MessageSyntax& message : family_.messages) {
         const auto found = messages_.find(message.name.text);
-        reporter_.ErrorIf(found != messages_.end() && found->second != kNone &&
-                              model_.usedMessages.count(found->second) == 0,
+        reporter_.ErrorIf(found != messages_.end() && model_.usedMessages.count(found->second) == 0,
                           message.name.place,
                           "'" + message.name.text + "' is in no message set, union or field");
     }

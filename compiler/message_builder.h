@@ -18,6 +18,8 @@ class MessageBuilder {
 
     void BuildMessage(const MessageSyntax& syntax);
     void BuildSet(const SetSyntax& syntax);
+    /// Makes a message with mistakes known by its name.
+    void DeclareBroken(const Name& name);
     void BuildDecoding(const SetSyntax& syntax);
 
     /// Ends the tables, when all messages and sets stand.

@@ -26,6 +26,7 @@ struct EnumModel {
     Span place;
     std::vector<Value> values;
     std::optional<std::string> otherText;
+    bool broken = false;  // has mistakes in the notation
 };
 
 struct TypeModel;

@@ -16,7 +16,12 @@ class Parser : private TypeParser {
         tokens_.SkipLineEnds();
         while (!tokens_.AtEnd()) {
             tokens_.BeginEntry();
+            errorsBefore_ = reporter_.ErrorCount();
             ParseDeclaration();
+            if (tokens_.Broken()) {
+                tokens_.SkipEntry();
+                tokens_.Accept("}");
+            }
             tokens_.SkipLineEnds();
         }
     }
@@ -48,7 +53,7 @@ class Parser : private TypeParser {
             ParseTake();
         } else if (tokens_.Accept("csn")) {
             const Name name = tokens_.ExpectName("the name of a CSN.1 structure");
-            family_.declarations.push_back({Kind::kCsn, 0, name});
+            family_.declarations.push_back({Kind::kCsn, 0, name, false});
             tokens_.ExpectLineEnd();
         } else if (tokens_.Accept("header")) {
             family_.headers.push_back(ParseHeader());
@@ -62,16 +67,12 @@ class Parser : private TypeParser {
             tokens_.ErrorExpected(
                 "a declaration (family, specials, skip, enum, struct, union, sequence, csn, "
                 "pattern, take, header, message, set or decoding)");
-            if (tokens_.At("}")) {
-                tokens_.Next();
-            }
-            tokens_.SkipEntry();
         }
     }
 
     template <typename T>
     void Declare(Kind kind, std::vector<T>& list, T syntax) {
-        family_.declarations.push_back({kind, list.size(), syntax.name});
+        family_.declarations.push_back({kind, list.size(), syntax.name, IsBroken()});
         list.push_back(std::move(syntax));
     }
 
@@ -93,12 +94,14 @@ class Parser : private TypeParser {
             pattern = ParseSequence();
         } else {
             tokens_.ErrorExpected("a type (struct, union or sequence)");
-            tokens_.SkipEntry();
             return;
         }
         const Name name = std::visit([](const auto& syntax) { return syntax.name; }, pattern);
         reporter_.ErrorIf(!family_.patterns.emplace(name.text, std::move(pattern)).second,
                           name.place, "the pattern '" + name.text + "' is declared already");
+        if (IsBroken()) {
+            family_.brokenPatterns.insert(name.text);
+        }
     }
 
     void ParseTake() {
@@ -113,6 +116,7 @@ class Parser : private TypeParser {
                               "the pattern '" + pattern.text + "' is taken already");
             std::visit([&](auto type) { Declare(Taken(std::move(type), name, family_.taken)); },
                        found->second);
+            family_.declarations.back().broken = family_.brokenPatterns.count(pattern.text) != 0;
         }
         tokens_.ExpectLineEnd();
     }
@@ -145,7 +149,6 @@ class Parser : private TypeParser {
         SpecialsSyntax specials;
         if (!tokens_.At(Token::Kind::kText)) {
             tokens_.ErrorExpected("a header in double quotes");
-            tokens_.SkipEntry();
             return;
         }
         specials.header = tokens_.Next().text;
@@ -167,14 +170,8 @@ class Parser : private TypeParser {
     std::vector<WideNumber> ParseHexadecimals(std::string_view what, std::string_view stop = "\n") {
         std::vector<WideNumber> numbers;
         do {
-            const Span place = tokens_.Peek().place;
-            const WideNumber number = tokens_.ExpectHexadecimal(what);
-            if (tokens_.Peek().place.begin == place.begin) {
-                tokens_.SkipEntry();
-            } else {
-                numbers.push_back(number);
-            }
-        } while (tokens_.AtWord() && !tokens_.At(stop));
+            numbers.push_back(tokens_.ExpectHexadecimal(what));
+        } while (!tokens_.Broken() && tokens_.AtWord() && !tokens_.At(stop));
         return numbers;
     }
 
@@ -227,10 +224,6 @@ class Parser : private TypeParser {
             } else {
                 item.kind = tokens_.Accept("late") ? Item::kLateField : Item::kField;
                 item.name = tokens_.ExpectName("a member, '=', 'type' or 'record'");
-                if (item.name.text.empty()) {
-                    tokens_.SkipEntry();
-                    return;
-                }
                 if (tokens_.Accept("extended")) {
                     item.kind = Item::kExtendedIdentifier;
                 }
@@ -240,6 +233,7 @@ class Parser : private TypeParser {
             }
             header.items.push_back(std::move(item));
         });
+        header.broken = IsBroken();
         return header;
     }
 
@@ -260,8 +254,8 @@ class Parser : private TypeParser {
                 Once(!message.countedFields, place, "the end of the pseudo length");
                 message.countedFields = message.fields.size();
                 message.countedEnd = place;
-            } else if (std::optional<FieldSyntax> field = ParseField()) {
-                message.fields.push_back(std::move(*field));
+            } else {
+                message.fields.push_back(ParseField());
             }
         });
         return message;
@@ -276,15 +270,13 @@ class Parser : private TypeParser {
         return false;
     }
 
-    std::optional<FieldSyntax> ParseField() {
+    FieldSyntax ParseField() {
         FieldSyntax field;
         field.name = tokens_.ExpectName("a field's name");
         if (tokens_.AtWord() && !IsFormat(tokens_.Peek().text)) {
             ParseTag(field);
         }
-        if (!ParseFormat(field)) {
-            return std::nullopt;
-        }
+        ParseFormat(field);
         field.unchecked = tokens_.Accept("unchecked");
         field.mandatory = tokens_.Accept("mandatory");
         field.again = tokens_.Accept("again");
@@ -303,10 +295,7 @@ class Parser : private TypeParser {
         }
         using ValueEnd = iecodec::FieldFormatInfo::ValueEnd;
         if (InfoOf(field.format).valueEnd != ValueEnd::kNoValue) {
-            if (!tokens_.Expect(":")) {
-                tokens_.SkipEntry();
-                return std::nullopt;
-            }
+            tokens_.Expect(":");
             field.type = ParseType();
         }
         return field;
@@ -317,8 +306,8 @@ class Parser : private TypeParser {
         field.tag = tokens_.ExpectHexadecimal("an identifier of two digits, or of one and '-',");
         field.halfTag = tokens_.Accept("-");
         if (tag.text.size() != (field.halfTag ? 1U : 2U)) {
-            tokens_.Error(tag.place,
-                          "an identifier has two hexadecimal digits, or one with '-' behind it");
+            tokens_.Fail(tag.place,
+                         "an identifier has two hexadecimal digits, or one with '-' behind it");
         }
         if (field.halfTag) {
             field.tag->value = field.tag->value << 4 & 0xFFU;
@@ -328,8 +317,7 @@ class Parser : private TypeParser {
         }
     }
 
-    /// False, with the rest of the line passed over, if there is none.
-    bool ParseFormat(FieldSyntax& field) {
+    void ParseFormat(FieldSyntax& field) {
         using Format = FieldSyntax::Format;
         const auto extended = [&] {
             return tokens_.At("-") && tokens_.Peek(1).text == "E" &&
@@ -351,8 +339,6 @@ class Parser : private TypeParser {
             field.format = Format::kMark;
         } else {
             tokens_.ErrorExpected("a format (V, LV, LV-E, TV, TLV, TLV-E, T, rest or mark)");
-            tokens_.SkipEntry();
-            return false;
         }
         field.half = tokens_.Accept("half");
         if (field.half) {
@@ -364,7 +350,6 @@ class Parser : private TypeParser {
                 field.most = tokens_.ExpectNumber("the most octets");
             }
         }
-        return true;
     }
 
     SetSyntax ParseSet() {
@@ -415,7 +400,6 @@ class Parser : private TypeParser {
             set.keyForm = iecodec::KeyForm::kExtendedIdentifier;
         } else {
             tokens_.ErrorExpected("the form of the key (octets, bits 6 or extended)");
-            tokens_.SkipEntry();
         }
     }
 

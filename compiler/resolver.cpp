@@ -37,6 +37,11 @@ void Resolve(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn
     ValueBuilder values(reporter, family, csn, types, model);
     MessageBuilder messages(reporter, family, types, values, model);
     for (const DeclarationSyntax& declaration : family.declarations) {
+        if (declaration.broken) {
+            types.DeclareBroken(declaration.name);
+            messages.DeclareBroken(declaration.name);
+            continue;
+        }
         switch (declaration.kind) {
             case Kind::kStruct:
                 types.DeclareStruct(family.structs[declaration.index]);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -105,6 +106,7 @@ struct HeaderSyntax {
     Name name;
     std::vector<HeaderItemSyntax> items;  // in wire order
     std::vector<Name> record;             // the members, if the record has them in another order
+    bool broken = false;                  // as of a declaration
 };
 
 struct FieldSyntax {
@@ -194,6 +196,7 @@ struct DeclarationSyntax {
     Kind kind = Kind::kStruct;
     std::size_t index = 0;  // in the list of its kind
     Name name;
+    bool broken = false;  // has mistakes in the notation: only its name counts
 };
 
 /// All files of one family.
@@ -203,6 +206,7 @@ struct FamilySyntax {
     WideNumber lastNumber{0xFFFF, {}};
     std::vector<SpecialsSyntax> specials;
     std::map<std::string, PatternSyntax> patterns;
+    std::set<std::string> brokenPatterns;
     std::map<std::string, std::string> taken;  // patterns: the names that this family gives them
     std::vector<EnumModel> enums;
     std::vector<StructSyntax> structs;

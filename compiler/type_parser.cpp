@@ -30,6 +30,7 @@ void TypeParser::ParseEnum() {
     model.name = name.text;
     model.place = name.place;
     ParseEnumValues(model);
+    model.broken = IsBroken();
     family_.enums.push_back(std::move(model));
 }
 
@@ -54,6 +55,7 @@ Name TypeParser::ParseInlineEnum() {
     model.place = tokens_.Peek().place;
     model.name = "@" + std::to_string(family_.enums.size());
     ParseEnumValues(model);
+    model.broken = IsBroken();
     family_.enums.push_back(model);
     return {model.name, model.place};
 }
@@ -61,7 +63,6 @@ Name TypeParser::ParseInlineEnum() {
 std::string TypeParser::ExpectText() {
     if (!tokens_.At(Token::Kind::kText)) {
         tokens_.ErrorExpected("a text in double quotes");
-        tokens_.SkipEntry();
         return "";
     }
     const Token& token = tokens_.Next();
@@ -101,7 +102,6 @@ TypeSyntax TypeParser::ParseType() {
     type.place = tokens_.Peek().place;
     if (depth_ >= kMostDepth) {
         tokens_.ErrorExpected("a declared type for what is nested so deeply");
-        tokens_.SkipEntry();
         return type;
     }
     if (tokens_.Accept("[")) {
@@ -122,10 +122,6 @@ TypeSyntax TypeParser::ParseType() {
         return type;
     }
     const Name word = tokens_.ExpectName("a type");
-    if (word.text.empty()) {
-        tokens_.SkipEntry();
-        return type;
-    }
     if (word.text == "spare") {
         type.kind = TypeSyntax::Kind::kSpare;
     } else if (word.text == "binary") {
@@ -154,10 +150,6 @@ MemberSyntax TypeParser::ParseMember() {
         return member;
     }
     member.name = tokens_.ExpectName("a member's name, or '-' for unnamed bits,");
-    if (member.name.text.empty()) {
-        tokens_.SkipEntry();
-        return member;
-    }
     member.optional = tokens_.Accept("?");
     if (tokens_.Accept("counted")) {
         member.extent = MemberSyntax::Extent::kCounted;
@@ -167,10 +159,7 @@ MemberSyntax TypeParser::ParseMember() {
         member.extent = MemberSyntax::Extent::kBits;
         member.bits = *bits;
     }
-    if (!tokens_.Expect(":")) {
-        tokens_.SkipEntry();
-        return member;
-    }
+    tokens_.Expect(":");
     member.type = ParseType();
     return member;
 }
@@ -208,10 +197,7 @@ void TypeParser::ParseExtensionPart(StructSyntax& owner) {
         owner.remainder = ParseMember();
         return;
     }
-    if (!tokens_.Expect("group")) {
-        tokens_.SkipEntry();
-        return;
-    }
+    tokens_.Expect("group");
     GroupSyntax group;
     group.place = place;
     group.number = tokens_.ExpectNumber("the octet number of the group");

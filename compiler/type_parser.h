@@ -23,7 +23,6 @@ class TypeParser {
     template <typename Entry>
     void ParseBlock(Entry entry) {
         if (!tokens_.Expect("{")) {
-            tokens_.SkipEntry();
             return;
         }
         tokens_.SkipLineEnds();
@@ -35,9 +34,13 @@ class TypeParser {
         tokens_.Expect("}");
     }
 
+    /// Whether the declaration that is being read has had a mistake.
+    [[nodiscard]] bool IsBroken() const { return reporter_.ErrorCount() != errorsBefore_; }
+
     Reporter& reporter_;
     TokenStream tokens_;
     FamilySyntax& family_;
+    std::size_t errorsBefore_ = 0;  // of this declaration
 
   private:
     void ParseEnumValues(EnumModel& model);

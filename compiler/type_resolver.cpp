@@ -24,7 +24,7 @@ TypeResolver::TypeResolver(Reporter& reporter, const FamilySyntax& family, const
             reporter_.ErrorIf(!values.insert(value.value.value).second, value.value.place,
                               "the value stands in the enumeration already");
         }
-        reporter_.ErrorIf(entry.values.empty() && !entry.otherText, entry.place,
+        reporter_.ErrorIf(entry.values.empty() && !entry.otherText && !entry.broken, entry.place,
                           "the enumeration has no values");
         reporter_.ErrorIf(
             !enums_.emplace(entry.name, &entry).second, entry.place,
@@ -200,7 +200,7 @@ void TypeResolver::DeclareCsn(const Name& name) {
         return;
     }
     if (found->second.type == nullptr) {
-        named_.emplace(name.text, nullptr);
+        DeclareBroken(name);
     } else {
         Declare(name, found->second.type);
     }

@@ -33,6 +33,8 @@ class TypeResolver {
     void DeclareUnion(const UnionSyntax& syntax);
     void DeclareSequence(const SequenceSyntax& syntax);
     void DeclareCsn(const Name& name);
+    /// What has mistakes is known by its name, so that its users are not told of them too.
+    void DeclareBroken(const Name& name) { named_.emplace(name.text, nullptr); }
     /// `headerMembers`: the members that the header gives, in the order of the record.
     void DeclareMessage(const MessageSyntax& syntax,
                         const std::vector<const HeaderItemSyntax*>& headerMembers);

@@ -119,7 +119,6 @@ constexpr Mistake kMistakes[] = {
     {"SelectorOfAMessage", "message m h 1 {\n}\nunion u messages octet 1 {\n    a : m when 1\n}\n",
      "f.qd:9:5: error: only a choice has alternatives with 'when' or 'default'\n"},
     {"UnionForm", "union u {\n}\n",
-     "f.qd:6:7: error: a choice needs a default alternative\n"
      "f.qd:6:9: error: the way to choose (choice, messages or special) is expected here, not "
      "'{'\n"},
     {"SequenceForm", "sequence s int8\n", "f.qd:6:12: error: a sequence is '[most] of type'\n"},
@@ -208,6 +207,35 @@ TEST(Describe, TellsAllMistakesOfARun) {
               "a.qd:3:11: error: no type 't' is declared above; a type stands before its users\n"
               "a.qd:4:16: error: no enumeration 'v' is declared\n"
               "b.qd:2:19: error: no type 'r' is declared above; a type stands before its users\n");
+}
+
+// A declaration that could not be read whole is known by its name, and nothing else is said of it.
+TEST(Describe, TellsNoFollowUpsOfWhatCouldNotBeRead) {
+    const Description result = Describe(
+        {{"a.qd",
+          WithHeader("struct s fixed {\n    a 8 int8\n}\n"
+                     "enum e {\n    1 \"one\"\n}\n"
+                     "header g {\n    1 8\n    type x\n}\n"
+                     "union u choice x y {\n    a : s when 1\n}\n"
+                     "message m h 1 {\n    a V 1 : s\n    b V 1 if a = 1 : enum8 e\n    c V 1 if "
+                     "a.b = 1 : u\n}\n"
+                     "message n h 1 {\n    a V 1 int8\n}\n"
+                     "message o g 1 {\n    a V 1 : int8\n}\n"
+                     "set t {\n    key octets 0 1\n    m = 0101\n    n = 0102\n    o = 0103\n}\n"
+                     "set v {\n    = 0101\n}\n"
+                     "pattern struct w fixed {\n    a 8 int8\n}\n"
+                     "take w as x\n"
+                     "sequence y [2] of x\n")
+              .c_str()}});
+    EXPECT_EQ(result.errors,
+              "a.qd:7:9: error: ':' is expected here, not 'int8'\n"
+              "a.qd:10:7: error: '=' is expected here, not a text\n"
+              "a.qd:13:8: error: ':' is expected here, not the end of the line\n"
+              "a.qd:14:10: error: its width in bits is expected here, not 'x'\n"
+              "a.qd:16:16: error: the selector's offset in bits is expected here, not 'x'\n"
+              "a.qd:25:11: error: ':' is expected here, not 'int8'\n"
+              "a.qd:37:5: error: a message's name is expected here, not '='\n"
+              "a.qd:40:9: error: ':' is expected here, not 'int8'\n");
 }
 
 // What a .csn1 file declares with mistakes is known to the .qd files, and what they declare wrongly
