@@ -46,8 +46,9 @@ Image CompiledImage(const families::Family& family) {
     image.code = csn.image.code;
     image.fieldTable = csn.image.fieldTable;
     image.actions = {program.actionTable, csn.image.actions.size()};
-    image.actionTags = csn.image.actionTags;
+    image.actionEffects = csn.image.actionEffects;
     image.functions = {program.valueTable, csn.image.functions.size()};
+    image.functionBounds = csn.image.functionBounds;
     for (const csn::CsnStructure& structure : family.codec.structures) {
         image.entries.push_back({std::string(structure.name), structure.label, structure.rootTag,
                                  structure.firstTag,

@@ -19,52 +19,69 @@ constexpr std::int32_t kScope = 3;
 constexpr std::int32_t kRunning = 4;
 constexpr std::uint32_t kTags = 4;
 
-struct ActionOfTags {
-    csn::CsnAction action;
-    std::uint32_t tags;  // that it adds
-};
+using Effect = csn::VerifierAction::Effect;
 
-constexpr std::array kActionsWithTags = {
-    ActionOfTags{csn::functions::NotePosition<kNoted>, 1},
-    ActionOfTags{csn::functions::NotePositionAhead<kCounted, 5>, 1},
-    ActionOfTags{csn::functions::OpenScopeAtLengthEnd<kScope, 4>, 1},
-    ActionOfTags{csn::functions::OpenScopeAtLengthStart<kScope, 4, 2>, 1},
-    ActionOfTags{csn::functions::OpenScopeAtCodedLength<kScope>, 1},
-    ActionOfTags{csn::functions::OpenFixedScope<kScope, 9>, 1},
-    ActionOfTags{csn::functions::CloseScope<kScope>, 0},
-    ActionOfTags{csn::functions::WriteBackLength<kNoted, 8, 0, 8>, 0},
-    ActionOfTags{csn::functions::ClipToSpan<kNoted, 6>, 0},
-    ActionOfTags{csn::functions::JumpOverElement<kNoted, 4, 4>, 0},
-    ActionOfTags{csn::functions::KeepCount<kCounted, 3>, 1},
-    ActionOfTags{csn::functions::StartCount<kRunning>, 1},
-    ActionOfTags{csn::functions::CountOne<kRunning>, 0},
-    ActionOfTags{csn::functions::KeepPopulation<kCounted, 4>, 1},
-    ActionOfTags{csn::functions::AddPopulation<kRunning, 3>, 0},
-    ActionOfTags{csn::functions::RaiseMaximum<kRunning, 3>, 0},
-    ActionOfTags{csn::functions::RejectZero<3>, 0},
-    ActionOfTags{csn::functions::RejectZeroAndOnes<3>, 0},
+/// With what the verifier is told of it.
+struct KnownAction {
+    csn::CsnAction action;
+    csn::VerifierAction effect;
+};
+constexpr csn::VerifierAction kNoEffect = {Effect::kNone, 0, {}};
+
+constexpr std::array kKnownActions = {
+    KnownAction{csn::functions::NotePosition<kNoted>, {Effect::kAdds, kNoted, {}}},
+    KnownAction{csn::functions::NotePositionAhead<kCounted, 5>, {Effect::kAdds, kCounted, {}}},
+    KnownAction{csn::functions::OpenScopeAtLengthEnd<kScope, 4>, {Effect::kAdds, kScope, {}}},
+    KnownAction{csn::functions::OpenScopeAtLengthStart<kScope, 4, 2>, {Effect::kAdds, kScope, {}}},
+    KnownAction{csn::functions::OpenScopeAtCodedLength<kScope>, {Effect::kAdds, kScope, {}}},
+    KnownAction{csn::functions::OpenFixedScope<kScope, 9>, {Effect::kAdds, kScope, {}}},
+    KnownAction{csn::functions::CloseScope<kScope>, kNoEffect},
+    KnownAction{csn::functions::WriteBackLength<kNoted, 8, 0, 8>, kNoEffect},
+    KnownAction{csn::functions::ClipToSpan<kNoted, 6>, kNoEffect},
+    KnownAction{csn::functions::JumpOverElement<kNoted, 4, 4>, kNoEffect},
+    KnownAction{csn::functions::KeepCount<kCounted, 3>, {Effect::kAdds, kCounted, 7}},
+    KnownAction{csn::functions::StartCount<kRunning>, {Effect::kAdds, kRunning, 0}},
+    KnownAction{csn::functions::CountOne<kRunning>, {Effect::kChanges, kRunning, {}}},
+    KnownAction{csn::functions::KeepPopulation<kCounted, 4>, {Effect::kAdds, kCounted, 4}},
+    KnownAction{csn::functions::AddPopulation<kRunning, 3>, {Effect::kChanges, kRunning, {}}},
+    KnownAction{csn::functions::RaiseMaximum<kCounted, 3>, {Effect::kChanges, kCounted, 7}},
+    KnownAction{csn::functions::RejectZero<3>, kNoEffect},
+    KnownAction{csn::functions::RejectZeroAndOnes<3>, kNoEffect},
 };
 
 constexpr std::array kActions = [] {
-    std::array<csn::CsnAction, kActionsWithTags.size()> actions{};
+    std::array<csn::CsnAction, kKnownActions.size()> actions{};
     for (std::size_t index = 0; index < actions.size(); ++index) {
-        actions[index] = kActionsWithTags[index].action;
+        actions[index] = kKnownActions[index].action;
     }
     return actions;
 }();
 
-constexpr std::array<csn::CsnValueFunction, 10> kFunctions = {
-    csn::functions::BitsToOctetBoundary,
-    csn::functions::TagPlus<kCounted, -1>,
-    csn::functions::RestOf<kCounted, 6>,
-    csn::functions::OctetsToBits<kCounted>,
-    csn::functions::BitsLeftInSpan<kNoted, 16>,
-    csn::functions::BitsLeftInSpanOrZeroBased<kNoted, 16>,
-    csn::functions::BitsLeftInSpanIfAny<kNoted, 16>,
-    csn::functions::BitsLeftToEnd<kScope>,
-    csn::functions::FddCellInfo<kCounted>,
-    csn::functions::TddCellInfo<kCounted>,
+struct KnownFunction {
+    csn::CsnValueFunction function;
+    std::optional<csn::VerifierBound> bound;
 };
+
+constexpr std::array kKnownFunctions = {
+    KnownFunction{csn::functions::BitsToOctetBoundary, csn::VerifierBound{7}},
+    KnownFunction{csn::functions::TagPlus<kCounted, -1>, csn::VerifierBound{-1, kCounted, 1}},
+    KnownFunction{csn::functions::RestOf<kCounted, 6>, csn::VerifierBound{6, kCounted, 0}},
+    KnownFunction{csn::functions::OctetsToBits<kCounted>, csn::VerifierBound{0, kCounted, 8}},
+    KnownFunction{csn::functions::BitsLeftInSpan<kNoted, 16>, {}},
+    KnownFunction{csn::functions::BitsLeftInSpanOrZeroBased<kNoted, 16>, {}},
+    KnownFunction{csn::functions::BitsLeftInSpanIfAny<kNoted, 16>, {}},
+    KnownFunction{csn::functions::BitsLeftToEnd<kScope>, {}},
+    KnownFunction{csn::functions::FddCellInfo<kCounted>, csn::VerifierBound{122}},
+    KnownFunction{csn::functions::TddCellInfo<kCounted>, csn::VerifierBound{126}},
+};
+
+constexpr std::array kFunctions = [] {
+    std::array<csn::CsnValueFunction, kKnownFunctions.size()> functions{};
+    for (std::size_t index = 0; index < functions.size(); ++index) {
+        functions[index] = kKnownFunctions[index].function;
+    }
+    return functions;
+}();
 
 // Every field has a tag under every parent, so that it may stand anywhere.
 constexpr std::uint16_t kRootTag = 1;
@@ -101,10 +118,13 @@ class Maker {
         image.code = code_.Finish();
         image.fieldTable = FieldTable();
         image.actions = kActions;
-        for (const ActionOfTags& action : kActionsWithTags) {
-            image.actionTags.push_back(action.tags);
+        for (const KnownAction& action : kKnownActions) {
+            image.actionEffects.push_back(action.effect);
         }
         image.functions = kFunctions;
+        for (const KnownFunction& function : kKnownFunctions) {
+            image.functionBounds.push_back(function.bound);
+        }
         image.entries.push_back(
             {"first", code_.OffsetOf(rules_.front()), kRootTag, kFirstTag, kFields});
         return image;
@@ -353,10 +373,9 @@ csn::VerifierReport Image::Verify() const {
     csn::VerifierInput input;
     input.code = code;
     input.fieldTable = fieldTable;
-    input.actionCount = static_cast<std::uint32_t>(actions.size());
-    input.functionCount = static_cast<std::uint32_t>(functions.size());
     input.entries = entries;
-    input.actionTags = actionTags;
+    input.actions = actionEffects;
+    input.functions = functionBounds;
     return csn::Verify(input);
 }
 

@@ -4,6 +4,7 @@
 // has, in any order, and then damaged a little. Whoever runs one asks the verifier first.
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -17,8 +18,9 @@ struct Image {
     std::vector<std::uint8_t> code;
     std::vector<std::uint16_t> fieldTable;
     std::span<const csn::CsnAction> actions;
-    std::vector<std::uint32_t> actionTags;
+    std::vector<csn::VerifierAction> actionEffects;
     std::span<const csn::CsnValueFunction> functions;
+    std::vector<std::optional<csn::VerifierBound>> functionBounds;
     std::vector<csn::VerifierEntry> entries;
 
     [[nodiscard]] csn::CsnProgram Program() const {

@@ -12,25 +12,26 @@ using Parameter = CsnActionInfo::Parameter;
 constexpr Parameter kSets = Parameter::kSets;
 constexpr Parameter kUses = Parameter::kUses;
 constexpr Parameter kNumber = Parameter::kNumber;
+using enum CsnActionInfo::Leaves;
 
 const std::array<CsnActionInfo, 18>& Actions() {
     static const std::array<CsnActionInfo, 18> kActions = {{
-        {"note", "NotePosition", {kSets}},
-        {"note_ahead", "NotePositionAhead", {kSets, kNumber}},
-        {"open_behind_length", "OpenScopeAtLengthEnd", {kSets, kNumber}},
-        {"open_before_length", "OpenScopeAtLengthStart", {kSets, kNumber, kNumber}},
-        {"open_coded_length", "OpenScopeAtCodedLength", {kSets}},
-        {"open_fixed", "OpenFixedScope", {kSets, kNumber}},
+        {"note", "NotePosition", {kSets}, kAny},
+        {"note_ahead", "NotePositionAhead", {kSets, kNumber}, kAny},
+        {"open_behind_length", "OpenScopeAtLengthEnd", {kSets, kNumber}, kAny},
+        {"open_before_length", "OpenScopeAtLengthStart", {kSets, kNumber, kNumber}, kAny},
+        {"open_coded_length", "OpenScopeAtCodedLength", {kSets}, kAny},
+        {"open_fixed", "OpenFixedScope", {kSets, kNumber}, kAny},
         {"close", "CloseScope", {kUses}},
         {"write_back", "WriteBackLength", {kUses, kNumber, kNumber, kNumber}},
         {"clip", "ClipToSpan", {kUses, kNumber}},
         {"jump_over", "JumpOverElement", {kUses, kNumber, kNumber}},
-        {"keep", "KeepCount", {kSets, kNumber}},
-        {"start_count", "StartCount", {kSets}},
-        {"count_one", "CountOne", {kUses}},
-        {"keep_population", "KeepPopulation", {kSets, kNumber}},
-        {"add_population", "AddPopulation", {kUses, kNumber}},
-        {"raise_maximum", "RaiseMaximum", {kUses, kNumber}},
+        {"keep", "KeepCount", {kSets, kNumber}, kBits},
+        {"start_count", "StartCount", {kSets}, kZero},
+        {"count_one", "CountOne", {kUses}, kAny},
+        {"keep_population", "KeepPopulation", {kSets, kNumber}, kPopulation},
+        {"add_population", "AddPopulation", {kUses, kNumber}, kAny},
+        {"raise_maximum", "RaiseMaximum", {kUses, kNumber}, kBits},
         {"reject_zero", "RejectZero", {kNumber}},
         {"reject_zero_and_ones", "RejectZeroAndOnes", {kNumber}},
     }};
@@ -76,6 +77,23 @@ std::string CsnActionExpression(const CsnNode& action) {
     return Call(FindCsnAction(action.name.text)->function, constants);
 }
 
+csn::VerifierAction CsnActionEffect(const CsnNode& action) {
+    using Effect = csn::VerifierAction::Effect;
+    const CsnActionInfo& info = *FindCsnAction(action.name.text);
+    if (info.leaves == kAsBefore) {
+        return {Effect::kNone, 0, std::nullopt};
+    }
+    const std::uint32_t bits = info.parameters.size() < 2 ? 0 : action.arguments[1].number;
+    std::optional<std::uint32_t> most;
+    if (info.leaves == kZero || info.leaves == kPopulation) {
+        most = bits;
+    } else if (info.leaves == kBits && bits < 32) {
+        most = (1U << bits) - 1;
+    }
+    const bool adds = info.parameters.front() == kSets;
+    return {adds ? Effect::kAdds : Effect::kChanges, action.arguments.front().variable->tag, most};
+}
+
 std::string CsnCountExpression(const CsnCount& count) {
     const std::string tag =
         count.variable == nullptr ? std::string() : std::to_string(count.variable->tag);
@@ -105,6 +123,26 @@ std::string CsnCountExpression(const CsnCount& count) {
             return Call("TddCellInfo", {tag});
     }
     return {};
+}
+
+std::optional<csn::VerifierBound> CsnCountBound(const CsnCount& count) {
+    const auto number = static_cast<std::int32_t>(count.number);
+    switch (count.form) {
+        case Form::kValue:
+            return csn::VerifierBound{number, count.variable->tag, 1};
+        case Form::kRest:
+            return csn::VerifierBound{number, count.variable->tag, 0};
+        case Form::kTimes:
+            return csn::VerifierBound{0, count.variable->tag, 8};
+        case Form::kOctetEnd:
+            return csn::VerifierBound{7};
+        case Form::kFddCells:
+            return csn::VerifierBound{122};
+        case Form::kTddCells:
+            return csn::VerifierBound{126};
+        default:
+            return std::nullopt;  // how far a position may be is not known
+    }
 }
 
 }  // namespace quorvane::compiler

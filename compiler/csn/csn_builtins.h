@@ -3,11 +3,13 @@
 // The actions and value functions that descriptions can name, and the C++ that stands for them in
 // an image's tables. They are defined in csn/functions.h.
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "compiler/csn/csn_syntax.h"
+#include "csn/verifier.h"
 
 namespace quorvane::compiler {
 
@@ -18,9 +20,19 @@ struct CsnActionInfo {
         kNumber,  // a number
     };
 
+    /// What the variable holds, whether the action sets it or changes it.
+    enum class Leaves {
+        kAsBefore,
+        kAny,
+        kZero,
+        kBits,  // a number of as many bits as the second argument says
+        kPopulation,
+    };
+
     std::string_view name;      // in descriptions
     std::string_view function;  // in C++
     std::vector<Parameter> parameters;
+    Leaves leaves = Leaves::kAsBefore;
 };
 
 /// The action `name`, or null.
@@ -32,7 +44,13 @@ struct CsnActionInfo {
 /// C++ for the function that `action`, whose arguments are resolved, calls.
 [[nodiscard]] std::string CsnActionExpression(const CsnNode& action);
 
+/// What it does to the tags, for the proof of the image.
+[[nodiscard]] csn::VerifierAction CsnActionEffect(const CsnNode& action);
+
 /// C++ for the value function that gives `count`, which is neither a number nor just val(NAME).
 [[nodiscard]] std::string CsnCountExpression(const CsnCount& count);
+
+/// The most that the function gives, if there is a bound.
+[[nodiscard]] std::optional<csn::VerifierBound> CsnCountBound(const CsnCount& count);
 
 }  // namespace quorvane::compiler

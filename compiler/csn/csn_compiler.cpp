@@ -20,9 +20,8 @@ void VerifyImage(Reporter& reporter, const CompiledCsn& csn) {
     csn::VerifierInput input;
     input.code = csn.image.code;
     input.fieldTable = csn.image.fieldTable;
-    input.actionCount = static_cast<std::uint32_t>(csn.image.actions.size());
-    input.functionCount = static_cast<std::uint32_t>(csn.image.functions.size());
-    input.actionTags = csn.image.actionTags;
+    input.actions = csn.image.actionEffects;
+    input.functions = csn.image.functionBounds;
     for (const CompiledCsnStructure& structure : csn.structures) {
         input.entries.push_back({structure.name, structure.label, structure.rootTag,
                                  structure.firstTag,

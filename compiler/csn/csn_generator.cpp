@@ -369,12 +369,15 @@ class Generator {
                                                                                : Opcode::kAct;
         const std::uint32_t index = IndexOf(image_.actions, CsnActionExpression(node));
         code_.Emit(opcode, {index});
-        image_.actionTags.resize(image_.actions.size());
-        image_.actionTags[index] = SetsTags(node) ? 1 : 0;
+        image_.actionEffects.resize(image_.actions.size());
+        image_.actionEffects[index] = CsnActionEffect(node);
     }
 
     std::uint32_t FunctionOf(const CsnCount& count) {
-        return IndexOf(image_.functions, CsnCountExpression(count));
+        const std::uint32_t index = IndexOf(image_.functions, CsnCountExpression(count));
+        image_.functionBounds.resize(image_.functions.size());
+        image_.functionBounds[index] = CsnCountBound(count);
+        return index;
     }
 
     static std::uint32_t IndexOf(std::vector<std::string>& table, const std::string& entry) {

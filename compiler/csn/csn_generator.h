@@ -4,12 +4,14 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "compiler/csn/csn_syntax.h"
 #include "compiler/csn/csn_types.h"
 #include "compiler/reporter.h"
+#include "csn/verifier.h"
 
 namespace quorvane::compiler {
 
@@ -18,9 +20,10 @@ struct CsnImage {
     std::vector<std::uint8_t> code;
     std::vector<std::uint16_t> fieldTable;
     std::uint32_t fieldCount = 0;
-    std::vector<std::string> actions;       // C++ expressions
-    std::vector<std::uint32_t> actionTags;  // tags that each of them adds
-    std::vector<std::string> functions;     // the same, of value functions
+    std::vector<std::string> actions;                // C++ expressions
+    std::vector<csn::VerifierAction> actionEffects;  // of each of them
+    std::vector<std::string> functions;              // the same, of value functions
+    std::vector<std::optional<csn::VerifierBound>> functionBounds;
 
     std::map<std::uint32_t, std::string> fieldNames;  // by identifier
     std::map<std::uint32_t, std::string> ruleNames;   // by offset

@@ -1,7 +1,6 @@
 #include "bits/bit_buffer.h"
 
 #include <bit>
-#include <cstdlib>
 #include <cstring>
 
 namespace quorvane::bits {
@@ -66,29 +65,6 @@ void BitBufferCopy(std::uint8_t* destination, std::int32_t destinationPosition,
     for (std::int32_t index = 0; index < count; ++index) {
         SetBit(destination, destinationPosition + index, BitAt(source, sourcePosition + index));
     }
-}
-
-std::uint32_t BitBufferReadReversed(const std::uint8_t* buffer, std::int32_t position,
-                                    std::int32_t count) {
-    std::uint32_t result = 0;
-    for (std::int32_t place = 0; place < count; ++place) {
-        if (BitAt(buffer, position + place)) {
-            result |= 1U << (static_cast<std::uint32_t>(place) & 31U);
-        }
-    }
-    return result;
-}
-
-void BitBufferWriteReversed(std::uint8_t* buffer, std::int32_t position, std::uint32_t value,
-                            std::int32_t count) {
-    for (std::int32_t place = 0; place < count; ++place) {
-        SetBit(buffer, position + place,
-               (value >> (static_cast<std::uint32_t>(place) & 31U) & 1U) != 0);
-    }
-}
-
-void BitBufferAlloc(std::uint8_t*& slot, std::int32_t count) {
-    slot = static_cast<std::uint8_t*>(std::malloc(static_cast<std::size_t>((count + 7) >> 3)));
 }
 
 std::int32_t WriteLengthCode(std::uint8_t* buffer, std::int32_t position, std::uint32_t value) {

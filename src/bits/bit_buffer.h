@@ -32,19 +32,6 @@ void BitBufferWrite(std::uint8_t* buffer, std::int32_t position, std::uint32_t v
 void BitBufferCopy(std::uint8_t* destination, std::int32_t destinationPosition,
                    const std::uint8_t* source, std::int32_t sourcePosition, std::int32_t count);
 
-/// Reads the same bits as BitBufferRead from the last to the first: the bit at position+count-1
-/// becomes the result's bit count-1.
-[[nodiscard]] std::uint32_t BitBufferReadReversed(const std::uint8_t* buffer, std::int32_t position,
-                                                  std::int32_t count);
-
-/// The inverse of BitBufferReadReversed: bit count-1 of `value` goes to position+count-1.
-void BitBufferWriteReversed(std::uint8_t* buffer, std::int32_t position, std::uint32_t value,
-                            std::int32_t count);
-
-/// Gives `slot` a fresh buffer of (count + 7) / 8 octets from malloc, contents not initialised.
-/// The slot must hold null; the caller owns the buffer and releases it with free.
-void BitBufferAlloc(std::uint8_t*& slot, std::int32_t count);
-
 /// Stores position << 16 | length if both are in 0..65535, else 0.
 constexpr void MakeFieldLocator(FieldLocator& destination, std::int64_t position,
                                 std::int64_t length) {

@@ -40,6 +40,9 @@ struct Cell {
     bool present;  // of an optional member only
 };
 
+/// A value that was never reached.
+inline constexpr Cell kEmptyCell{};
+
 /// The members of the struct in `cell`, made on first use.
 inline Cell* StructCells(Arena& arena, Cell& cell, std::uint32_t memberCount) {
     if (cell.cells == nullptr) {

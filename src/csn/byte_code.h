@@ -40,8 +40,8 @@ enum class OperandKind : std::uint8_t {
     kFunction,        // index into the image's value table
     kEncodeFunction,  // the same, called when encoding
     kDecodeFunction,  // the same, called when decoding
-    kJumpDistance,    // 14 bits, see JumpTarget
-    kAltDistance,     // flag << 13 | 13 bits, see JumpTarget
+    kJumpDistance,    // 14 bits, see JumpDistance
+    kAltDistance,     // flag << 13 | 13 bits, see JumpDistance
     kSkipBits,        // 6 bits
 };
 
@@ -72,7 +72,7 @@ struct OpcodeInfo {
 inline constexpr std::uint32_t kAltFlag = 0x2000;
 inline constexpr std::uint32_t kMostJump = 0xFFF;  // farthest target without a scale
 
-/// Where a jump at offset `base` with the distance code `code` leads: bits 13 and 14 choose a
+/// The target of a jump at offset `base` with the distance code `code`: bits 13 and 14 choose a
 /// scale, the low 12 bits count granules of 1, 8, 16 or 32 octets from the end of the range before.
 /// A target beyond the first range is rounded up to its granule.
 [[nodiscard]] constexpr std::uint32_t JumpDistance(std::uint32_t base, std::uint32_t code) {

@@ -148,7 +148,6 @@ class Source {
 };
 
 std::int32_t Source::Supply(CsnFieldEvent& event) {
-    static constexpr Cell kNoCell{};
     CsnMachine& machine = *event.machine;
     if (machine.recordCount < 1) {
         return kGiveUp;
@@ -170,7 +169,7 @@ std::int32_t Source::Supply(CsnFieldEvent& event) {
         }
         return kGoOn;
     }
-    const Cell* cell = members == nullptr ? &kNoCell : &members[row->element];
+    const Cell* cell = members == nullptr ? &bits::kEmptyCell : &members[row->element];
     if (row->optional && !cell->present) {
         return kNotThere;
     }

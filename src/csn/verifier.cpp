@@ -73,7 +73,7 @@ bool Verification::Sweep() {
 }
 
 void Verification::CheckOperands(const Instruction& instruction) {
-    const auto check = [&](const char* what, std::uint32_t number, std::uint32_t count) {
+    const auto check = [&](const char* what, std::uint32_t number, std::size_t count) {
         if (number >= count) {
             Find(instruction.offset,
                  std::string(what) + " " + std::to_string(number) + " of " + std::to_string(count));
@@ -83,12 +83,12 @@ void Verification::CheckOperands(const Instruction& instruction) {
         const std::uint32_t operand = instruction.operands[place];
         switch (instruction.info->operands[place]) {
             case OperandKind::kAction:
-                check("action", operand, input_.actionCount);
+                check("action", operand, input_.actions.size());
                 break;
             case OperandKind::kFunction:
             case OperandKind::kEncodeFunction:
             case OperandKind::kDecodeFunction:
-                check("value function", operand, input_.functionCount);
+                check("value function", operand, input_.functions.size());
                 break;
             case OperandKind::kWidth:
                 if (operand > kMostFieldBits) {

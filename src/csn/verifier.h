@@ -10,9 +10,11 @@
 //     and a choice point that COMMIT moves up is not outside an open field
 //   - a rule and those it calls keep within the 32 tags; the stack too, unless rules call
 //     themselves, where the machine stops the run
-//   - an iteration of an open repetition takes at least one bit
+//   - an iteration of an open repetition takes at least one bit. A repetition whose count is that
+//     of a tag or value function is open unless the count is known to have a bound
 //
-// Actions are trusted: to keep to the machine's interface, and to add no more tags than stated.
+// Actions and value functions are trusted: to keep to the machine's interface and to what is stated
+// of them.
 //
 // Tests: tests/unit/csn_verifier_test.cpp.
 
@@ -33,13 +35,28 @@ struct VerifierEntry {
     std::uint16_t fieldCount = 0;  // how many they are; 0: any tag will do
 };
 
+/// What an action does to the tag store.
+struct VerifierAction {
+    enum class Effect : std::uint8_t { kNone, kAdds, kChanges };
+
+    Effect effect = Effect::kAdds;
+    std::uint32_t tag = 0;              // the one that it adds, or changes if it is there
+    std::optional<std::uint32_t> most;  // a number from 0 to this; none: any number
+};
+
+/// A value function's result is at most `offset`, or `factor` times the number of `tag` more.
+struct VerifierBound {
+    std::int32_t offset = 0;
+    std::optional<std::uint32_t> tag = {};
+    std::uint32_t factor = 1;
+};
+
 struct VerifierInput {
     std::span<const std::uint8_t> code;
     std::span<const std::uint16_t> fieldTable;
-    std::uint32_t actionCount = 0;
-    std::uint32_t functionCount = 0;
     std::vector<VerifierEntry> entries;
-    std::vector<std::uint32_t> actionTags;  // how many tags each action adds at most; 1 if left out
+    std::vector<VerifierAction> actions;
+    std::vector<std::optional<VerifierBound>> functions;  // none: any result
 };
 
 /// Something that is not proven, at an offset of the image.

@@ -34,6 +34,8 @@ struct Item {
     std::uint32_t operand = 0;           // kField: of its BEGIN
     std::uint16_t tag = 0;               // kField
     std::uint32_t bits = 0;              // kMark: bits taken so far, at least
+    std::uint32_t begin = 0;             // kField: offset of its BEGIN, the first of several
+    std::uint32_t iterations = 0;        // kCounter: at most
 
     /// Whether both can stand at the same place.
     [[nodiscard]] bool Matches(const Item& other) const {
@@ -48,6 +50,7 @@ struct State {
     std::uint32_t tags = 0;                 // at most
     std::uint32_t mostTags = 0;             // at most, at any time up to here
     std::uint32_t bits = 0;                 // taken since the rule began, at least
+    TagBounds bounds;                       // of the tags
     std::optional<std::uint32_t> loopExit;  // if it is known
 
     [[nodiscard]] bool TopIs(Item::Kind kind) const {
@@ -60,54 +63,28 @@ struct State {
     }
 };
 
-/// How often a repetition may run its body.
-struct Iterations {
-    std::uint32_t least = 0;
-    std::optional<std::uint32_t> most;  // none: no bound is known
-};
-
-Iterations IterationsOf(const Instruction& instruction) {
-    const auto bound = [](std::uint32_t least, std::uint32_t most) {
-        Iterations result{least & 0x3FFFU, most & 0x7FFFU};
-        if (*result.most == kOpenEndedCount) {
-            result.most.reset();
-        } else if (*result.most == 0) {
-            result.least = 0;
-        }
-        return result;
-    };
-    switch (instruction.Code()) {
-        case Opcode::kRep:
-            return bound(instruction.operands[1], instruction.operands[1]);
-        case Opcode::kRepRange:
-            return bound(instruction.operands[1], instruction.operands[2]);
-        case Opcode::kRepBit:
-            return {0, 1};
-        case Opcode::kRepMore:
-            return {1, std::nullopt};
-        default:
-            return {};
-    }
-}
-
 /// Walks one rule under one parent tag until nothing changes.
 class RuleWalk {
   public:
-    using CalleeSummary = std::function<RuleSummary(std::uint32_t label, std::uint16_t parent)>;
+    using CalleeSummary = std::function<RuleSummary(std::uint32_t label, std::uint16_t parent,
+                                                    const TagBounds& bounds)>;
 
     RuleWalk(const VerifierInput& input, const InstructionMap& instructions,
              const TagFinder& findTag, std::uint16_t parent, CalleeSummary callee,
              const FindingSink& sink)
         : input_(input),
+          numbers_(input),
           instructions_(instructions),
           findTag_(findTag),
           parent_(parent),
           callee_(std::move(callee)),
           sink_(sink) {}
 
-    RuleSummary Walk(std::uint32_t label) {
+    RuleSummary Walk(std::uint32_t label, const TagBounds& bounds) {
         summary_.leastBits = kTooMany;
-        Reach(label, label, {});
+        State first;
+        first.bounds = boundsBefore_ = bounds;
+        Reach(label, label, std::move(first));
         while (!pending_.empty()) {
             const std::uint32_t offset = pending_.front();
             pending_.pop_front();
@@ -130,8 +107,8 @@ class RuleWalk {
     void OpenField(const Instruction& instruction, const State& state);
     void CloseField(const Instruction& instruction, const State& state);
     void Return(const Instruction& instruction, const State& state);
-    void MoveChoice(const Instruction& instruction, const State& state, std::uint32_t tags,
-                    bool inside);
+    void AddTag(State& state, std::uint32_t tag, std::uint32_t most) const;
+    void MoveChoice(const Instruction& instruction, State moved, bool inside);
     void Pop(const Instruction& instruction, const State& state, Item::Kind kind, const char* what);
 
     void Reach(std::uint32_t from, std::uint32_t offset, State state);
@@ -158,6 +135,7 @@ class RuleWalk {
     std::uint16_t TagOf(const Instruction& instruction, const State& state);
 
     const VerifierInput& input_;
+    const Numbers numbers_;
     const InstructionMap& instructions_;
     const TagFinder& findTag_;
     const std::uint16_t parent_;
@@ -165,6 +143,7 @@ class RuleWalk {
     const FindingSink& sink_;
 
     RuleSummary summary_;
+    TagBounds boundsBefore_;
     std::map<std::uint32_t, State> states_;
     std::deque<std::uint32_t> pending_;
     std::set<std::uint32_t> waiting_;
@@ -188,9 +167,13 @@ bool RuleWalk::Merge(std::uint32_t from, State& known, const State& state) {
             changed = changed || both != item.targets;
             item.targets = std::move(both);
         }
-        changed = changed || other.bits < item.bits;
+        changed = changed || other.bits < item.bits || other.begin < item.begin ||
+                  other.iterations > item.iterations;
         item.bits = std::min(item.bits, other.bits);
+        item.begin = std::min(item.begin, other.begin);
+        item.iterations = std::max(item.iterations, other.iterations);
     }
+    changed = Weaken(known.bounds, state.bounds) || changed;
     changed = changed || state.tags > known.tags || state.mostTags > known.mostTags ||
               state.bits < known.bits;
     known.tags = std::max(known.tags, state.tags);
@@ -245,25 +228,17 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
     switch (instruction.Code()) {
         case Opcode::kFail:
             return;
+        case Opcode::kField:
+        case Opcode::kFieldLit:
+            TagOf(instruction, state);
+            [[fallthrough]];
         case Opcode::kBit0:
         case Opcode::kBit1:
         case Opcode::kBitH:
         case Opcode::kBitL:
-            next.bits = Add(next.bits, 1);
-            break;
         case Opcode::kLit:
-            next.bits = Add(next.bits, (instruction.operands[0] & 0xFU) + 1);
-            break;
         case Opcode::kSkip:
-            next.bits = Add(next.bits, instruction.operands[0]);
-            break;
-        case Opcode::kField:
-            TagOf(instruction, state);
-            next.bits = Add(next.bits, std::min(kTooMany, instruction.operands[1]));
-            break;
-        case Opcode::kFieldLit:
-            TagOf(instruction, state);
-            next.bits = Add(next.bits, (instruction.operands[1] & 0xFU) + 1);
+            next.bits = Add(next.bits, std::min(kTooMany, BitsTaken(instruction).value_or(0)));
             break;
         case Opcode::kPop:
             return Pop(instruction, state, Item::Kind::kAlternative,
@@ -278,9 +253,13 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
         case Opcode::kAct:
         case Opcode::kActDec:
         case Opcode::kActEnc: {
-            const std::uint32_t action = instruction.operands[0];
-            next.tags =
-                Add(next.tags, action < input_.actionTags.size() ? input_.actionTags[action] : 1);
+            const VerifierAction& action = input_.actions[instruction.operands[0]];
+            if (action.effect == VerifierAction::Effect::kAdds) {
+                AddTag(next, action.tag, action.most.value_or(kNoBound));
+            }
+            if (instruction.Code() != Opcode::kAct) {
+                Next(instruction, state);  // in the other direction
+            }
             break;
         }
         case Opcode::kCall:
@@ -334,10 +313,10 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
         case Opcode::kRetTags:
             return Return(instruction, state);
         case Opcode::kTagPos:
-            next.tags = Add(next.tags, 1);
+            AddTag(next, instruction.operands[0], kNoBound);
             break;
         case Opcode::kCommit:
-            MoveChoice(instruction, state, state.tags, false);
+            MoveChoice(instruction, state, false);
             break;
         case Opcode::kJmp:
             return Jump(instruction, state);
@@ -359,6 +338,11 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
     Next(instruction, std::move(next));
 }
 
+void RuleWalk::AddTag(State& state, std::uint32_t tag, std::uint32_t most) const {
+    state.tags = Add(state.tags, 1);
+    numbers_.Add(state.bounds, tag, most);
+}
+
 void RuleWalk::Exclude(const Instruction& instruction, const State& state) {
     if (!state.TopIs(Item::Kind::kMark)) {
         return sink_(instruction.offset, "the top of the stack is no mark");
@@ -376,7 +360,8 @@ void RuleWalk::Exclude(const Instruction& instruction, const State& state) {
 void RuleWalk::OpenField(const Instruction& instruction, const State& state) {
     State next = state;
     const std::uint16_t tag = TagOf(instruction, state);
-    next.stack.push_back({Item::Kind::kField, {}, 0, instruction.operands[0], tag});
+    next.stack.push_back(
+        {Item::Kind::kField, {}, 0, instruction.operands[0], tag, 0, instruction.offset});
     Next(instruction, next);
 }
 
@@ -386,13 +371,14 @@ void RuleWalk::CloseField(const Instruction& instruction, const State& state) {
     }
     State next = state.Popped(1);
     if (instruction.Code() == Opcode::kEndTag) {
-        next.tags = Add(next.tags, 1);
+        AddTag(next, instruction.operands[1],
+               MostBetween(instructions_, state.stack.back().begin, instruction.offset));
     }
     Next(instruction, next);
 }
 
 void RuleWalk::Repeat(const Instruction& instruction, const State& state) {
-    const Iterations iterations = IterationsOf(instruction);
+    const Iterations iterations = numbers_.IterationsOf(instruction, state.bounds);
     if (iterations.least == 0) {
         State behind = state;
         behind.loopExit.reset();
@@ -401,7 +387,8 @@ void RuleWalk::Repeat(const Instruction& instruction, const State& state) {
     State inside = state;
     inside.loopExit = TargetOf(instruction);
     inside.stack.push_back({Item::Kind::kLoopExit, {TargetOf(instruction)}});
-    inside.stack.push_back({Item::Kind::kCounter, {}, instruction.offset});
+    inside.stack.push_back(
+        {Item::Kind::kCounter, {}, instruction.offset, 0, 0, 0, 0, iterations.most});
     Next(instruction, inside);
 }
 
@@ -415,8 +402,8 @@ void RuleWalk::Loop(const Instruction& instruction, const State& state) {
     if (TargetOf(instruction) != body) {
         return sink_(instruction.offset, "does not lead to the start of its repetition");
     }
-    const Iterations iterations = IterationsOf(repetition);
-    if (!iterations.most && state.bits <= start.bits) {
+    const std::uint32_t most = state.stack.back().iterations;
+    if (most == kNoBound && state.bits <= start.bits) {
         sink_(instruction.offset, "an iteration may take no bits");
     }
     State again = state;
@@ -426,11 +413,11 @@ void RuleWalk::Loop(const Instruction& instruction, const State& state) {
 
     State behind = state.Popped(2);
     if (state.tags > start.tags) {
-        if (!iterations.most) {
+        if (most == kNoBound) {
             sink_(instruction.offset, "every iteration adds tags, without a bound");
         }
         const std::uint32_t each = state.tags - start.tags;
-        const std::uint32_t times = std::min(kTooMany, iterations.most.value_or(kTooMany));
+        const std::uint32_t times = std::min(kTooMany, most);
         behind.tags = Add(start.tags, each * times);
         behind.mostTags = Add(state.mostTags, times == 0 ? 0 : each * (times - 1));
     }
@@ -441,20 +428,26 @@ void RuleWalk::Loop(const Instruction& instruction, const State& state) {
 }
 
 void RuleWalk::Call(const Instruction& instruction, const State& state) {
-    const RuleSummary callee = callee_(TargetOf(instruction), Parent(state));
+    const RuleSummary callee = callee_(TargetOf(instruction), Parent(state), state.bounds);
     const auto depth = static_cast<std::uint32_t>(state.stack.size());
     summary_.stackMost = std::max(summary_.stackMost, Add(depth + 1, callee.stackMost));
     const std::uint32_t tags = Add(state.tags, callee.tagsMost);
     summary_.tagsMost = std::max(summary_.tagsMost, tags);
     if (callee.commits) {
-        MoveChoice(instruction, state, tags, callee.commitsInside);
+        State moved = state;
+        moved.tags = tags;
+        moved.bounds.clear();
+        MoveChoice(instruction, std::move(moved), callee.commitsInside);
     }
     if (!callee.returns) {
         return;
     }
     State next = state;
     next.loopExit.reset();
-    next.tags = Add(next.tags, callee.tagsLeft);
+    if (callee.tagsLeft > 0) {
+        next.tags = Add(next.tags, callee.tagsLeft);
+        next.bounds = callee.bounds;
+    }
     next.mostTags = std::max(next.mostTags, tags);
     next.bits = Add(next.bits, callee.leastBits);
     Next(instruction, next);
@@ -465,6 +458,12 @@ void RuleWalk::Return(const Instruction& instruction, const State& state) {
         return sink_(instruction.offset, "returns with entries of its rule on the stack");
     }
     const bool drops = instruction.Code() == Opcode::kRetTags;
+    const TagBounds& bounds = drops ? boundsBefore_ : state.bounds;
+    if (summary_.returns) {
+        Weaken(summary_.bounds, bounds);
+    } else {
+        summary_.bounds = bounds;
+    }
     summary_.returns = true;
     summary_.tagsLeft = std::max(summary_.tagsLeft, drops ? 0 : state.tags);
     summary_.leastBits = std::min(summary_.leastBits, state.bits);
@@ -472,10 +471,7 @@ void RuleWalk::Return(const Instruction& instruction, const State& state) {
 
 /// The nearest choice point, and any repetition in front of it, may now go back to this state.
 /// `inside`: a field was opened since, which would stay open.
-void RuleWalk::MoveChoice(const Instruction& instruction, const State& state, std::uint32_t tags,
-                          bool inside) {
-    State moved = state;
-    moved.tags = tags;
+void RuleWalk::MoveChoice(const Instruction& instruction, State moved, bool inside) {
     moved.loopExit.reset();
     while (!moved.stack.empty()) {
         const Item item = moved.stack.back();
@@ -508,6 +504,7 @@ void Widen(RuleSummary& summary, const RuleSummary& stored) {
     widen(summary.tagsMost, stored.tagsMost);
     widen(summary.stackMost, stored.stackMost);
     summary.leastBits = std::min(summary.leastBits, stored.leastBits);
+    Weaken(summary.bounds, stored.bounds);
     summary.returns = summary.returns || stored.returns;
     summary.commits = summary.commits || stored.commits;
     summary.commitsInside = summary.commitsInside || stored.commitsInside;
@@ -524,16 +521,18 @@ RuleSummary FlowVerifier::Summary(std::uint32_t label, std::uint16_t parent) con
     return found == summaries_.end() ? RuleSummary{} : found->second;
 }
 
-RuleSummary FlowVerifier::Known(const Context& context) {
+RuleSummary FlowVerifier::Known(const Context& context, const TagBounds& bounds) {
     const auto [place, added] = summaries_.try_emplace(context);
     if (added) {
+        bounds_[context] = bounds;
         const RuleSummary summary = Walk(context);
         summaries_[context] = summary;
         order_.push_back(context);  // behind those that it calls
         return summary;
     }
     // A rule that is still being walked calls itself: what it does is not known yet.
-    recursive_ = recursive_ || !finished_.contains(context);
+    const bool weaker = Weaken(bounds_[context], bounds);
+    again_ = again_ || weaker || !finished_.contains(context);
     return place->second;
 }
 
@@ -541,25 +540,27 @@ RuleSummary FlowVerifier::Walk(const Context& context) {
     const FindingSink collect = [this](std::uint32_t offset, const std::string& text) {
         findings_[offset].insert(text);
     };
-    const RuleWalk::CalleeSummary callee = [this](std::uint32_t label, std::uint16_t parent) {
-        return Known({label, parent});
+    const RuleWalk::CalleeSummary callee = [this](std::uint32_t label, std::uint16_t parent,
+                                                  const TagBounds& bounds) {
+        return Known({label, parent}, bounds);
     };
     RuleWalk walk(input_, instructions_, findTag_, context.second, callee, collect);
-    const RuleSummary summary = walk.Walk(context.first);
+    const TagBounds bounds = bounds_[context];  // a copy: a call of itself may weaken them
+    const RuleSummary summary = walk.Walk(context.first, bounds);
     finished_.insert(context);
     return summary;
 }
 
 void FlowVerifier::Run(const FindingSink& sink) {
     for (const VerifierEntry& entry : input_.entries) {
-        (void)Known({entry.label, entry.rootTag});
+        (void)Known({entry.label, entry.rootTag}, {});
     }
-    // With rules that call themselves all is walked again until no summary changes. What keeps
-    // growing has no bound.
+    // With rules that call themselves, or that are called where less is known of the tags, all is
+    // walked again until no summary changes. What keeps growing has no bound.
     constexpr std::uint32_t kMostChanges = 8;
     std::map<Context, std::uint32_t> changes;
-    for (bool changed = recursive_; changed;) {
-        changed = false;
+    while (again_) {
+        again_ = false;
         findings_.clear();
         for (std::size_t place = 0; place < order_.size(); ++place) {
             const Context context = order_[place];
@@ -571,7 +572,7 @@ void FlowVerifier::Run(const FindingSink& sink) {
             if (!(summary == stored)) {
                 ++changes[context];
                 stored = summary;
-                changed = true;
+                again_ = true;
             }
         }
     }

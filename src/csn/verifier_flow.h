@@ -14,11 +14,9 @@
 
 #include "csn/byte_code.h"
 #include "csn/verifier.h"
+#include "csn/verifier_numbers.h"
 
 namespace quorvane::csn {
-
-/// The instructions of an image by offset.
-using InstructionMap = std::map<std::uint32_t, Instruction>;
 
 /// The tag of field `id` under `parent`, if it has one.
 using TagFinder =
@@ -34,6 +32,7 @@ struct RuleSummary {
     std::uint32_t tagsMost = 0;   // while it runs
     std::uint32_t stackMost = 0;  // while it runs, its return address not counted
     std::uint32_t leastBits = 0;  // that it takes
+    TagBounds bounds;             // when it returns
     bool returns = false;
     bool commits = false;        // may move up a choice point of its caller
     bool commitsInside = false;  // does so inside a field that it opened
@@ -54,16 +53,17 @@ class FlowVerifier {
     /// A rule under the tag of the field that encloses its use.
     using Context = std::pair<std::uint32_t, std::uint16_t>;
 
-    RuleSummary Known(const Context& context);
+    RuleSummary Known(const Context& context, const TagBounds& bounds);
     RuleSummary Walk(const Context& context);
 
     const VerifierInput& input_;
     const InstructionMap& instructions_;
     TagFinder findTag_;
     std::map<Context, RuleSummary> summaries_;
-    std::set<Context> finished_;  // walked at least once
-    std::vector<Context> order_;  // rules behind those that they call
-    bool recursive_ = false;      // rules call themselves
+    std::map<Context, TagBounds> bounds_;  // that hold wherever the rule is called
+    std::set<Context> finished_;           // walked at least once
+    std::vector<Context> order_;           // rules behind those that they call
+    bool again_ = false;                   // a rule was walked by what does not hold any more
     std::map<std::uint32_t, std::set<std::string>> findings_;
 };
 

@@ -11,8 +11,6 @@ namespace {
 using bits::Cell;
 using bits::Outcome;
 
-constexpr Cell kUnreached{};
-
 Outcome EncodeBinary(EncodeContext& context, const ValueRow& row, std::int64_t position,
                      const Cell& cell) {
     if (cell.number > 0) {
@@ -172,7 +170,7 @@ Outcome EncodeMessageSet(EncodeContext& context, const ValueRow& row, std::int64
 }  // namespace
 
 const Cell& MemberOf(const Cell& cell, std::size_t element) {
-    return cell.cells == nullptr ? kUnreached : cell.cells[element];
+    return cell.cells == nullptr ? bits::kEmptyCell : cell.cells[element];
 }
 
 Outcome EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t position,

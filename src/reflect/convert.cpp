@@ -6,16 +6,13 @@
 namespace quorvane::reflect {
 namespace {
 
-// A value that was never reached.
-constexpr bits::Cell kUnreached{};
-
 constexpr std::uint32_t OctetsOf(std::uint32_t bits) {
     return static_cast<std::uint32_t>((std::uint64_t{bits} + 7) / 8);
 }
 
 /// The cell of member or item `index`, also where the record has none.
 const bits::Cell& CellAt(const bits::Cell* cells, std::size_t index) {
-    return cells == nullptr ? kUnreached : cells[index];
+    return cells == nullptr ? bits::kEmptyCell : cells[index];
 }
 
 std::uint32_t ItemCount(const bits::Cell& cell) {
@@ -71,7 +68,7 @@ class TreeMaker {
     template <typename Node, typename Descriptor>
     TEDDataBase* MakeNumber(const TypeRow& row, const TEDClassBase* descriptor,
                             const bits::Cell& cell) {
-        const bits::Cell& held = row.size == 0 ? kUnreached : cell;
+        const bits::Cell& held = row.size == 0 ? bits::kEmptyCell : cell;
         Node* node = new (arena_) Node(arena_, static_cast<const Descriptor*>(descriptor),
                                        static_cast<std::int32_t>(held.number));
         node->location = held.location;
@@ -126,7 +123,7 @@ class TreeMaker {
         TEDDataBase* choice = nullptr;
         if (row.count > 0) {
             choice = Make(tables_.ElementsOf(row)[index].type,
-                          chosen ? CellAt(cell.cells, 0) : kUnreached);
+                          chosen ? CellAt(cell.cells, 0) : bits::kEmptyCell);
         }
         return new (arena_) TEDDataUnion(arena_, descriptor, index, choice);
     }

@@ -63,6 +63,19 @@ TEST(CsnStructures, MembersOfRlcMacMessages) {
     EXPECT_EQ(MemberNames("packet_serving_cell_data"),
               "Address_information_part_error CONTAINER CONTAINER_INDEX Distribution_part_error "
               "Global_TFI Non_distribution_part_error PAGE_MODE spare");
+    EXPECT_EQ(MemberNames("packet_measurement_order"),
+              "Address_information_part_error CCN_ACTIVE CCN_Support_Description "
+              "Distribution_part_error ENH_Measurement_Parameters EXT_Measurement_Parameters "
+              "GPRS_3G_Additional_Measurement_Parameters_Description_2 G_RNTI_extension Global_TFI "
+              "Iu_Mode_Neighbour_Cell_Parameters LSA_Parameters NC_Iu_MODE_ONLY_CAPABLE_CELL_LIST "
+              "NC_Measurement_Parameters Non_distribution_part_error PAGE_MODE PMO_COUNT PMO_INDEX "
+              "TLLI_G_RNTI _3G_CCN_ACTIVE _700_REPORTING_OFFSET _700_REPORTING_THRESHOLD "
+              "_810_REPORTING_OFFSET _810_REPORTING_THRESHOLD");
+    EXPECT_EQ(MemberNames("psi5"),
+              "Distribution_part_error ENH_Reporting_Parameters EXT_Measurement_Parameters "
+              "GPRS_3G_Additional_Measurement_Parameters_Description_2 NC_Measurement_Parameters "
+              "PAGE_MODE PSI5_CHANGE_MARK PSI5_COUNT PSI5_INDEX _700_REPORTING_OFFSET "
+              "_700_REPORTING_THRESHOLD _810_REPORTING_OFFSET _810_REPORTING_THRESHOLD");
     EXPECT_EQ(MemberNames("packet_tbf_release"),
               "Address_information_part_error DOWNLINK_RELEASE Distribution_part_error GLOBAL_TFI "
               "Non_distribution_part_error PAGE_MODE TBF_RELEASE_CAUSE UPLINK_RELEASE");
@@ -176,8 +189,9 @@ TEST(CsnStructures, AgreeWithTheReference) {
     SCOPED_TRACE("seed " + std::to_string(Seed()));
     for (const std::string name :
          {"egprs_packet_downlink_ack_nack", "ia_rest_octets", "measurement_information",
-          "packet_control_acknowledgement_11bit", "packet_serving_cell_data", "packet_tbf_release",
-          "packet_uplink_assignment", "psi3", "si2quater_rest_octets"}) {
+          "packet_control_acknowledgement_11bit", "packet_measurement_order",
+          "packet_serving_cell_data", "packet_tbf_release", "packet_uplink_assignment", "psi3",
+          "psi5", "si2quater_rest_octets"}) {
         SCOPED_TRACE(name);
         Grammar grammar(Structure(name));
         ASSERT_EQ(grammar.Errors(), "");

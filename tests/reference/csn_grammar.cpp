@@ -172,9 +172,8 @@ void Grammar::Link() {
     csn::VerifierInput input;
     input.code = image_.code;
     input.fieldTable = image_.fieldTable;
-    input.actionCount = static_cast<std::uint32_t>(actions_.size());
-    input.functionCount = static_cast<std::uint32_t>(functions_.size());
-    input.actionTags = image_.actionTags;
+    input.actions = image_.actionEffects;
+    input.functions = image_.functionBounds;
     for (std::size_t index = 0; index < types_.structures.size(); ++index) {
         const compiler::CsnStructureTypes& types = types_.structures[index];
         const auto fieldCount = static_cast<std::uint16_t>(types.fields.size());

@@ -1,6 +1,5 @@
 #include "bits/bit_buffer.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -113,27 +112,6 @@ TEST(BitBufferCopy, CountBelowOneCopiesNothing) {
     BitBufferCopy(nullptr, 0, nullptr, 0, 0);
     BitBufferCopy(nullptr, 0, nullptr, 0, -8);
     BitBufferCopy(nullptr, 0, nullptr, 0, -3);
-}
-
-TEST(BitBufferReversed, ReadsAndWritesFromTheLastBit) {
-    // Bits 1 0 1 1 0 at position 2, from the last to the first 0 1 1 0 1.
-    const Octets octets = {0x2C, 0x00};
-    EXPECT_EQ(BitBufferRead(octets.data(), 2, 5), 0x16U);
-    EXPECT_EQ(BitBufferReadReversed(octets.data(), 2, 5), 0x0DU);
-    EXPECT_EQ(BitBufferReadReversed(octets.data(), 2, 0), 0U);
-    Octets written = {0xFF, 0xFF};
-    BitBufferWriteReversed(written.data(), 2, 0x0D, 5);
-    EXPECT_EQ(written, (Octets{0xED, 0xFF}));
-    EXPECT_EQ(BitBufferReadReversed(written.data(), 2, 5), 0x0DU);
-}
-
-TEST(BitBufferAlloc, GivesAFreshBuffer) {
-    std::uint8_t* slot = nullptr;
-    BitBufferAlloc(slot, 9);
-    ASSERT_NE(slot, nullptr);
-    slot[0] = 1;
-    slot[1] = 2;  // 9 bits are two octets
-    std::free(slot);
 }
 
 TEST(FieldLocator, HoldsPositionAndLength) {

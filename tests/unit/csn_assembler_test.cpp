@@ -162,6 +162,22 @@ TEST(CsnAssembler, ReportsWhatDoesNotFit) {
     }
     {
         Assembler code;
+        code.Emit(Opcode::kLit, {Assembler::Literal(0, 0)});
+        EXPECT_EQ(ErrorOf(code), "LIT at 0: a literal of 0 bits cannot be 0");
+    }
+    {
+        Assembler code;
+        code.Emit(Opcode::kBegin, {Assembler::Delimiter(0x80000000U, false)});
+        EXPECT_EQ(ErrorOf(code), "BEGIN at 0: field identifier too large");
+    }
+    {
+        Assembler code;
+        Assembler other;
+        code.Emit(Opcode::kJmp, {other.NewLabel()});
+        EXPECT_EQ(ErrorOf(code), "JMP at 0: label 0 does not exist");
+    }
+    {
+        Assembler code;
         code.Emit(Opcode::kNop);
         code.Emit(Opcode::kJmp, {code.NewLabel()});
         EXPECT_EQ(ErrorOf(code), "JMP at 1: label 0 is not bound");

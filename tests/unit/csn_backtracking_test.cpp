@@ -163,6 +163,69 @@ TEST(CsnChoice, FlagIsOfNoEffectInsideAFieldOfTheLoop) {
     EXPECT_EQ(Encode(image).Text(), "001");
 }
 
+/// Zeros, the branch flagged so that a writer in an open repetition passes over it.
+void FlaggedZeros(Image& image, std::uint32_t least, std::uint32_t most, bool leftOut) {
+    const auto exit = image.code.NewLabel();
+    const auto fail = image.code.NewLabel();
+    const auto join = image.code.NewLabel();
+    image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, leftOut), least, most});
+    const auto body = image.code.BindNew();
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(fail, true)});
+    image.code.Emit(Opcode::kBit0);
+    image.code.Emit(Opcode::kJmp, {join});
+    image.code.Bind(fail);
+    image.code.Emit(Opcode::kFail);
+    image.code.Bind(join);
+    image.code.Emit(Opcode::kPop);
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(exit);
+}
+
+TEST(CsnChoice, FlagCountsInABoundedRepetitionToo) {
+    // Once no more iterations are required, the repetition is an open one.
+    const Emit emit = [](Image& image) {
+        FlaggedZeros(image, 0, 2, false);
+        image.code.Emit(Opcode::kBit1);
+    };
+    EXPECT_EQ(EncodedBits(emit), "1");
+    const Emit required = [](Image& image) {
+        FlaggedZeros(image, 1, 3, false);
+        image.code.Emit(Opcode::kBit1);
+    };
+    EXPECT_EQ(EncodedBits(required), "01");
+}
+
+/// Writes 0001 at the first field.
+std::int32_t ThreeZeros(CsnFieldEvent& event) {
+    event.machine->writer->Write(event.bitPos, 1, 4);
+    event.bitLength = 4;
+    return kGoOn;
+}
+
+TEST(CsnChoice, FlagIsOfNoEffectWhereAnEncoderReads) {
+    // What the source has written: the branch is tried.
+    for (const bool leftOut : {false, true}) {
+        Image image;
+        const auto field = image.Field({{kRoot, 10}});
+        image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(field, true)});
+        FlaggedZeros(image, 0, kOpenEndedCount, leftOut);
+        image.code.Emit(Opcode::kBit1);
+        image.code.Emit(Opcode::kEnd, {Assembler::Delimiter(field, true)});
+        image.code.Emit(Opcode::kRet);
+        EXPECT_EQ(Encode(image, ThreeZeros).Text(), "0001");
+    }
+    // What is read again.
+    EXPECT_EQ(EncodedBits([](Image& image) {
+                  image.code.Emit(Opcode::kMark);
+                  image.code.Emit(Opcode::kLit, {Assembler::Literal(1, 4)});
+                  image.code.Emit(Opcode::kRescan);
+                  FlaggedZeros(image, 0, kOpenEndedCount, false);
+                  image.code.Emit(Opcode::kBit1);
+                  image.code.Emit(Opcode::kRescanEnd);
+              }),
+              "0001");
+}
+
 /// Three elements of 3, 3 and 4 bits, truncated.
 struct TruncatedImage : Image {
     TruncatedImage() {

@@ -263,6 +263,64 @@ TEST(CsnFieldLiteral, RescanReadsItFirst) {
     }
 }
 
+TEST(CsnFieldLiteral, RescanKeepsItWithinTheFirstReading) {
+    // The fourth bit is there, but behind what is read again.
+    Image image;
+    const auto field = image.Field({{kRoot, 10}});
+    image.code.Emit(Opcode::kMark);
+    image.code.Emit(Opcode::kLit, {Assembler::Literal(5, 3)});
+    image.code.Emit(Opcode::kRescan);
+    image.code.Emit(Opcode::kFieldLit, {field, Assembler::Literal(11, 4)});
+    image.code.Emit(Opcode::kRescanEnd);
+    image.code.Emit(Opcode::kRet);
+    const auto run = Encode(image);
+    EXPECT_EQ(test::BitText(run.octets, 4), "1011");
+    EXPECT_EQ(run.result, -1);
+    EXPECT_EQ(run.machine->recordCount, 0);
+}
+
+TEST(CsnField, PositionsEnd) {
+    for (const bool literal : {false, true}) {
+        Image image;
+        const auto field = image.Field({{kRoot, 10}});
+        if (literal) {
+            image.code.Emit(Opcode::kFieldLit, {field, Assembler::Literal(0, 2)});
+        } else {
+            image.code.Emit(Opcode::kField, {field, 2});
+        }
+        image.code.Emit(Opcode::kRet);
+        for (const std::int32_t left : {1, 2}) {
+            std::uint8_t octet = 0;
+            bits::BitWriter writer(&octet, 1);
+            CsnMachine machine;
+            CsnMachineInit(machine, image.Program(), 0, writer, kMostPosition - left);
+            machine.rootTag = kRoot;
+            EXPECT_EQ(CsnMachineRun(machine, nullptr), left == 2 ? 2 : -1);
+        }
+    }
+}
+
+TEST(CsnGroup, PositionsEnd) {
+    for (const std::int32_t left : {1, 2}) {
+        Image image;
+        const auto group = image.Field({{kRoot, 10}});
+        image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(group, true)});
+        image.code.Emit(Opcode::kSkip, {2});
+        image.code.Emit(Opcode::kEnd, {Assembler::Delimiter(group, true)});
+        image.code.Emit(Opcode::kRet);
+        std::uint8_t octet = 0;
+        bits::BitWriter writer(&octet, 1);
+        Listener listener;
+        listener.claims = 2;
+        CsnMachine machine;
+        CsnMachineInit(machine, image.Program(), 0, writer, kMostPosition - left);
+        machine.rootTag = kRoot;
+        machine.userRecord = &listener;
+        EXPECT_EQ(CsnMachineRun(machine, Listener::Hear), left == 2 ? 2 : -1);
+        EXPECT_EQ(machine.sourceLimit, kNoLimit);
+    }
+}
+
 // Groups.
 
 struct GroupImage : Image {
@@ -360,6 +418,39 @@ TEST(CsnGroup, EndOfAnotherLengthGoesBack) {
     EXPECT_EQ(run.machine->recordCount, 0);
     EXPECT_EQ(run.machine->fieldDepth, 0);
     EXPECT_EQ(run.machine->stackDepth, 0);
+}
+
+TEST(CsnGroup, EndOfAnotherLengthDoesNothingElse) {
+    // Whether the run goes back or has nowhere to go: the end is not told, the field does not
+    // close, no number is kept, and what follows does not run.
+    for (const bool choice : {false, true}) {
+        Image image;
+        const auto group = image.Field({{kRoot, 10}});
+        const auto other = image.code.NewLabel();
+        if (choice) {
+            image.code.Emit(Opcode::kAlt, {Assembler::Branch(other, false)});
+        }
+        image.code.Emit(Opcode::kMark);
+        image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(group, false)});
+        image.code.Emit(Opcode::kSkip, {2});
+        image.code.Emit(Opcode::kEndTag, {Assembler::Delimiter(group, false), 1});
+        image.code.Emit(Opcode::kAct, {image.Action([](CsnMachine&) { ADD_FAILURE(); })});
+        image.code.Emit(Opcode::kRet);
+        image.code.Bind(other);
+        image.code.Emit(Opcode::kBit1);
+        image.code.Emit(Opcode::kRet);
+        Listener listener;
+        listener.writes = "000";
+        const auto run = EncodeTo(image, listener);
+        EXPECT_EQ(run.result, choice ? 1 : -1);
+        EXPECT_EQ(listener.heard, "[0 at 0+0 kind 0]");
+        EXPECT_EQ(RecordText(*run.machine), choice ? "" : "(10,0,0,0)");
+        EXPECT_EQ(run.machine->tagCount, 0);
+        EXPECT_EQ(run.machine->fieldDepth, choice ? 0 : 1);
+        EXPECT_EQ(run.machine->stackDepth, choice ? 0 : 2);
+        EXPECT_EQ(run.machine->sourceNesting, choice ? 0 : 1);
+        EXPECT_EQ(run.machine->sourceLimit, choice ? kNoLimit : 3);
+    }
 }
 
 TEST(CsnGroup, InnerGroupsOfASourceStretchAreCounted) {

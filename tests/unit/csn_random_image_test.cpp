@@ -316,9 +316,11 @@ VerifierInput InputOf(Image& image, const std::vector<std::uint8_t>& code) {
     VerifierInput input;
     input.code = code;
     input.fieldTable = image.fields;
-    input.actionCount = static_cast<std::uint32_t>(image.actions.size());
-    input.functionCount = static_cast<std::uint32_t>(image.functions.size());
-    input.actionTags = {0, 1, 0, 0, 0, 0, 0, 0};
+    using Effect = VerifierAction::Effect;
+    input.actions.assign(image.actions.size(), {Effect::kNone, 0, {}});
+    input.actions[1] = {Effect::kAdds, 1, {}};
+    input.actions[7] = {Effect::kChanges, 1, 3};
+    input.functions = {VerifierBound{7}, VerifierBound{1, 1, 1}, VerifierBound{0, 2, 8}, {}};
     input.entries.push_back({"Random", 0, kRoot, 10, kFieldTags});
     return input;
 }

@@ -300,5 +300,27 @@ TEST_F(CsnStack, FullStackStopsARepetitionHalfWay) {
     EXPECT_EQ(machine.stackDepth, 256);
 }
 
+TEST_F(CsnStack, AFieldThatClosesWithoutItsRecordHasTheParentOfItsDepth) {
+    // The list begins inside of a field: nothing tells its parent.
+    machine.fieldDepth = 2;
+    RecordEnd(machine, 11);
+    EXPECT_EQ(machine.fieldDepth, 1);
+    EXPECT_EQ(machine.records[0].parent, nullptr);
+
+    // The newest record is of a field further in: the one of the depth is looked for.
+    machine.recordCount = 0;
+    machine.fieldDepth = 0;
+    RecordBegin(machine, 10);
+    RecordBegin(machine, 11);
+    RecordBegin(machine, 12);
+    machine.fieldDepth = 2;
+    RecordEnd(machine, 11);
+    EXPECT_EQ(machine.records[3].parent, &machine.records[0]);
+
+    // At the outermost level there is none.
+    RecordEnd(machine, 10);
+    EXPECT_EQ(machine.records[4].parent, nullptr);
+}
+
 }  // namespace
 }  // namespace quorvane::csn

@@ -13,8 +13,8 @@ VerifierInput InputOf(Image& image) {
     VerifierInput input;
     input.code = image.Octets();
     input.fieldTable = image.fields;
-    input.actionCount = static_cast<std::uint32_t>(image.actions.size());
-    input.functionCount = static_cast<std::uint32_t>(image.functions.size());
+    input.actions.resize(image.actions.size());
+    input.functions.resize(image.functions.size());
     input.entries.push_back({"Structure", 0, kRoot, 0, 0});
     return input;
 }
@@ -448,7 +448,7 @@ TEST(CsnVerifier, ActionsAddTheTagsStated) {
     image.code.Emit(Opcode::kRet);
     VerifierInput input = InputOf(image);
     EXPECT_FALSE(Verify(input).findings.empty());
-    input.actionTags = {0};
+    input.actions = {{VerifierAction::Effect::kNone, 0, {}}};
     EXPECT_TRUE(Verify(input).findings.empty());
 }
 
@@ -482,6 +482,86 @@ TEST(CsnVerifier, RulesThatCallThemselves) {
         ASSERT_EQ(report.needs.size(), 1U);
         EXPECT_FALSE(report.needs[0].stackEntries);
         EXPECT_EQ(test::Decode(image, "1110").result, 4);
+    }
+}
+
+TEST(CsnVerifier, CountsOfRangesTellWhatIsReached) {
+    // The body never ends; what is behind is at fault, and reached only without an iteration.
+    const auto findings = [](std::uint32_t least, std::uint32_t most) {
+        Image image;
+        const auto exit = image.code.NewLabel();
+        image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), least, most});
+        image.code.Emit(Opcode::kFail);
+        image.code.Bind(exit);
+        image.code.Emit(Opcode::kPop);
+        image.code.Emit(Opcode::kRet);
+        return FindingsOf(image);
+    };
+    const std::string fault = "5: the top of the stack is no alternative\n";
+    EXPECT_EQ(findings(0, 3), fault);
+    EXPECT_EQ(findings(1, 3), "");
+    EXPECT_EQ(findings(3, 0), fault);  // none is allowed: none is required
+}
+
+TEST(CsnVerifier, CountsOfRangesBoundTheTags) {
+    for (const std::uint32_t most : {32U, 33U}) {
+        Image image;
+        const auto exit = image.code.NewLabel();
+        image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), 1, most});
+        const auto body = image.code.BindNew();
+        image.code.Emit(Opcode::kTagPos, {1});
+        image.code.Emit(Opcode::kLoop, {body});
+        image.code.Bind(exit);
+        image.code.Emit(Opcode::kRet);
+        EXPECT_EQ(FindingsOf(image).empty(), most == 32);
+    }
+    // A maximum of 0x3FFF is none, one above is one.
+    for (const std::uint32_t most : {0x3FFEU, 0x3FFFU, 0x4000U}) {
+        Image image;
+        const auto exit = image.code.NewLabel();
+        image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), 0, most});
+        const auto body = image.code.BindNew();
+        image.code.Emit(Opcode::kLoop, {body});
+        image.code.Bind(exit);
+        image.code.Emit(Opcode::kRet);
+        EXPECT_EQ(FindingsOf(image).empty(), most != 0x3FFF);
+    }
+}
+
+TEST(CsnVerifier, RulesThatCallEachOtherAndCommit) {
+    // A ::= { 1 B } // | 0, B ::= A with its end moved up: each round through them leaves one more
+    // tag, so that they are walked until the count is given up. What they may do besides stays
+    // known: they return, and B moves its caller's choice, inside of a field that it opened or not.
+    for (const bool inside : {false, true}) {
+        Image image;
+        auto& code = image.code;
+        const auto field = image.Field({{kRoot, 10}, {10, 10}});
+        const auto second = code.NewLabel();
+        const auto end = code.NewLabel();
+        const auto other = code.NewLabel();
+        const auto first = code.BindNew();
+        code.Emit(Opcode::kAlt, {Assembler::Branch(end, false)});
+        code.Emit(Opcode::kBit1);
+        code.Emit(Opcode::kCall, {second});
+        code.Emit(Opcode::kPop);
+        code.Bind(end);
+        code.Emit(Opcode::kRet);
+        code.Bind(second);
+        code.Emit(Opcode::kTagPos, {1});
+        code.Emit(Opcode::kCall, {first});
+        code.Emit(Opcode::kSkipEnc, {other});
+        if (inside) {
+            code.Emit(Opcode::kBegin, {Assembler::Delimiter(field, false)});
+        }
+        code.Emit(Opcode::kCommit);
+        if (inside) {
+            code.Emit(Opcode::kEnd, {Assembler::Delimiter(field, false)});
+        }
+        code.Bind(other);
+        code.Emit(Opcode::kRet);
+        const std::string text = FindingsOf(image);
+        EXPECT_NE(text.find("Structure may keep more than 32 tags at a time"), std::string::npos);
+        EXPECT_EQ(text.find("field that is open") != std::string::npos, inside) << text;
     }
 }
 
