@@ -6,12 +6,11 @@
 // bits or what the record is made of.
 
 #include <algorithm>
-#include <set>
 #include <vector>
 
-#include "csn/byte_code.h"
 #include "csn/csn_record.h"
 #include "csn/machine.h"
+#include "csn_limits.h"
 #include "families/family.h"
 #include "fuzz_support.h"
 #include "random_record.h"
@@ -31,72 +30,18 @@ struct Structure {
     bool hasActions;
 };
 
-/// Whether the code of a structure, with the rules that it calls, has an action in it.
-bool HasActions(const csn::CsnStructure& structure) {
-    const std::span<const std::uint8_t> code(structure.program->code, structure.program->codeSize);
-    std::set<std::uint32_t> seen;
-    std::vector<std::uint32_t> open{structure.label};
-    while (!open.empty()) {
-        const std::uint32_t offset = open.back();
-        open.pop_back();
-        if (!seen.insert(offset).second) {
-            continue;
-        }
-        const auto instruction = csn::DecodeInstruction(code, offset);
-        Require(instruction.has_value(), "the code of a structure ends inside an instruction");
-        switch (instruction->Code()) {
-            case csn::Opcode::kAct:
-            case csn::Opcode::kActDec:
-            case csn::Opcode::kActEnc:
-                return true;
-            case csn::Opcode::kRet:
-            case csn::Opcode::kRetTags:
-                continue;
-            default:
-                break;
-        }
-        open.push_back(offset + instruction->size);
-        if (const auto target = instruction->Target()) {
-            open.push_back(static_cast<std::uint32_t>(*target));
-        }
-    }
-    return false;
-}
-
 std::vector<Structure> AllStructures() {
     std::vector<Structure> all;
     for (const families::Family* family : families::AllFamilies()) {
         for (const csn::CsnStructure& structure : family->codec.structures) {
             for (std::uint16_t type : family->types.named) {
                 if (family->types.types[type].name == structure.name) {
-                    all.push_back({&structure, &family->types, type, HasActions(structure)});
+                    all.push_back({&structure, &family->types, type, fuzz::HasActions(structure)});
                 }
             }
         }
     }
     return all;
-}
-
-/// Whether a field in the record was longer in the message.
-bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell) {
-    const reflect::TypeRow& row = tables.types[type];
-    if (row.kind == reflect::TypeKind::kBinary) {
-        return (cell.location & 0xFFFFU) > cell.number;
-    }
-    if (cell.cells == nullptr || row.kind == reflect::TypeKind::kInteger ||
-        row.kind == reflect::TypeKind::kEnumerated) {
-        return false;
-    }
-    // A structure of CSN.1 has no unions.
-    const bool isSequence = row.kind == reflect::TypeKind::kSequence;
-    const std::uint32_t count = isSequence ? cell.number : row.count;
-    for (std::uint32_t index = 0; index < count; ++index) {
-        const std::uint16_t inner = isSequence ? row.first : tables.ElementsOf(row)[index].type;
-        if (HoldsCutField(tables, inner, cell.cells[index])) {
-            return true;
-        }
-    }
-    return false;
 }
 
 /// No description of ours needs more instructions than this for so many bits.
@@ -149,7 +94,8 @@ class Check {
         const bits::Outcome result = csn::EncodeCsn(*structure_.csn, writer, 0, cell);
         Require(!result.Failed(), "what was decoded does not encode");
         const auto length = static_cast<std::int32_t>(result.Bits());
-        if (structure_.hasActions || HoldsCutField(*structure_.types, structure_.type, cell)) {
+        if (structure_.hasActions ||
+            fuzz::HoldsCutField(*structure_.types, structure_.type, cell)) {
             return;
         }
         bits::Cell decoded{};

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
@@ -13,6 +12,7 @@
 #include "iecodec/message_container.h"
 #include "iecodec/message_encoder.h"
 #include "support/golden_file.h"
+#include "support/reviewed_list.h"
 #include "tools/hex.h"
 #include "tools/octets.h"
 
@@ -29,24 +29,6 @@ using Octets = std::vector<std::uint8_t>;
 std::string NameOf(const fs::path& path) {
     fs::path name = path.lexically_relative(kGolden);
     return name.replace_extension().generic_string();
-}
-
-/// The reviewed differences: lines "name: reason"; '#' starts a comment line.
-std::map<std::string, std::string> ReadReviewed(std::vector<std::string>& problems) {
-    std::map<std::string, std::string> reviewed;
-    std::ifstream in(kGolden / "not_canonical.txt");
-    for (std::string line; std::getline(in, line);) {
-        if (line.empty() || line.starts_with('#')) {
-            continue;
-        }
-        const std::size_t colon = line.find(": ");
-        if (colon == std::string::npos || colon + 2 == line.size()) {
-            problems.push_back("no reason: " + line);
-        } else if (!reviewed.emplace(line.substr(0, colon), line.substr(colon + 2)).second) {
-            problems.push_back("named twice: " + line);
-        }
-    }
-    return reviewed;
 }
 
 bool DecodesWithoutFault(const GoldenFile& golden) {
@@ -121,7 +103,8 @@ class ListTest : public testing::Test {
 
 void Register() {
     std::vector<std::string> problems;
-    std::map<std::string, std::string> reviewed = ReadReviewed(problems);
+    std::map<std::string, std::string> reviewed =
+        ReadReviewedList(kGolden / "not_canonical.txt", problems);
     for (const fs::path& path : FindGoldenFiles(kGolden)) {
         std::string problem;
         const std::optional<GoldenFile> golden = ReadGoldenFile(path, problem);

@@ -1,13 +1,18 @@
 // Generated messages of every described message set go to octets and back, to a tree and back, and
 // to text: nothing may change on the way. One test for each message.
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "iecodec/message_encoder.h"
 #include "reflect/catalogue.h"
 #include "reflect/convert.h"
 #include "support/print_outcome.h"
+#include "support/reviewed_list.h"
 #include "support/sample_family.h"
 #include "tools/message_generator.h"
 #include "tools/octets.h"
@@ -27,9 +32,39 @@ constexpr int kMessages = 10000;
 constexpr int kMessages = 10000;
 #endif
 
+constexpr int kManyMessages = 10000;
+
 constexpr std::uint64_t kSeed = 20;
 
 using Octets = std::vector<std::uint8_t>;
+
+/// The types of tests/round_trip_exceptions.txt, and those of which values were lost.
+struct ExceptionList {
+    std::vector<std::string> problems;
+    std::map<std::string, std::string> reviewed =
+        test::ReadReviewedList(QUORVANE_SOURCE_DIR "/tests/round_trip_exceptions.txt", problems);
+    std::set<std::string, std::less<>> met;
+};
+
+ExceptionList& Exceptions() {
+    static ExceptionList list;
+    return list;
+}
+
+/// Runs last.
+class NamedExceptions : public testing::Test {
+  public:
+    void TestBody() override {
+        EXPECT_EQ(Exceptions().problems, std::vector<std::string>{});
+        const auto* all = testing::UnitTest::GetInstance();
+        if (kMessages < kManyMessages || all->test_to_run_count() < all->total_test_count()) {
+            GTEST_SKIP() << "what is needed shows when all messages are drawn";
+        }
+        for (const auto& [type, reason] : Exceptions().reviewed) {
+            EXPECT_TRUE(Exceptions().met.contains(type)) << type << " comes back; take it away";
+        }
+    }
+};
 
 class RoundTrip : public testing::Test {
   public:
@@ -47,9 +82,23 @@ class RoundTrip : public testing::Test {
                               << testing::PrintToString(message->octets);
             }
         }
+        CheckDrops(generator.Dropped());
     }
 
   private:
+    /// A value that does not come back is a fault of the codec unless its type is named.
+    static void CheckDrops(const tool::Drops& drops) {
+        for (const auto& [what, count] : drops) {
+            const auto& [reason, type] = what;
+            if (reason != tool::DropReason::kDoesNotComeBack) {
+                continue;
+            }
+            Exceptions().met.emplace(type);
+            EXPECT_TRUE(Exceptions().reviewed.contains(std::string(type)))
+                << count << " values of " << type << " do not come back";
+        }
+    }
+
     struct Decoded {
         bits::Outcome result = 0;
         iecodec::MessageContainer container;
@@ -138,6 +187,8 @@ void Register() {
             }
         }
     }
+    testing::RegisterTest("Exceptions", "AreNeeded", nullptr, nullptr, __FILE__, __LINE__,
+                          []() -> NamedExceptions* { return new NamedExceptions; });
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
     const iecodec::MessageRow& message = family_.codec.messages[set.messages[tag - 1]];
     for (int attempt = 0; attempt < kTries; ++attempt) {
         arena_.Reset();
-        ValueGenerator values(family_, random_, arena_);
+        ValueGenerator values(family_, random_, arena_, drops_);
         GeneratedMessage out;
         iecodec::SetTag(out.container, tag);
         const std::uint32_t key = DrawKey(set, tag, random_);

@@ -6,7 +6,10 @@
 // Tests: tests/round_trip_test.cpp.
 
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "families/family.h"
@@ -30,6 +33,17 @@ class Random {
     std::uint64_t state_;
 };
 
+/// Why a drawn value was dropped.
+enum class DropReason : std::uint8_t {
+    kNoValue,           // the bits or numbers drawn are no value of the type
+    kLength,            // it takes other bits than its place has
+    kOtherAlternative,  // its own selector leads to another alternative
+    kDoesNotComeBack,   // what it encodes to does not decode to it
+};
+
+/// How many values were dropped, by reason and type.
+using Drops = std::map<std::pair<DropReason, std::string_view>, std::uint64_t>;
+
 struct GeneratedMessage {
     std::vector<std::uint8_t> octets;     // the last one filled up with zeros
     std::int64_t bits = 0;                // of the message
@@ -49,9 +63,13 @@ class MessageGenerator {
     /// The same of a message that the generator draws.
     std::optional<GeneratedMessage> Generate(const iecodec::MessageSetRow& set);
 
+    /// What all calls have dropped on the way.
+    [[nodiscard]] const Drops& Dropped() const { return drops_; }
+
   private:
     const families::Family& family_;
     Random random_;
+    Drops drops_;
     bits::Arena arena_;
 };
 

@@ -5,10 +5,9 @@
 #include <vector>
 
 #include "csn/csn_record.h"
-#include "families/eps/tracking_area_list.h"
-#include "iecodec/special_elements.h"
-#include "iecodec/value_decoder.h"
+#include "iecodec/transaction_identifier.h"
 #include "iecodec/value_encoder.h"
+#include "reflect/convert.h"
 
 namespace quorvane::tool {
 namespace {
@@ -64,7 +63,7 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
     using Kind = iecodec::HeaderItemRow::Kind;
     std::int32_t offset = 0;
     for (const auto& item :
-         tables_.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)) {
+         tables.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)) {
         switch (item.kind) {
             case Kind::kField:
             case Kind::kLateField: {
@@ -78,9 +77,8 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
                 break;
             }
             case Kind::kExtendedIdentifier: {
-                constexpr std::uint32_t kReserved = 7;
                 const std::uint32_t value = Bits(random_.OneIn(4) ? 7 : 3);
-                cells[item.element].number = value == kReserved ? 0 : value;
+                cells[item.element].number = value == iecodec::kIdentifierExtended ? 0 : value;
                 break;
             }
             case Kind::kPseudoLength:
@@ -97,7 +95,7 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
 /// one's too, and nothing present stands between the two.
 bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const FieldRow& field,
                                   const Cell* cells) const {
-    const auto fields = tables_.fields.subspan(message.firstField, message.fieldCount);
+    const auto fields = tables.fields.subspan(message.firstField, message.fieldCount);
     for (std::size_t index = static_cast<std::size_t>(&field - fields.data()); index-- > 0;) {
         const FieldRow& earlier = fields[index];
         if (earlier.presence == Presence::kMandatory || cells[earlier.element].present) {
@@ -114,15 +112,15 @@ bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const Fiel
 bool ValueGenerator::FillMessage(const iecodec::MessageRow& message, Cell& cell, std::uint32_t key,
                                  std::uint32_t mask) {
     if (message.value != kNone) {
-        return Fill(tables_.values[message.value], cell, 8 * kRoom);
+        return Fill(tables.values[message.value], cell, 8 * kRoom);
     }
-    Cell* cells = bits::StructCells(arena_, cell, message.members);
+    Cell* cells = bits::StructCells(arena, cell, message.members);
     FillHeader(message, cells, key, mask);
     return FillBody(message, cells);
 }
 
 bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
-    for (const FieldRow& field : tables_.fields.subspan(message.firstField, message.fieldCount)) {
+    for (const FieldRow& field : tables.fields.subspan(message.firstField, message.fieldCount)) {
         Cell& cell = cells[field.element];
         switch (field.presence) {
             case Presence::kMandatory:
@@ -149,7 +147,7 @@ bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
 }
 
 bool ValueGenerator::FillField(const FieldRow& field, Cell& cell) {
-    const ValueRow& row = tables_.values[field.value];
+    const ValueRow& row = tables.values[field.value];
     if (const std::int32_t lengthWidth = InfoOf(field.format).lengthWidth; lengthWidth != 0) {
         const std::int64_t announced = (std::int64_t{1} << lengthWidth) - 1;
         const auto most = std::min<std::int64_t>(field.mostOctets, announced);
@@ -181,10 +179,11 @@ bool ValueGenerator::FillWithin(const ValueRow& row, Cell& cell, std::int64_t le
         if (!filled) {
             continue;
         }
-        const std::int64_t size = Measure(tables_, row, cell);
+        const std::int64_t size = Measure(tables, row, cell);
         if (size >= least && size <= most && size % unit == 0) {
             return true;
         }
+        Drop(DropReason::kLength, row);
     }
     return false;
 }
@@ -212,11 +211,14 @@ bool ValueGenerator::Fill(const ValueRow& row, Cell& cell, std::int64_t most) {
         case Shape::kMessageSet:
             return FillMessageSet(row, cell);
         case Shape::kMessageBody: {
-            const iecodec::MessageRow& message = tables_.messages[row.item];
-            return FillBody(message, bits::StructCells(arena_, cell, message.members));
+            const iecodec::MessageRow& message = tables.messages[row.item];
+            return FillBody(message, bits::StructCells(arena, cell, message.members));
         }
-        case Shape::kSpecial:
-            return FillSpecial(row, cell, most);
+        case Shape::kSpecial: {
+            const auto draw = families::ElementDraw::Of(tables.specials[row.item]);
+            return (draw != nullptr && draw(*this, row, cell, most)) ||
+                   Drop(DropReason::kNoValue, row);
+        }
     }
     return false;
 }
@@ -232,7 +234,7 @@ void ValueGenerator::FillBinary(const ValueRow& row, Cell& cell, std::int64_t mo
     if (octets == 0) {
         return;
     }
-    cell.octets = arena_.AllocateZeroed<std::uint8_t>(static_cast<std::size_t>(octets));
+    cell.octets = arena.AllocateZeroed<std::uint8_t>(static_cast<std::size_t>(octets));
     for (std::int64_t index = 0; index < octets; ++index) {
         cell.octets[index] = static_cast<std::uint8_t>(random_.UpTo(255));
     }
@@ -241,7 +243,7 @@ void ValueGenerator::FillBinary(const ValueRow& row, Cell& cell, std::int64_t mo
 bool ValueGenerator::FillParts(const ValueRow& row, Cell& cell, std::int64_t most) {
     Cell* cells = Members(row, cell);
     std::int64_t left = most;
-    for (const PartRow& part : tables_.parts.subspan(row.first, row.count)) {
+    for (const PartRow& part : tables.parts.subspan(row.first, row.count)) {
         if (!FillPart(part, cells, left)) {
             return false;
         }
@@ -264,43 +266,57 @@ bool ValueGenerator::FillPart(const PartRow& part, Cell* cells, std::int64_t lef
             most = left - 8;
             break;
     }
-    return Fill(tables_.values[part.value], cells[part.element], most);
+    return Fill(tables.values[part.value], cells[part.element], most);
 }
 
 bool ValueGenerator::FillChoice(const ValueRow& row, Cell& cell, std::int64_t most) {
-    const auto alternatives = tables_.alternatives.subspan(row.first, row.count);
+    const auto alternatives = tables.alternatives.subspan(row.first, row.count);
     const auto& chosen = alternatives[random_.UpTo(row.count - 1U)];
-    Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
-    if (!Fill(tables_.values[chosen.value], body, most)) {
+    Cell& body = bits::ChooseAlternative(arena, cell, chosen.tag);
+    if (!Fill(tables.values[chosen.value], body, most)) {
         return false;
     }
-    // The selector may be a member of the alternative, or lead from a default one to another.
+    const ValueRow& inner = tables.values[chosen.value];
+    if (!chosen.isDefault) {
+        // The selector may be a member of the alternative.
+        const bool fixedPlaces = inner.shape == Shape::kFixed || inner.shape == Shape::kTruncatable;
+        for (const PartRow& part :
+             tables.parts.subspan(fixedPlaces ? inner.first : 0, fixedPlaces ? inner.count : 0)) {
+            if (part.kind == PartRow::Kind::kInteger && part.offset == row.selectorOffset) {
+                body.cells[part.element].number = chosen.selector;
+            }
+        }
+        return true;
+    }
     std::array<std::uint8_t, kRoom> octets{};
     bits::BitWriter writer(octets.data(), kRoom);
     iecodec::Diagnostics diagnostics;
-    iecodec::EncodeContext encode{tables_, writer, diagnostics};
-    const bits::Outcome size = iecodec::EncodeValue(encode, row, 0, cell);
-    iecodec::DecodeContext decode{tables_, writer.Reader(), arena_, diagnostics};
-    return !size.Failed() && iecodec::DecodeValue(decode, row, 0, cell, size.Bits()) == size &&
-           cell.number == chosen.tag;
+    iecodec::EncodeContext context{tables, writer, diagnostics};
+    static_cast<void>(iecodec::EncodeValue(context, inner, 0, body));
+    const std::uint32_t selector = writer.Reader().Read(row.selectorOffset, row.selectorWidth);
+    const bool others = std::any_of(alternatives.begin(), alternatives.end(),
+                                    [&](const iecodec::AlternativeRow& other) {
+                                        return !other.isDefault && other.selector == selector;
+                                    });
+    return !others || Drop(DropReason::kOtherAlternative, row);
 }
 
 bool ValueGenerator::FillSequence(const ValueRow& row, Cell& cell, std::int64_t most) {
-    const ValueRow& item = tables_.values[row.item];
+    const ValueRow& item = tables.values[row.item];
     std::int64_t left = most;
     const std::uint32_t wanted = random_.UpTo(row.capacity);
     for (std::uint32_t count = 1; count <= wanted && left > 0; ++count) {
         static_cast<void>(
-            bits::SetSize(arena_, cell, static_cast<std::int32_t>(count), row.capacity));
+            bits::SetSize(arena, cell, static_cast<std::int32_t>(count), row.capacity));
         Cell& last = cell.cells[count - 1];
         if (!Fill(item, last, left)) {
             return false;
         }
-        const std::int64_t size = Measure(tables_, item, last);
+        const std::int64_t size = Measure(tables, item, last);
         left -= size;
         if (size <= 0 || left < 0) {
             static_cast<void>(
-                bits::SetSize(arena_, cell, static_cast<std::int32_t>(count) - 1, row.capacity));
+                bits::SetSize(arena, cell, static_cast<std::int32_t>(count) - 1, row.capacity));
             return size > 0;
         }
     }
@@ -309,9 +325,9 @@ bool ValueGenerator::FillSequence(const ValueRow& row, Cell& cell, std::int64_t 
 
 bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t most) {
     Cell* cells = Members(row, cell);
-    for (const auto& group : tables_.groups.subspan(row.first, row.count)) {
+    for (const auto& group : tables.groups.subspan(row.first, row.count)) {
         bool first = true;
-        for (const auto& octet : tables_.octets.subspan(group.firstOctet, group.octetCount)) {
+        for (const auto& octet : tables.octets.subspan(group.firstOctet, group.octetCount)) {
             if (octet.flagElement != kNone) {
                 const bool present = !random_.OneIn(3);
                 cells[octet.flagElement].present = present;
@@ -323,7 +339,7 @@ bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t
                 }
             }
             first = false;
-            for (const PartRow& part : tables_.parts.subspan(octet.firstPart, octet.partCount)) {
+            for (const PartRow& part : tables.parts.subspan(octet.firstPart, octet.partCount)) {
                 if (!FillPart(part, cells, most)) {
                     return false;
                 }
@@ -331,7 +347,7 @@ bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t
         }
     }
     return row.item == kNone ||
-           Fill(tables_.values[row.item], cells[row.element], most - 8 * row.count);
+           Fill(tables.values[row.item], cells[row.element], most - 8 * row.count);
 }
 
 /// Random bits lead to a record if the structure takes them; the octets that the record encodes to
@@ -339,7 +355,7 @@ bool ValueGenerator::FillExtension(const ValueRow& row, Cell& cell, std::int64_t
 bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t most,
                                    std::int64_t unit) {
     constexpr std::int64_t kMostOctets = 64;
-    const csn::CsnStructure& structure = tables_.structures[row.item];
+    const csn::CsnStructure& structure = tables.structures[row.item];
     const std::int64_t units = std::min(most, 8 * kMostOctets) / unit;
     const auto bits =
         static_cast<std::int32_t>(unit * random_.UpTo(static_cast<std::uint32_t>(units)));
@@ -353,138 +369,45 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     }
     Cell first{};
     const bits::BitReader reader(drawn.data(), octets);
-    if (csn::DecodeCsn(structure, reader, arena_, 0, bits, first).Failed()) {
-        return false;
+    if (csn::DecodeCsn(structure, reader, arena, 0, bits, first).Failed()) {
+        return Drop(DropReason::kNoValue, row);
     }
     std::array<std::uint8_t, 2 * kMostOctets> canonical{};
     const std::int32_t size = EncodeInto(structure, first, canonical);
-    if (size < 0 || size % unit != 0) {
-        return false;
+    if (size < 0) {
+        return Drop(DropReason::kDoesNotComeBack, row);
+    }
+    if (size % unit != 0) {
+        return Drop(DropReason::kLength, row);
     }
     const bool present = cell.present;
     cell = {};
     cell.present = present;
-    // A length that is written back over other fields (TS 24.008, 10.5.1.7, GERAN Iu mode) makes
-    // other octets at each turn: such records are left out.
     std::array<std::uint8_t, 2 * kMostOctets> again{};
-    return csn::DecodeCsn(structure, {canonical.data(), (size + 7) / 8}, arena_, 0, size, cell) ==
-               size &&
-           EncodeInto(structure, cell, again) == size && again == canonical;
+    const bool comesBack = csn::DecodeCsn(structure, {canonical.data(), (size + 7) / 8}, arena, 0,
+                                          size, cell) == size &&
+                           EncodeInto(structure, cell, again) == size && again == canonical &&
+                           SameRecord(structure.name, first, cell);
+    return comesBack || Drop(DropReason::kDoesNotComeBack, row);
+}
+
+bool ValueGenerator::SameRecord(std::string_view type, const Cell& a, const Cell& b) const {
+    const auto found =
+        std::find_if(types_.named.begin(), types_.named.end(),
+                     [&](std::uint16_t index) { return types_.types[index].name == type; });
+    return found != types_.named.end() && reflect::RecordsEqual(types_, *found, a, b, false);
+}
+
+bool ValueGenerator::Drop(DropReason reason, const ValueRow& row) {
+    ++drops_[{reason, row.name}];
+    return false;
 }
 
 bool ValueGenerator::FillMessageSet(const ValueRow& row, Cell& cell) {
-    const auto& chosen = tables_.alternatives[row.first + random_.UpTo(row.count - 1U)];
-    const iecodec::MessageRow& message = tables_.messages[chosen.value];
-    Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
+    const auto& chosen = tables.alternatives[row.first + random_.UpTo(row.count - 1U)];
+    const iecodec::MessageRow& message = tables.messages[chosen.value];
+    Cell& body = bits::ChooseAlternative(arena, cell, chosen.tag);
     return FillMessage(message, body, 0, 0);
-}
-
-// Elements with C++ of their own.
-
-void ValueGenerator::FillDigits(Cell& cell, std::uint32_t least, std::uint32_t most) {
-    const std::uint32_t count = least + random_.UpTo(most - least);
-    static_cast<void>(bits::SetSize(arena_, cell, static_cast<std::int32_t>(count), most));
-    for (std::uint32_t index = 0; index < count; ++index) {
-        cell.cells[index].number = random_.UpTo(9);
-    }
-}
-
-void ValueGenerator::FillTemplate(const ValueRow& row, Cell& cell) {
-    static constexpr std::array<std::array<std::uint32_t, 2>, 10> kComponents{
-        {{16, 8},
-         {32, 32},
-         {48, 1},
-         {64, 2},
-         {65, 4},
-         {80, 2},
-         {81, 4},
-         {96, 4},
-         {112, 2},
-         {128, 3}}};  // type and octets
-    const auto fillPair = [&](Cell& pair, std::uint32_t identifier, std::uint32_t octets) {
-        Cell* members = bits::StructCells(arena_, pair, 2);
-        members[0].number = identifier;
-        ValueRow binary{};
-        binary.capacity = 8 * octets;
-        binary.width = static_cast<std::uint16_t>(8 * octets);
-        FillBinary(binary, members[1], 8 * std::int64_t{octets});
-    };
-    Cell* members = Members(row, cell);
-    const std::uint32_t operation = random_.UpTo(7);
-    members[0].number = operation;
-    const bool whole = operation == 1 || operation == 3 || operation == 4;
-    Cell& filters = members[1];
-    static_cast<void>(
-        bits::SetSize(arena_, filters, static_cast<std::int32_t>(random_.UpTo(8)), 8));
-    for (std::uint32_t index = 0; index < filters.number && (whole || operation == 5); ++index) {
-        Cell* filter = bits::StructCells(arena_, filters.cells[index], 4);
-        filter[0].number = Bits(4);
-        filter[1].number = Bits(2);
-        if (!whole) {
-            continue;
-        }
-        filter[2].number = Bits(8);
-        Cell& components = filter[3];
-        static_cast<void>(
-            bits::SetSize(arena_, components, static_cast<std::int32_t>(random_.UpTo(4)), 7));
-        for (std::uint32_t part = 0; part < components.number; ++part) {
-            const auto& kind = kComponents[random_.UpTo(9)];
-            fillPair(components.cells[part], kind[0], kind[1]);
-        }
-    }
-    // Decoding shows as many empty items behind the parameters.
-    const std::uint32_t parameters = random_.OneIn(2) ? 0 : 1 + random_.UpTo(3);
-    static_cast<void>(
-        bits::SetSize(arena_, members[2], static_cast<std::int32_t>(2 * parameters), 16));
-    for (std::uint32_t index = 0; index < parameters; ++index) {
-        fillPair(members[2].cells[index], Bits(8), 1 + random_.UpTo(8));
-    }
-}
-
-bool ValueGenerator::FillAreaList(const ValueRow& row, Cell& cell) {
-    constexpr std::uint32_t kMostCodes = 16;
-    const auto& chosen = tables_.alternatives[row.first + random_.UpTo(row.count - 1U)];
-    Cell& body = bits::ChooseAlternative(arena_, cell, chosen.tag);
-    const bool filled = Fill(tables_.values[chosen.value], body, 8 * 64);
-    // A list has one element at least.
-    const Cell& counted = chosen.tag == 1 ? iecodec::MemberOf(body, 6) : body;
-    return filled && (chosen.tag == 2 || (counted.number > 0 && counted.number <= kMostCodes));
-}
-
-bool ValueGenerator::FillSpecial(const ValueRow& row, Cell& cell, std::int64_t most) {
-    const iecodec::SpecialElement* element = tables_.specials[row.item];
-    const auto octets = static_cast<std::uint32_t>(std::max<std::int64_t>(most / 8, 0));
-    if (element == &iecodec::kTbcdDigits) {
-        FillDigits(cell, 0, std::min(2 * octets, 32U));
-    } else if (element == &iecodec::kIdentityDigits) {
-        FillDigits(Members(row, cell)[0], 1, 15);
-    } else if (element == &iecodec::kMobileIdentity) {
-        constexpr std::uint32_t kTmsi = 4;
-        Cell* members = Members(row, cell);
-        members[1].number = random_.OneIn(2) ? kTmsi : Bits(3);
-        FillDigits(members[0], 1, members[1].number == kTmsi ? 4 : 17);
-    } else if (element == &iecodec::kTrafficFlowTemplate) {
-        FillTemplate(row, cell);
-    } else if (element == &iecodec::kLinkedTransactionIdentifier) {
-        constexpr std::uint32_t kReserved = 7;
-        Cell* members = Members(row, cell);
-        members[0].number = Bits(random_.OneIn(2) ? 7 : 3);
-        members[1].number = Bits(1);
-        return members[0].number != kReserved;
-    } else if (element == &iecodec::kEmergencyNumber) {
-        Cell* members = Members(row, cell);
-        FillDigits(members[1], 1, 32);
-        return Fill(tables_.values[tables_.parts[row.first].value], members[0], 8);
-    } else if (element == &iecodec::kUncountedItem) {
-        cell.cells = arena_.AllocateZeroed<Cell>(1);
-        cell.capacity = 1;
-        return Fill(tables_.values[row.first], *cell.cells, most);
-    } else if (element == &families::kTrackingAreaListItem) {
-        return FillAreaList(row, cell);
-    } else {
-        return false;
-    }
-    return true;
 }
 
 }  // namespace quorvane::tool

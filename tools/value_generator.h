@@ -4,15 +4,17 @@
 
 #include <cstdint>
 
+#include "families/element_draw.h"
 #include "families/family.h"
 #include "tools/message_generator.h"
 
 namespace quorvane::tool {
 
-class ValueGenerator {
+class ValueGenerator final : private families::Draw {
   public:
-    ValueGenerator(const families::Family& family, Random& random, bits::Arena& arena)
-        : tables_(family.codec), random_(random), arena_(arena) {}
+    ValueGenerator(const families::Family& family, Random& random, bits::Arena& memory,
+                   Drops& drops)
+        : Draw(family.codec, memory), types_(family.types), random_(random), drops_(drops) {}
 
     /// Fills the record of a message. The bits of `key` that `mask` keeps are those of the octet
     /// with the protocol discriminator, in the upper half of both. False if some field did not come
@@ -28,7 +30,8 @@ class ValueGenerator {
     bool FillWithin(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t least,
                     std::int64_t most, std::int64_t unit);
     /// Fills a value of about `most` bits at most; what it takes is left to chance.
-    bool Fill(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
+    bool Fill(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most) override;
+    std::uint32_t UpTo(std::uint32_t most) override { return random_.UpTo(most); }
 
     bool FillField(const iecodec::FieldRow& field, bits::Cell& cell);
     bool IsMistakable(const iecodec::MessageRow& message, const iecodec::FieldRow& field,
@@ -42,19 +45,16 @@ class ValueGenerator {
     bool FillStructure(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most,
                        std::int64_t unit);
     bool FillMessageSet(const iecodec::ValueRow& row, bits::Cell& cell);
-    bool FillSpecial(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
-
-    void FillDigits(bits::Cell& cell, std::uint32_t least, std::uint32_t most);
-    void FillTemplate(const iecodec::ValueRow& row, bits::Cell& cell);
-    bool FillAreaList(const iecodec::ValueRow& row, bits::Cell& cell);
-    bits::Cell* Members(const iecodec::ValueRow& row, bits::Cell& cell) {
-        return bits::StructCells(arena_, cell, row.members);
-    }
     std::uint32_t Bits(std::int32_t width);
 
-    const iecodec::CodecTables& tables_;
+    /// Notes that a value of the row was dropped; false.
+    bool Drop(DropReason reason, const iecodec::ValueRow& row);
+    [[nodiscard]] bool SameRecord(std::string_view type, const bits::Cell& a,
+                                  const bits::Cell& b) const;
+
+    const reflect::TypeTables& types_;
     Random& random_;
-    bits::Arena& arena_;
+    Drops& drops_;
 };
 
 }  // namespace quorvane::tool

@@ -2,7 +2,7 @@
 
 // Decodes the value of one information element by its ValueRow.
 //
-// Tests: tests/unit/value_decoder_test.cpp, tests/unit/special_elements_test.cpp.
+// Tests: tests/unit/value_decoder_test.cpp.
 
 #include <cstdint>
 

@@ -2,7 +2,7 @@
 
 // Encodes the value of one information element by its ValueRow: the mirror of value_decoder.h.
 //
-// Tests: tests/unit/value_encoder_test.cpp, tests/unit/special_elements_test.cpp.
+// Tests: tests/unit/value_encoder_test.cpp.
 
 #include <cstdint>
 

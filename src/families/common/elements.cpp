@@ -1,4 +1,4 @@
-#include "iecodec/special_elements.h"
+#include "families/common/elements.h"
 
 #include <algorithm>
 
@@ -6,8 +6,13 @@
 #include "iecodec/value_decoder.h"
 #include "iecodec/value_encoder.h"
 
-namespace quorvane::iecodec {
+namespace quorvane::families {
+
+using iecodec::SpecialElement;
+
 namespace {
+
+using namespace iecodec;
 
 using bits::Cell;
 using bits::Outcome;
@@ -38,8 +43,6 @@ Outcome EncodeLinkedIdentifier(EncodeContext& context, const ValueRow& /*row*/,
     context.writer.Write(position + 9, value, 7);
     return 16;
 }
-
-constexpr std::uint32_t kGenericValueBits = 64;
 
 Outcome DecodeGenericTlv(DecodeContext& context, const ValueRow& row, std::int64_t position,
                          Cell& cell, std::int64_t length) {
@@ -99,4 +102,4 @@ const SpecialElement kLinkedTransactionIdentifier{"kLinkedTransactionIdentifier"
                                                   DecodeLinkedIdentifier, EncodeLinkedIdentifier};
 const SpecialElement kGenericTlv{"kGenericTlv", DecodeGenericTlv, EncodeGenericTlv};
 
-}  // namespace quorvane::iecodec
+}  // namespace quorvane::families

@@ -1,14 +1,13 @@
 // Digits, identities, emergency numbers, linked transaction identifiers and the generic element,
 // in both directions. Traffic flow templates have a file of their own.
 
-#include "iecodec/special_elements.h"
-
 #include <array>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 #include "codec_test_support.h"
+#include "families/common/elements.h"
 
 namespace quorvane::iecodec {
 namespace {

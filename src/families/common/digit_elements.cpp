@@ -5,23 +5,23 @@
 #include <algorithm>
 #include <array>
 
-#include "iecodec/special_elements.h"
+#include "families/common/elements.h"
 #include "iecodec/value_decoder.h"
 #include "iecodec/value_encoder.h"
 
-namespace quorvane::iecodec {
+namespace quorvane::families {
+
+using iecodec::SpecialElement;
+
 namespace {
+
+using namespace iecodec;
 
 using bits::Cell;
 using bits::Outcome;
 
 constexpr std::uint32_t kFiller = 15;
-constexpr std::uint32_t kTmsi = 4;
 constexpr std::uint32_t kImsi = 1;
-
-constexpr std::uint32_t kNumberDigits = 32;        // of a telephone or emergency number
-constexpr std::uint32_t kIdentityDigitsKept = 15;  // of an EPS mobile identity
-constexpr std::uint32_t kMobileIdentityKept = 17;  // of a mobile identity with its type
 
 /// Sets the size of a digit store; one that is refused leaves it empty.
 void Resize(DecodeContext& context, Cell& digits, std::int64_t count, std::uint32_t bound) {
@@ -107,7 +107,7 @@ Outcome DecodeMobileIdentity(DecodeContext& context, const ValueRow& row, std::i
     const std::uint32_t type = context.reader.Read(position + 5, 3);
     members[1].number = type;
     Cell& digits = members[0];
-    if (type != kTmsi) {
+    if (type != kIdentityOfTmsi) {
         DecodeIdentity(context, digits, position, length, kMobileIdentityKept);
         return length;
     }
@@ -123,10 +123,10 @@ Outcome EncodeMobileIdentity(EncodeContext& context, const ValueRow& /*row*/, st
                              const Cell& cell) {
     const Cell& digits = MemberOf(cell, 0);
     const std::uint32_t type = MemberOf(cell, 1).number;
-    if (type != kTmsi) {
+    if (type != kIdentityOfTmsi) {
         return EncodeIdentity(context, digits, type, position);
     }
-    context.writer.Write(position, kFiller << 4 | kTmsi, 8);
+    context.writer.Write(position, kFiller << 4 | kIdentityOfTmsi, 8);
     for (std::uint32_t index = 0; index < digits.number; ++index) {
         context.writer.Write(position + 8 + 8 * std::int64_t{index}, digits.cells[index].number, 8);
     }
@@ -168,4 +168,4 @@ const SpecialElement kMobileIdentity{"kMobileIdentity", DecodeMobileIdentity, En
 const SpecialElement kEmergencyNumber{"kEmergencyNumber", DecodeEmergencyNumber,
                                       EncodeEmergencyNumber};
 
-}  // namespace quorvane::iecodec
+}  // namespace quorvane::families

@@ -1,13 +1,20 @@
 // Traffic flow template, TS 24.008, 10.5.6.12.
 
+#include "families/common/traffic_flow_template.h"
+
 #include <algorithm>
 
-#include "iecodec/special_elements.h"
+#include "families/common/elements.h"
 #include "iecodec/value_decoder.h"
 #include "iecodec/value_encoder.h"
 
-namespace quorvane::iecodec {
+namespace quorvane::families {
+
+using iecodec::SpecialElement;
+
 namespace {
+
+using namespace iecodec;
 
 using bits::Cell;
 using bits::Outcome;
@@ -28,44 +35,11 @@ constexpr std::uint32_t kMostComponents = 7;
 constexpr std::uint32_t kMostParameters = 16;
 constexpr std::uint32_t kMostBits = 256;  // of a component's or a parameter's contents
 
-/// What the filters of a template hold, by its operation code.
-enum class FilterForm { kNothing, kIdentifier, kWhole };
-
-FilterForm FormOf(std::uint32_t operation) {
-    switch (operation) {
-        case 1:
-        case 3:
-        case 4:
-            return FilterForm::kWhole;
-        case 5:
-            return FilterForm::kIdentifier;
-        default:
-            return FilterForm::kNothing;
-    }
-}
-
 /// The size of a component in bits behind its type octet; 0 for a type that isn't known.
 std::int32_t ComponentBits(std::uint32_t type) {
-    switch (type) {
-        case 16:  // IPv4 remote address and mask
-            return 64;
-        case 32:  // IPv6 remote address and mask
-            return 256;
-        case 48:  // protocol identifier, next header
-            return 8;
-        case 64:   // local port
-        case 80:   // remote port
-        case 112:  // type of service, traffic class and mask
-            return 16;
-        case 65:  // local port range
-        case 81:  // remote port range
-        case 96:  // security parameter index
-            return 32;
-        case 128:  // flow label
-            return 24;
-        default:
-            return 0;
-    }
+    const auto found = std::find_if(kPacketFilterComponents.begin(), kPacketFilterComponents.end(),
+                                    [&](const auto& component) { return component.type == type; });
+    return found == kPacketFilterComponents.end() ? 0 : found->bits;
 }
 
 class TemplateDecoder {
@@ -249,4 +223,4 @@ Outcome EncodeTemplate(EncodeContext& context, const ValueRow& /*row*/, std::int
 
 const SpecialElement kTrafficFlowTemplate{"kTrafficFlowTemplate", DecodeTemplate, EncodeTemplate};
 
-}  // namespace quorvane::iecodec
+}  // namespace quorvane::families
