@@ -5,6 +5,7 @@
 #include <span>
 
 #include "compiler/message_keys.h"
+#include "compiler/record_order.h"
 
 namespace quorvane::compiler {
 namespace {
@@ -91,43 +92,13 @@ MessageBuilder::MessageBuilder(Reporter& reporter, const FamilySyntax& family, T
         if (!headers_
                  .emplace(header.name.text,
                           Header{&header, header.broken ? std::vector<const HeaderItemSyntax*>()
-                                                        : RecordOrder(header)})
+                                                        : RecordOrder(reporter, header.items,
+                                                                      header.record, "header")})
                  .second) {
             reporter_.Error(header.name.place,
                             "the header '" + header.name.text + "' is declared already");
         }
     }
-}
-
-/// The members that the header gives to a record: as on the wire, unless it names their order.
-std::vector<const HeaderItemSyntax*> MessageBuilder::RecordOrder(const HeaderSyntax& syntax) {
-    std::vector<const HeaderItemSyntax*> wire;
-    for (const HeaderItemSyntax& item : syntax.items) {
-        if (!item.name.text.empty()) {
-            wire.push_back(&item);
-        }
-    }
-    if (syntax.record.empty()) {
-        return wire;
-    }
-    std::vector<const HeaderItemSyntax*> ordered;
-    for (const Name& name : syntax.record) {
-        const auto found = std::find_if(
-            wire.begin(), wire.end(),
-            [&](const HeaderItemSyntax* item) { return item->name.text == name.text; });
-        if (found == wire.end()) {
-            reporter_.Error(name.place, "'" + name.text + "' is no member of the header, or " +
-                                            "stands in the record's order already");
-            continue;
-        }
-        ordered.push_back(*found);
-        wire.erase(found);
-    }
-    for (const HeaderItemSyntax* item : wire) {
-        reporter_.Error(item->name.place,
-                        "'" + item->name.text + "' is missing in the record's order");
-    }
-    return ordered;
 }
 
 void MessageBuilder::AddHeader(Header& header) {

@@ -46,7 +46,6 @@ class MessageBuilder {
         std::uint16_t firstItem = iecodec::kNone;      // when its rows stand
         std::uint8_t typeBits = 0;                     // of the message type
     };
-    std::vector<const HeaderItemSyntax*> RecordOrder(const HeaderSyntax& syntax);
     void AddHeader(Header& header);
 
     Reporter& reporter_;

@@ -121,12 +121,6 @@ class Parser : private TypeParser {
         tokens_.ExpectLineEnd();
     }
 
-    void Once(bool first, Span place, const std::string& what) {
-        if (!first) {
-            tokens_.Error(place, what + " stands here already");
-        }
-    }
-
     void ParseFamily() {
         const Name name = tokens_.ExpectName("the family's name");
         if (!family_.family.text.empty() && family_.family.text != name.text) {
@@ -154,16 +148,6 @@ class Parser : private TypeParser {
         specials.header = tokens_.Next().text;
         ParseBlock([&] { ParseNames("the name of a C++ element", specials.names); });
         family_.specials.push_back(std::move(specials));
-    }
-
-    /// The names up to the end of the line, one at least.
-    void ParseNames(std::string_view what, std::vector<Name>& names) {
-        do {
-            const Name name = tokens_.ExpectName(what);
-            if (!name.text.empty()) {
-                names.push_back(name);
-            }
-        } while (tokens_.AtWord());
     }
 
     /// The hexadecimal numbers up to the end of the line or to `stop`, one at least.
@@ -206,9 +190,7 @@ class Parser : private TypeParser {
         ParseBlock([&] {
             HeaderItemSyntax item;
             item.place = tokens_.Peek().place;
-            if (tokens_.Accept("record")) {
-                Once(header.record.empty(), item.place, "a line 'record'");
-                ParseNames("a member of the header", header.record);
+            if (AcceptRecord("a member of the header", header.record)) {
                 return;
             }
             if (tokens_.Accept("=")) {

@@ -61,14 +61,15 @@ struct StructSyntax {
     Shape shape = Shape::kFixed;
     bool unlocated = false;
     Name special;
-    std::vector<MemberSyntax> members;
+    std::vector<MemberSyntax> members;  // in wire order
+    std::vector<Name> record;           // the members, if the record has them in another order
     std::vector<GroupSyntax> groups;
     std::optional<MemberSyntax> remainder;
 };
 
 struct AlternativeSyntax {
     Name name;
-    Name type;
+    TypeSyntax type;
     std::optional<WideNumber> selector;
     bool isDefault = false;
 };

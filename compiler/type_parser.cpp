@@ -24,6 +24,31 @@ bool Sized(Reporter& reporter, const Name& word, std::string_view prefix,
 
 }  // namespace
 
+void TypeParser::Once(bool first, Span place, const std::string& what) {
+    if (!first) {
+        tokens_.Error(place, what + " stands here already");
+    }
+}
+
+void TypeParser::ParseNames(std::string_view what, std::vector<Name>& names) {
+    do {
+        const Name name = tokens_.ExpectName(what);
+        if (!name.text.empty()) {
+            names.push_back(name);
+        }
+    } while (tokens_.AtWord());
+}
+
+bool TypeParser::AcceptRecord(std::string_view what, std::vector<Name>& record) {
+    const Span place = tokens_.Peek().place;
+    if (!tokens_.Accept("record")) {
+        return false;
+    }
+    Once(record.empty(), place, "a line 'record'");
+    ParseNames(what, record);
+    return true;
+}
+
 void TypeParser::ParseEnum() {
     EnumModel model;
     const Name name = tokens_.ExpectName("the enumeration's name");
@@ -186,7 +211,11 @@ StructSyntax TypeParser::ParseStruct() {
     if (result.shape == Shape::kExtension) {
         ParseBlock([&] { ParseExtensionPart(result); });
     } else {
-        ParseBlock([&] { result.members.push_back(ParseMember()); });
+        ParseBlock([&] {
+            if (!AcceptRecord("a member of the struct", result.record)) {
+                result.members.push_back(ParseMember());
+            }
+        });
     }
     return result;
 }
@@ -233,7 +262,7 @@ UnionSyntax TypeParser::ParseUnion() {
         AlternativeSyntax alternative;
         alternative.name = tokens_.ExpectName("an alternative's name");
         tokens_.Expect(":");
-        alternative.type = tokens_.ExpectName("the alternative's type");
+        alternative.type = ParseType();
         if (tokens_.Accept("when")) {
             alternative.selector = tokens_.ExpectNumber("the selector's value");
         }

@@ -4,6 +4,8 @@
 #include <set>
 #include <span>
 
+#include "compiler/record_order.h"
+
 namespace quorvane::compiler {
 namespace {
 
@@ -137,13 +139,12 @@ void TypeResolver::AddMember(TypeModel& owner, const Name& name, TypeModel* type
     owner.elements.push_back({name.text, type, optional});
 }
 
-void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members) {
-    for (const MemberSyntax& member : members) {
-        if (!member.name.text.empty()) {
-            AddMember(owner, member.name,
-                      Build(member.type, owner.name + "_" + member.name.text, member.bits),
-                      member.optional);
-        }
+void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members,
+                              const std::vector<Name>& record) {
+    for (const MemberSyntax* member : RecordOrder(reporter_, members, record, "struct")) {
+        AddMember(owner, member->name,
+                  Build(member->type, owner.name + "_" + member->name.text, member->bits),
+                  member->optional);
     }
 }
 
@@ -158,7 +159,7 @@ void TypeResolver::CheckFormless(const TypeModel& type, std::span<const MemberSy
 
 void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
     TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.place);
-    AddMembers(*type, syntax.members);
+    AddMembers(*type, syntax.members, syntax.record);
     for (const GroupSyntax& group : syntax.groups) {
         for (const OctetSyntax& octet : group.octets) {
             AddMembers(*type, octet.members);
@@ -173,6 +174,10 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
     }
     if (syntax.shape == StructSyntax::Shape::kSpecial) {
         CheckFormless(*type, syntax.members);
+        if (!syntax.record.empty()) {
+            reporter_.Error(syntax.record.front().place,
+                            "the members of a special struct stand in the record's order already");
+        }
     }
     reporter_.ErrorIf(type->elements.empty(), type->place, "the struct has no members");
     Declare(syntax.name, type);
@@ -181,7 +186,9 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
 void TypeResolver::DeclareUnion(const UnionSyntax& syntax) {
     TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.place);
     for (const AlternativeSyntax& alternative : syntax.alternatives) {
-        AddMember(*type, alternative.name, Find(alternative.type), true);
+        AddMember(*type, alternative.name,
+                  Build(alternative.type, syntax.name.text + "_" + alternative.name.text, {}),
+                  true);
     }
     reporter_.ErrorIf(type->elements.empty() && syntax.shape != UnionSyntax::Shape::kChoice,
                       type->place, "the union has no alternatives");

@@ -47,7 +47,8 @@ class TypeResolver {
     const EnumModel* FindEnum(const Name& use);
     void CheckValues(const TypeModel& type, std::uint64_t bits);
     void CheckFormless(const TypeModel& type, std::span<const MemberSyntax> members);
-    void AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members);
+    void AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members,
+                    const std::vector<Name>& record = {});
 
     Reporter& reporter_;
     const CsnTypes& csn_;

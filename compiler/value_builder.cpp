@@ -17,9 +17,13 @@ std::uint16_t IndexOfNext(const std::vector<T>& rows) {
     return static_cast<std::uint16_t>(rows.size());
 }
 
-std::uint16_t NamedCount(const std::vector<MemberSyntax>& members) {
-    const auto named = [](const MemberSyntax& member) { return !member.name.text.empty(); };
-    return static_cast<std::uint16_t>(std::count_if(members.begin(), members.end(), named));
+/// The index of the struct's member of that name, kNone for bits without one.
+std::uint16_t IndexOf(const TypeModel& type, const Name& name) {
+    const auto found =
+        std::find_if(type.elements.begin(), type.elements.end(),
+                     [&](const ElementModel& element) { return element.name == name.text; });
+    return found == type.elements.end() ? kNone
+                                        : static_cast<std::uint16_t>(found - type.elements.begin());
 }
 
 constexpr std::uint64_t kMostBits = BitRange::kMostBits;
@@ -205,7 +209,10 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     using Extent = MemberSyntax::Extent;
     PartRow part{};
     part.value = kNone;
-    const bool stated = member.extent == Extent::kBits;
+    // A value of a declared type may look at the bits behind its place and need none of its own.
+    const bool mayBeEmpty =
+        owner.shape == StructSyntax::Shape::kFixed && member.type.kind == TypeSyntax::Kind::kNamed;
+    const bool stated = member.extent == Extent::kBits && !mayBeEmpty;
     part.width = Narrow<std::uint16_t>(reporter_, member.bits,
                                        {stated ? 1U : 0U, 0xFFFF, "bits of a member"});
     if (member.name.text.empty() || member.type.kind == TypeSyntax::Kind::kSpare) {
@@ -241,15 +248,15 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
 
 std::uint16_t ValueBuilder::AddParts(const StructSyntax& owner,
                                      const std::vector<MemberSyntax>& members,
-                                     std::uint16_t firstElement, std::uint64_t offset) {
+                                     std::uint64_t offset) {
     const TypeModel* type = types_.Lookup(owner.name.text);
-    std::uint16_t element = firstElement;
     // Rows of nested values first, so that this struct's parts stand together.
     std::vector<PartRow> parts;
     for (const MemberSyntax& member : members) {
-        const bool named = !member.name.text.empty();
-        PartRow part = PartOf(owner, member, named ? type->elements[element].type : nullptr);
-        part.element = named ? element++ : kNone;
+        const std::uint16_t element = IndexOf(*type, member.name);
+        PartRow part =
+            PartOf(owner, member, element == kNone ? nullptr : type->elements[element].type);
+        part.element = element;
         part.offset = static_cast<std::uint16_t>(offset);
         offset += part.width;
         const bool octet = owner.shape == StructSyntax::Shape::kExtension;
@@ -310,19 +317,18 @@ void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
             AddNamed(syntax.name, row);
             return;
     }
-    row.width = static_cast<std::uint16_t>(AddParts(syntax, syntax.members, 0, 0));
+    row.width = static_cast<std::uint16_t>(AddParts(syntax, syntax.members, 0));
     row.count = static_cast<std::uint16_t>(syntax.members.size());
     row.first = static_cast<std::uint16_t>(model_.parts.size() - row.count);
     AddNamed(syntax.name, row);
 }
 
-void ValueBuilder::AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged,
-                            std::uint16_t firstElement) {
+void ValueBuilder::AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged) {
     iecodec::OctetRow row{};
-    const std::uint16_t end = AddParts(owner, octet.members, firstElement, 1);
+    const std::uint16_t end = AddParts(owner, octet.members, 1);
     row.partCount = static_cast<std::uint16_t>(octet.members.size());
     row.firstPart = static_cast<std::uint16_t>(model_.parts.size() - row.partCount);
-    row.flagElement = flagged ? firstElement : kNone;
+    row.flagElement = flagged && row.partCount > 0 ? model_.parts[row.firstPart].element : kNone;
     model_.octets.push_back(row);
     reporter_.ErrorIf(end != 8, octet.place,
                       "the members of an octet take 7 bits behind the extension "
@@ -344,7 +350,6 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
     const TypeModel* type = types_.Lookup(syntax.name.text);
     row.shape = Shape::kExtension;
     row.count = static_cast<std::uint16_t>(syntax.groups.size());
-    std::uint16_t element = 0;
     std::vector<iecodec::GroupRow> groups;
     std::uint64_t last = 0;
     for (const GroupSyntax& group : syntax.groups) {
@@ -358,16 +363,15 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
         groupRow.octetCount = static_cast<std::uint16_t>(group.octets.size());
         for (const OctetSyntax& octet : group.octets) {
             const bool first = &octet == &group.octets.front();
-            AddOctet(syntax, octet, !first || group.optional, element);
-            element = static_cast<std::uint16_t>(element + NamedCount(octet.members));
+            AddOctet(syntax, octet, !first || group.optional);
         }
         groups.push_back(groupRow);
     }
     row.first = IndexOfNext(model_.groups);
     model_.groups.insert(model_.groups.end(), groups.begin(), groups.end());
     if (syntax.remainder) {
-        row.element = element;
-        row.item = RowOf(syntax.remainder->type, type->elements[element].type,
+        row.element = IndexOf(*type, syntax.remainder->name);
+        row.item = RowOf(syntax.remainder->type, type->elements.back().type,
                          syntax.remainder->name.text, {}, true);
     }
     return AddNamed(syntax.name, row);
@@ -419,11 +423,16 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
                   "'default'"
                 : "only a choice has alternatives with 'when' or 'default'");
         hasDefault = hasDefault || alternative.isDefault;
+        const bool named = alternative.type.kind == TypeSyntax::Kind::kNamed;
+        const Name& use = alternative.type.name;
+        reporter_.ErrorIf(!named && row.shape != Shape::kSpecial, alternative.type.place,
+                          "only a special union has types that stand inline; declare this one "
+                          "above and name it here");
         if (row.shape == Shape::kMessageSet) {
-            const auto message = messages_.find(alternative.type.text);
+            const auto message = messages_.find(use.text);
             if (message == messages_.end()) {
-                reporter_.Error(alternative.type.place,
-                                "'" + alternative.type.text + "' is no message declared above");
+                reporter_.ErrorIf(named, use.place,
+                                  "'" + use.text + "' is no message declared above");
             } else if (message->second != kNone) {
                 out.value = message->second;
                 model_.usedMessages.insert(message->second);
@@ -432,13 +441,12 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
                 const OctetBits octet =
                     OctetOf(model_, model_.messages[message->second], row.selectorOffset / 8U);
                 const bool there = octet.known == 0xFF && octet.value == out.selector;
-                reporter_.ErrorIf(!there && row.selectorOffset / 8U == index,
-                                  alternative.type.place,
-                                  "the header of '" + alternative.type.text +
-                                      "' has its message type in another octet");
+                reporter_.ErrorIf(
+                    !there && row.selectorOffset / 8U == index, use.place,
+                    "the header of '" + use.text + "' has its message type in another octet");
             }
         } else {
-            out.value = RowOfNamed(alternative.type);
+            out.value = named ? RowOfNamed(use) : kNone;
         }
         const auto sameSelector = [&](const iecodec::AlternativeRow& other) {
             return !other.isDefault && other.selector == out.selector;

@@ -60,11 +60,10 @@ class ValueBuilder {
 
     /// Adds the parts of `members`; returns the bits that those of known width take together.
     std::uint16_t AddParts(const StructSyntax& owner, const std::vector<MemberSyntax>& members,
-                           std::uint16_t firstElement, std::uint64_t offset);
+                           std::uint64_t offset);
     iecodec::PartRow PartOf(const StructSyntax& owner, const MemberSyntax& member,
                             const TypeModel* type);
-    void AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged,
-                  std::uint16_t firstElement);
+    void AddOctet(const StructSyntax& owner, const OctetSyntax& octet, bool flagged);
     std::uint16_t BuildExtension(const StructSyntax& syntax, iecodec::ValueRow row);
 
     Reporter& reporter_;

@@ -59,7 +59,10 @@ Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t po
         if (result.Failed()) {
             return result;
         }
-        cursor += result.Bits();
+        const std::int64_t behind = cursor + result.Bits();
+        // A fixed place stays as wide as it is, whatever its value came to.
+        cursor = row.shape == Shape::kFixed ? cursor + part.width : behind;
+        context.writer.Write(behind, 0, static_cast<std::int32_t>(cursor - behind));
     }
     return cursor - position;
 }

@@ -88,6 +88,15 @@ constexpr Mistake kMistakes[] = {
      "f.qd:10:5: error: 'b' has 16 bits here, its type 8\n"},
     {"CountedInFixed", "struct s fixed {\n    a counted : binary 8\n}\n",
      "f.qd:7:5: error: only a serial struct has counted members\n"},
+    {"NoBits", "struct s fixed {\n    a 0 : int8\n    - 0\n    b 0 : spare\n}\n",
+     "f.qd:7:7: error: 0 is below 1, the least bits of a member\n"
+     "f.qd:8:7: error: 0 is below 1, the least bits of a member\n"
+     "f.qd:9:7: error: 0 is below 1, the least bits of a member\n"},
+    {"NoBitsOfAType", "struct s fixed {\n    a 8 : int8\n}\nstruct t fixed {\n    b 0 : s\n}\n",
+     "f.qd:10:5: error: 'b' has 0 bits here, its type 8\n"},
+    {"NoBitsInSerial",
+     "sequence s [4] of int8\nstruct t serial {\n    a 8 : int8\n    b 0 : s\n}\n",
+     "f.qd:9:7: error: 0 is below 1, the least bits of a member\n"},
     {"RestInFixed", "struct s fixed {\n    a rest : binary 8\n}\n",
      "f.qd:7:5: error: a fixed struct has no member that takes the rest; use truncatable or "
      "serial\n"},
@@ -118,6 +127,19 @@ constexpr Mistake kMistakes[] = {
      "f.qd:10:9: error: 's' is no message declared above\n"},
     {"SelectorOfAMessage", "message m h 1 {\n}\nunion u messages octet 1 {\n    a : m when 1\n}\n",
      "f.qd:9:5: error: only a choice has alternatives with 'when' or 'default'\n"},
+    {"InlineAlternative",
+     "sequence s [4] of int8\nunion u choice 0 2 {\n    a : s default\n    b : [3] of int8 when "
+     "1\n}\n",
+     "f.qd:9:9: error: only a special union has types that stand inline; declare this one above "
+     "and "
+     "name it here\n"},
+    {"InlineMessage", "union u messages octet 1 {\n    a : {\n        b : int8\n    }\n}\n",
+     "f.qd:7:9: error: only a special union has types that stand inline; declare this one above "
+     "and "
+     "name it here\n"},
+    {"InlineOfAlternative",
+     "specials \"x.h\" {\n    x\n}\nunion u special x {\n    a : {\n        b 3 : int8\n    }\n}\n",
+     "f.qd:11:9: error: only the name and the type of this member are told\n"},
     {"UnionForm", "union u {\n}\n",
      "f.qd:6:9: error: the way to choose (choice, messages or special) is expected here, not "
      "'{'\n"},
@@ -142,6 +164,17 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:5: error: 'a' is missing in the record's order\n"
      "f.qd:8:12: error: 'type' is no member of the header, or stands in the record's order "
      "already\n"},
+    {"RecordOfAStruct", "struct r fixed {\n    a 4 : int4\n    b 4 : int4\n    record b c\n}\n",
+     "f.qd:7:5: error: 'a' is missing in the record's order\n"
+     "f.qd:9:14: error: 'c' is no member of the struct, or stands in the record's order already\n"},
+    {"RecordOfASpecial",
+     "specials \"x.h\" {\n    x\n}\nstruct r special x {\n    a : int4\n    b : int4\n    record b "
+     "a\n}\n",
+     "f.qd:12:12: error: the members of a special struct stand in the record's order already\n"},
+    {"RecordOnTheWire", "struct r fixed {\n    a 4 : int4\n    b 4 : int4\n    record a b\n}\n",
+     "f.qd:9:12: error: the record's order is that on the wire; leave the line out\n"},
+    {"RecordOfAHeaderOnTheWire", "header r {\n    a 4 : int4\n    b 4 : int4\n    record a b\n}\n",
+     "f.qd:9:12: error: the record's order is that on the wire; leave the line out\n"},
     {"HeaderItem", "header r {\n    ? 8\n}\n",
      "f.qd:7:5: error: a member, '=', 'type' or 'record' is expected here, not '?'\n"},
     {"TagMissing", "message m h 1 {\n    a TLV 1 : int8\n}\n",

@@ -1,10 +1,13 @@
 // Forms of the notation that the tests' own family shows: fields that a member of a struct decides,
-// decodings without a set, pseudo lengths, unchecked fields, messages that end anywhere. Octets
-// were worked out by hand.
+// decodings without a set, pseudo lengths, unchecked fields, messages that end anywhere, members in
+// the order of the record, members without bits, unions with types of their own. Octets were worked
+// out by hand.
 
 #include "support/sample_family.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <string_view>
 
 #include "unit/codec_test_support.h"
 
@@ -14,6 +17,8 @@ namespace {
 using families::kSampleFamily;
 using test::SetUnderTest;
 using test::Written;
+
+using test::TypeUnderTest;
 
 SetUnderTest BehindPseudoLength() {
     return {kSampleFamily, "Sample_pseudo_length"};
@@ -176,6 +181,81 @@ TEST(DecodingWithoutASet, IsNoUnionOfTheCatalogue) {
         EXPECT_NE(type.name, "SampleBurst_11");
     }
     EXPECT_EQ(families::FindSet(kSampleFamily, "SampleAccess_8")->type, kNone);
+}
+
+// Members in the order of the record.
+
+TEST(RecordOrder, IsThatOfTheRecordAndTheText) {
+    TypeUnderTest order(kSampleFamily, "SampleOrder");
+    ASSERT_EQ(order.Decode("7A"), 8);  // 011 1 101 0
+    EXPECT_EQ(order.Record().cells[0].number, 5U);
+    EXPECT_EQ(order.Record().cells[2].number, 3U);
+    EXPECT_EQ(order.Text(),
+              "{\n"
+              "  First: LOC:[4,3] five (5)\n"
+              "  spare: 0\n"
+              "  Last: LOC:[0,3] 3\n"
+              "}\n");
+    EXPECT_EQ(order.Encode().hex, "6A");
+}
+
+// Values in fixed places.
+
+TEST(FixedPlace, StaysAsWideAsItIs) {
+    TypeUnderTest levels(kSampleFamily, "SampleLevels");
+    EXPECT_EQ(levels.ThereAndBack("C1 08 61 BF"), "C1 08 61 BF");
+    EXPECT_EQ(levels.Member("Levels").number, 5U);
+    EXPECT_EQ(levels.Member("Levels").cells[4].number, 63U);
+    levels.Member("Levels").number = 2;
+    EXPECT_EQ(levels.Encode().hex, "C1 08 00 00");
+    EXPECT_EQ(levels.Encode().bits, 32);
+}
+
+TEST(FixedPlace, OfNoBitsLooksAtThoseBehindIt) {
+    TypeUnderTest group(kSampleFamily, "SampleGroup");
+    ASSERT_EQ(group.Decode("56 80", 8), 8);  // 010101 10, then 10
+    EXPECT_EQ(group.Member("Number").number, 21U);
+    EXPECT_EQ(group.Member("Key").number, 2U);
+    EXPECT_EQ(group.Member("Ahead").number, 2U);
+    EXPECT_EQ(group.Member("Ahead").cells->number, 0U);
+    EXPECT_EQ(group.Member("Behind").number, 2U);
+    EXPECT_EQ(group.Encode().bits, 8);
+    EXPECT_EQ(group.Encode().hex.substr(0, 2), "56");
+
+    ASSERT_EQ(group.Decode("55 40", 8), 8);
+    EXPECT_EQ(group.Member("Ahead").number, 1U);
+    EXPECT_EQ(group.Member("Behind").number, 1U);
+}
+
+// Types that stand inline in a union.
+
+TEST(InlineAlternatives, DecodeAndEncode) {
+    TypeUnderTest format(kSampleFamily, "SampleFormat");
+    EXPECT_EQ(format.ThereAndBack("53"), "53");
+    EXPECT_EQ(format.Record().cells->number, 7U);
+    EXPECT_EQ(format.ThereAndBack("DB"), "DB");
+    EXPECT_EQ(format.Text(),
+              "Pairs: {\n"
+              "    Base: 5\n"
+              "    Steps: [\n"
+              "      2,\n"
+              "      3\n"
+              "    ]\n"
+              "  }\n");
+}
+
+TEST(InlineAlternatives, AreNoNamedTypes) {
+    const auto& types = kSampleFamily.types;
+    bool found = false;
+    for (std::size_t index = 0; index < types.types.size(); ++index) {
+        const std::string_view name = types.types[index].name;
+        if (name == "SampleFormat_Flags" || name == "SampleFormat_Pairs" ||
+            name == "SampleFormat_Pairs_Steps" || name == "SampleFormat_Flags_data") {
+            found = true;
+            EXPECT_EQ(std::count(types.named.begin(), types.named.end(), index), 0) << name;
+        }
+    }
+    EXPECT_TRUE(found);
 }
 
 }  // namespace
