@@ -29,12 +29,17 @@ enum class Code : std::int32_t {
 
 class [[nodiscard]] Outcome {
   public:
+    // Both conversions are meant: a function returns a count or a code as it is.
+    // NOLINTBEGIN(google-explicit-constructor)
+
     /// Success with `bits` passed or written. A count below 0, of a run that ended ahead of its
     /// start, is a failure.
     constexpr Outcome(std::int64_t bits) : value_(bits) {}
 
     /// A failure.
     constexpr Outcome(Code code) : value_(static_cast<std::int64_t>(code)) {}
+
+    // NOLINTEND(google-explicit-constructor)
 
     [[nodiscard]] constexpr bool Failed() const { return value_ < 0; }
 
