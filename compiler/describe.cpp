@@ -26,11 +26,11 @@ CsnTypes TypesOf(const CompiledCsn& csn) {
 
 EmittedCsn CodeOf(const CompiledCsn& csn) {
     if (csn.structures.empty()) {
-        return {"", "{}"};
+        return {"", "{}", {}};
     }
     std::ostringstream code;
     EmitCsn(code, csn);
-    return {code.str(), "kCsnStructures"};
+    return {code.str(), "kCsnStructures", csn.image.headers};
 }
 
 }  // namespace

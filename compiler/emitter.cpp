@@ -306,6 +306,9 @@ void Emit(std::ostream& out, const FamilySyntax& family, FamilyModel& model, con
     if (!csn.code.empty()) {
         out << "#include \"csn/functions.h\"\n";
     }
+    for (const std::string& header : csn.headers) {
+        out << "#include \"" << header << "\"\n";
+    }
     out << "\nnamespace quorvane::families {\nnamespace {\n\n"
            "using namespace quorvane::iecodec;\nusing namespace quorvane::reflect;\n\n";
     Emitter emitter(out, family, model);

@@ -3,6 +3,7 @@
 // Writes a family's tables as C++.
 
 #include <iosfwd>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,8 +13,9 @@ namespace quorvane::compiler {
 
 /// What the emitter needs to know of the family's CSN.1 structures.
 struct EmittedCsn {
-    std::string code;        // C++ that defines the tables, to stand in an unnamed namespace
-    std::string structures;  // expression for the span of CsnStructure
+    std::string code;               // C++ that defines the tables, to stand in an unnamed namespace
+    std::string structures;         // expression for the span of CsnStructure
+    std::set<std::string> headers;  // that the code needs
 };
 
 /// Writes the C++ of `model` to `out`: the definition of quorvane::families::k...Family. Output

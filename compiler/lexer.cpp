@@ -78,8 +78,8 @@ class Lexer {
             const std::string word(text_.substr(begin, position_ - begin));
             if (std::all_of(word.begin(), word.end(), IsDigit)) {
                 Add(Token::Kind::kDigits, begin, word);
-            } else if (notation_.isCsn && (word == "val" || word == "p" || word == "q")) {
-                LexValue(begin, word);
+            } else if (notation_.isCsn && word == "val") {
+                LexValue(begin);
             } else {
                 Add(Token::Kind::kWord, begin, word);
             }
@@ -157,15 +157,15 @@ class Lexer {
         }
     }
 
-    /// Behind "val", "p" or "q": a name in parentheses belongs to it.
-    void LexValue(std::size_t begin, const std::string& word) {
+    /// Behind "val": a name in parentheses belongs to it.
+    void LexValue(std::size_t begin) {
         const std::size_t wordEnd = position_;
         SkipBlanks();
         const std::size_t close = text_.find_first_of(")\n", position_);
         if (position_ >= text_.size() || text_[position_] != '(' ||
             close == std::string_view::npos || text_[close] == '\n') {
             position_ = wordEnd;
-            Add(Token::Kind::kWord, begin, word);
+            Add(Token::Kind::kWord, begin, "val");
             return;
         }
         std::string name(text_.substr(position_ + 1, close - position_ - 1));
@@ -174,9 +174,9 @@ class Lexer {
         name = first < last ? std::string(first, last) : "";
         position_ = close + 1;
         if (name.empty()) {
-            reporter_.Error(PlaceFrom(begin), word + "() needs the name of a field");
+            reporter_.Error(PlaceFrom(begin), "val() needs the name of a field");
         }
-        Add(Token::Kind::kValue, begin, std::move(name), word);
+        Add(Token::Kind::kValue, begin, std::move(name));
     }
 
     void AddLineEnd() {
@@ -190,8 +190,8 @@ class Lexer {
         return {file_, static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(position_)};
     }
 
-    void Add(Token::Kind kind, std::size_t begin, std::string text, std::string function = {}) {
-        tokens_.push_back({kind, std::move(text), std::move(function), PlaceFrom(begin), false});
+    void Add(Token::Kind kind, std::size_t begin, std::string text) {
+        tokens_.push_back({kind, std::move(text), PlaceFrom(begin), false});
     }
 
     Reporter& reporter_;

@@ -32,14 +32,13 @@ struct Token {
         kSign,       // any other sign
         kField,      // "< NAME :", `text` is the name
         kReference,  // "< NAME >", `text` is the name
-        kValue,      // "val(NAME)", "p(NAME)" or "q(NAME)": `text` is the name, `function` the word
+        kValue,      // "val(NAME)", `text` is the name
         kLineEnd,
         kEnd,
     };
 
     Kind kind;
     std::string text;
-    std::string function;
     Span place;
     bool cut = false;  // kText: the closing quote is missing, the rest of the line belongs to it
 };

@@ -34,7 +34,7 @@ std::string Shown(const Token& token) {
         case Token::Kind::kReference:
             return "'< " + token.text + " >'";
         case Token::Kind::kValue:
-            return "'" + token.function + "(" + token.text + ")'";
+            return "'val(" + token.text + ")'";
         case Token::Kind::kLineEnd:
             return "the end of the line";
         case Token::Kind::kEnd:

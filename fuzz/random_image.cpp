@@ -57,6 +57,11 @@ constexpr std::array kActions = [] {
     return actions;
 }();
 
+/// As a description may declare it.
+std::uint32_t Few(std::int32_t number) {
+    return static_cast<std::uint32_t>(number) & 3U;
+}
+
 struct KnownFunction {
     csn::CsnValueFunction function;
     std::optional<csn::VerifierBound> bound;
@@ -71,8 +76,7 @@ constexpr std::array kKnownFunctions = {
     KnownFunction{csn::functions::BitsLeftInSpanOrZeroBased<kNoted, 16>, {}},
     KnownFunction{csn::functions::BitsLeftInSpanIfAny<kNoted, 16>, {}},
     KnownFunction{csn::functions::BitsLeftToEnd<kScope>, {}},
-    KnownFunction{csn::functions::FddCellInfo<kCounted>, csn::VerifierBound{122}},
-    KnownFunction{csn::functions::TddCellInfo<kCounted>, csn::VerifierBound{126}},
+    KnownFunction{csn::functions::Declared<kCounted, Few>, csn::VerifierBound{3}},
 };
 
 constexpr std::array kFunctions = [] {

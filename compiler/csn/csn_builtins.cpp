@@ -117,10 +117,8 @@ std::string CsnCountExpression(const CsnCount& count) {
             return Call("BitsLeftInSpanOrZeroBased", {tag, number});
         case Form::kUntil:
             return Call("BitsLeftToEnd", {tag});
-        case Form::kFddCells:
-            return Call("FddCellInfo", {tag});
-        case Form::kTddCells:
-            return Call("TddCellInfo", {tag});
+        case Form::kDeclared:
+            return Call("Declared", {tag, count.function->name});
     }
     return {};
 }
@@ -136,10 +134,8 @@ std::optional<csn::VerifierBound> CsnCountBound(const CsnCount& count) {
             return csn::VerifierBound{0, count.variable->tag, 8};
         case Form::kOctetEnd:
             return csn::VerifierBound{7};
-        case Form::kFddCells:
-            return csn::VerifierBound{122};
-        case Form::kTddCells:
-            return csn::VerifierBound{126};
+        case Form::kDeclared:
+            return csn::VerifierBound{static_cast<std::int32_t>(count.function->most)};
         default:
             return std::nullopt;  // how far a position may be is not known
     }

@@ -75,9 +75,7 @@ CsnCountParser::Term CsnCountParser::ReadTerm() {
     if (tokens_.At(Kind::kValue)) {
         const Token& token = tokens_.Next();
         term.isNumber = false;
-        term.value.form = token.function == "p"   ? Form::kFddCells
-                          : token.function == "q" ? Form::kTddCells
-                                                  : Form::kValue;
+        term.value.form = Form::kValue;
         term.value.name = {token.text, token.place};
     } else {
         term.number = Number(kMostBits);
@@ -115,6 +113,14 @@ CsnCount CsnCountParser::Function() {
     const Token& word = tokens_.Next();
     CsnCount count;
     count.place = word.place;
+    if (const auto declared = functions_.find(word.text); declared != functions_.end()) {
+        count.form = Form::kDeclared;
+        count.function = &declared->second;
+        tokens_.Expect("(");
+        count.name = tokens_.ExpectName("the name of a field");
+        tokens_.Expect(")");
+        return count;
+    }
     for (const FunctionRow& row : kFunctions) {
         if (row.name != word.text) {
             continue;
@@ -130,10 +136,11 @@ CsnCount CsnCountParser::Function() {
         tokens_.Expect(")");
         return count;
     }
-    tokens_.Fail(word.place, "'" + word.text +
-                                 "' is no count; there are numbers, val(NAME), "
-                                 "p(NAME), q(NAME), octet_end(), left(NAME, n), left_or_none(NAME, "
-                                 "n), left_or_zero(NAME, n) and until(NAME)");
+    tokens_.Fail(word.place,
+                 "'" + word.text +
+                     "' is no count; there are numbers, val(NAME), octet_end(), left(NAME, n), "
+                     "left_or_none(NAME, n), left_or_zero(NAME, n), until(NAME) and "
+                     "what 'function' declares");
     return count;
 }
 

@@ -12,8 +12,8 @@ inline constexpr std::uint32_t kMostBits = 1U << 20;
 
 class CsnCountParser {
   public:
-    CsnCountParser(Reporter& reporter, TokenStream& tokens)
-        : reporter_(reporter), tokens_(tokens) {}
+    CsnCountParser(Reporter& reporter, TokenStream& tokens, const CsnFunctions& functions)
+        : reporter_(reporter), tokens_(tokens), functions_(functions) {}
 
     /// A number of up to `most`.
     std::uint32_t Number(std::uint32_t most = 0x7FFFFFFF);
@@ -36,6 +36,7 @@ class CsnCountParser {
 
     Reporter& reporter_;
     TokenStream& tokens_;
+    const CsnFunctions& functions_;  // those that descriptions declare
 };
 
 }  // namespace quorvane::compiler

@@ -377,6 +377,9 @@ class Generator {
         const std::uint32_t index = IndexOf(image_.functions, CsnCountExpression(count));
         image_.functionBounds.resize(image_.functions.size());
         image_.functionBounds[index] = CsnCountBound(count);
+        if (count.function != nullptr) {
+            image_.headers.insert(count.function->header);
+        }
         return index;
     }
 

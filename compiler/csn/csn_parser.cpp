@@ -21,7 +21,7 @@ class Parser {
     Parser(Reporter& reporter, std::uint32_t file, CsnSyntax& syntax)
         : reporter_(reporter),
           tokens_(reporter, file, kCsnNotation),
-          counts_(reporter, tokens_),
+          counts_(reporter, tokens_, syntax.functions),
           syntax_(syntax) {}
 
     void File() {
@@ -33,10 +33,12 @@ class Parser {
             } else if (tokens_.At("shared")) {
                 syntax_.sections.emplace_back().place = tokens_.Next().place;
                 EndOfDeclaration();
+            } else if (tokens_.Accept("function")) {
+                Function();
             } else if (tokens_.At(Kind::kReference)) {
                 Rule();
             } else {
-                tokens_.ErrorExpected("a rule, 'structure' or 'shared'");
+                tokens_.ErrorExpected("a rule, 'structure', 'shared' or 'function'");
                 SkipDeclaration();
             }
         }
@@ -58,6 +60,25 @@ class Parser {
             tokens_.Error(place,
                           "the structure cites no clause; write \"TS ..., clause\" behind "
                           "its name");
+        }
+        EndOfDeclaration();
+    }
+
+    /// function p "families/header.h" Name most 122 ;
+    void Function() {
+        const Name name = tokens_.ExpectName("the name of a count");
+        CsnFunction function;
+        if (!tokens_.At(Kind::kText)) {
+            tokens_.ErrorExpected("the C++ header of the function in quotation marks");
+            return SkipDeclaration();
+        }
+        function.header = tokens_.Next().text;
+        function.name = tokens_.ExpectName("the C++ name of the function").text;
+        if (tokens_.Expect("most")) {
+            function.most = counts_.Number(kMostIterations);
+        }
+        if (!syntax_.functions.emplace(name.text, std::move(function)).second) {
+            reporter_.Error(name.place, "the function '" + name.text + "' is declared already");
         }
         EndOfDeclaration();
     }

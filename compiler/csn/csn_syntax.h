@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <list>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +21,16 @@ struct CsnVariable;
 /// Most iterations of a repetition with a constant count; one more means no bound to the machine.
 inline constexpr std::uint32_t kMostIterations = 0x3FFE;
 
+/// A count that C++ works out: a function from a number to a number.
+struct CsnFunction {
+    std::string header;
+    std::string name;        // in C++
+    std::uint32_t most = 0;  // that it gives
+};
+
+/// By their names in descriptions.
+using CsnFunctions = std::map<std::string, CsnFunction>;
+
 /// A number of bits or of iterations: a constant, or a value function of the machine.
 struct CsnCount {
     enum class Form {
@@ -32,14 +43,14 @@ struct CsnCount {
         kLeftOrNone,  // the same, but 0 once they are passed
         kLeftOrZero,  // as kLeft, counted from bit 0 if NAME is not set
         kUntil,       // bits left up to the position NAME, 0 if it is passed
-        kFddCells,    // bits of the UTRAN FDD cell information for NAME cells
-        kTddCells,    // bits of the UTRAN TDD cell information for NAME cells
+        kDeclared,    // what `function` makes of val(NAME)
     };
 
     Form form = Form::kNumber;
     std::int64_t number = 0;
     Name name;  // of the field or position; empty if the form has none
     Span place;
+    const CsnFunction* function = nullptr;
     CsnVariable* variable = nullptr;  // set by the resolver
 };
 
@@ -161,6 +172,7 @@ struct CsnSyntax {
     std::list<CsnRule> dropped;  // the broken ones: no pass looks at them any more
     std::size_t errorsSeen = 0;  // by DropBroken
     std::deque<CsnVariable> variables;
+    CsnFunctions functions;
     std::uint32_t lastTag = 0;  // the highest of the variables' tags; set by the resolver
 
     CsnNode* NewNode(CsnNode::Kind kind, Span place) {

@@ -17,14 +17,6 @@
 
 namespace quorvane::csn {
 
-/// Bits of the UTRAN FDD cell information field for `cells` cells, 1 to 16; 0 for other counts.
-/// TS 44.018, table 9.1.54.1a.
-[[nodiscard]] std::uint32_t FddCellInfoBits(std::int32_t cells);
-
-/// Bits of the UTRAN TDD cell information field for `cells` cells, 1 to 20; 0 for other counts.
-/// TS 44.018, table 9.1.54.1b.
-[[nodiscard]] std::uint32_t TddCellInfoBits(std::int32_t cells);
-
 namespace functions {
 
 // Positions and tags are 32-bit numbers that wrap: a tag that was never set, -1, or a hostile
@@ -247,16 +239,10 @@ std::uint32_t BitsLeftToEnd(CsnMachine& machine) {
     return end > machine.bitPos ? static_cast<std::uint32_t>(Difference(end, machine.bitPos)) : 0;
 }
 
-/// Width of the UTRAN FDD cell information field for the noted number of cells.
-template <std::int32_t T>
-std::uint32_t FddCellInfo(CsnMachine& machine) {
-    return FddCellInfoBits(TagValue(machine, T));
-}
-
-/// Width of the UTRAN TDD cell information field for the noted number of cells.
-template <std::int32_t T>
-std::uint32_t TddCellInfo(CsnMachine& machine) {
-    return TddCellInfoBits(TagValue(machine, T));
+/// What a function that a description declares makes of the noted number.
+template <std::int32_t T, std::uint32_t (*Function)(std::int32_t)>
+std::uint32_t Declared(CsnMachine& machine) {
+    return Function(TagValue(machine, T));
 }
 
 }  // namespace functions

@@ -96,5 +96,24 @@ TEST(CsnEmitter, FamiliesOfNothingHaveEmptyTables) {
               std::string::npos);
 }
 
+TEST(CsnEmitter, DeclaredFunctionsBringTheirHeaders) {
+    Reporter reporter;
+    TypeStore store;
+    const CompiledCsn csn =
+        CompileCsn(reporter,
+                   {reporter.AddFile("a.csn1",
+                                     "function p \"families/a.h\" other::Bits most 4 ;\n"
+                                     "function q \"families/b.h\" Unused most 4 ;\n"
+                                     "structure T \"TS 1, 2.3\" ;\n"
+                                     "< t > ::= < n : bit (2) > < v : bit (p(n)) > ;\n")},
+                   FindEnum, store);
+    EXPECT_EQ(reporter.Text(), "");
+    EXPECT_EQ(csn.image.headers, std::set<std::string>{"families/a.h"});
+    ASSERT_EQ(csn.image.functions.size(), 1U);
+    EXPECT_EQ(csn.image.functions[0], "&csn::functions::Declared<1, other::Bits>");
+    EXPECT_EQ(csn.image.functionBounds.at(0)->offset, 4);
+    EXPECT_FALSE(csn.image.functionBounds.at(0)->tag);
+}
+
 }  // namespace
 }  // namespace quorvane::compiler

@@ -19,7 +19,7 @@ std::string Tokens(const std::string& text) {
         static const char* const kNames[] = {"word",      "digits", "text",     "mark", "field",
                                              "reference", "value",  "line end", "end"};
         shown += std::string(shown.empty() ? "" : " ") + kNames[static_cast<int>(token.kind)];
-        shown += token.text.empty() ? "" : "(" + token.function + token.text + ")";
+        shown += token.text.empty() ? "" : "(" + token.text + ")";
     }
     return shown + reporter.Text();
 }
@@ -41,8 +41,9 @@ TEST(CsnLexer, CommentsRunToTheEndOfTheLine) {
 }
 
 TEST(CsnLexer, ValuesTakeTheirName) {
-    EXPECT_EQ(Tokens("val ( Length of it ) p(N) q( M) val left(x, 24)"),
-              "value(valLength of it) value(pN) value(qM) word(val) word(left) mark(() word(x) "
+    EXPECT_EQ(Tokens("val ( Length of it ) val(N) p(N) val left(x, 24)"),
+              "value(Length of it) value(N) word(p) mark(() word(N) mark()) word(val) word(left) "
+              "mark(() word(x) "
               "mark(,) digits(24) mark()) end");
 }
 
@@ -55,10 +56,11 @@ TEST(CsnLexer, Marks) {
 // ---- Trees -----------------------------------------------------------------------------------
 
 std::string ShowCount(const CsnCount& count) {
-    static const char* const kForms[] = {
-        "",      "val", "rest", "times", "octet_end", "left", "left_or_none", "left_or_zero",
-        "until", "p",   "q"};
+    static const char* const kForms[] = {"",          "val",     "rest",         "times",
+                                         "octet_end", "left",    "left_or_none", "left_or_zero",
+                                         "until",     "declared"};
     return std::string(kForms[static_cast<int>(count.form)]) +
+           (count.function == nullptr ? "" : " " + count.function->name) +
            (count.name.text.empty() ? "" : " " + count.name.text + " ") +
            std::to_string(count.number);
 }
@@ -94,10 +96,11 @@ std::string Show(const CsnNode& node) {
 }
 
 /// The tree of a rule with the body `body`.
-std::string Tree(const std::string& body) {
+std::string Tree(const std::string& body, const std::string& before = "") {
     Reporter reporter;
     CsnSyntax syntax;
-    ParseCsn(reporter, reporter.AddFile("a.csn1", "structure T \"x\" ; < t > ::= " + body + " ;"),
+    ParseCsn(reporter,
+             reporter.AddFile("a.csn1", before + "structure T \"x\" ; < t > ::= " + body + " ;"),
              syntax);
     return reporter.HasErrors() ? reporter.Text() : Show(*syntax.rules.front().body);
 }
@@ -131,7 +134,9 @@ TEST(CsnParser, Repetitions) {
     EXPECT_EQ(Tree("0 * (val(n) - 1)"), "rep val n -1(bits 0)");
     EXPECT_EQ(Tree("0 * (5 - val(n))"), "rep rest n 5(bits 0)");
     EXPECT_EQ(Tree("bit (val(n) * 8)"), "rep times n 8(any 1)");
-    EXPECT_EQ(Tree("bit (p(n)) bit (q(n))"), "seq(rep p n 0(any 1), rep q n 0(any 1))");
+    EXPECT_EQ(Tree("bit (p(n)) bit (q(n))",
+                   "function p \"a.h\" One most 1 ; function q \"a.h\" other::Two most 2 ; "),
+              "seq(rep declared One n 0(any 1), rep declared other::Two n 0(any 1))");
     EXPECT_EQ(Tree("bit (left_or_none(x, 24)) bit (until(y))"),
               "seq(rep left_or_none x 24(any 1), rep until y 0(any 1))");
     EXPECT_EQ(Tree("L ** write (octet_end())"), "rep write octet_end0(bits L)");

@@ -10,6 +10,7 @@
 #include "compiler/reporter.h"
 #include "csn/functions.h"
 #include "csn/verifier.h"
+#include "families/common/cell_information.h"
 
 namespace quorvane::reference {
 namespace {
@@ -28,6 +29,10 @@ std::string Name(const char* function, std::initializer_list<int> constants) {
         separator = ", ";
     }
     return constants.size() == 0 ? name : name + ">";
+}
+
+std::string Declared(int tag, const std::string& function) {
+    return "&csn::functions::Declared<" + std::to_string(tag) + ", " + function + ">";
 }
 
 template <int T>
@@ -59,8 +64,8 @@ void AddFunctions(FunctionTable& table) {
     table[Name("RestOf", {T, 3})] = &f::RestOf<T, 3>;
     table[Name("OctetsToBits", {T})] = &f::OctetsToBits<T>;
     table[Name("BitsLeftInSpan", {T, 24})] = &f::BitsLeftInSpan<T, 24>;
-    table[Name("FddCellInfo", {T})] = &f::FddCellInfo<T>;
-    table[Name("TddCellInfo", {T})] = &f::TddCellInfo<T>;
+    table[Declared(T, "FddCellInfoBits")] = &f::Declared<T, families::FddCellInfoBits>;
+    table[Declared(T, "TddCellInfoBits")] = &f::Declared<T, families::TddCellInfoBits>;
 }
 
 template <std::size_t... Index>

@@ -295,23 +295,15 @@ TEST_F(CsnFunctions, BitsLeftOfASpan) {
     EXPECT_EQ(fn::BitsLeftToEnd<101>(machine), 0U);
 }
 
-TEST_F(CsnFunctions, CellInformation) {
-    const std::vector<std::uint32_t> fdd = {0,  10, 19, 28, 36,  44,  52,  60,  67,
-                                            74, 81, 88, 95, 102, 109, 116, 122, 0};
-    for (std::size_t cells = 0; cells < fdd.size(); ++cells) {
-        EXPECT_EQ(FddCellInfoBits(static_cast<std::int32_t>(cells)), fdd[cells]) << cells;
-    }
-    const std::vector<std::uint32_t> tdd = {0,  9,  17, 25, 32,  39,  46,  53,  59,  65,  71,
-                                            77, 83, 89, 95, 101, 106, 111, 116, 121, 126, 0};
-    for (std::size_t cells = 0; cells < tdd.size(); ++cells) {
-        EXPECT_EQ(TddCellInfoBits(static_cast<std::int32_t>(cells)), tdd[cells]) << cells;
-    }
-    EXPECT_EQ(FddCellInfoBits(-1), 0U);
-    EXPECT_EQ(TddCellInfoBits(-1), 0U);
+std::uint32_t Twice(std::int32_t number) {
+    return static_cast<std::uint32_t>(number) * 2;
+}
+
+TEST_F(CsnFunctions, Declared) {
     At(kLong, 0);
+    EXPECT_EQ((fn::Declared<7, Twice>(machine)), 0xFFFFFFFEU);  // of -1: the tag is not set
     TagAdd(machine, 7, 16);
-    EXPECT_EQ(fn::FddCellInfo<7>(machine), 122U);
-    EXPECT_EQ(fn::TddCellInfo<7>(machine), 106U);
+    EXPECT_EQ((fn::Declared<7, Twice>(machine)), 32U);
 }
 
 TEST_F(CsnFunctions, HostileNumbersStayDefined) {

@@ -1,8 +1,8 @@
-#include "csn/functions.h"
+#include "families/common/cell_information.h"
 
 #include <array>
 
-namespace quorvane::csn {
+namespace quorvane::families {
 namespace {
 
 template <std::size_t kSize>
@@ -25,4 +25,4 @@ std::uint32_t TddCellInfoBits(std::int32_t cells) {
     return BitsOf(kBits, cells);
 }
 
-}  // namespace quorvane::csn
+}  // namespace quorvane::families
