@@ -2,7 +2,7 @@
 
 #include "facade/utf8.h"
 #include "reflect/catalogue.h"
-#include "reflect/catalogue_report.h"
+#include "tools/catalogue_report.h"
 #include "tools/commands.h"
 #include "tools/described_family.h"
 
@@ -13,16 +13,16 @@ int Catalogue(const std::string& family, CatalogueForm form) {
     reflect::TextBuffer text;
     switch (form) {
         case CatalogueForm::kDefinitions:
-            reflect::ListDefinitions(catalogue, text);
+            ListDefinitions(catalogue, text);
             break;
         case CatalogueForm::kCensus:
-            reflect::ListCensus(catalogue, text);
+            ListCensus(catalogue, text);
             break;
         case CatalogueForm::kElements:
-            reflect::ListElements(catalogue, text);
+            ListElements(catalogue, text);
             break;
         case CatalogueForm::kEnumerations:
-            reflect::ListEnumerations(catalogue, text);
+            ListEnumerations(catalogue, text);
             break;
     }
     std::string utf8;

@@ -12,9 +12,9 @@
 #include "csn/machine.h"
 #include "families/family.h"
 #include "reflect/catalogue.h"
-#include "reflect/catalogue_report.h"
 #include "reflect/text_buffer.h"
 #include "support/family_files.h"
+#include "tools/catalogue_report.h"
 
 namespace quorvane::families {
 namespace {
@@ -61,7 +61,7 @@ class Counts {
 std::string ShapeOf(const Family& family) {
     const reflect::Catalogue catalogue(family.types);
     reflect::TextBuffer census;
-    reflect::ListCensus(catalogue, census);
+    tool::ListCensus(catalogue, census);
     std::string shape(census.View());
     for (const auto& set : family.codec.sets) {
         shape += "set " + std::string(set.name) + " " + std::to_string(set.messages.size()) + "\n";

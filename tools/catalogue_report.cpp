@@ -1,9 +1,12 @@
-#include "reflect/catalogue_report.h"
+#include "tools/catalogue_report.h"
 
 #include <string>
 #include <string_view>
 
-namespace quorvane::reflect {
+namespace quorvane::tool {
+
+using namespace reflect;
+
 namespace {
 
 /// Walks over all descriptors of a catalogue: the named ones in build order, and below each
@@ -222,4 +225,4 @@ void ListEnumerations(const Catalogue& catalogue, TextBuffer& stream) {
     Walk<EnumerationLister>(lister).Over(catalogue);
 }
 
-}  // namespace quorvane::reflect
+}  // namespace quorvane::tool

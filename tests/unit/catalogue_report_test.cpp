@@ -1,11 +1,15 @@
+#include "tools/catalogue_report.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
 #include "reflect/catalogue.h"
-#include "reflect/catalogue_report.h"
 #include "reflect_test_types.h"
 
-namespace quorvane::reflect {
+namespace quorvane::tool {
+
+using namespace reflect;
+
 namespace {
 
 using Lister = void (*)(const Catalogue&, TextBuffer&);
@@ -157,4 +161,4 @@ TEST(CatalogueReport, ElementsInsideSequencesAreListedBelowThem) {
 }
 
 }  // namespace
-}  // namespace quorvane::reflect
+}  // namespace quorvane::tool
