@@ -1,7 +1,7 @@
 #pragma once
 
-// What decoding or encoding came to: a count of bits, or one of the library's codes. The two never
-// stand in one number outside of this class.
+// The result of decoding or encoding: a count of bits, or one of the library's codes. Callers ask
+// which of the two it is before they use it.
 //
 // Tests: tests/unit/outcome_test.cpp.
 
