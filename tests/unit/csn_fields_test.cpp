@@ -477,6 +477,34 @@ TEST(CsnGroup, InnerGroupsOfASourceStretchAreCounted) {
     EXPECT_EQ(run.machine->fieldDepth, 0);
 }
 
+TEST(CsnGroup, AStretchThatEndsInsideOfAnInnerGroupHasItsOwnParent) {
+    // The inner group opens and does not close, so that the newest record is two levels further in.
+    Image image;
+    const auto outer = image.Field({{kRoot, 10}}, 1);
+    const auto whole = image.Field({{10, 11}}, 2);
+    const auto inner = image.Field({{11, 12}});
+    const auto plain = image.Field({{12, 13}});
+    image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(outer, false)});
+    image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(whole, true)});
+    image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(inner, false)});
+    image.code.Emit(Opcode::kField, {plain, 2});
+    image.code.Emit(Opcode::kEnd, {Assembler::Delimiter(inner, false)});
+    image.code.Emit(Opcode::kEnd, {Assembler::Delimiter(whole, true)});
+    image.code.Emit(Opcode::kEnd, {Assembler::Delimiter(outer, false)});
+    image.code.Emit(Opcode::kRet);
+    const auto run = Encode(image, [](CsnFieldEvent& event) -> std::int32_t {
+        if (event.fieldIndex == 2) {
+            event.machine->writer->Write(event.bitPos, 2, 2);
+            event.bitLength = 2;
+        }
+        return kGoOn;
+    });
+    EXPECT_EQ(run.Text(), "10");
+    EXPECT_EQ(RecordText(*run.machine),
+              "(10,0,0,0)(11,0,0,1)(12,0,0,2)(13,0,0,3)(13,-1,2,4)(11,-1,2,2)(10,-1,2,1)");
+    EXPECT_EQ(run.machine->records[5].parent, &run.machine->records[0]);
+}
+
 TEST(CsnGroup, GroupsOfASecondReadingInAStretchAreCounted) {
     Image image;
     const auto outer = image.Field({{kRoot, 10}});

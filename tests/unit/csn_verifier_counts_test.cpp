@@ -228,6 +228,7 @@ TEST(CsnVerifierCounts, ABoundThatIsLostLater) {
     EXPECT_EQ(Findings([](Subject& s) {
                   s.Either([&] { s.Keep(3); },
                            [&] {
+                               s.code.Emit(Opcode::kSkip, {3});
                                for (int count = 0; count < 20; ++count) {
                                    s.code.Emit(Opcode::kNop);
                                }
