@@ -26,24 +26,24 @@ struct KnownAction {
     csn::CsnAction action;
     csn::VerifierAction effect;
 };
-constexpr csn::VerifierAction kNoEffect = {Effect::kNone, 0, {}};
+constexpr csn::VerifierAction kNoEffect = {Effect::kNone};
 
 constexpr std::array kKnownActions = {
-    KnownAction{csn::functions::NotePosition<kNoted>, {Effect::kAdds, kNoted, {}}},
-    KnownAction{csn::functions::NotePositionAhead<kCounted, 5>, {Effect::kAdds, kCounted, {}}},
-    KnownAction{csn::functions::OpenScopeAtLengthEnd<kScope, 4>, {Effect::kAdds, kScope, {}}},
-    KnownAction{csn::functions::OpenScopeAtLengthStart<kScope, 4, 2>, {Effect::kAdds, kScope, {}}},
-    KnownAction{csn::functions::OpenScopeAtCodedLength<kScope>, {Effect::kAdds, kScope, {}}},
-    KnownAction{csn::functions::OpenFixedScope<kScope, 9>, {Effect::kAdds, kScope, {}}},
+    KnownAction{csn::functions::NotePosition<kNoted>, {Effect::kAdds, kNoted}},
+    KnownAction{csn::functions::NotePositionAhead<kCounted, 5>, {Effect::kAdds, kCounted}},
+    KnownAction{csn::functions::OpenScopeAtLengthEnd<kScope, 4>, {Effect::kAdds, kScope}},
+    KnownAction{csn::functions::OpenScopeAtLengthStart<kScope, 4, 2>, {Effect::kAdds, kScope}},
+    KnownAction{csn::functions::OpenScopeAtCodedLength<kScope>, {Effect::kAdds, kScope}},
+    KnownAction{csn::functions::OpenFixedScope<kScope, 9>, {Effect::kAdds, kScope}},
     KnownAction{csn::functions::CloseScope<kScope>, kNoEffect},
     KnownAction{csn::functions::WriteBackLength<kNoted, 8, 0, 8>, kNoEffect},
     KnownAction{csn::functions::ClipToSpan<kNoted, 6>, kNoEffect},
     KnownAction{csn::functions::JumpOverElement<kNoted, 4, 4>, kNoEffect},
     KnownAction{csn::functions::KeepCount<kCounted, 3>, {Effect::kAdds, kCounted, 7}},
     KnownAction{csn::functions::StartCount<kRunning>, {Effect::kAdds, kRunning, 0}},
-    KnownAction{csn::functions::CountOne<kRunning>, {Effect::kChanges, kRunning, {}}},
+    KnownAction{csn::functions::CountOne<kRunning>, {Effect::kChanges, kRunning}},
     KnownAction{csn::functions::KeepPopulation<kCounted, 4>, {Effect::kAdds, kCounted, 4}},
-    KnownAction{csn::functions::AddPopulation<kRunning, 3>, {Effect::kChanges, kRunning, {}}},
+    KnownAction{csn::functions::AddPopulation<kRunning, 3>, {Effect::kChanges, kRunning}},
     KnownAction{csn::functions::RaiseMaximum<kCounted, 3>, {Effect::kChanges, kCounted, 7}},
     KnownAction{csn::functions::RejectZero<3>, kNoEffect},
     KnownAction{csn::functions::RejectZeroAndOnes<3>, kNoEffect},
@@ -64,7 +64,7 @@ std::uint32_t Few(std::int32_t number) {
 
 struct KnownFunction {
     csn::CsnValueFunction function;
-    std::optional<csn::VerifierBound> bound;
+    csn::VerifierBound bound;
 };
 
 constexpr std::array kKnownFunctions = {

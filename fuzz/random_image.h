@@ -4,7 +4,6 @@
 // has, in any order, and then damaged a little. Whoever runs one asks the verifier first.
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -20,7 +19,7 @@ struct Image {
     std::span<const csn::CsnAction> actions;
     std::vector<csn::VerifierAction> actionEffects;
     std::span<const csn::CsnValueFunction> functions;
-    std::vector<std::optional<csn::VerifierBound>> functionBounds;
+    std::vector<csn::VerifierBound> functionBounds;
     std::vector<csn::VerifierEntry> entries;
 
     [[nodiscard]] csn::CsnProgram Program() const {

@@ -81,10 +81,10 @@ csn::VerifierAction CsnActionEffect(const CsnNode& action) {
     using Effect = csn::VerifierAction::Effect;
     const CsnActionInfo& info = *FindCsnAction(action.name.text);
     if (info.leaves == kAsBefore) {
-        return {Effect::kNone, 0, std::nullopt};
+        return {Effect::kNone};
     }
     const std::uint32_t bits = info.parameters.size() < 2 ? 0 : action.arguments[1].number;
-    std::optional<std::uint32_t> most;
+    std::uint32_t most = csn::kNoBound;
     if (info.leaves == kZero || info.leaves == kPopulation) {
         most = bits;
     } else if (info.leaves == kBits && bits < 32) {
@@ -94,51 +94,33 @@ csn::VerifierAction CsnActionEffect(const CsnNode& action) {
     return {adds ? Effect::kAdds : Effect::kChanges, action.arguments.front().variable->tag, most};
 }
 
-std::string CsnCountExpression(const CsnCount& count) {
-    const std::string tag =
-        count.variable == nullptr ? std::string() : std::to_string(count.variable->tag);
+CsnValueFunction CsnFunctionOf(const CsnCount& count) {
+    const std::uint32_t variable = count.variable == nullptr ? 0 : count.variable->tag;
+    const std::string tag = std::to_string(variable);
     const std::string number = std::to_string(count.number);
     switch (count.form) {
         case Form::kNumber:
             break;
         case Form::kValue:
-            return Call("TagPlus", {tag, number});
+            return {Call("TagPlus", {tag, number}), {count.number, variable, 1}};
         case Form::kRest:
-            return Call("RestOf", {tag, number});
+            return {Call("RestOf", {tag, number}), {count.number, variable, 0}};
         case Form::kTimes:
-            return Call("OctetsToBits", {tag});
+            return {Call("OctetsToBits", {tag}), {0, variable, 8}};
         case Form::kOctetEnd:
-            return Call("BitsToOctetBoundary", {});
-        case Form::kLeft:
-            return Call("BitsLeftInSpan", {tag, number});
+            return {Call("BitsToOctetBoundary", {}), {7}};
+        case Form::kLeft:  // how far positions are from each other is not known
+            return {Call("BitsLeftInSpan", {tag, number}), {}};
         case Form::kLeftOrNone:
-            return Call("BitsLeftInSpanIfAny", {tag, number});
+            return {Call("BitsLeftInSpanIfAny", {tag, number}), {}};
         case Form::kLeftOrZero:
-            return Call("BitsLeftInSpanOrZeroBased", {tag, number});
+            return {Call("BitsLeftInSpanOrZeroBased", {tag, number}), {}};
         case Form::kUntil:
-            return Call("BitsLeftToEnd", {tag});
+            return {Call("BitsLeftToEnd", {tag}), {}};
         case Form::kDeclared:
-            return Call("Declared", {tag, count.function->name});
+            return {Call("Declared", {tag, count.function->name}), {count.function->most}};
     }
     return {};
-}
-
-std::optional<csn::VerifierBound> CsnCountBound(const CsnCount& count) {
-    const auto number = static_cast<std::int32_t>(count.number);
-    switch (count.form) {
-        case Form::kValue:
-            return csn::VerifierBound{number, count.variable->tag, 1};
-        case Form::kRest:
-            return csn::VerifierBound{number, count.variable->tag, 0};
-        case Form::kTimes:
-            return csn::VerifierBound{0, count.variable->tag, 8};
-        case Form::kOctetEnd:
-            return csn::VerifierBound{7};
-        case Form::kDeclared:
-            return csn::VerifierBound{static_cast<std::int32_t>(count.function->most)};
-        default:
-            return std::nullopt;  // how far a position may be is not known
-    }
 }
 
 }  // namespace quorvane::compiler

@@ -3,7 +3,6 @@
 // The actions and value functions that descriptions can name, and the C++ that stands for them in
 // an image's tables. They are defined in csn/functions.h.
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,10 +46,13 @@ struct CsnActionInfo {
 /// What it does to the tags, for the proof of the image.
 [[nodiscard]] csn::VerifierAction CsnActionEffect(const CsnNode& action);
 
-/// C++ for the value function that gives `count`, which is neither a number nor just val(NAME).
-[[nodiscard]] std::string CsnCountExpression(const CsnCount& count);
+/// A value function: the C++ for it, and the most that it gives.
+struct CsnValueFunction {
+    std::string expression;
+    csn::VerifierBound bound;
+};
 
-/// The most that the function gives, if there is a bound.
-[[nodiscard]] std::optional<csn::VerifierBound> CsnCountBound(const CsnCount& count);
+/// The function that gives `count`, which is neither a number nor just val(NAME).
+[[nodiscard]] CsnValueFunction CsnFunctionOf(const CsnCount& count);
 
 }  // namespace quorvane::compiler

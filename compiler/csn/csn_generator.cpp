@@ -374,9 +374,10 @@ class Generator {
     }
 
     std::uint32_t FunctionOf(const CsnCount& count) {
-        const std::uint32_t index = IndexOf(image_.functions, CsnCountExpression(count));
+        const CsnValueFunction function = CsnFunctionOf(count);
+        const std::uint32_t index = IndexOf(image_.functions, function.expression);
         image_.functionBounds.resize(image_.functions.size());
-        image_.functionBounds[index] = CsnCountBound(count);
+        image_.functionBounds[index] = function.bound;
         if (count.function != nullptr) {
             image_.headers.insert(count.function->header);
         }

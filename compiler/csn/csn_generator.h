@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -24,7 +23,7 @@ struct CsnImage {
     std::vector<std::string> actions;                // C++ expressions
     std::vector<csn::VerifierAction> actionEffects;  // of each of them
     std::vector<std::string> functions;              // the same, of value functions
-    std::vector<std::optional<csn::VerifierBound>> functionBounds;
+    std::vector<csn::VerifierBound> functionBounds;
     std::set<std::string> headers;  // of functions that descriptions declare
 
     std::map<std::uint32_t, std::string> fieldNames;  // by identifier

@@ -35,18 +35,21 @@ struct VerifierEntry {
     std::uint16_t fieldCount = 0;  // how many they are; 0: any tag will do
 };
 
+/// The most of a number that nothing bounds.
+inline constexpr std::uint32_t kNoBound = UINT32_MAX;
+
 /// What an action does to the tag store.
 struct VerifierAction {
     enum class Effect : std::uint8_t { kNone, kAdds, kChanges };
 
     Effect effect = Effect::kAdds;
-    std::uint32_t tag = 0;              // the one that it adds, or changes if it is there
-    std::optional<std::uint32_t> most;  // a number from 0 to this; none: any number
+    std::uint32_t tag = 0;          // the one that it adds, or changes if it is there
+    std::uint32_t most = kNoBound;  // that the tag then holds
 };
 
 /// A value function's result is at most `offset`, or `factor` times the number of `tag` more.
 struct VerifierBound {
-    std::int32_t offset = 0;
+    std::int64_t offset = kNoBound;
     std::optional<std::uint32_t> tag = {};
     std::uint32_t factor = 1;
 };
@@ -56,7 +59,7 @@ struct VerifierInput {
     std::span<const std::uint16_t> fieldTable;
     std::vector<VerifierEntry> entries;
     std::vector<VerifierAction> actions;
-    std::vector<std::optional<VerifierBound>> functions;  // none: any result
+    std::vector<VerifierBound> functions;
 };
 
 /// Something that is not proven, at an offset of the image.

@@ -53,6 +53,10 @@ struct State {
     TagBounds bounds;                       // of the tags
     std::optional<std::uint32_t> loopExit;  // if it is known
 
+    void AddTag(const VerifierInput& input, std::uint32_t tag, std::uint32_t most) {
+        tags = Add(tags, 1);
+        csn::AddTag(input, bounds, tag, most);
+    }
     [[nodiscard]] bool TopIs(Item::Kind kind) const {
         return !stack.empty() && stack.back().kind == kind;
     }
@@ -73,7 +77,6 @@ class RuleWalk {
              const TagFinder& findTag, std::uint16_t parent, CalleeSummary callee,
              const FindingSink& sink)
         : input_(input),
-          numbers_(input),
           instructions_(instructions),
           findTag_(findTag),
           parent_(parent),
@@ -107,7 +110,6 @@ class RuleWalk {
     void OpenField(const Instruction& instruction, const State& state);
     void CloseField(const Instruction& instruction, const State& state);
     void Return(const Instruction& instruction, const State& state);
-    void AddTag(State& state, std::uint32_t tag, std::uint32_t most) const;
     void MoveChoice(const Instruction& instruction, State moved, bool inside);
     void Pop(const Instruction& instruction, const State& state, Item::Kind kind, const char* what);
 
@@ -135,7 +137,6 @@ class RuleWalk {
     std::uint16_t TagOf(const Instruction& instruction, const State& state);
 
     const VerifierInput& input_;
-    const Numbers numbers_;
     const InstructionMap& instructions_;
     const TagFinder& findTag_;
     const std::uint16_t parent_;
@@ -255,7 +256,7 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
         case Opcode::kActEnc: {
             const VerifierAction& action = input_.actions[instruction.operands[0]];
             if (action.effect == VerifierAction::Effect::kAdds) {
-                AddTag(next, action.tag, action.most.value_or(kNoBound));
+                next.AddTag(input_, action.tag, action.most);
             }
             if (instruction.Code() != Opcode::kAct) {
                 Next(instruction, state);  // in the other direction
@@ -313,7 +314,7 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
         case Opcode::kRetTags:
             return Return(instruction, state);
         case Opcode::kTagPos:
-            AddTag(next, instruction.operands[0], kNoBound);
+            next.AddTag(input_, instruction.operands[0], kNoBound);
             break;
         case Opcode::kCommit:
             MoveChoice(instruction, state, false);
@@ -336,11 +337,6 @@ void RuleWalk::Execute(const Instruction& instruction, const State& state) {
             break;
     }
     Next(instruction, std::move(next));
-}
-
-void RuleWalk::AddTag(State& state, std::uint32_t tag, std::uint32_t most) const {
-    state.tags = Add(state.tags, 1);
-    numbers_.Add(state.bounds, tag, most);
 }
 
 void RuleWalk::Exclude(const Instruction& instruction, const State& state) {
@@ -371,14 +367,14 @@ void RuleWalk::CloseField(const Instruction& instruction, const State& state) {
     }
     State next = state.Popped(1);
     if (instruction.Code() == Opcode::kEndTag) {
-        AddTag(next, instruction.operands[1],
-               MostBetween(instructions_, state.stack.back().begin, instruction.offset));
+        next.AddTag(input_, instruction.operands[1],
+                    MostBetween(instructions_, state.stack.back().begin, instruction.offset));
     }
     Next(instruction, next);
 }
 
 void RuleWalk::Repeat(const Instruction& instruction, const State& state) {
-    const Iterations iterations = numbers_.IterationsOf(instruction, state.bounds);
+    const Iterations iterations = IterationsOf(input_, instruction, state.bounds);
     if (iterations.least == 0) {
         State behind = state;
         behind.loopExit.reset();

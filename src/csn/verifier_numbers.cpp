@@ -73,39 +73,27 @@ bool Weaken(TagBounds& bounds, const TagBounds& other) {
     return changed;
 }
 
-Numbers::Numbers(const VerifierInput& input) : input_(input) {
+void AddTag(const VerifierInput& input, TagBounds& bounds, std::uint32_t tag, std::uint32_t most) {
     for (const VerifierAction& action : input.actions) {
-        if (action.effect == VerifierAction::Effect::kChanges) {
-            std::uint32_t& most = changes_[action.tag];
-            most = std::max(most, action.most.value_or(kNoBound));
+        // Going back does not undo a change, so that one may have been made at any time.
+        if (action.effect == VerifierAction::Effect::kChanges && action.tag == tag) {
+            most = std::max(most, action.most);
         }
     }
+    bounds[tag] = most < kOpenEndedCount ? most : kNoBound;
 }
 
-void Numbers::Add(TagBounds& bounds, std::uint32_t tag, std::uint32_t most) const {
-    // Going back does not undo a change, so that one may have been made at any time.
-    const auto change = changes_.find(tag);
-    most = std::max(most, change == changes_.end() ? 0 : change->second);
-    bounds.erase(tag);
-    if (most < kOpenEndedCount) {
-        bounds.emplace(tag, most);
-    }
-}
-
-std::uint32_t Numbers::OfFunction(std::uint32_t index, const TagBounds& bounds) const {
-    if (!input_.functions[index]) {
-        return kNoBound;
-    }
-    const VerifierBound& bound = *input_.functions[index];
-    const std::uint32_t number = bound.tag ? OfTag(*bound.tag, bounds) : 0;
-    const std::int64_t most = bound.offset + std::int64_t{bound.factor} * number;
-    return number == kNoBound || most >= kOpenEndedCount
-               ? kNoBound
-               : static_cast<std::uint32_t>(std::max<std::int64_t>(most, 0));
-}
-
-Iterations Numbers::IterationsOf(const Instruction& repetition, const TagBounds& bounds) const {
+Iterations IterationsOf(const VerifierInput& input, const Instruction& repetition,
+                        const TagBounds& bounds) {
     const auto& operands = repetition.operands;
+    const auto ofFunction = [&](std::uint32_t index) {
+        const VerifierBound& bound = input.functions[index];
+        const std::uint32_t number = bound.tag ? OfTag(*bound.tag, bounds) : 0;
+        const std::int64_t most = bound.offset + std::int64_t{bound.factor} * number;
+        return number == kNoBound || most >= kOpenEndedCount
+                   ? kNoBound
+                   : static_cast<std::uint32_t>(std::max<std::int64_t>(most, 0));
+    };
     switch (repetition.Code()) {
         case Opcode::kRep:
             return Fixed(operands[1], operands[1]);
@@ -116,9 +104,9 @@ Iterations Numbers::IterationsOf(const Instruction& repetition, const TagBounds&
         case Opcode::kRepTag:
             return {0, OfTag(operands[1], bounds)};
         case Opcode::kRepFn:
-            return {0, OfFunction(operands[1], bounds)};
+            return {0, ofFunction(operands[1])};
         case Opcode::kRepFn2:
-            return {0, std::max(OfFunction(operands[1], bounds), OfFunction(operands[2], bounds))};
+            return {0, std::max(ofFunction(operands[1]), ofFunction(operands[2]))};
         case Opcode::kRepMore:
             return {1, kNoBound};
         default:

@@ -18,8 +18,6 @@ using InstructionMap = std::map<std::uint32_t, Instruction>;
 /// The highest number that a tag may hold, of tags that are set and hold none below 0.
 using TagBounds = std::map<std::uint32_t, std::uint32_t>;
 
-inline constexpr std::uint32_t kNoBound = UINT32_MAX;
-
 /// Makes `bounds` hold where `other` does, too. True if they change.
 bool Weaken(TagBounds& bounds, const TagBounds& other);
 
@@ -37,21 +35,10 @@ struct Iterations {
     std::uint32_t most = kNoBound;
 };
 
-class Numbers {
-  public:
-    explicit Numbers(const VerifierInput& input);
+[[nodiscard]] Iterations IterationsOf(const VerifierInput& input, const Instruction& repetition,
+                                      const TagBounds& bounds);
 
-    /// `tag` is added and holds a number from 0 to `most`.
-    void Add(TagBounds& bounds, std::uint32_t tag, std::uint32_t most) const;
-
-    [[nodiscard]] Iterations IterationsOf(const Instruction& repetition,
-                                          const TagBounds& bounds) const;
-
-  private:
-    [[nodiscard]] std::uint32_t OfFunction(std::uint32_t index, const TagBounds& bounds) const;
-
-    const VerifierInput& input_;
-    TagBounds changes_;  // the most that actions change a tag to
-};
+/// `tag` is added and holds a number from 0 to `most`.
+void AddTag(const VerifierInput& input, TagBounds& bounds, std::uint32_t tag, std::uint32_t most);
 
 }  // namespace quorvane::csn

@@ -111,8 +111,8 @@ TEST(CsnEmitter, DeclaredFunctionsBringTheirHeaders) {
     EXPECT_EQ(csn.image.headers, std::set<std::string>{"families/a.h"});
     ASSERT_EQ(csn.image.functions.size(), 1U);
     EXPECT_EQ(csn.image.functions[0], "&csn::functions::Declared<1, other::Bits>");
-    EXPECT_EQ(csn.image.functionBounds.at(0)->offset, 4);
-    EXPECT_FALSE(csn.image.functionBounds.at(0)->tag);
+    EXPECT_EQ(csn.image.functionBounds.at(0).offset, 4);
+    EXPECT_FALSE(csn.image.functionBounds.at(0).tag);
 }
 
 }  // namespace

@@ -317,8 +317,8 @@ VerifierInput InputOf(Image& image, const std::vector<std::uint8_t>& code) {
     input.code = code;
     input.fieldTable = image.fields;
     using Effect = VerifierAction::Effect;
-    input.actions.assign(image.actions.size(), {Effect::kNone, 0, {}});
-    input.actions[1] = {Effect::kAdds, 1, {}};
+    input.actions.assign(image.actions.size(), {Effect::kNone});
+    input.actions[1] = {Effect::kAdds, 1};
     input.actions[7] = {Effect::kChanges, 1, 3};
     input.functions = {VerifierBound{7}, VerifierBound{1, 1, 1}, VerifierBound{0, 2, 8}, {}};
     input.entries.push_back({"Random", 0, kRoot, 10, kFieldTags});

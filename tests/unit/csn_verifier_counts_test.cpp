@@ -21,7 +21,7 @@ struct Subject {
     Image image;
     Assembler& code = image.code;
     std::vector<VerifierAction> actions;
-    std::vector<std::optional<VerifierBound>> functions;
+    std::vector<VerifierBound> functions;
     std::uint32_t field = image.Field({{kRoot, 10}});
 
     /// Keeps the number of a field with these contents.
@@ -146,7 +146,7 @@ TEST(CsnVerifierCounts, WidthOfAField) {
               }),
               kOpen);
     EXPECT_EQ(Findings([](Subject& s) {
-                  s.Keep([&] { s.Act({Effect::kNone, 0, {}}); });
+                  s.Keep([&] { s.Act({Effect::kNone}); });
                   s.Empty();
               }),
               kOpen);
@@ -240,7 +240,7 @@ TEST(CsnVerifierCounts, ABoundThatIsLostLater) {
 }
 
 TEST(CsnVerifierCounts, ValueFunctions) {
-    const auto tags = [](std::optional<VerifierBound> bound) {
+    const auto tags = [](VerifierBound bound) {
         Subject subject;
         subject.functions = {bound};
         subject.Keep(2);
@@ -266,8 +266,7 @@ TEST(CsnVerifierCounts, ValueFunctions) {
 }
 
 TEST(CsnVerifierCounts, TheWorseOfTwoValueFunctions) {
-    const auto findings = [](const std::optional<VerifierBound>& encode,
-                             const std::optional<VerifierBound>& decode) {
+    const auto findings = [](const VerifierBound& encode, const VerifierBound& decode) {
         Subject subject;
         subject.functions = {encode, decode};
         const auto exit = subject.code.NewLabel();
@@ -291,10 +290,10 @@ TEST(CsnVerifierCounts, TheWorseOfTwoValueFunctions) {
 
 TEST(CsnVerifierCounts, Actions) {
     EXPECT_EQ(TagsOf([](Subject& s) { s.Act({Effect::kAdds, kTag, 3}), s.Counted(); }), 1U + 3U);
-    EXPECT_EQ(Findings([](Subject& s) { s.Act({Effect::kAdds, kTag, {}}), s.Empty(); }), kOpen);
+    EXPECT_EQ(Findings([](Subject& s) { s.Act({Effect::kAdds, kTag}), s.Empty(); }), kOpen);
     // Each counts for itself.
     EXPECT_EQ(TagsOf([](Subject& s) {
-                  s.Act({Effect::kAdds, kTag, {}});
+                  s.Act({Effect::kAdds, kTag});
                   s.Keep(3);
                   s.Counted();
               }),
@@ -322,13 +321,13 @@ TEST(CsnVerifierCounts, ActionsThatChangeATag) {
     EXPECT_EQ(TagsOf([](Subject& s) {
                   s.Keep(3);
                   s.Act({Effect::kChanges, kTag, 3});
-                  s.Act({Effect::kChanges, kTag + 1, {}});
+                  s.Act({Effect::kChanges, kTag + 1});
                   s.Counted();
               }),
               1U + 7U);
     EXPECT_EQ(Findings([](Subject& s) {
                   s.Keep(3);
-                  s.Act({Effect::kChanges, kTag, {}});
+                  s.Act({Effect::kChanges, kTag});
                   s.Empty();
               }),
               kOpen);

@@ -448,7 +448,7 @@ TEST(CsnVerifier, ActionsAddTheTagsStated) {
     image.code.Emit(Opcode::kRet);
     VerifierInput input = InputOf(image);
     EXPECT_FALSE(Verify(input).findings.empty());
-    input.actions = {{VerifierAction::Effect::kNone, 0, {}}};
+    input.actions = {{VerifierAction::Effect::kNone}};
     EXPECT_TRUE(Verify(input).findings.empty());
 }
 
