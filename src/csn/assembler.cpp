@@ -196,7 +196,7 @@ void Assembler::Report(const Item& item, const std::string& what) {
 
 void Assembler::CheckReach(const Item& item, std::size_t place) {
     const std::uint32_t label = item.operands[place].number;
-    if (label >= labels_.size() || labels_[label] == kUnbound) {
+    if (labels_[label] == kUnbound) {
         Report(item, "label " + std::to_string(label) + " is not bound");
         return;
     }
