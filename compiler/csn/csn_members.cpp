@@ -11,16 +11,13 @@ using RepetitionForm = CsnNode::Repetition::Form;
 
 constexpr std::uint32_t kUnbounded = CsnMember::kUnbounded;
 
+/// A count in the range of its type, whose largest number stands for any.
 std::uint32_t Bounded(std::uint64_t count) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(count, kUnbounded));
 }
 
 std::uint32_t Times(std::uint32_t left, std::uint32_t right) {
-    if (left == 0 || right == 0) {
-        return 0;
-    }
-    return left == kUnbounded || right == kUnbounded ? kUnbounded
-                                                     : Bounded(std::uint64_t{left} * right);
+    return Bounded(std::uint64_t{left} * right);
 }
 
 void AddOccurrences(CsnMember& member, const CsnMember& other) {
@@ -51,9 +48,7 @@ void CsnMembers::Concatenate(const CsnMembers& other) {
     for (const CsnMember& theirs : other.members_) {
         CsnMember& member = Merge(theirs);
         member.least = Bounded(std::uint64_t{member.least} + theirs.least);
-        member.most = member.most == kUnbounded || theirs.most == kUnbounded
-                          ? kUnbounded
-                          : Bounded(std::uint64_t{member.most} + theirs.most);
+        member.most = Bounded(std::uint64_t{member.most} + theirs.most);
     }
 }
 
