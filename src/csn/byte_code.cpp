@@ -1,7 +1,6 @@
 #include "csn/byte_code.h"
 
-#include <algorithm>
-#include <cstdio>
+#include <iterator>
 
 namespace quorvane::csn {
 namespace {
@@ -10,9 +9,7 @@ constexpr OpcodeInfo kOpcodes[] = {
 #define CSN_OPCODE(code, name, mnemonic, first, second, third, direction, effect) \
     {Opcode::k##name,                                                             \
      mnemonic,                                                                    \
-     {OperandKind::k##first, OperandKind::k##second, OperandKind::k##third},      \
-     Direction::k##direction,                                                     \
-     effect},
+     {OperandKind::k##first, OperandKind::k##second, OperandKind::k##third}},
 #include "csn/opcodes.def"
 #undef CSN_OPCODE
 };
@@ -31,60 +28,6 @@ constexpr std::array<std::uint8_t, 0x40> kPlain = [] {
 
 static_assert(kOpcodes[0].opcode == Opcode::kNop);
 
-std::string_view OperandName(OperandKind kind) {
-    switch (kind) {
-        case OperandKind::kNone:
-            return "";
-        case OperandKind::kLabel:
-            return "label";
-        case OperandKind::kDistance:
-            return "distance";
-        case OperandKind::kBackDistance:
-            return "distance back";
-        case OperandKind::kExit:
-            return "exit and flag";
-        case OperandKind::kField:
-            return "field";
-        case OperandKind::kDelimiter:
-            return "field and sized";
-        case OperandKind::kWidth:
-            return "width";
-        case OperandKind::kLiteral:
-            return "value and width";
-        case OperandKind::kTag:
-            return "tag";
-        case OperandKind::kNumber:
-            return "n";
-        case OperandKind::kAction:
-            return "action";
-        case OperandKind::kFunction:
-            return "function";
-        case OperandKind::kEncodeFunction:
-            return "function encoding";
-        case OperandKind::kDecodeFunction:
-            return "function decoding";
-        case OperandKind::kJumpDistance:
-            return "distance, 14 bits";
-        case OperandKind::kAltDistance:
-            return "flag and distance, 14 bits";
-        case OperandKind::kSkipBits:
-            return "n, 6 bits";
-    }
-    return "";
-}
-
-std::string_view DirectionName(Direction direction) {
-    switch (direction) {
-        case Direction::kBoth:
-            return "both";
-        case Direction::kDecode:
-            return "decoding";
-        case Direction::kEncode:
-            return "encoding";
-    }
-    return "";
-}
-
 /// ReadOperand for code that nobody has checked yet.
 bool ReadChecked(std::span<const std::uint8_t> code, std::uint32_t& offset, std::uint32_t& value) {
     constexpr std::uint32_t kMostOctets = 5;
@@ -102,37 +45,12 @@ bool ReadChecked(std::span<const std::uint8_t> code, std::uint32_t& offset, std:
 
 }  // namespace
 
-std::span<const OpcodeInfo> AllOpcodes() {
-    return kOpcodes;
-}
-
 const OpcodeInfo& InfoOf(std::uint8_t octet) {
     constexpr std::size_t kForms = std::size(kOpcodes) - 3;
     static_assert(kOpcodes[kForms].opcode == Opcode::kJmp);
     static_assert(kOpcodes[kForms + 1].opcode == Opcode::kAlt);
     static_assert(kOpcodes[kForms + 2].opcode == Opcode::kSkip);
     return octet < 0x40 ? kOpcodes[kPlain[octet]] : kOpcodes[kForms + (octet >> 6) - 1U];
-}
-
-std::string OpcodeTable() {
-    std::string table =
-        "| Code | Name | Operands | Direction | Effect |\n"
-        "|---|---|---|---|---|\n";
-    for (const OpcodeInfo& info : kOpcodes) {
-        char code[8];
-        std::snprintf(code, sizeof code, "0x%02X", static_cast<unsigned>(info.opcode));
-        table.append("| ").append(code).append(" | `").append(info.name).append("` |");
-        std::string_view separator = " ";
-        for (const OperandKind kind : info.operands) {
-            if (kind != OperandKind::kNone) {
-                table.append(separator).append(OperandName(kind));
-                separator = "; ";
-            }
-        }
-        table.append(" | ").append(DirectionName(info.direction));
-        table.append(" | ").append(info.effect).append(" |\n");
-    }
-    return table;
 }
 
 std::optional<Instruction> DecodeInstruction(std::span<const std::uint8_t> code,

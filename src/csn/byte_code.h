@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
 
 namespace quorvane::csn {
@@ -45,24 +44,14 @@ enum class OperandKind : std::uint8_t {
     kSkipBits,        // 6 bits
 };
 
-enum class Direction : std::uint8_t { kBoth, kDecode, kEncode };
-
 struct OpcodeInfo {
     Opcode opcode;
     std::string_view name;
     std::array<OperandKind, 3> operands;
-    Direction direction;
-    std::string_view effect;
 };
-
-/// The instruction set in the order of its codes.
-[[nodiscard]] std::span<const OpcodeInfo> AllOpcodes();
 
 /// The opcode of an instruction that begins with `octet`; an undefined one counts as NOP.
 [[nodiscard]] const OpcodeInfo& InfoOf(std::uint8_t octet);
-
-/// The instruction set as the table in docs/byte-code.md.
-[[nodiscard]] std::string OpcodeTable();
 
 /// The code of `octet`'s form, which need not be a defined one.
 [[nodiscard]] constexpr Opcode OpcodeOf(std::uint8_t octet) {

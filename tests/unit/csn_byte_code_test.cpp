@@ -1,6 +1,9 @@
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iomanip>
 #include <sstream>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "csn/assembler.h"
@@ -117,10 +120,83 @@ TEST(CsnByteCode, CodesWithoutOpcodeCountAsNop) {
     for (const unsigned code : {0x21U, 0x2EU, 0x2FU, 0x30U, 0x3FU}) {
         EXPECT_EQ(InfoOf(static_cast<std::uint8_t>(code)).opcode, Opcode::kNop) << code;
     }
-    for (const OpcodeInfo& info : AllOpcodes()) {
-        EXPECT_EQ(InfoOf(static_cast<std::uint8_t>(info.opcode)).name, info.name);
+    std::size_t count = 0;
+#define CSN_OPCODE(code, opcodeName, mnemonic, ...)        \
+    EXPECT_EQ(InfoOf(code).name, mnemonic);                \
+    EXPECT_EQ(InfoOf(code).opcode, Opcode::k##opcodeName); \
+    ++count;
+#include "csn/opcodes.def"
+#undef CSN_OPCODE
+    EXPECT_EQ(count, 48U);  // 0x00 to 0x2D without 0x21, and three forms
+}
+
+std::string_view OperandName(OperandKind kind) {
+    switch (kind) {
+        case OperandKind::kNone:
+            return "";
+        case OperandKind::kLabel:
+            return "label";
+        case OperandKind::kDistance:
+            return "distance";
+        case OperandKind::kBackDistance:
+            return "distance back";
+        case OperandKind::kExit:
+            return "exit and flag";
+        case OperandKind::kField:
+            return "field";
+        case OperandKind::kDelimiter:
+            return "field and sized";
+        case OperandKind::kWidth:
+            return "width";
+        case OperandKind::kLiteral:
+            return "value and width";
+        case OperandKind::kTag:
+            return "tag";
+        case OperandKind::kNumber:
+            return "n";
+        case OperandKind::kAction:
+            return "action";
+        case OperandKind::kFunction:
+            return "function";
+        case OperandKind::kEncodeFunction:
+            return "function encoding";
+        case OperandKind::kDecodeFunction:
+            return "function decoding";
+        case OperandKind::kJumpDistance:
+            return "distance, 14 bits";
+        case OperandKind::kAltDistance:
+            return "flag and distance, 14 bits";
+        case OperandKind::kSkipBits:
+            return "n, 6 bits";
     }
-    EXPECT_EQ(AllOpcodes().size(), 48U);  // 0x00 to 0x2D without 0x21, and three forms
+    return "";
+}
+
+std::string OperandsOf(const OpcodeInfo& info) {
+    std::string text;
+    for (const OperandKind kind : info.operands) {
+        if (kind != OperandKind::kNone) {
+            text.append(text.empty() ? " " : "; ").append(OperandName(kind));
+        }
+    }
+    return text;
+}
+
+/// The instruction set as docs/byte-code.md shows it.
+std::string OpcodeTable() {
+    enum class Direction { kBoth, kDecode, kEncode };
+    constexpr std::string_view kDirections[] = {"both", "decoding", "encoding"};
+    std::ostringstream table;
+    table << "| Code | Name | Operands | Direction | Effect |\n|---|---|---|---|---|\n"
+          << std::hex << std::uppercase << std::setfill('0');
+#define CSN_OPCODE(code, name, mnemonic, first, second, third, direction, effect)              \
+    table << "| 0x" << std::setw(2) << (code) << " | `" << mnemonic << "` |"                   \
+          << OperandsOf(InfoOf(code)) << " | "                                                 \
+          << kDirections[static_cast<std::size_t>(Direction::k##direction)] << " | " << effect \
+          << " |\n";
+#include "csn/opcodes.def"
+#undef CSN_OPCODE
+    return table.str();
 }
 
 TEST(CsnByteCode, DocumentationHoldsTheTable) {
