@@ -4,7 +4,6 @@
 
 #include "bits/arena.h"
 #include "facade/decodings.h"
-#include "facade/error_text.h"
 #include "iecodec/message_container.h"
 #include "reflect/catalogue.h"
 #include "reflect/convert.h"
@@ -39,12 +38,44 @@ Workspace& ThreadWorkspace() {
     return workspace;
 }
 
+/// The text of `code`; empty if it has none.
+std::string_view ErrorText(bits::Code code) {
+    switch (code) {
+        case bits::Code::kSyntaxError:
+            return "SYNTAX ERROR";
+        case bits::Code::kUnknownMessage:
+            return "UNKNOWN MESSAGE";
+        case bits::Code::kUnknownIei:
+            return "UNKNOWN IEI";
+        case bits::Code::kMessageTooShort:
+            return "MESSAGE TOO SHORT";
+        case bits::Code::kMissingConditional:
+            return "MISSING REQUIRED CONDITIONAL IE";
+        case bits::Code::kUnexpectedConditional:
+            return "FOUND UNEXPECTED CONDITIONAL IE";
+        case bits::Code::kMandatoryError:
+            return "MANDATORY IE SYNTAX ERROR";
+        case bits::Code::kConditionalError:
+            return "CONDITIONAL IE SYNTAX ERROR";
+        case bits::Code::kOptionalError:
+            return "OPTIONAL IE SYNTAX ERROR";
+        case bits::Code::kFieldOutOfRange:
+            return "FIELD OUT OF RANGE";
+        case bits::Code::kMissingOptional:
+            return "MISSING OPTIONAL";
+        case bits::Code::kSizeError:
+        case bits::Code::kSizeOutOfRange:
+            break;
+    }
+    return {};
+}
+
 void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
-    text.Append(kErrorIntroduction);
-    if (const std::string_view known = ErrorText(code); known.data() != nullptr) {
+    text.Append("Decoder reported the following error: ");
+    if (const std::string_view known = ErrorText(code); !known.empty()) {
         text.Append(known);
     } else {
-        text.Append(kUnknownError);
+        text.Append("UNKNOWN ERROR #");
         text.AppendSigned(static_cast<std::int32_t>(code));
     }
     text.Append("\r\n");
@@ -86,7 +117,7 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
         reflect::ToTree(binding.catalogue->Get(), type, container.body, workspace.arena);
     text.Append("MESSAGE: ");
     text.Append(tree->GetClass()->GetName());
-    text.AppendLineEnd();
+    text.Append("\n");
     tree->Print(text, 0);
     return {true, text.View(), workspace.diagnostics.Lines()};
 }
