@@ -60,7 +60,8 @@ Description Describe(const std::vector<Source>& sources) {
         return found == family.enums.end() ? nullptr : &*found;
     };
     FamilyModel model;
-    const CompiledCsn csn = CompileCsn(reporter, csnFiles, findEnum, model.store);
+    const CompiledCsn csn =
+        CompileCsn(reporter, csnFiles, {findEnum, family.itemsLocated}, model.store);
     Resolve(reporter, family, TypesOf(csn), model);
     if (reporter.HasErrors()) {
         return {"", reporter.Text()};

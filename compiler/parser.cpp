@@ -136,6 +136,9 @@ class Parser : private TypeParser {
                 family_.lastNumber = tokens_.ExpectNumber("the last diagnostic number");
             }
         }
+        if (tokens_.Accept("items")) {
+            family_.itemsLocated = tokens_.Expect("located");
+        }
         tokens_.ExpectLineEnd();
     }
 

@@ -205,6 +205,7 @@ struct FamilySyntax {
     Name family;
     WideNumber firstNumber{1, {}};  // of the diagnostics
     WideNumber lastNumber{0xFFFF, {}};
+    bool itemsLocated = false;  // numbers and bit strings in sequences note their places
     std::vector<SpecialsSyntax> specials;
     std::map<std::string, PatternSyntax> patterns;
     std::set<std::string> brokenPatterns;

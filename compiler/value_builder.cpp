@@ -156,7 +156,8 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
         case TypeSyntax::Kind::kSequence: {
             row.shape = Shape::kSequence;
             row.capacity = type->size;
-            row.item = RowOf(syntax.item.front(), type->item, name, {}, false);
+            row.item =
+                RowOf(syntax.item.front(), type->item, name, {}, located && family_.itemsLocated);
             return Add(row);
         }
         case TypeSyntax::Kind::kSpare:
@@ -476,11 +477,13 @@ void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
     if (syntax.special) {
         row.shape = Shape::kSpecial;
         row.item = Special(syntax.specialName);
-        row.first = RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, false);
+        row.first =
+            RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, family_.itemsLocated);
         row.count = 1;
     } else {
         row.shape = Shape::kSequence;
-        row.item = RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, false);
+        row.item =
+            RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, family_.itemsLocated);
     }
     AddNamed(syntax.name, row);
 }

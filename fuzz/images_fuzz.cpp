@@ -38,7 +38,7 @@ Image CompiledImage(const families::Family& family) {
     // Which values an enumeration has makes no difference to the code.
     compiler::EnumModel& anyEnum = store.enums.emplace_back();
     const auto findEnum = [&](const std::string&) { return &anyEnum; };
-    const auto csn = compiler::CompileCsn(reporter, files, findEnum, store);
+    const auto csn = compiler::CompileCsn(reporter, files, {findEnum}, store);
     Require(!reporter.HasErrors(), "the family's description compiles");
 
     const csn::CsnProgram& program = *family.codec.structures.front().program;

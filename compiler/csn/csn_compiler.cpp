@@ -61,7 +61,7 @@ std::string CompiledCsn::Listing() const {
 }
 
 CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& files,
-                       const CsnEnumFinder& findEnum, TypeStore& store) {
+                       const CsnFamily& family, TypeStore& store) {
     CsnSyntax syntax;
     for (const std::uint32_t file : files) {
         ParseCsn(reporter, file, syntax);
@@ -78,9 +78,9 @@ CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& fil
     DropBroken(reporter, syntax);
     CheckCsn(reporter, syntax);
     DropBroken(reporter, syntax);
-    CsnTypeTables types = DeriveCsnTypes(reporter, syntax, findEnum, store);
+    CsnTypeTables types = DeriveCsnTypes(reporter, syntax, family, store);
     if (DropBroken(reporter, syntax)) {
-        types = DeriveCsnTypes(reporter, syntax, findEnum, store);
+        types = DeriveCsnTypes(reporter, syntax, family, store);
     }
     if (types.structures.empty()) {
         return csn;

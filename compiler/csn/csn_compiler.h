@@ -5,7 +5,7 @@
 //
 //   TypeStore store;
 //   const auto file = reporter.AddFile("eps.csn1", text);
-//   const CompiledCsn csn = CompileCsn(reporter, {file}, findEnum, store);
+//   const CompiledCsn csn = CompileCsn(reporter, {file}, {findEnum}, store);
 //   if (!reporter.HasErrors()) {
 //       EmitCsn(out, csn);
 //   }
@@ -50,10 +50,10 @@ struct CompiledCsn {
 };
 
 /// Compiles the files `files` of `reporter`, which share their rules, into one image. The types of
-/// the structures are added to `store`. Enumerations are asked for by name; they must outlive the
+/// the structures are added to `store`. The enumerations that `family` finds must outlive the
 /// store. Mistakes go to the reporter.
 [[nodiscard]] CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& files,
-                                     const CsnEnumFinder& findEnum, TypeStore& store);
+                                     const CsnFamily& family, TypeStore& store);
 
 /// Writes the tables of `csn` as C++ to stand in an unnamed namespace inside of quorvane::families:
 /// kCsnProgram, and kCsnStructures, an array of csn::CsnStructure in the order of the structures.

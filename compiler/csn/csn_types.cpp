@@ -44,9 +44,8 @@ struct ValueFacts {
 
 class Deriver {
   public:
-    Deriver(Reporter& reporter, const CsnSyntax& syntax, const CsnEnumFinder& findEnum,
-            TypeStore& store)
-        : reporter_(reporter), syntax_(syntax), findEnum_(findEnum), store_(store) {}
+    Deriver(Reporter& reporter, const CsnSyntax& syntax, const CsnFamily& family, TypeStore& store)
+        : reporter_(reporter), syntax_(syntax), family_(family), store_(store) {}
 
     CsnTypeTables Run() {
         for (const CsnSection& section : syntax_.sections) {
@@ -166,6 +165,7 @@ class Deriver {
         CsnFieldRow row{};
         row.optional = optional;
         row.bound = bound;
+        row.located = bound == 0 || family_.itemsLocated;
         std::optional<CsnMembers> inner;
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             const CsnMembers members = finder_.Of(*occurrence.field->children.front());
@@ -254,7 +254,8 @@ class Deriver {
                 facts.annotatedSize = annotations.typeSize;
             }
             if (annotations.enumeration) {
-                facts.values = findEnum_ ? findEnum_(annotations.enumeration->text) : nullptr;
+                facts.values =
+                    family_.findEnum ? family_.findEnum(annotations.enumeration->text) : nullptr;
                 if (facts.values == nullptr) {
                     reporter_.Error(
                         annotations.enumeration->place,
@@ -314,7 +315,7 @@ class Deriver {
 
     Reporter& reporter_;
     const CsnSyntax& syntax_;
-    const CsnEnumFinder& findEnum_;
+    const CsnFamily& family_;
     TypeStore& store_;
     CsnMemberFinder finder_;
     CsnTypeTables tables_;
@@ -325,9 +326,9 @@ class Deriver {
 
 }  // namespace
 
-CsnTypeTables DeriveCsnTypes(Reporter& reporter, const CsnSyntax& syntax,
-                             const CsnEnumFinder& findEnum, TypeStore& store) {
-    return Deriver(reporter, syntax, findEnum, store).Run();
+CsnTypeTables DeriveCsnTypes(Reporter& reporter, const CsnSyntax& syntax, const CsnFamily& family,
+                             TypeStore& store) {
+    return Deriver(reporter, syntax, family, store).Run();
 }
 
 }  // namespace quorvane::compiler

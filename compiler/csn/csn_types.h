@@ -17,6 +17,12 @@ namespace quorvane::compiler {
 /// Finds an enumeration by name; null if there is none.
 using CsnEnumFinder = std::function<const EnumModel*(const std::string& name)>;
 
+/// What a family's other descriptions say about its CSN.1.
+struct CsnFamily {
+    CsnEnumFinder findEnum;
+    bool itemsLocated = false;  // numbers and bit strings in sequences note their places
+};
+
 /// What the fields of a structure are. Tags are numbered over all structures of an image: first
 /// one for each structure, which its outermost fields have as their parent, then those of the
 /// fields, structure by structure and in each from the outside inwards.
@@ -43,7 +49,7 @@ struct CsnTypeTables {
 
 /// Derives the types of the structures of `syntax`, which has been checked, into `store`. Mistakes
 /// go to the reporter.
-CsnTypeTables DeriveCsnTypes(Reporter& reporter, const CsnSyntax& syntax,
-                             const CsnEnumFinder& findEnum, TypeStore& store);
+CsnTypeTables DeriveCsnTypes(Reporter& reporter, const CsnSyntax& syntax, const CsnFamily& family,
+                             TypeStore& store);
 
 }  // namespace quorvane::compiler

@@ -48,6 +48,7 @@ struct CsnFieldRow {
     std::uint16_t bound;     // the member is a sequence of that many items at most; 0: it is not
     std::uint32_t mostBits;  // kBinary: capacity
     bool fixed;              // kBinary: always `mostBits` bits
+    bool located;            // kInteger, kBinary: notes where it lay
 };
 
 /// One structure of an image.

@@ -64,7 +64,6 @@ class Sink {
   private:
     Outcome Store(const CsnFieldRecord& record);
     [[nodiscard]] std::int32_t LengthOf(const CsnFieldRecord& record) const;
-    static void ForgetPlaceOfItem(const CsnFieldRow& row, Cell& cell);
 
     const CsnStructure& structure_;
     const CsnMachine& machine_;
@@ -101,13 +100,16 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
             break;
         case CsnFieldRow::Kind::kInteger:
             cell->number = machine_.reader.Read(record.bitPos, row->width);
-            bits::MakeFieldLocator(cell->location, record.bitPos, row->width);
-            ForgetPlaceOfItem(*row, *cell);
+            if (row->located) {
+                bits::MakeFieldLocator(cell->location, record.bitPos, row->width);
+            }
             break;
         case CsnFieldRow::Kind::kBinary:
             StoreBinary(arena_, *cell, machine_.reader, record.bitPos, LengthOf(record),
                         row->mostBits);
-            ForgetPlaceOfItem(*row, *cell);
+            if (!row->located) {
+                cell->location = 0;
+            }
             break;
         case CsnFieldRow::Kind::kStruct:
             inside = StructCells(arena_, *cell, row->width);
@@ -115,13 +117,6 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
     }
     open_.Open(machine_, record, inside);
     return 0;
-}
-
-/// Numbers and bit strings that are items of a sequence have no location.
-void Sink::ForgetPlaceOfItem(const CsnFieldRow& row, Cell& cell) {
-    if (row.bound > 0) {
-        cell.location = 0;
-    }
 }
 
 /// How far it is to the next record. The last one of a full list has none and counts as empty.

@@ -21,7 +21,7 @@ std::string Emitted(const std::string& fileName, const std::string& text) {
     Reporter reporter;
     TypeStore store;
     const CompiledCsn csn =
-        CompileCsn(reporter, {reporter.AddFile(fileName, text)}, FindEnum, store);
+        CompileCsn(reporter, {reporter.AddFile(fileName, text)}, {FindEnum}, store);
     EXPECT_EQ(reporter.Text(), "");
     std::ostringstream out;
     EmitCsn(out, csn);
@@ -69,9 +69,9 @@ constexpr csn::CsnProgram kCsnProgram = {
 
 constexpr std::array<csn::CsnFieldRow, 3> kCsnFields = {{
     // Small, TS 1, 2.3
-    {csn::CsnFieldKind::kStruct, false, 0, 1, 0, 0, false},  // 2 g
-    {csn::CsnFieldKind::kBinary, false, 1, 0, 0, 64, false},  // 3 v
-    {csn::CsnFieldKind::kInteger, false, 0, 2, 0, 0, false},  // 4 g.n
+    {csn::CsnFieldKind::kStruct, false, 0, 1, 0, 0, false, true},  // 2 g
+    {csn::CsnFieldKind::kBinary, false, 1, 0, 0, 64, false, true},  // 3 v
+    {csn::CsnFieldKind::kInteger, false, 0, 2, 0, 0, false, true},  // 4 g.n
 }};
 
 constexpr std::array<csn::CsnStructure, 1> kCsnStructures = {{
@@ -106,7 +106,7 @@ TEST(CsnEmitter, DeclaredFunctionsBringTheirHeaders) {
                                      "function q \"families/b.h\" Unused most 4 ;\n"
                                      "structure T \"TS 1, 2.3\" ;\n"
                                      "< t > ::= < n : bit (2) > < v : bit (p(n)) > ;\n")},
-                   FindEnum, store);
+                   {FindEnum}, store);
     EXPECT_EQ(reporter.Text(), "");
     EXPECT_EQ(csn.image.headers, std::set<std::string>{"families/a.h"});
     ASSERT_EQ(csn.image.functions.size(), 1U);

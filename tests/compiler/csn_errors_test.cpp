@@ -22,7 +22,7 @@ const EnumModel* FindEnum(const std::string& name) {
 std::string ErrorsOf(const std::string& name, const std::string& text) {
     Reporter reporter;
     TypeStore store;
-    static_cast<void>(CompileCsn(reporter, {reporter.AddFile(name, text)}, FindEnum, store));
+    static_cast<void>(CompileCsn(reporter, {reporter.AddFile(name, text)}, {FindEnum}, store));
     return reporter.Text();
 }
 
@@ -130,7 +130,7 @@ TEST(CsnErrors, FilesShareTheirRules) {
     const auto first = reporter.AddFile("a.csn1", "shared ;\n< r > ::= 0 ;\n");
     const auto second =
         reporter.AddFile("b.csn1", "structure T \"clause\" ;\n< t > ::= < r > < s > ;\n");
-    const CompiledCsn csn = CompileCsn(reporter, {first, second}, FindEnum, store);
+    const CompiledCsn csn = CompileCsn(reporter, {first, second}, {FindEnum}, store);
     EXPECT_EQ(reporter.Text(),
               "b.csn1:2:17: error: there is no rule '< s >' in this structure or among the shared "
               "ones\n");

@@ -160,7 +160,7 @@ void Grammar::Compile() {
         compiler::CheckCsn(reporter_, syntax_);
     }
     if (!reporter_.HasErrors()) {
-        types_ = compiler::DeriveCsnTypes(reporter_, syntax_, findEnum, store_);
+        types_ = compiler::DeriveCsnTypes(reporter_, syntax_, {findEnum}, store_);
     }
     if (!reporter_.HasErrors()) {
         image_ = compiler::GenerateCsn(reporter_, syntax_, types_);

@@ -44,6 +44,30 @@ TEST(CsnRecordRepetition, RepeatedFields) {
     }
 }
 
+TEST(CsnRecordRepetition, ItemsOfALocatedRowNoteTheirPlaces) {
+    CsnFieldRow numbers = Integers(0, 2, 20);
+    numbers.located = true;
+    CsnFieldRow strings = Binary(1, 8);
+    strings.bound = 20;
+    strings.located = false;
+    Subject subject(2, {numbers, strings});
+    const auto number = subject.image.Field({{kRoot, 10}});
+    const auto text = subject.image.Field({{kRoot, 11}});
+    List(subject.image, [&] { subject.image.code.Emit(Opcode::kField, {number, 2}); });
+    Group(
+        subject.image, text, [&] { subject.image.code.Emit(Opcode::kSkip, {3}); }, true);
+    Group(
+        subject.image, text, [&] { subject.image.code.Emit(Opcode::kSkip, {2}); }, true);
+    subject.image.code.Emit(Opcode::kRet);
+    ASSERT_EQ(subject.Decode("1 01 1 11 0 101 10"), 12);
+    const Cell& list = subject.Member(0);
+    ASSERT_EQ(list.number, 2U);
+    EXPECT_EQ(list.cells[0].location, bits::FieldLocator{1} << 16 | 2U);
+    EXPECT_EQ(list.cells[1].location, bits::FieldLocator{4} << 16 | 2U);
+    ASSERT_EQ(subject.Member(1).number, 2U);
+    EXPECT_EQ(subject.Member(1).cells[1].location, 0U);
+}
+
 TEST(CsnRecordRepetition, ItemAboveTheBoundStopsTheWalk) {
     ListSubject subject;
     EXPECT_EQ(subject.Decode(ListBits(21)), -13);

@@ -16,28 +16,28 @@ namespace quorvane::csn::test {
 using Kind = CsnFieldRow::Kind;
 
 constexpr CsnFieldRow Integer(std::uint16_t element, std::uint16_t width, bool optional = false) {
-    return {Kind::kInteger, optional, element, width, 0, 0, false};
+    return {Kind::kInteger, optional, element, width, 0, 0, false, true};
 }
 constexpr CsnFieldRow Integers(std::uint16_t element, std::uint16_t width, std::uint16_t bound) {
-    return {Kind::kInteger, false, element, width, bound, 0, false};
+    return {Kind::kInteger, false, element, width, bound, 0, false, false};
 }
 constexpr CsnFieldRow Binary(std::uint16_t element, std::uint32_t mostBits, bool optional = false) {
-    return {Kind::kBinary, optional, element, 0, 0, mostBits, false};
+    return {Kind::kBinary, optional, element, 0, 0, mostBits, false, true};
 }
 constexpr CsnFieldRow FixedBinary(std::uint16_t element, std::uint32_t bits) {
-    return {Kind::kBinary, false, element, 0, 0, bits, true};
+    return {Kind::kBinary, false, element, 0, 0, bits, true, true};
 }
 constexpr CsnFieldRow Struct(std::uint16_t element, std::uint16_t members, bool optional = false) {
-    return {Kind::kStruct, optional, element, members, 0, 0, false};
+    return {Kind::kStruct, optional, element, members, 0, 0, false, true};
 }
 constexpr CsnFieldRow Structs(std::uint16_t element, std::uint16_t members, std::uint16_t bound) {
-    return {Kind::kStruct, false, element, members, bound, 0, false};
+    return {Kind::kStruct, false, element, members, bound, 0, false, true};
 }
 constexpr CsnFieldRow Marker(std::uint16_t element) {
-    return {Kind::kMarker, true, element, 0, 0, 0, false};
+    return {Kind::kMarker, true, element, 0, 0, 0, false, true};
 }
 constexpr CsnFieldRow Nothing() {
-    return {Kind::kNone, false, 0, 0, 0, 0, false};
+    return {Kind::kNone, false, 0, 0, 0, 0, false, true};
 }
 
 /// A structure at the start of an image, its tags from 10 on, its record and its octets.
