@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <sstream>
 
 #include "compiler/csn/csn_compiler.h"
@@ -33,6 +34,17 @@ EmittedCsn CodeOf(const CompiledCsn& csn) {
     return {code.str(), "kCsnStructures", csn.image.headers};
 }
 
+/// The CSN.1 structures that the family's declarations name.
+std::set<std::string> NamedStructures(const FamilySyntax& family) {
+    std::set<std::string> names;
+    for (const DeclarationSyntax& declaration : family.declarations) {
+        if (declaration.kind == DeclarationSyntax::Kind::kCsn) {
+            names.insert(declaration.name.text);
+        }
+    }
+    return names;
+}
+
 }  // namespace
 
 Description Describe(const std::vector<Source>& sources) {
@@ -60,8 +72,8 @@ Description Describe(const std::vector<Source>& sources) {
         return found == family.enums.end() ? nullptr : &*found;
     };
     FamilyModel model;
-    const CompiledCsn csn =
-        CompileCsn(reporter, csnFiles, {findEnum, family.itemsLocated}, model.store);
+    const CompiledCsn csn = CompileCsn(
+        reporter, csnFiles, {findEnum, NamedStructures(family), family.itemsLocated}, model.store);
     Resolve(reporter, family, TypesOf(csn), model);
     if (reporter.HasErrors()) {
         return {"", reporter.Text()};

@@ -5,6 +5,7 @@
 // Input: how long the recipe of the image is, in units of two octets; the recipe; how to run it;
 // the bits, or what the source answers.
 
+#include <set>
 #include <string>
 
 #include "compiler/csn/csn_compiler.h"
@@ -38,7 +39,11 @@ Image CompiledImage(const families::Family& family) {
     // Which values an enumeration has makes no difference to the code.
     compiler::EnumModel& anyEnum = store.enums.emplace_back();
     const auto findEnum = [&](const std::string&) { return &anyEnum; };
-    const auto csn = compiler::CompileCsn(reporter, files, {findEnum}, store);
+    std::set<std::string> structures;
+    for (const csn::CsnStructure& structure : family.codec.structures) {
+        structures.emplace(structure.name);
+    }
+    const auto csn = compiler::CompileCsn(reporter, files, {findEnum, structures}, store);
     Require(!reporter.HasErrors(), "the family's description compiles");
 
     const csn::CsnProgram& program = *family.codec.structures.front().program;

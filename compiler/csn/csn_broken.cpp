@@ -40,8 +40,9 @@ void Spread(CsnSyntax& syntax) {
         changed = false;
         for (CsnSection& section : syntax.sections) {
             const auto broken = [](const CsnRule* rule) { return rule->broken; };
+            const bool runsBroken = section.entry != nullptr && section.entry->broken;
             if (section.structure &&
-                std::any_of(section.rules.begin(), section.rules.end(), broken)) {
+                (runsBroken || std::any_of(section.rules.begin(), section.rules.end(), broken))) {
                 section.broken = true;
             }
             for (CsnRule* rule : section.rules) {

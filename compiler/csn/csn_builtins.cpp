@@ -12,10 +12,11 @@ using Parameter = CsnActionInfo::Parameter;
 constexpr Parameter kSets = Parameter::kSets;
 constexpr Parameter kUses = Parameter::kUses;
 constexpr Parameter kNumber = Parameter::kNumber;
+constexpr Parameter kCount = Parameter::kCount;
 using enum CsnActionInfo::Leaves;
 
-const std::array<CsnActionInfo, 18>& Actions() {
-    static const std::array<CsnActionInfo, 18> kActions = {{
+const std::array<CsnActionInfo, 16>& Actions() {
+    static const std::array<CsnActionInfo, 16> kActions = {{
         {"note", "NotePosition", {kSets}, kAny},
         {"note_ahead", "NotePositionAhead", {kSets, kNumber}, kAny},
         {"open_behind_length", "OpenScopeAtLengthEnd", {kSets, kNumber}, kAny},
@@ -27,10 +28,8 @@ const std::array<CsnActionInfo, 18>& Actions() {
         {"clip", "ClipToSpan", {kUses, kNumber}},
         {"jump_over", "JumpOverElement", {kUses, kNumber, kNumber}},
         {"keep", "KeepCount", {kSets, kNumber}, kBits},
-        {"start_count", "StartCount", {kSets}, kZero},
-        {"count_one", "CountOne", {kUses}, kAny},
-        {"keep_population", "KeepPopulation", {kSets, kNumber}, kPopulation},
-        {"add_population", "AddPopulation", {kUses, kNumber}, kAny},
+        {"set", "SetCount", {kSets, kCount}, kResult},
+        {"add", "AddCount", {kUses, kCount}, kAny},
         {"raise_maximum", "RaiseMaximum", {kUses, kNumber}, kBits},
         {"reject_zero", "RejectZero", {kNumber}},
         {"reject_zero_and_ones", "RejectZeroAndOnes", {kNumber}},
@@ -68,13 +67,16 @@ std::string CsnActionNames() {
 }
 
 std::string CsnActionExpression(const CsnNode& action) {
+    const CsnActionInfo& info = *FindCsnAction(action.name.text);
     std::vector<std::string> constants;
-    for (const CsnArgument& argument : action.arguments) {
-        const std::uint32_t value =
-            argument.variable == nullptr ? argument.number : argument.variable->tag;
-        constants.push_back(std::to_string(value));
+    for (std::size_t index = 0; index < action.arguments.size(); ++index) {
+        const CsnArgument& argument = action.arguments[index];
+        constants.push_back(
+            info.parameters[index] == kCount ? CsnFunctionOf(*argument.count).expression
+            : argument.variable == nullptr   ? std::to_string(argument.count->number)
+                                             : std::to_string(argument.variable->tag));
     }
-    return Call(FindCsnAction(action.name.text)->function, constants);
+    return Call(info.function, constants);
 }
 
 csn::VerifierAction CsnActionEffect(const CsnNode& action) {
@@ -83,12 +85,12 @@ csn::VerifierAction CsnActionEffect(const CsnNode& action) {
     if (info.leaves == kAsBefore) {
         return {Effect::kNone};
     }
-    const std::uint32_t bits = info.parameters.size() < 2 ? 0 : action.arguments[1].number;
     std::uint32_t most = csn::kNoBound;
-    if (info.leaves == kZero || info.leaves == kPopulation) {
-        most = bits;
-    } else if (info.leaves == kBits && bits < 32) {
-        most = (1U << bits) - 1;
+    if (info.leaves == kBits && action.arguments[1].count->number < 32) {
+        most = (1U << action.arguments[1].count->number) - 1;
+    } else if (info.leaves == kResult) {
+        const csn::VerifierBound bound = CsnFunctionOf(*action.arguments[1].count).bound;
+        most = bound.tag ? csn::kNoBound : static_cast<std::uint32_t>(bound.offset);
     }
     const bool adds = info.parameters.front() == kSets;
     return {adds ? Effect::kAdds : Effect::kChanges, action.arguments.front().variable->tag, most};
@@ -100,7 +102,10 @@ CsnValueFunction CsnFunctionOf(const CsnCount& count) {
     const std::string number = std::to_string(count.number);
     switch (count.form) {
         case Form::kNumber:
-            break;
+            return {Call("Constant", {number}), {count.number}};
+        case Form::kOnes:
+            return variable == 0 ? CsnValueFunction{Call("Ones", {number}), {count.number}}
+                                 : CsnValueFunction{Call("OnesOf", {tag}), {32}};
         case Form::kValue:
             return {Call("TagPlus", {tag, number}), {count.number, variable, 1}};
         case Form::kRest:

@@ -17,15 +17,15 @@ struct CsnActionInfo {
         kSets,    // a variable that the action sets
         kUses,    // a variable that must be set before
         kNumber,  // a number
+        kCount,   // a count
     };
 
     /// What the variable holds, whether the action sets it or changes it.
     enum class Leaves {
         kAsBefore,
         kAny,
-        kZero,
-        kBits,  // a number of as many bits as the second argument says
-        kPopulation,
+        kBits,    // a number of as many bits as the second argument says
+        kResult,  // of the count that is the second argument
     };
 
     std::string_view name;      // in descriptions
@@ -52,7 +52,7 @@ struct CsnValueFunction {
     csn::VerifierBound bound;
 };
 
-/// The function that gives `count`, which is neither a number nor just val(NAME).
+/// The function that gives `count`.
 [[nodiscard]] CsnValueFunction CsnFunctionOf(const CsnCount& count);
 
 }  // namespace quorvane::compiler

@@ -36,7 +36,8 @@ class Checker {
         CheckLeftRecursion();
         DropBroken(reporter_, syntax_);  // the walks below would not end
         for (const CsnSection& section : syntax_.sections) {
-            if (section.structure) {
+            if (section.structure && !section.runs) {
+                CheckIntersections(*EntryRule(section).body, false);
                 CheckVariables(EntryRule(section), CsnNode::Direction::kReading);
                 CheckVariables(EntryRule(section), CsnNode::Direction::kWriting);
             }
@@ -93,6 +94,26 @@ class Checker {
         }
         for (const CsnNode* child : node.children) {
             CheckAsides(*child);
+        }
+    }
+
+    /// The bits of 'a & b' end what can be read, so that nothing can follow. `isFollowed`: bits are
+    /// read behind `node`.
+    void CheckIntersections(const CsnNode& node, bool isFollowed) {
+        if (node.kind == NodeKind::kAnd && isFollowed && intersections_.insert(&node).second) {
+            reporter_.Error(node.place,
+                            "nothing can follow 'a & b', whose end stays the end of what is read; "
+                            "limit b by a scope instead: @open_fixed, @open_behind_length and the "
+                            "like, and @close behind it");
+        }
+        if (node.kind == NodeKind::kReference && walked_.emplace(node.rule, isFollowed).second) {
+            CheckIntersections(*node.rule->body, isFollowed);
+        }
+        const bool isRow = node.kind == NodeKind::kConcat || node.kind == NodeKind::kTruncate;
+        isFollowed = isFollowed || node.kind == NodeKind::kRepeat;
+        for (auto child = node.children.rbegin(); child != node.children.rend(); ++child) {
+            CheckIntersections(**child, isFollowed);
+            isFollowed = isFollowed || (isRow && FixedWidth(**child) != 0U);
         }
     }
 
@@ -258,13 +279,20 @@ class Checker {
             return;
         }
         const CsnActionInfo& info = *FindCsnAction(node.name.text);
+        const CsnVariable* kept = nullptr;
         for (std::size_t index = 0; index < node.arguments.size(); ++index) {
             const CsnArgument& argument = node.arguments[index];
-            if (info.parameters[index] == CsnActionInfo::Parameter::kUses) {
+            if (info.parameters[index] == CsnActionInfo::Parameter::kSets) {
+                kept = argument.variable;
+            } else if (argument.count) {
+                Use(argument.count->variable, argument.place, IsOptional(argument.count->form),
+                    set);
+            } else {
                 Use(argument.variable, argument.place, false, set);
-            } else if (argument.variable != nullptr) {
-                set.insert(argument.variable);
             }
+        }
+        if (kept != nullptr) {
+            set.insert(kept);
         }
     }
 
@@ -288,6 +316,8 @@ class Checker {
     CsnNode::Direction direction_ = CsnNode::Direction::kReading;
     std::map<std::pair<const CsnRule*, Variables>, Variables> known_;
     std::set<const CsnRule*> under_;
+    std::set<const CsnNode*> intersections_;            // reported
+    std::set<std::pair<const CsnRule*, bool>> walked_;  // for them
 };
 
 }  // namespace

@@ -74,7 +74,7 @@ CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& fil
     }
     // Each pass goes on with what the ones before it have found no mistake in.
     DropBroken(reporter, syntax);
-    ResolveCsn(reporter, syntax);
+    ResolveCsn(reporter, syntax, family.structures);
     DropBroken(reporter, syntax);
     CheckCsn(reporter, syntax);
     DropBroken(reporter, syntax);

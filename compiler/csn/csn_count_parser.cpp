@@ -8,13 +8,14 @@ namespace {
 using Form = CsnCount::Form;
 using Kind = Token::Kind;
 
-/// Functions that are written like a call. All but the first take the name of a position.
+/// Functions that are written like a call. All but the first two take the name of a position.
 struct FunctionRow {
     std::string_view name;
     Form form;
     bool hasNumber;
 };
-constexpr std::array<FunctionRow, 5> kFunctions = {{
+constexpr std::array<FunctionRow, 6> kFunctions = {{
+    {"ones", Form::kOnes, false},
     {"octet_end", Form::kOctetEnd, false},
     {"left", Form::kLeft, true},
     {"left_or_none", Form::kLeftOrNone, true},
@@ -127,7 +128,11 @@ CsnCount CsnCountParser::Function() {
         }
         count.form = row.form;
         tokens_.Expect("(");
-        if (row.form != Form::kOctetEnd) {
+        if (row.form == Form::kOnes) {
+            const Term bits = ReadTerm();
+            count.number = bits.number;
+            count.name = bits.value.name;
+        } else if (row.form != Form::kOctetEnd) {
             count.name = tokens_.ExpectName("the name of a position");
         }
         if (row.hasNumber && tokens_.Expect(",")) {
@@ -136,21 +141,23 @@ CsnCount CsnCountParser::Function() {
         tokens_.Expect(")");
         return count;
     }
-    tokens_.Fail(word.place,
-                 "'" + word.text +
-                     "' is no count; there are numbers, val(NAME), octet_end(), left(NAME, n), "
-                     "left_or_none(NAME, n), left_or_zero(NAME, n), until(NAME) and "
-                     "what 'function' declares");
+    tokens_.Fail(
+        word.place,
+        "'" + word.text +
+            "' is no count; there are numbers, val(NAME), ones(n), octet_end(), left(NAME, n), "
+            "left_or_none(NAME, n), left_or_zero(NAME, n), until(NAME) and "
+            "what 'function' declares");
     return count;
 }
 
 CsnArgument CsnCountParser::Argument() {
     CsnArgument argument;
     argument.place = tokens_.Peek().place;
-    if (tokens_.At(Kind::kDigits)) {
-        argument.number = Number();
+    const bool isCall = tokens_.At(Kind::kWord) && tokens_.Peek(1).text == "(";
+    if (isCall || tokens_.At(Kind::kDigits) || tokens_.At(Kind::kValue)) {
+        argument.count = Expression();
     } else {
-        argument.name = tokens_.ExpectName("the name of a variable or a number");
+        argument.name = tokens_.ExpectName("the name of a variable or a count");
     }
     return argument;
 }

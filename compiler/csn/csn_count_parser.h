@@ -25,7 +25,7 @@ class CsnCountParser {
     /// or one of the functions.
     CsnCount Expression();
 
-    /// A number or the name of a variable.
+    /// A count or the name of a variable.
     CsnArgument Argument();
 
   private:

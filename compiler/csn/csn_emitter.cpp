@@ -107,9 +107,9 @@ class CsnEmitter {
                 const CsnFieldRow& row = structure.fields[index];
                 out_ << "    {csn::" << bits::EnumeratorText(row.kind) << ", " << Flag(row.optional)
                      << ", " << row.element << ", " << row.width << ", " << row.bound << ", "
-                     << row.mostBits << ", " << Flag(row.fixed) << ", " << Flag(row.located)
-                     << "},  // " << structure.firstTag + index << " " << structure.paths[index]
-                     << "\n";
+                     << row.mostBits << ", " << Flag(row.fixed) << ", " << Flag(row.located) << ", "
+                     << Flag(row.repeats) << ", " << Flag(row.mixed) << "},  // "
+                     << structure.firstTag + index << " " << structure.paths[index] << "\n";
             }
         }
         Close(count);

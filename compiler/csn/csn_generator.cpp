@@ -44,7 +44,7 @@ class Generator {
         }
         image_.code = code_.Finish();
         const std::size_t before = reporter_.ErrorCount();
-        CheckReach();
+        CheckSize();
         if (reporter_.ErrorCount() == before) {
             NamePlaces();
         }
@@ -169,7 +169,8 @@ class Generator {
                 continue;
             }
             const std::size_t end =
-                std::min({text.find_first_of("LH", begin), text.size(), begin + kMostLiteral});
+                begin + std::min(text.substr(begin, kMostLiteral).find_first_of("LH"),
+                                 std::min(text.size() - begin, kMostLiteral));
             const auto width = static_cast<std::uint32_t>(end - begin);
             const std::uint32_t value = ValueOf(text.substr(begin, end - begin));
             if (width == 1) {
@@ -239,20 +240,18 @@ class Generator {
     /// the flag goes by what it is for instead: it is set for every branch that can always be
     /// written, and not for a last branch with fields, which ends the repetition itself.
     void Alternative(const CsnNode& branch, Label next, bool isLast) {
-        AltTo(next, inOpenLoop_ ? !HasFields(branch) : isLast, branch.place);
+        AltTo(next, inOpenLoop_ ? !HasFields(branch) : isLast);
     }
 
-    void AltTo(Label target, bool flag, Span place) {
-        const Label here = code_.BindNew();
+    void AltTo(Label target, bool flag) {
         code_.Emit(Opcode::kAlt, {Assembler::Branch(target, flag)});
-        alternatives_.push_back({here, target, place});
     }
 
     void ErrorBranch(const CsnNode& node) {
         const Label fallback = code_.NewLabel();
         const Label fail = code_.NewLabel();
         const Label join = code_.NewLabel();
-        AltTo(fallback, false, node.place);
+        AltTo(fallback, false);
         Node(*node.children[0]);
         code_.Emit(Opcode::kJmp, {join});
         code_.Bind(fallback);
@@ -325,7 +324,7 @@ class Generator {
     /// goes with the element behind it.
     void Truncation(const CsnNode& node) {
         const Label end = code_.NewLabel();
-        AltTo(end, false, node.place);
+        AltTo(end, false);
         bool commits = false;
         for (const CsnNode* child : node.children) {
             if (commits) {
@@ -448,20 +447,8 @@ class Generator {
 
     // ---- Afterwards ------------------------------------------------------------------------
 
-    void CheckReach() {
+    void CheckSize() {
         const std::size_t before = reporter_.ErrorCount();
-        for (const Alt& alternative : alternatives_) {
-            const std::uint32_t distance =
-                code_.OffsetOf(alternative.target) - code_.OffsetOf(alternative.here);
-            if (distance > csn::kMostJump) {
-                reporter_.Error(alternative.place,
-                                "the alternative takes " + std::to_string(distance) +
-                                    " octets of code, more than the " +
-                                    std::to_string(csn::kMostJump) +
-                                    " that it can reach over; put a part of it into a rule of "
-                                    "its own");
-            }
-        }
         if (image_.fieldCount > 0x7FFF) {
             reporter_.Error(types_.structures.back().section->structure->place,
                             "the descriptions have more fields than can be numbered");
@@ -480,15 +467,11 @@ class Generator {
         for (const CsnStructureTypes& structure : types_.structures) {
             const CsnRule& entry = EntryRule(*structure.section);
             image_.entries.push_back(code_.OffsetOf(LabelOf(entry)));
-            image_.ruleNames[image_.entries.back()] = structure.section->structure->text;
+            if (!structure.section->runs) {
+                image_.ruleNames[image_.entries.back()] = structure.section->structure->text;
+            }
         }
     }
-
-    struct Alt {
-        Label here;
-        Label target;
-        Span place;
-    };
 
     Reporter& reporter_;
     const CsnTypeTables& types_;
@@ -498,7 +481,6 @@ class Generator {
     std::map<const CsnRule*, Label> labels_;
     std::set<const CsnRule*> inOpenLoops_;
     std::deque<Outlined> outlined_;
-    std::vector<Alt> alternatives_;
     bool inOpenLoop_ = false;  // an open repetition is around, with no field between
     std::uint32_t nextTag_;    // the last tag in use
 };

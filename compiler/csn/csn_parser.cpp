@@ -31,14 +31,17 @@ class Parser {
             if (tokens_.At("structure")) {
                 Structure();
             } else if (tokens_.At("shared")) {
-                syntax_.sections.emplace_back().place = tokens_.Next().place;
+                NewSection();
+                EndOfDeclaration();
+            } else if (tokens_.Accept("common")) {
+                common_ = true;
                 EndOfDeclaration();
             } else if (tokens_.Accept("function")) {
                 Function();
             } else if (tokens_.At(Kind::kReference)) {
                 Rule();
             } else {
-                tokens_.ErrorExpected("a rule, 'structure', 'shared' or 'function'");
+                tokens_.ErrorExpected("a rule, 'structure', 'shared', 'common' or 'function'");
                 SkipDeclaration();
             }
         }
@@ -49,15 +52,16 @@ class Parser {
 
   private:
     void Structure() {
-        const Span place = tokens_.Next().place;
-        CsnSection& section = syntax_.sections.emplace_back();
-        section.place = place;
+        CsnSection& section = NewSection();
         section.structure = tokens_.ExpectName("the name of a structure");
         if (tokens_.At(Kind::kText)) {
             section.citation = tokens_.Next().text;
         }
+        if (tokens_.Accept("runs")) {
+            section.runs = tokens_.ExpectName("the name of a structure");
+        }
         if (section.citation.empty()) {
-            tokens_.Error(place,
+            tokens_.Error(section.place,
                           "the structure cites no clause; write \"TS ..., clause\" behind "
                           "its name");
         }
@@ -81,6 +85,14 @@ class Parser {
             reporter_.Error(name.place, "the function '" + name.text + "' is declared already");
         }
         EndOfDeclaration();
+    }
+
+    /// Begins a section with the word that heads it.
+    CsnSection& NewSection() {
+        CsnSection& section = syntax_.sections.emplace_back();
+        section.place = tokens_.Next().place;
+        section.common = common_;
+        return section;
     }
 
     void Rule() {
@@ -479,6 +491,8 @@ class Parser {
                 annotations.enumeration = tokens_.ExpectName("the name of an enumeration");
             } else if (word.text == "most") {
                 annotations.most = counts_.Number();
+            } else if (word.text == "single") {
+                annotations.single = true;
             } else if (word.text == "integer") {
                 ForceType(annotations, CsnAnnotations::Type::kInteger, 32);
             } else if (word.text == "binary") {
@@ -493,7 +507,7 @@ class Parser {
                 tokens_.Fail(word.place,
                              "'" + word.text +
                                  "' is no annotation; there are as, enum, most, "
-                                 "integer, binary, fixed, optional, mandatory and sized");
+                                 "single, integer, binary, fixed, optional, mandatory and sized");
             }
         } while (tokens_.Accept(","));
         tokens_.Expect("]");
@@ -514,7 +528,8 @@ class Parser {
     TokenStream tokens_;
     CsnCountParser counts_;
     CsnSyntax& syntax_;
-    int depth_ = 0;  // of groups and fields in each other
+    int depth_ = 0;        // of groups and fields in each other
+    bool common_ = false;  // the file is one of several families
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "compiler/csn/csn_resolver.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
@@ -12,8 +14,8 @@ namespace {
 
 using NodeKind = CsnNode::Kind;
 
-/// Rules of more nodes get code of their own also where they are used only once, so that
-/// alternatives stay within the reach of their jumps.
+/// Rules of more nodes get code of their own also where they are used only once, so that jumps over
+/// them stay short.
 constexpr std::size_t kMostInlineNodes = 100;
 
 constexpr std::int64_t kOctet = 8;
@@ -29,12 +31,18 @@ class Resolver {
   public:
     Resolver(Reporter& reporter, CsnSyntax& syntax) : reporter_(reporter), syntax_(syntax) {}
 
-    void Run() {
+    void Run(const std::set<std::string>& wanted) {
+        LeaveOutStructures(wanted);
         CollectRules();
+        FindEntries();
         for (CsnRule& rule : syntax_.rules) {
             rule_ = &rule;
             BindReferences(*rule.body);
-            CollectVariables(*rule.body);
+        }
+        LeaveOutRules();
+        for (CsnRule& rule : syntax_.rules) {
+            rule_ = &rule;
+            CollectUses(*rule.body);
         }
         for (CsnRule& rule : syntax_.rules) {
             rule_ = &rule;
@@ -64,14 +72,71 @@ class Resolver {
   private:
     // ---- Rules -----------------------------------------------------------------------------
 
-    void FindUnused() {
+    /// Takes the structures of common files away that the family does not name.
+    void LeaveOutStructures(const std::set<std::string>& wanted) {
+        std::erase_if(syntax_.sections, [&](const CsnSection& section) {
+            if (!section.common || !section.structure || wanted.contains(section.structure->text)) {
+                return false;
+            }
+            const std::set<const CsnRule*> rules(section.rules.begin(), section.rules.end());
+            LeaveOut([&](const CsnRule& rule) { return rules.contains(&rule); });
+            return true;
+        });
+    }
+
+    /// Takes the shared rules of common files away that no structure refers to.
+    void LeaveOutRules() {
+        const std::set<const CsnRule*> used = Used();
+        LeaveOut([&](const CsnRule& rule) {
+            const CsnSection& section = syntax_.sections[rule.section];
+            return section.common && !section.structure && !used.contains(&rule);
+        });
+    }
+
+    void LeaveOut(const std::function<bool(const CsnRule& rule)>& isUnused) {
+        for (auto rule = syntax_.rules.begin(); rule != syntax_.rules.end();) {
+            const auto next = std::next(rule);
+            if (isUnused(*rule)) {
+                syntax_.leftOut.splice(syntax_.leftOut.end(), syntax_.rules, rule);
+            }
+            rule = next;
+        }
+    }
+
+    /// Finds the rule in which each structure begins.
+    void FindEntries() {
+        for (CsnSection& section : syntax_.sections) {
+            const auto target = std::find_if(
+                syntax_.sections.begin(), syntax_.sections.end(), [&](const CsnSection& other) {
+                    return section.runs && other.structure && !other.rules.empty() &&
+                           other.structure->text == section.runs->text;
+                });
+            if (section.runs && target == syntax_.sections.end() && !syntax_.dropped.empty()) {
+                section.broken = true;  // it may be one of those
+            } else if (section.runs && target == syntax_.sections.end()) {
+                reporter_.Error(section.runs->place, "there is no structure '" +
+                                                         section.runs->text +
+                                                         "' with a rule of its own to run");
+            }
+            const CsnSection& owner = target == syntax_.sections.end() ? section : *target;
+            section.entry = owner.rules.empty() ? nullptr : owner.rules.front();
+        }
+    }
+
+    /// The rules that structures run, directly or through others.
+    [[nodiscard]] std::set<const CsnRule*> Used() const {
         std::set<const CsnRule*> used;
         for (const CsnSection& section : syntax_.sections) {
-            if (section.structure && !section.rules.empty()) {
-                used.insert(section.rules.front());
-                CollectReached(*section.rules.front(), used);
+            if (section.structure && section.entry != nullptr) {
+                used.insert(section.entry);
+                CollectReached(*section.entry, used);
             }
         }
+        return used;
+    }
+
+    void FindUnused() {
+        const std::set<const CsnRule*> used = Used();
         for (const CsnRule& rule : syntax_.rules) {
             // Who refers to a shared one may have been dropped.
             const bool allSeen =
@@ -110,7 +175,12 @@ class Resolver {
             reporter_.Error(name.place, "there is a structure " + name.text +
                                             " already; give this one another name");
         }
-        if (section.rules.empty()) {
+        if (section.runs && !section.rules.empty()) {
+            reporter_.Error(section.rules.front()->name.place,
+                            "the structure " + name.text + " runs the rule of " +
+                                section.runs->text + " and can have none of its own");
+        }
+        if (section.rules.empty() && !section.runs) {
             reporter_.Error(name.place, "the structure " + name.text +
                                             " has no rule; its first rule is where it begins");
         }
@@ -138,7 +208,6 @@ class Resolver {
                 reporter_.Error(node.place, "there is no rule " + Bracketed(node.name.text) +
                                                 " in this structure or among the shared ones");
             } else {
-                ++node.rule->references;
                 calls_[rule_].insert(node.rule);
             }
         }
@@ -222,14 +291,18 @@ class Resolver {
 
     // ---- Variables -------------------------------------------------------------------------
 
-    void CollectVariables(CsnNode& node) {
+    /// What a rule refers to and sets.
+    void CollectUses(CsnNode& node) {
+        if (node.rule != nullptr) {
+            ++node.rule->references;
+        }
         if (node.kind == NodeKind::kField) {
             setters_[rule_][CsnSpelling(node.name.text)].push_back(&node);
         } else if (node.kind == NodeKind::kAction) {
             CollectAction(node);
         }
         for (CsnNode* child : node.children) {
-            CollectVariables(*child);
+            CollectUses(*child);
         }
     }
 
@@ -252,10 +325,14 @@ class Resolver {
         for (std::size_t index = 0; index < count; ++index) {
             CsnArgument& argument = node.arguments[index];
             const bool wantsNumber = info->parameters[index] == CsnActionInfo::Parameter::kNumber;
-            if (wantsNumber != argument.name.text.empty()) {
-                reporter_.Error(argument.place, wantsNumber ? "a number is expected here"
-                                                            : "a name is expected here");
+            const bool wantsCount = info->parameters[index] == CsnActionInfo::Parameter::kCount;
+            const bool isNumber = argument.count && argument.count->form == CsnCount::Form::kNumber;
+            if (wantsNumber ? !isNumber : wantsCount != argument.count.has_value()) {
+                reporter_.Error(argument.place, wantsNumber  ? "a number is expected here"
+                                                : wantsCount ? "a count is expected here"
+                                                             : "a name is expected here");
                 argument.name.text.clear();
+                argument.count.reset();
             } else if (info->parameters[index] == CsnActionInfo::Parameter::kSets) {
                 setters_[rule_][CsnSpelling(argument.name.text)];
             }
@@ -269,6 +346,8 @@ class Resolver {
         for (CsnArgument& argument : node.arguments) {
             if (!argument.name.text.empty()) {
                 argument.variable = FindVariable(argument.name);
+            } else if (argument.count) {
+                BindCount(*argument.count, CsnNode::Repetition::Form::kAny);
             }
         }
         for (CsnNode* child : node.children) {
@@ -283,6 +362,10 @@ class Resolver {
         if (count.form == CsnCount::Form::kTimes && count.number != kOctet) {
             reporter_.Error(count.place,
                             "the only product of a value is that with 8, from octets to bits");
+        }
+        if (count.form == CsnCount::Form::kOnes && count.name.text.empty() &&
+            (count.number < 1 || count.number > 32)) {
+            reporter_.Error(count.place, "ones() counts among the last 1 to 32 bits");
         }
         if (count.form == CsnCount::Form::kNumber &&
             form == CsnNode::Repetition::Form::kWriteCount) {
@@ -376,8 +459,8 @@ class Resolver {
 
 }  // namespace
 
-void ResolveCsn(Reporter& reporter, CsnSyntax& syntax) {
-    Resolver(reporter, syntax).Run();
+void ResolveCsn(Reporter& reporter, CsnSyntax& syntax, const std::set<std::string>& wanted) {
+    Resolver(reporter, syntax).Run(wanted);
 }
 
 std::optional<std::uint64_t> FixedWidth(const CsnNode& node) {

@@ -4,14 +4,17 @@
 // actions. Decides which rules get code of their own, and refuses what could not run.
 
 #include <optional>
+#include <set>
+#include <string>
 
 #include "compiler/csn/csn_syntax.h"
 #include "compiler/reporter.h"
 
 namespace quorvane::compiler {
 
-/// Resolves `syntax`, which has been parsed without a mistake. Mistakes go to the reporter.
-void ResolveCsn(Reporter& reporter, CsnSyntax& syntax);
+/// Resolves `syntax`, which has been parsed without a mistake. Mistakes go to the reporter. Of the
+/// structures in common files those with the names `wanted` stay.
+void ResolveCsn(Reporter& reporter, CsnSyntax& syntax, const std::set<std::string>& wanted = {});
 
 /// Refuses resolved descriptions that could not run: repetitions that never end, rules that call
 /// themselves without reading on, counts that are not known where they are used.
@@ -19,7 +22,7 @@ void CheckCsn(Reporter& reporter, CsnSyntax& syntax);
 
 /// The rule of a structure.
 inline const CsnRule& EntryRule(const CsnSection& section) {
-    return *section.rules.front();
+    return *section.entry;
 }
 
 /// The bits that `node` of a resolved description always takes, or nothing if that varies.

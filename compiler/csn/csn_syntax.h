@@ -38,6 +38,7 @@ struct CsnCount {
         kValue,       // val(NAME) + number; the number may be negative
         kRest,        // number - val(NAME)
         kTimes,       // number * val(NAME)
+        kOnes,        // how many of the last `number` or val(NAME) bits are set
         kOctetEnd,    // bits up to the next octet boundary
         kLeft,        // bits left of `number` bits from the position NAME
         kLeftOrNone,  // the same, but 0 once they are passed
@@ -62,16 +63,17 @@ struct CsnAnnotations {
     std::optional<Name> enumeration;    // enum NAME
     Type type = Type::kByRule;          // integer N, binary N, fixed N
     std::uint32_t typeSize = 0;         // bits
-    std::optional<std::uint32_t> most;  // most N: bound of the sequence
+    std::optional<std::uint32_t> most;  // most N: a sequence of that bound
+    bool single = false;                // single: no sequence
     std::optional<bool> optional;       // optional, mandatory
     bool sized = false;                 // sized: an encoder gives the whole field at once
     Span place;
 };
 
-/// An argument of an action: a variable or a number.
+/// An argument of an action: a variable or a count, which may be a number.
 struct CsnArgument {
-    Name name;  // of a variable; empty for a number
-    std::uint32_t number = 0;
+    Name name;  // of a variable; empty for a count
+    std::optional<CsnCount> count;
     Span place;
     CsnVariable* variable = nullptr;  // set by the resolver
 };
@@ -160,8 +162,12 @@ struct CsnSection {
     Span place;           // of its head
     bool broken = false;  // as of a rule
     std::optional<Name> structure;
-    std::string citation;  // the standard's clause
+    std::string citation;      // the standard's clause
+    std::optional<Name> runs;  // the structure whose rule this one runs
+    bool common = false;       // of several families: what is not used is left out
     std::vector<CsnRule*> rules;
+
+    const CsnRule* entry = nullptr;  // where the structure begins; set by the resolver
 };
 
 /// The descriptions of a family; owns all nodes.
@@ -169,6 +175,7 @@ struct CsnSyntax {
     std::vector<CsnSection> sections;
     std::deque<CsnNode> nodes;
     std::list<CsnRule> rules;
+    std::list<CsnRule> leftOut;  // those of common files that are not used
     std::list<CsnRule> dropped;  // the broken ones: no pass looks at them any more
     std::size_t errorsSeen = 0;  // by DropBroken
     std::deque<CsnVariable> variables;

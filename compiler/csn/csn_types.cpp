@@ -55,6 +55,13 @@ class Deriver {
                 structure.rootTag = static_cast<std::uint16_t>(tables_.structures.size());
             }
         }
+        for (CsnStructureTypes& structure : tables_.structures) {
+            for (const CsnStructureTypes& other : tables_.structures) {
+                if (!other.section->runs && other.section->entry == structure.section->entry) {
+                    structure.rootTag = other.rootTag;
+                }
+            }
+        }
         nextTag_ = tables_.structures.size() + 1;
         for (CsnStructureTypes& structure : tables_.structures) {
             Structure(structure);
@@ -74,6 +81,9 @@ class Deriver {
         structure.type = store_.NewType(Kind::kStruct, name.text, name.place);
         structure.type->named = true;
         structure.firstTag = static_cast<std::uint16_t>(nextTag_);
+        if (structure.section->runs) {
+            return;  // the fields are the other structure's
+        }
         structure_ = &structure;
         open_.push_back({structure.type,
                          finder_.Of(*EntryRule(*structure.section).body),
@@ -118,23 +128,11 @@ class Deriver {
 
     void Member(const OpenStruct& open, const CsnMember& member) {
         const CsnNode& first = *member.occurrences.front().field;
+        const CsnAnnotations annotations = AnnotationsOf(member);
+        std::uint32_t bound = BoundOf(member, annotations);
         ElementModel element;
         element.name = member.name;
-        element.optional = member.most == 1 && member.least == 0;
-        std::uint32_t bound = member.most == 1                       ? 0
-                              : member.most == CsnMember::kUnbounded ? kOpenBound
-                                                                     : member.most;
-        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
-            const CsnAnnotations& annotations = occurrence.field->annotations;
-            element.optional = annotations.optional.value_or(element.optional);
-            if (annotations.most && bound == 0) {
-                reporter_.Error(annotations.place, "'" + member.name +
-                                                       "' is no sequence; 'most' "
-                                                       "is the bound of one");
-            } else if (annotations.most) {
-                bound = *annotations.most;
-            }
-        }
+        element.optional = annotations.optional.value_or(bound == 0 && member.least == 0);
         if (bound > kMostBound) {
             reporter_.Error(first.place, "'" + member.name + "' could hold " +
                                              std::to_string(bound) +
@@ -150,8 +148,13 @@ class Deriver {
             element.type->size = bound;
             valueName += "_data";
         }
-        TypeModel* value = Value(open, member, valueName, path + (bound != 0 ? "[]" : ""),
-                                 static_cast<std::uint16_t>(bound), element.optional);
+        CsnFieldRow row{};
+        row.optional = element.optional;
+        row.bound = static_cast<std::uint16_t>(bound);
+        row.located = bound == 0 || family_.itemsLocated;
+        row.repeats = annotations.single;
+        TypeModel* value =
+            Value(open, member, annotations, valueName, path + (bound != 0 ? "[]" : ""), row);
         if (bound != 0) {
             element.type->item = value;
         } else {
@@ -160,12 +163,59 @@ class Deriver {
         open.type->elements.push_back(std::move(element));
     }
 
-    TypeModel* Value(const OpenStruct& open, const CsnMember& member, const std::string& name,
-                     const std::string& path, std::uint16_t bound, bool optional) {
-        CsnFieldRow row{};
-        row.optional = optional;
-        row.bound = bound;
-        row.located = bound == 0 || family_.itemsLocated;
+    /// What the brackets of all occurrences say together.
+    CsnAnnotations AnnotationsOf(const CsnMember& member) {
+        CsnAnnotations all;
+        const auto take = [](auto& known, const auto& one, const auto& nothing) {
+            if (known == nothing) {
+                known = one;
+            }
+            return one == nothing || one == known;
+        };
+        for (const CsnMember::Occurrence& occurrence : member.occurrences) {
+            const CsnAnnotations& one = occurrence.field->annotations;
+            const bool agree = take(all.type, one.type, TypeAnnotation::kByRule) &
+                               take(all.typeSize, one.typeSize, 0U) &
+                               take(all.most, one.most, std::nullopt) &
+                               take(all.optional, one.optional, std::nullopt) &
+                               (!all.enumeration || !one.enumeration ||
+                                all.enumeration->text == one.enumeration->text);
+            all.enumeration = all.enumeration ? all.enumeration : one.enumeration;
+            all.single |= one.single;
+            if (one.single || one.most) {
+                all.place = one.place;
+            }
+            if (!agree || (all.single && all.most)) {
+                reporter_.Error(one.place, "the brackets of '" + member.name +
+                                               "' contradict each other or those of another "
+                                               "place where it stands");
+            }
+        }
+        return all;
+    }
+
+    /// The bound of the sequence that the member is; 0 if it is none.
+    std::uint32_t BoundOf(const CsnMember& member, const CsnAnnotations& annotations) {
+        const bool isOpen = member.most == CsnMember::kUnbounded;
+        if (annotations.most == 0U) {
+            reporter_.Error(annotations.place, "a sequence has room for at least one item");
+        } else if (annotations.single && (isOpen || member.most == 1)) {
+            reporter_.Error(
+                annotations.place,
+                isOpen ? "'" + member.name +
+                             "' is repeated without a bound; a single member would be "
+                             "written for ever"
+                       : "'" + member.name + "' is single already, as it stands once at most");
+        }
+        if (annotations.single) {
+            return 0;
+        }
+        return annotations.most.value_or(member.most == 1 ? 0 : isOpen ? kOpenBound : member.most);
+    }
+
+    TypeModel* Value(const OpenStruct& open, const CsnMember& member,
+                     const CsnAnnotations& annotations, const std::string& name,
+                     const std::string& path, const CsnFieldRow& row) {
         std::optional<CsnMembers> inner;
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             const CsnMembers members = finder_.Of(*occurrence.field->children.front());
@@ -182,7 +232,7 @@ class Deriver {
             }
         }
         if (inner->Empty()) {
-            return Plain(open, member, name, path, row);
+            return Plain(open, member, annotations, name, path, row);
         }
         return Nested(open, member, name, path, row, std::move(*inner));
     }
@@ -213,10 +263,11 @@ class Deriver {
         return type;
     }
 
-    TypeModel* Plain(const OpenStruct& open, const CsnMember& member, const std::string& name,
+    TypeModel* Plain(const OpenStruct& open, const CsnMember& member,
+                     const CsnAnnotations& annotations, const std::string& name,
                      const std::string& path, CsnFieldRow row) {
         const CsnNode& first = *member.occurrences.front().field;
-        const ValueFacts facts = FactsOf(member);
+        const ValueFacts facts = FactsOf(member, annotations);
         TypeModel* type = store_.NewType(Kind::kInteger, name, first.place);
         Choose(*type, facts, member);
         if (type->kind == Kind::kBinary) {
@@ -231,6 +282,7 @@ class Deriver {
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             byWidth[FixedWidth(*occurrence.field).value_or(0)].push_back(occurrence);
         }
+        row.mixed = row.bound != 0 && byWidth.size() > 1;
         for (const auto& [width, occurrences] : byWidth) {
             row.kind = width == 0 ? CsnFieldRow::Kind::kMarker : CsnFieldRow::Kind::kInteger;
             row.width = static_cast<std::uint16_t>(width);
@@ -239,28 +291,25 @@ class Deriver {
         return type;
     }
 
-    ValueFacts FactsOf(const CsnMember& member) {
+    ValueFacts FactsOf(const CsnMember& member, const CsnAnnotations& annotations) {
         ValueFacts facts;
+        facts.annotation = annotations.type;
+        facts.annotatedSize = annotations.typeSize;
         bool isFirst = true;
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
-            const CsnAnnotations& annotations = occurrence.field->annotations;
             const auto width = FixedWidth(*occurrence.field);
-            facts.isVariable |= !width || occurrence.inErrorBranch;
+            const bool isAny = occurrence.inErrorBranch && width != 1U;
+            facts.isVariable |= !width || (isAny && annotations.type == TypeAnnotation::kByRule);
             facts.sameWidth &= isFirst || width == facts.width;
             facts.width = std::max(facts.width, width.value_or(0));
             isFirst = false;
-            if (annotations.type != TypeAnnotation::kByRule) {
-                facts.annotation = annotations.type;
-                facts.annotatedSize = annotations.typeSize;
-            }
-            if (annotations.enumeration) {
-                facts.values =
-                    family_.findEnum ? family_.findEnum(annotations.enumeration->text) : nullptr;
-                if (facts.values == nullptr) {
-                    reporter_.Error(
-                        annotations.enumeration->place,
-                        "there is no enumeration '" + annotations.enumeration->text + "'");
-                }
+        }
+        if (annotations.enumeration) {
+            facts.values =
+                family_.findEnum ? family_.findEnum(annotations.enumeration->text) : nullptr;
+            if (facts.values == nullptr) {
+                reporter_.Error(annotations.enumeration->place,
+                                "there is no enumeration '" + annotations.enumeration->text + "'");
             }
         }
         return facts;

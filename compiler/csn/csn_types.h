@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ using CsnEnumFinder = std::function<const EnumModel*(const std::string& name)>;
 /// What a family's other descriptions say about its CSN.1.
 struct CsnFamily {
     CsnEnumFinder findEnum;
+    std::set<std::string> structures = {};  // that they name
     bool itemsLocated = false;  // numbers and bit strings in sequences note their places
 };
 

@@ -1,6 +1,7 @@
 #include "csn/assembler.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace quorvane::csn {
@@ -9,6 +10,15 @@ namespace {
 using Form = Assembler::Operand::Form;
 
 constexpr std::size_t kUnbound = static_cast<std::size_t>(-1);
+
+// The scaled form of JMP: it counts granules, from where the plain form ends.
+constexpr std::uint32_t kScaled = 0x2000;
+constexpr std::uint32_t kScaledStart = 4096;
+constexpr std::uint32_t kGranule = 8;
+constexpr std::uint32_t kMostScaledJump = kScaledStart + kGranule * kMostJump;
+
+/// What a jump to a bridge leaves of its reach, for code on the way that still grows.
+constexpr std::uint32_t kReserve = 256;
 
 /// How an operand of `kind` is written down in Emit.
 Form FormOf(OperandKind kind) {
@@ -38,8 +48,6 @@ bool IsShort(OperandKind kind) {
 
 /// The distance code of a JMP from `base` to `target`, or nothing if none leads there.
 std::optional<std::uint32_t> JumpCode(std::uint32_t base, std::uint32_t target) {
-    constexpr std::uint32_t kScaled = 0x2000;
-    constexpr std::uint32_t kScaledStart = 4096;
     if (target < base) {
         return std::nullopt;
     }
@@ -47,7 +55,7 @@ std::optional<std::uint32_t> JumpCode(std::uint32_t base, std::uint32_t target) 
     if (distance <= kMostJump) {
         return distance;
     }
-    const std::uint32_t granules = (distance - kScaledStart) / 8;
+    const std::uint32_t granules = (distance - kScaledStart) / kGranule;
     const std::uint32_t code = kScaled | granules;
     if (granules > kMostJump || JumpDistance(base, code) != target) {
         return std::nullopt;
@@ -116,12 +124,6 @@ void Assembler::Emit(Opcode opcode, std::initializer_list<Operand> operands) {
     items_.push_back(std::move(item));
 }
 
-void Assembler::Align(std::uint32_t granule) {
-    Item item;
-    item.granule = granule;
-    items_.push_back(std::move(item));
-}
-
 std::uint32_t Assembler::OffsetOf(Label label) const {
     return labelOffsets_[label.index];
 }
@@ -134,7 +136,7 @@ bool Assembler::Place() {
         item.offset = offset;
         offsets.push_back(offset);
         if (item.info == nullptr) {
-            offset += (item.granule - offset % item.granule) % item.granule;
+            offset += (kGranule - offset % kGranule) % kGranule;
             continue;
         }
         const OperandKind first = item.info->operands[0];
@@ -162,6 +164,103 @@ bool Assembler::Place() {
         }
     }
     return grown;
+}
+
+/// Whether `item` is a jump forward that does not reach its target.
+bool Assembler::IsTooFar(const Item& item) const {
+    const OperandKind kind = item.info == nullptr ? OperandKind::kNone : item.info->operands[0];
+    if (kind != OperandKind::kJumpDistance && kind != OperandKind::kAltDistance) {
+        return false;
+    }
+    const std::uint32_t target = labelOffsets_[item.operands[0].number];
+    return target > item.offset + kMostJump &&
+           (kind == OperandKind::kAltDistance || !JumpCode(item.offset, target));
+}
+
+/// Helps the jumps that are too far: puts the target of a JMP on a multiple of the granule if that
+/// is enough, else leads the jump to a bridge on the way. False if there were none.
+bool Assembler::ReachFar() {
+    std::map<std::uint32_t, std::map<std::uint32_t, Label>> known;  // bridges by target and offset
+    for (const auto& [bridge, target] : bridgeTargets_) {
+        known[target][labelOffsets_[bridge]] = {bridge};
+    }
+    std::map<std::size_t, Bridges> added;  // by the item that they go in front of
+    std::set<std::uint32_t> aligned;       // labels
+    for (Item& item : items_) {
+        if (!IsTooFar(item)) {
+            continue;
+        }
+        std::uint32_t& label = item.operands[0].number;
+        const bool scales = item.info->operands[0] == OperandKind::kJumpDistance;
+        const std::uint32_t farthest = item.offset + (scales ? kMostScaledJump : kMostJump);
+        if (scales && labelOffsets_[label] <= farthest - kGranule) {
+            aligned.insert(label);
+            continue;
+        }
+        const auto bridge = bridgeTargets_.find(label);
+        const std::uint32_t target = bridge == bridgeTargets_.end() ? label : bridge->second;
+        auto next = known[target].upper_bound(farthest - kReserve);
+        if (next == known[target].begin() || std::prev(next)->first <= item.offset) {
+            const auto behind = std::upper_bound(
+                items_.begin(), items_.end(), farthest - kReserve,
+                [](std::uint32_t offset, const Item& other) { return offset < other.offset; });
+            const auto place = std::prev(behind);
+            const Label newLabel = NewLabel();
+            added[static_cast<std::size_t>(place - items_.begin())][target] = newLabel;
+            bridgeTargets_[newLabel.index] = target;
+            next = std::next(known[target].insert_or_assign(place->offset, newLabel).first);
+        }
+        label = std::prev(next)->second.index;
+    }
+    if (added.empty() && aligned.empty()) {
+        return false;
+    }
+    Insert(added, aligned);
+    return true;
+}
+
+/// Labels of an item lead to what is put in front of it, but for those that are to be aligned.
+void Assembler::Insert(const std::map<std::size_t, Bridges>& bridges,
+                       const std::set<std::uint32_t>& aligned) {
+    std::set<std::size_t> alignedItems;
+    for (const std::uint32_t label : aligned) {
+        alignedItems.insert(labels_[label]);
+    }
+    std::vector<Item> items;
+    std::vector<std::size_t> starts;  // of what is in front of each old item
+    std::vector<std::size_t> places;  // of the old items
+    std::map<std::uint32_t, std::size_t> bound;
+    const auto jump = [&items](Label target) {
+        items.push_back({&InfoOf(static_cast<std::uint8_t>(Opcode::kJmp)), {target}, {0}});
+    };
+    for (std::size_t index = 0; index <= items_.size(); ++index) {
+        starts.push_back(items.size());
+        if (const auto here = bridges.find(index); here != bridges.end()) {
+            const Label over = NewLabel();
+            jump(over);
+            for (const auto& [target, label] : here->second) {
+                bound[label.index] = items.size();
+                jump({target});
+            }
+            bound[over.index] = items.size();
+        }
+        if (alignedItems.contains(index)) {
+            items.emplace_back();
+        }
+        places.push_back(items.size());
+        if (index < items_.size()) {
+            items.push_back(std::move(items_[index]));
+        }
+    }
+    for (std::uint32_t label = 0; label < labels_.size(); ++label) {
+        if (labels_[label] != kUnbound) {
+            labels_[label] = (aligned.contains(label) ? places : starts)[labels_[label]];
+        }
+    }
+    for (const auto& [label, index] : bound) {
+        labels_[label] = index;
+    }
+    items_ = std::move(items);
 }
 
 std::uint32_t Assembler::Packed(const Item& item, std::size_t place) const {
@@ -261,7 +360,7 @@ void Assembler::Check(const Item& item) {
 
 void Assembler::Append(const Item& item, std::vector<std::uint8_t>& code) const {
     if (item.info == nullptr) {
-        while (code.size() % item.granule != 0) {
+        while (code.size() % kGranule != 0) {
             code.push_back(static_cast<std::uint8_t>(Opcode::kNop));
         }
         return;
@@ -294,9 +393,11 @@ std::vector<std::uint8_t> Assembler::Finish() {
             }
         }
     }
-    // Operands only grow, so this ends.
-    while (Place()) {
-    }
+    // Operands and bridges only get more, so this ends.
+    do {
+        while (Place()) {
+        }
+    } while (ReachFar());
     std::vector<std::uint8_t> code;
     for (const Item& item : items_) {
         if (item.info != nullptr) {

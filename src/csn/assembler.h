@@ -1,7 +1,8 @@
 #pragma once
 
 // Puts byte-code together. Labels may be used before they are bound; distances are packed when the
-// code is finished, in as few octets as they need.
+// code is finished, in as few octets as they need. JMP and ALT lead forward as far as they like:
+// one that does not reach its target leads to a JMP that the assembler puts on the way.
 //
 //   Assembler code;
 //   const auto end = code.NewLabel();
@@ -18,6 +19,8 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -73,10 +76,6 @@ class Assembler {
     /// Appends an instruction. Operands that do not fit the opcode are an error.
     void Emit(Opcode opcode, std::initializer_list<Operand> operands = {});
 
-    /// Appends NOPs up to an offset that is a multiple of `granule`: a JMP over more than 4095
-    /// octets needs its target on a multiple of 8.
-    void Align(std::uint32_t granule);
-
     /// Packs what was appended. The result is of use only if there are no errors.
     [[nodiscard]] std::vector<std::uint8_t> Finish();
 
@@ -88,14 +87,20 @@ class Assembler {
 
   private:
     struct Item {
-        const OpcodeInfo* info = nullptr;  // null: alignment
-        std::uint32_t granule = 0;
+        const OpcodeInfo* info = nullptr;  // null: NOPs up to a multiple of 8
         std::vector<Operand> operands;
         std::vector<std::uint32_t> sizes;  // octets of each operand
         std::uint32_t offset = 0;
     };
 
+    /// JMPs that go in front of an item: their labels by where they lead.
+    using Bridges = std::map<std::uint32_t, Label>;
+
     bool Place();
+    bool ReachFar();
+    [[nodiscard]] bool IsTooFar(const Item& item) const;
+    void Insert(const std::map<std::size_t, Bridges>& bridges,
+                const std::set<std::uint32_t>& aligned);
     [[nodiscard]] std::uint32_t Packed(const Item& item, std::size_t place) const;
     void Check(const Item& item);
     void CheckReach(const Item& item, std::size_t place);
@@ -105,6 +110,7 @@ class Assembler {
     std::vector<Item> items_;
     std::vector<std::size_t> labels_;  // index of the item that a label stands before
     std::vector<std::uint32_t> labelOffsets_;
+    std::map<std::uint32_t, std::uint32_t> bridgeTargets_;  // labels: where bridges lead
     std::vector<std::string> errors_;
 };
 

@@ -49,6 +49,8 @@ struct CsnFieldRow {
     std::uint32_t mostBits;  // kBinary: capacity
     bool fixed;              // kBinary: always `mostBits` bits
     bool located;            // kInteger, kBinary: notes where it lay
+    bool repeats = false;    // a single member that stands in several places, the last one counting
+    bool mixed = false;  // other rows have items of this sequence, which are counted with its own
 };
 
 /// One structure of an image.

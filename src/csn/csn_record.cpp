@@ -18,6 +18,23 @@ const CsnFieldRow* RowOf(const CsnStructure& structure, std::int32_t tag) {
     return own ? &structure.fields[static_cast<std::size_t>(index)] : nullptr;
 }
 
+/// Which item of its sequence `record` is.
+std::int32_t ItemOf(const CsnStructure& structure, const CsnMachine& machine,
+                    const CsnFieldRecord& record, const CsnFieldRow& row) {
+    if (!row.mixed) {
+        return record.occurrence;
+    }
+    const CsnFieldRecord* other = record.parent == nullptr ? machine.records : record.parent + 1;
+    std::int32_t item = 0;
+    for (; other != &record; ++other) {
+        const CsnFieldRow* otherRow = RowOf(structure, other->tag);
+        const bool isItem = other->occurrence >= 0 && other->parent == record.parent &&
+                            otherRow != nullptr && otherRow->element == row.element;
+        item += isItem ? 1 : 0;
+    }
+    return item;
+}
+
 std::size_t IndexOf(const CsnMachine& machine, const CsnFieldRecord& record) {
     return static_cast<std::size_t>(&record - machine.records);
 }
@@ -87,11 +104,12 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
         cell->present = true;
     }
     if (row->bound > 0) {
-        const Outcome result = SetSize(arena_, *cell, record.occurrence + 1, row->bound);
+        const std::int32_t item = ItemOf(structure_, machine_, record, *row);
+        const Outcome result = SetSize(arena_, *cell, item + 1, row->bound);
         if (result.Failed()) {
             return result;
         }
-        cell = &cell->cells[record.occurrence];
+        cell = &cell->cells[item];
     }
     Cell* inside = nullptr;
     switch (row->kind) {
@@ -112,6 +130,9 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
             }
             break;
         case CsnFieldRow::Kind::kStruct:
+            if (row->repeats) {
+                cell->cells = nullptr;  // nothing is left of an earlier place
+            }
             inside = StructCells(arena_, *cell, row->width);
             break;
     }
@@ -168,12 +189,14 @@ std::int32_t Source::Supply(CsnFieldEvent& event) {
     if (row->optional && !cell->present) {
         return kNotThere;
     }
-    const auto items = static_cast<std::int64_t>(row->bound > 0 ? cell->number : 1);
-    if (record.occurrence >= items) {
-        return kNotThere;
-    }
     if (row->bound > 0) {
-        cell = &cell->cells[record.occurrence];
+        const std::int32_t item = ItemOf(structure_, machine, record, *row);
+        if (item >= static_cast<std::int64_t>(cell->number)) {
+            return kNotThere;
+        }
+        cell = &cell->cells[item];
+    } else if (record.occurrence > 0 && !row->repeats) {
+        return kNotThere;
     }
     switch (row->kind) {
         case CsnFieldRow::Kind::kNone:

@@ -136,28 +136,16 @@ void KeepCount(CsnMachine& machine) {
     TagAdd(machine, T, static_cast<std::int32_t>(LastBits(machine, N)));
 }
 
-/// Starts a running count or maximum at 0.
-template <std::int32_t T>
-void StartCount(CsnMachine& machine) {
-    TagAdd(machine, T, 0);
+/// Keeps the result of the value function `Count`.
+template <std::int32_t T, CsnValueFunction Count>
+void SetCount(CsnMachine& machine) {
+    TagAdd(machine, T, static_cast<std::int32_t>(Count(machine)));
 }
 
-/// Raises a running count by one.
-template <std::int32_t T>
-void CountOne(CsnMachine& machine) {
-    TagUpdate(machine, T, Sum(TagValue(machine, T), 1));
-}
-
-/// Keeps how many of the last N bits are set.
-template <std::int32_t T, std::int32_t N>
-void KeepPopulation(CsnMachine& machine) {
-    TagAdd(machine, T, std::popcount(LastBits(machine, N)));
-}
-
-/// Adds to a running count how many of the last N bits are set.
-template <std::int32_t T, std::int32_t N>
-void AddPopulation(CsnMachine& machine) {
-    TagUpdate(machine, T, Sum(TagValue(machine, T), std::popcount(LastBits(machine, N))));
+/// Adds the result of the value function `Count` to the number kept.
+template <std::int32_t T, CsnValueFunction Count>
+void AddCount(CsnMachine& machine) {
+    TagUpdate(machine, T, Sum(TagValue(machine, T), static_cast<std::int32_t>(Count(machine))));
 }
 
 /// Raises a running maximum to the last N bits.
@@ -191,6 +179,25 @@ void RejectZeroAndOnes(CsnMachine& machine) {
 /// Bits up to the next octet boundary, 0 to 7.
 inline std::uint32_t BitsToOctetBoundary(CsnMachine& machine) {
     return -static_cast<std::uint32_t>(machine.bitPos) & 7U;
+}
+
+/// The number K itself.
+template <std::uint32_t K>
+std::uint32_t Constant(CsnMachine& /*machine*/) {
+    return K;
+}
+
+/// How many of the last N bits are set.
+template <std::int32_t N>
+std::uint32_t Ones(CsnMachine& machine) {
+    return static_cast<std::uint32_t>(std::popcount(LastBits(machine, N)));
+}
+
+/// How many of the last bits are set, of as many as the noted number says, up to 32.
+template <std::int32_t T>
+std::uint32_t OnesOf(CsnMachine& machine) {
+    const std::int32_t count = std::clamp(TagValue(machine, T), 0, 32);
+    return static_cast<std::uint32_t>(std::popcount(LastBits(machine, count)));
 }
 
 /// The noted number plus K, which may be negative.

@@ -69,9 +69,9 @@ constexpr csn::CsnProgram kCsnProgram = {
 
 constexpr std::array<csn::CsnFieldRow, 3> kCsnFields = {{
     // Small, TS 1, 2.3
-    {csn::CsnFieldKind::kStruct, false, 0, 1, 0, 0, false, true},  // 2 g
-    {csn::CsnFieldKind::kBinary, false, 1, 0, 0, 64, false, true},  // 3 v
-    {csn::CsnFieldKind::kInteger, false, 0, 2, 0, 0, false, true},  // 4 g.n
+    {csn::CsnFieldKind::kStruct, false, 0, 1, 0, 0, false, true, false, false},  // 2 g
+    {csn::CsnFieldKind::kBinary, false, 1, 0, 0, 64, false, true, false, false},  // 3 v
+    {csn::CsnFieldKind::kInteger, false, 0, 2, 0, 0, false, true, false, false},  // 4 g.n
 }};
 
 constexpr std::array<csn::CsnStructure, 1> kCsnStructures = {{

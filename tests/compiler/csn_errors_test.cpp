@@ -136,16 +136,6 @@ TEST(CsnErrors, FilesShareTheirRules) {
               "ones\n");
 }
 
-TEST(CsnErrors, AnAlternativeThatIsTooFar) {
-    std::string body;
-    for (int field = 0; field < 1100; ++field) {
-        body += "< f" + std::to_string(field) + " : bit >\n";
-    }
-    EXPECT_EQ(ErrorsOf("a.csn1", "structure T \"clause\" ;\n< t > ::= { 0 | 1\n" + body + "} ;\n"),
-              "a.csn1:2:17: error: the alternative takes 4362 octets of code, more than the 4095 "
-              "that it can reach over; put a part of it into a rule of its own\n");
-}
-
 TEST(CsnErrors, MoreTagsThanThereAre) {
     // Each rule has two fields of the next one: 2, 4, 8 ... structs.
     std::string text = "structure T \"clause\" ;\n";

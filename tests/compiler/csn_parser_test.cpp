@@ -56,9 +56,9 @@ TEST(CsnLexer, Marks) {
 // ---- Trees -----------------------------------------------------------------------------------
 
 std::string ShowCount(const CsnCount& count) {
-    static const char* const kForms[] = {"",          "val",     "rest",         "times",
-                                         "octet_end", "left",    "left_or_none", "left_or_zero",
-                                         "until",     "declared"};
+    static const char* const kForms[] = {
+        "",     "val",          "rest",         "times", "ones",    "octet_end",
+        "left", "left_or_none", "left_or_zero", "until", "declared"};
     return std::string(kForms[static_cast<int>(count.form)]) +
            (count.function == nullptr ? "" : " " + count.function->name) +
            (count.name.text.empty() ? "" : " " + count.name.text + " ") +
@@ -134,6 +134,8 @@ TEST(CsnParser, Repetitions) {
     EXPECT_EQ(Tree("0 * (val(n) - 1)"), "rep val n -1(bits 0)");
     EXPECT_EQ(Tree("0 * (5 - val(n))"), "rep rest n 5(bits 0)");
     EXPECT_EQ(Tree("bit (val(n) * 8)"), "rep times n 8(any 1)");
+    EXPECT_EQ(Tree("0 * (ones(8)) bit (ones(val(n)))"),
+              "seq(rep ones8(bits 0), rep ones n 0(any 1))");
     EXPECT_EQ(Tree("bit (p(n)) bit (q(n))",
                    "function p \"a.h\" One most 1 ; function q \"a.h\" other::Two most 2 ; "),
               "seq(rep declared One n 0(any 1), rep declared other::Two n 0(any 1))");

@@ -86,7 +86,7 @@ TEST(CsnTypes, WhatATruncationHoldsIsOptional) {
 TEST(CsnTypes, AnErrorBranchIsAnAlternativeOfSixtyFourBits) {
     EXPECT_EQ(Members("< t > ::= < a : bit > { < b : bit > ! < e : bit ** > } ;"),
               "  a: integer 1\n  b: integer 1 optional\n  e: binary 64 optional\n");
-    EXPECT_EQ(Members("< t > ::= { 1 ! read < e : bit > } ;"), "  e: binary 64 optional\n");
+    EXPECT_EQ(Members("< t > ::= { 1 ! read < e : bit (2) > } ;"), "  e: binary 64 optional\n");
 }
 
 TEST(CsnTypes, ARepeatedGroupGivesFlatSequences) {

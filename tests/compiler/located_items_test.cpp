@@ -40,9 +40,12 @@ TEST(LocatedItems, AreNotLocatedUnlessTheFamilySaysSo) {
     EXPECT_TRUE(Has(values, "{\"list_data\", Shape::kInteger, false,")) << values;
     EXPECT_TRUE(Has(values, "{\"s_a_data\", Shape::kInteger, false,")) << values;
     const std::string fields = TableOf("family f", "kCsnFields");
-    EXPECT_TRUE(Has(fields, "kInteger, false, 1, 2, 20, 0, false, false},  // 2 n[]")) << fields;
-    EXPECT_TRUE(Has(fields, "kBinary, false, 0, 0, 20, 8, false, false},  // 3 b[]")) << fields;
-    EXPECT_TRUE(Has(fields, "kInteger, false, 2, 1, 0, 0, false, true},  // 4 o")) << fields;
+    EXPECT_TRUE(Has(fields, "kInteger, false, 1, 2, 20, 0, false, false, false, false},  // 2 n[]"))
+        << fields;
+    EXPECT_TRUE(Has(fields, "kBinary, false, 0, 0, 20, 8, false, false, false, false},  // 3 b[]"))
+        << fields;
+    EXPECT_TRUE(Has(fields, "kInteger, false, 2, 1, 0, 0, false, true, false, false},  // 4 o"))
+        << fields;
 }
 
 TEST(LocatedItems, AreLocatedIfTheFamilySaysSo) {
@@ -53,8 +56,10 @@ TEST(LocatedItems, AreLocatedIfTheFamilySaysSo) {
         EXPECT_TRUE(Has(values, "{\"s_a_data\", Shape::kInteger, true,")) << values;
         EXPECT_TRUE(Has(values, "{\"u_a_data\", Shape::kInteger, false,")) << values;
         const std::string fields = TableOf(family, "kCsnFields");
-        EXPECT_TRUE(Has(fields, "kInteger, false, 1, 2, 20, 0, false, true},  // 2 n[]"));
-        EXPECT_TRUE(Has(fields, "kBinary, false, 0, 0, 20, 8, false, true},  // 3 b[]"));
+        EXPECT_TRUE(
+            Has(fields, "kInteger, false, 1, 2, 20, 0, false, true, false, false},  // 2 n[]"));
+        EXPECT_TRUE(
+            Has(fields, "kBinary, false, 0, 0, 20, 8, false, true, false, false},  // 3 b[]"));
     }
 }
 

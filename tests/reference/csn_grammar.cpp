@@ -35,6 +35,19 @@ std::string Declared(int tag, const std::string& function) {
     return "&csn::functions::Declared<" + std::to_string(tag) + ", " + function + ">";
 }
 
+template <int T, csn::CsnValueFunction Count>
+void AddCounting(ActionTable& table, const std::string& count) {
+    const std::string arguments = "<" + std::to_string(T) + ", " + count + ">";
+    table["&csn::functions::SetCount" + arguments] = &csn::functions::SetCount<T, Count>;
+    table["&csn::functions::AddCount" + arguments] = &csn::functions::AddCount<T, Count>;
+}
+
+template <int T, int Other>
+void AddCountingBy(ActionTable& table) {
+    AddCounting<T, &csn::functions::TagPlus<Other, 0>>(table, Name("TagPlus", {Other, 0}));
+    AddCounting<T, &csn::functions::OnesOf<Other>>(table, Name("OnesOf", {Other}));
+}
+
 template <int T>
 void AddActions(ActionTable& table) {
     namespace f = csn::functions;
@@ -50,7 +63,14 @@ void AddActions(ActionTable& table) {
     table[Name("WriteBackLength", {T, 4, 0, 7})] = &f::WriteBackLength<T, 4, 0, 7>;
     table[Name("WriteBackLength", {T, 7, 0, 7})] = &f::WriteBackLength<T, 7, 0, 7>;
     table[Name("WriteBackLength", {T, 8, 8, 0})] = &f::WriteBackLength<T, 8, 8, 0>;
+    table[Name("OpenScopeAtLengthStart", {T, 8, 9})] = &f::OpenScopeAtLengthStart<T, 8, 9>;
     table[Name("KeepCount", {T, 3})] = &f::KeepCount<T, 3>;
+    AddCounting<T, &f::Ones<8>>(table, Name("Ones", {8}));
+    AddCounting<T, &f::Constant<0>>(table, Name("Constant", {0}));
+    AddCounting<T, &f::Constant<1>>(table, Name("Constant", {1}));
+    AddCounting<T, &f::Constant<2>>(table, Name("Constant", {2}));
+    AddCountingBy<T, 1>(table);
+    AddCountingBy<T, 2>(table);
 }
 
 template <int T>

@@ -411,7 +411,7 @@ class Reader {
             return;
         }
         const auto number = [&](std::size_t index) {
-            return static_cast<std::int32_t>(node.arguments[index].number);
+            return static_cast<std::int32_t>(node.arguments[index].count->number);
         };
         const CsnVariable* variable = node.arguments[0].variable;
         const auto runEnd = static_cast<std::int32_t>(bits_.size());

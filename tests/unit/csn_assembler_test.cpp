@@ -92,55 +92,82 @@ TEST(CsnAssembler, OperandsGrowWithTheirDistance) {
     EXPECT_EQ(longer.OffsetOf(longEnd), 129U);
 }
 
-Code FarJump(std::uint32_t octets, std::uint32_t granule, std::string* error = nullptr) {
+/// A jump over that many octets to a RET.
+Code FarJump(Opcode opcode, std::uint32_t octets) {
     Assembler code;
     const auto end = code.NewLabel();
-    code.Emit(Opcode::kJmp, {end});
-    for (std::uint32_t count = 0; count < octets; ++count) {
-        code.Emit(Opcode::kNop);
+    if (opcode == Opcode::kJmp) {
+        code.Emit(Opcode::kJmp, {end});
+    } else {
+        code.Emit(Opcode::kAlt, {Assembler::Branch(end, true)});
     }
-    code.Align(granule);
+    for (std::uint32_t count = 0; count < octets; ++count) {
+        code.Emit(Opcode::kBit0);
+    }
     code.Bind(end);
     code.Emit(Opcode::kRet);
-    Code result = code.Finish();
-    if (error != nullptr && !code.Errors().empty()) {
-        *error = code.Errors().front();
-    }
-    return result;
+    return Assemble(code);
 }
 
 TEST(CsnAssembler, FarJumpsUseTheScale) {
-    std::string error;
-    EXPECT_EQ(FarJump(4093, 1, &error)[0], 0x4F);  // 4095 octets: no scale
-    EXPECT_TRUE(error.empty());
+    EXPECT_EQ(FarJump(Opcode::kJmp, 4093)[0], 0x4F);  // 4095 octets: no scale
+    const Code aligned = FarJump(Opcode::kJmp, 4094);
+    EXPECT_EQ(aligned.size(), 4097U);  // 4096 is a multiple of 8 as it stands
+    EXPECT_EQ(aligned[0], 0x60);
+    EXPECT_EQ(aligned[1], 0x00);
 
-    const Code far = FarJump(4100, 8, &error);
-    EXPECT_TRUE(error.empty());
+    const Code far = FarJump(Opcode::kJmp, 4100);
     const auto jump = DecodeInstruction(far, 0);
     ASSERT_TRUE(jump);
     EXPECT_EQ(jump->operands[0], 0x2001U);
     EXPECT_EQ(jump->Target(), 4104U);
+    EXPECT_EQ(far.size(), 4105U);
+    EXPECT_EQ(far[4103], 0x00);  // NOP
     EXPECT_EQ(far[4104], 0x23);
-
-    (void)FarJump(4100, 1, &error);
-    EXPECT_EQ(error, "JMP at 0: cannot reach 4102");
-    error.clear();
-    (void)FarJump(36860, 8, &error);
-    EXPECT_EQ(error, "JMP at 0: cannot reach 36864");
 }
 
 TEST(CsnAssembler, AlternativesReach4095Octets) {
-    for (const int octets : {4093, 4094}) {
-        Assembler code;
-        const auto end = code.NewLabel();
-        code.Emit(Opcode::kAlt, {Assembler::Branch(end, false)});
-        for (int count = 0; count < octets; ++count) {
-            code.Emit(Opcode::kNop);
+    EXPECT_EQ(FarJump(Opcode::kAlt, 4093).size(), 4096U);
+    const Code bridged = FarJump(Opcode::kAlt, 4094);
+    EXPECT_EQ(bridged.size(), 4101U);  // two JMPs more
+    const auto first = DecodeInstruction(bridged, 0);
+    ASSERT_TRUE(first);
+    EXPECT_TRUE(first->Flag());
+    const auto bridge =
+        DecodeInstruction(bridged, static_cast<std::uint32_t>(first->Target().value_or(0)));
+    ASSERT_TRUE(bridge);
+    EXPECT_EQ(bridge->Code(), Opcode::kJmp);
+    EXPECT_EQ(bridge->Target(), 4100U);
+}
+
+// Over any distance a jump comes to its target, and so does what lies between.
+TEST(CsnAssembler, JumpsOfAnyLength) {
+    for (const Opcode opcode : {Opcode::kJmp, Opcode::kAlt}) {
+        for (std::uint32_t octets :
+             {4094U, 4095U, 8200U, 36600U, 36861U, 36862U, 36863U, 73700U, 300000U}) {
+            SCOPED_TRACE(octets);
+            const Code code = FarJump(opcode, octets);
+            EXPECT_LE(code.size(), octets + octets / 500 + 20);
+            std::uint32_t bits = 0;
+            for (std::uint32_t offset = 2; code[offset] != 0x23;) {
+                const auto instruction = DecodeInstruction(code, offset);
+                ASSERT_TRUE(instruction);
+                bits += instruction->Code() == Opcode::kBit0 ? 1U : 0U;
+                offset = static_cast<std::uint32_t>(
+                    instruction->Target().value_or(offset + instruction->size));
+            }
+            EXPECT_EQ(bits, octets);
+            std::uint32_t hops = 0;
+            for (std::uint32_t offset = 0; code[offset] != 0x23; ++hops) {
+                const auto instruction = DecodeInstruction(code, offset);
+                ASSERT_TRUE(instruction);
+                ASSERT_TRUE(hops == 0 || instruction->Code() == Opcode::kJmp ||
+                            instruction->Code() == Opcode::kNop);
+                offset = static_cast<std::uint32_t>(
+                    instruction->Target().value_or(offset + instruction->size));
+            }
+            EXPECT_LE(hops, 2 + octets / 36000 + 7);
         }
-        code.Bind(end);
-        code.Emit(Opcode::kRet);
-        (void)code.Finish();
-        EXPECT_EQ(code.Errors().empty(), octets == 4093);
     }
 }
 

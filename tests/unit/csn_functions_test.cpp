@@ -199,29 +199,40 @@ TEST_F(CsnFunctions, Counts) {
     fn::KeepCount<7, 5>(machine);
     EXPECT_EQ(TagValue(machine, 7), 23);
 
-    fn::StartCount<40>(machine);
-    fn::CountOne<40>(machine);
-    fn::CountOne<40>(machine);
+    fn::SetCount<40, fn::Constant<0>>(machine);
+    fn::AddCount<40, fn::Constant<1>>(machine);
+    fn::AddCount<40, fn::Constant<1>>(machine);
     EXPECT_EQ(TagValue(machine, 40), 2);
     EXPECT_EQ(machine.tagCount, 3);
-    fn::CountOne<99>(machine);  // never started: nothing to change
+    fn::SetCount<41, fn::TagPlus<7, -24>>(machine);
+    EXPECT_EQ(TagValue(machine, 41), -1);
+    fn::AddCount<99, fn::Constant<1>>(machine);  // never set: nothing to change
     EXPECT_EQ(TagValue(machine, 99), -1);
 }
 
-TEST_F(CsnFunctions, Populations) {
+TEST_F(CsnFunctions, OneBits) {
     At("0111 0110 1000 0001", 8);
-    fn::KeepPopulation<40, 8>(machine);
-    EXPECT_EQ(TagValue(machine, 40), 5);
-    fn::KeepPopulation<41, 8>(machine);
+    EXPECT_EQ(fn::Ones<8>(machine), 5U);
+    EXPECT_EQ(fn::Ones<3>(machine), 2U);
+    fn::SetCount<41, fn::Ones<8>>(machine);
     machine.bitPos = 16;
-    fn::AddPopulation<41, 8>(machine);
+    fn::AddCount<41, fn::Ones<8>>(machine);
     EXPECT_EQ(TagValue(machine, 41), 7);
-    EXPECT_EQ(machine.tagCount, 2);
+    EXPECT_EQ(machine.tagCount, 1);
+    // Of as many bits as a number says.
+    EXPECT_EQ(fn::OnesOf<41>(machine), 1U);
+    TagAdd(machine, 42, 12);
+    EXPECT_EQ(fn::OnesOf<42>(machine), 4U);
+    TagAdd(machine, 42, 0);
+    EXPECT_EQ(fn::OnesOf<42>(machine), 0U);
+    TagAdd(machine, 42, 100);
+    EXPECT_EQ(fn::OnesOf<42>(machine), 7U);
+    EXPECT_EQ(fn::OnesOf<99>(machine), 0U);
 }
 
 TEST_F(CsnFunctions, RunningMaximum) {
     At("01 10 01 11", 2);
-    fn::StartCount<1>(machine);
+    fn::SetCount<1, fn::Constant<0>>(machine);
     std::vector<std::int32_t> seen;
     for (; machine.bitPos <= 8; machine.bitPos += 2) {
         fn::RaiseMaximum<1, 2>(machine);

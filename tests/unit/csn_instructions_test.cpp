@@ -246,7 +246,6 @@ TEST(CsnInstruction, JumpsWithScale) {
         for (int count = 0; count < 5000; ++count) {
             image.code.Emit(Opcode::kFail);
         }
-        image.code.Align(8);
         image.code.Bind(end);
         image.code.Emit(Opcode::kBit1);
     };

@@ -35,7 +35,9 @@ struct QosImage : Image {
         field(139, 46, 106, 110);
 
         code.Emit(Opcode::kRet);
-        code.Align(148);
+        for (int octet = 1; octet < 148; ++octet) {
+            code.Emit(Opcode::kNop);
+        }
         const auto end = code.NewLabel();
         const auto place = [&] { places.push_back(code.BindNew()); };
         place();
