@@ -12,12 +12,13 @@
 quorvane_family(
     eps TITLE "EPS mobility and session management, TS 24.301"
     DESCRIPTIONS common/mobility.qd common/call.qd common/session.qd
-                 eps.qd eps.csn1 esm.qd emm.qd sets.qd)
+                 eps.qd eps.csn1 esm.qd emm.qd sets.qd
+                 common/core_network.csn1)
 quorvane_family(epc TITLE "UE test mode, TS 36.509" DESCRIPTIONS epc.qd)
 quorvane_family(
     l3 TITLE "core-network layer 3, TS 24.008"
     DESCRIPTIONS common/mobility.qd common/call.qd common/session.qd
                  l3.qd common.qd mm.qd bearer.qd cc_elements.qd cc.qd
-                 gmm.qd sm.qd sets.qd l3.csn1)
+                 gmm.qd sm.qd sets.qd l3.csn1 common/core_network.csn1)
 quorvane_family(rr TITLE "GSM radio resource management, TS 44.018")
 quorvane_family(rlcmac TITLE "GPRS RLC/MAC control messages, TS 44.060")
