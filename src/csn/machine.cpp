@@ -75,6 +75,10 @@ class Stepper {
     Next ExcludeEnd();
     Next Rescan();
     void ReadAgain(std::int32_t mark);
+    Next Enter(std::uint32_t exit, std::uint32_t least, std::uint32_t most) {
+        LoopEnter(machine_, instr_, exit, least, most);
+        return Next::kOn;
+    }
     Next Loop(std::uint32_t distance);
     Next Repeat(std::uint32_t exit, std::uint32_t function);
     Next Require(std::uint32_t count);
@@ -160,8 +164,7 @@ Next Stepper::Step() {
         case Opcode::kRep: {
             const std::uint32_t exit = Operand();
             const std::uint32_t count = Operand();
-            LoopEnter(machine_, instr_, exit, count, count);
-            return Next::kOn;
+            return Enter(exit, count, count);
         }
         case Opcode::kRepBit: {
             const std::uint32_t exit = Operand();
@@ -169,26 +172,21 @@ Next Stepper::Step() {
             const std::uint32_t offset = Operand();
             const std::int64_t position = std::int64_t{TagValue(machine_, AsTag(tag))} + offset;
             const std::uint32_t count = machine_.reader.Read(position, 1);
-            LoopEnter(machine_, instr_, exit, count, count);
-            return Next::kOn;
+            return Enter(exit, count, count);
         }
         case Opcode::kRepTag: {
             const std::uint32_t exit = Operand();
             const auto count = static_cast<std::uint32_t>(TagValue(machine_, AsTag(Operand())));
-            LoopEnter(machine_, instr_, exit, count, count);
-            return Next::kOn;
+            return Enter(exit, count, count);
         }
         case Opcode::kRepAny:
-            LoopEnter(machine_, instr_, Operand(), 0, kOpenEndedCount);
-            return Next::kOn;
+            return Enter(Operand(), 0, kOpenEndedCount);
         case Opcode::kRepMore:
-            LoopEnter(machine_, instr_, Operand(), 1, kOpenEndedCount);
-            return Next::kOn;
+            return Enter(Operand(), 1, kOpenEndedCount);
         case Opcode::kRepRange: {
             const std::uint32_t exit = Operand();
             const std::uint32_t least = Operand();
-            LoopEnter(machine_, instr_, exit, least, Operand());
-            return Next::kOn;
+            return Enter(exit, least, Operand());
         }
         case Opcode::kRepFn: {
             const std::uint32_t exit = Operand();
@@ -203,11 +201,7 @@ Next Stepper::Step() {
         case Opcode::kRepFnEnc: {
             const std::uint32_t exit = Operand();
             const std::uint32_t function = Operand();
-            if (Encoding()) {
-                return Repeat(exit, function);
-            }
-            LoopEnter(machine_, instr_, exit, 0, kOpenEndedCount);
-            return Next::kOn;
+            return Encoding() ? Repeat(exit, function) : Enter(exit, 0, kOpenEndedCount);
         }
         case Opcode::kLoop:
             return Loop(Operand());
@@ -414,10 +408,7 @@ Next Stepper::Loop(std::uint32_t distance) {
 
 Next Stepper::Repeat(std::uint32_t exit, std::uint32_t function) {
     std::uint32_t count = 0;
-    if (ValueCall(machine_, function, count)) {
-        LoopEnter(machine_, instr_, exit, count, count);
-    }
-    return Next::kOn;
+    return ValueCall(machine_, function, count) ? Enter(exit, count, count) : Next::kOn;
 }
 
 Next Stepper::Require(std::uint32_t count) {

@@ -131,9 +131,7 @@ class BodyEncoder {
         }
         const std::int64_t behind = cursor_ + result.Bits();
         cursor_ = field.unchecked ? cursor_ + field.width : behind;
-        for (std::int64_t unused = behind; unused < cursor_; ++unused) {
-            context_.writer.Write(unused, 0, 1);
-        }
+        WriteZeros(context_, behind, cursor_);
         return true;
     }
 
@@ -198,14 +196,16 @@ Outcome EncodeContainer(EncodeContext& context, const MessageSetRow& set,
 
 bool IsMessage(const CodecTables& tables, const MessageRow& message, const bits::BitReader& reader,
                std::int64_t position) {
+    std::int64_t start = position;  // of the octet with the protocol discriminator
     std::int64_t cursor = position;
     for (const HeaderItemRow& item : HeaderOf(tables, message)) {
+        const std::uint32_t wanted = item.kind == Item::kConstant ? item.constant : 0;
         if (item.kind == Item::kMessageType) {
             return reader.Read(cursor, item.width) == message.code;
         }
-        const bool firstOctet = cursor < position + 8 && item.kind != Item::kPseudoLength;
-        const std::uint32_t wanted = item.kind == Item::kConstant ? item.constant : 0;
-        if (firstOctet && reader.Read(cursor, item.width) != wanted) {
+        if (item.kind == Item::kPseudoLength) {
+            start += item.width;
+        } else if (cursor < start + 8 && reader.Read(cursor, item.width) != wanted) {
             return false;
         }
         cursor += item.width;

@@ -16,9 +16,7 @@ Outcome EncodeBinary(EncodeContext& context, const ValueRow& row, std::int64_t p
     if (cell.number > 0) {
         context.writer.Copy(position, cell.octets, cell.number);
     }
-    for (std::uint32_t bit = cell.number; bit < row.width; ++bit) {
-        context.writer.Write(position + bit, 0, 1);
-    }
+    WriteZeros(context, position + cell.number, position + row.width);
     return std::max<std::int64_t>(cell.number, row.width);
 }
 
@@ -31,9 +29,7 @@ Outcome EncodePart(EncodeContext& context, const PartRow& part, std::int64_t pos
     };
     switch (part.kind) {
         case PartKind::kSkip:
-            for (std::int32_t bit = 0; bit < part.width; ++bit) {
-                context.writer.Write(position + bit, 0, 1);
-            }
+            WriteZeros(context, position, position + part.width);
             return part.width;
         case PartKind::kCounted: {
             const Outcome result = encodeAt(position + 8);
@@ -62,7 +58,7 @@ Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t po
         const std::int64_t behind = cursor + result.Bits();
         // A fixed place stays as wide as it is, whatever its value came to.
         cursor = row.shape == Shape::kFixed ? cursor + part.width : behind;
-        context.writer.Write(behind, 0, static_cast<std::int32_t>(cursor - behind));
+        WriteZeros(context, behind, cursor);
     }
     return cursor - position;
 }

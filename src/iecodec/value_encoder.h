@@ -20,6 +20,11 @@ inline const ValueRow& RowAt(const EncodeContext& context, std::uint16_t value) 
     return context.tables.values[value];
 }
 
+/// Writes zeros from bit `from` up to bit `to`; nothing if that is not behind it.
+inline void WriteZeros(EncodeContext& context, std::int64_t from, std::int64_t to) {
+    context.writer.Write(from, 0, static_cast<std::int32_t>(to - from));
+}
+
 /// Member `element` of the struct in `cell`; a zeroed cell if the struct was never reached.
 const bits::Cell& MemberOf(const bits::Cell& cell, std::size_t element);
 

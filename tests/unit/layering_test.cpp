@@ -163,11 +163,6 @@ std::set<std::string> FamilyTypes() {
     return found;
 }
 
-/// Whether a file holds what has yet to move to the families.
-bool HasYetToMove(const fs::path& path) {
-    return path.filename() == "functions.h";
-}
-
 TEST(Layering, IncludesPointDownwards) {
     const std::set<std::string> sources = {"bits",     "csn",      "iecodec",  "reflect", "facade",
                                            "families", "compiler", "quorvane", "support", "tools"};
@@ -213,7 +208,8 @@ TEST(Layering, IncludesPointDownwards) {
 // Families and their elements are data: only their own rooms, the decodings and tests name them.
 TEST(Layering, EnginesNameNoFamily) {
     const std::set<std::string> named = {"src/families", "include/quorvane", "tests"};
-    const std::set<std::string> tables = {"decodings.cpp", "engine.cpp"};
+    const std::set<fs::path> tables = {kRoot / "src/facade/decodings.cpp",
+                                       kRoot / "src/facade/engine.cpp"};
     const std::set<std::string> words = FamilyWords();
     const std::set<std::string> types = FamilyTypes();
     ASSERT_TRUE(words.contains("eps") && words.contains("rlc"));
@@ -222,7 +218,7 @@ TEST(Layering, EnginesNameNoFamily) {
             continue;
         }
         for (const fs::path& path : SourcesIn(kRoot / room)) {
-            if (tables.contains(path.filename().string()) || HasYetToMove(path)) {
+            if (tables.contains(path)) {
                 continue;
             }
             for (const std::string& line : LinesOf(path)) {
@@ -248,9 +244,6 @@ TEST(Layering, EnginesCiteNoStandardOfAFamily) {
     const std::regex citation("TS ?([0-9]{2}[.][0-9]{3})");
     for (const char* room : {"src/bits", "src/csn", "src/iecodec", "src/reflect"}) {
         for (const fs::path& path : SourcesIn(kRoot / room)) {
-            if (HasYetToMove(path)) {
-                continue;
-            }
             for (const std::string& line : LinesOf(path)) {
                 std::smatch match;
                 const bool cites = std::regex_search(line, match, citation);
@@ -261,7 +254,7 @@ TEST(Layering, EnginesCiteNoStandardOfAFamily) {
 }
 
 TEST(Layering, HandWrittenFilesStayReadable) {
-    constexpr std::size_t kMostLines = 650;
+    constexpr std::size_t kMostLines = 600;
     for (const std::string& room : Rooms()) {
         for (const fs::path& path : SourcesIn(kRoot / room)) {
             EXPECT_LE(LinesOf(path).size(), kMostLines) << path;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <string_view>
 
+#include "iecodec/message_encoder.h"
 #include "unit/codec_test_support.h"
 
 namespace quorvane::iecodec {
@@ -64,6 +65,12 @@ TEST(DecidedByAMember, FailsAsAConditionalField) {
     EXPECT_EQ(messages.Decode("00 06 3F 05 AB"), kConditionalError);
     EXPECT_EQ(messages.Diagnostics(), "<ERRID:*> Message too short decoding subfield Channel\n");
     EXPECT_TRUE(messages.Member("Channel").present);
+
+    // The bit behind the index has to be 0.
+    EXPECT_EQ(messages.Decode("00 06 3F 15 B3 87 00 11 00 2B"), kConditionalError);
+    EXPECT_EQ(messages.Diagnostics(), "<ERRID:*> Error decoding subfield PacketChannel\n");
+    EXPECT_TRUE(messages.Member("PacketChannel").present);
+    EXPECT_EQ(messages.Member("TimingAdvance").number, 0U);
 }
 
 // Pseudo lengths.
@@ -81,6 +88,20 @@ TEST(PseudoLength, IsPassedUnread) {
     EXPECT_EQ(messages.Decode("06 1D BE EF"), kUnknownMessage);
     EXPECT_EQ(messages.Container().pd, 13U);
     EXPECT_EQ(messages.Container().messageType, 0xBEU);
+}
+
+TEST(PseudoLength, LeavesTheOctetBehindItToTheRecogniser) {
+    const MessageRow& plain = BehindPseudoLength().Message("SAMPLE_PLAIN");
+    const auto recognises = [&](const char* hex) {
+        const test::Octets octets = test::FromHex(hex);
+        const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+        return IsMessage(kSampleFamily.codec, plain, reader, 0);
+    };
+    EXPECT_TRUE(recognises("11 06 1D"));
+    EXPECT_TRUE(recognises("00 06 1D"));
+    EXPECT_FALSE(recognises("11 05 1D"));  // the protocol discriminator
+    EXPECT_FALSE(recognises("11 16 1D"));  // the skip indicator
+    EXPECT_FALSE(recognises("11 06 1A"));
 }
 
 TEST(PseudoLength, CountsNoRestOctets) {
