@@ -21,7 +21,10 @@ void AddGenerated(std::map<std::string, MessageSet>& sets) {
         if (binding.set == nullptr) {
             continue;
         }
-        tool::MessageGenerator generator(*binding.family, kSeed);
+        const bool lengthIsFixed = facade::RowOf(info.decoding).fixedBits != 0;
+        tool::MessageGenerator generator(
+            *binding.family, kSeed,
+            lengthIsFixed ? tool::MessageEnd::kAnyBit : tool::MessageEnd::kOctet);
         for (int count = 0; count < kOfEachDecoding; ++count) {
             const auto drawn = generator.Generate(*binding.set);
             if (!drawn) {

@@ -43,7 +43,6 @@ bool Fits(const iecodec::FieldRow& field, std::int64_t bits) {
         case Format::kTlvE:
             return bits % 8 == 0 && bits >= 8 * field.leastOctets && bits <= 8 * field.mostOctets;
         case Format::kRest:
-            return bits % 8 == 0;
         case Format::kHalfLow:
         case Format::kHalfHigh:
         case Format::kTvHalf:

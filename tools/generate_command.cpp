@@ -37,7 +37,9 @@ int Generate(const GenerateOptions& options) {
             throw UsageError(options.function + " has no message " + options.message);
         }
     }
-    MessageGenerator generator(*binding.family, options.seed);
+    const bool lengthIsFixed = facade::RowOf(*decoding).fixedBits != 0;
+    MessageGenerator generator(*binding.family, options.seed,
+                               lengthIsFixed ? MessageEnd::kAnyBit : MessageEnd::kOctet);
     constexpr std::size_t kFullBuffer = std::size_t{1} << 16;
     std::string lines;
     for (std::uint64_t count = 0; count < options.count; ++count) {

@@ -45,7 +45,7 @@ std::uint64_t Random::Next() {
 
 std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::MessageSetRow& set,
                                                            std::uint32_t tag) {
-    constexpr int kTries = 50;
+    constexpr int kTries = 400;
     const iecodec::MessageRow& message = family_.codec.messages[set.messages[tag - 1]];
     for (int attempt = 0; attempt < kTries; ++attempt) {
         arena_.Reset();
@@ -61,7 +61,9 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
         iecodec::Diagnostics diagnostics;
         iecodec::EncodeContext context{family_.codec, writer, diagnostics};
         const bits::Outcome written = iecodec::EncodeContainer(context, set, out.container);
-        if (!written.Failed() && !writer.Overflowed()) {
+        const bool ends =
+            end_ == MessageEnd::kAnyBit || (!written.Failed() && written.Bits() % 8 == 0);
+        if (!written.Failed() && !writer.Overflowed() && ends) {
             out.bits = written.Bits();
             CutToBits(out.octets, out.bits);
             return out;
@@ -72,7 +74,12 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
 
 std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::MessageSetRow& set) {
     const auto last = static_cast<std::uint32_t>(set.messages.size() - 1);
-    return Generate(set, 1 + random_.UpTo(last));
+    constexpr int kDraws = 20;  // some messages may never end where they should
+    std::optional<GeneratedMessage> drawn;
+    for (int count = 0; count < kDraws && !drawn; ++count) {
+        drawn = Generate(set, 1 + random_.UpTo(last));
+    }
+    return drawn;
 }
 
 }  // namespace quorvane::tool

@@ -3,7 +3,7 @@
 // Draws valid messages at random over a family's tables: optional elements, lengths, alternatives
 // and repetitions. Tests, fuzz seeds and benchmark sets are made of them.
 //
-// Tests: tests/round_trip_test.cpp.
+// Tests: tests/unit/message_generator_test.cpp, tests/round_trip_test.cpp.
 
 #include <cstdint>
 #include <map>
@@ -38,7 +38,7 @@ enum class DropReason : std::uint8_t {
     kNoValue,           // the bits or numbers drawn are no value of the type
     kLength,            // it takes other bits than its place has
     kOtherAlternative,  // its own selector leads to another alternative
-    kDoesNotComeBack,   // what it encodes to does not decode to it
+    kDoesNotComeBack,   // it does not encode, or not to what decodes to it
 };
 
 /// How many values were dropped, by reason and type.
@@ -50,10 +50,17 @@ struct GeneratedMessage {
     iecodec::MessageContainer container;  // its record, in the generator's arena
 };
 
+/// Where messages may end.
+enum class MessageEnd : std::uint8_t {
+    kAnyBit,
+    kOctet,  // for decodings that are told a message's length in octets
+};
+
 class MessageGenerator {
   public:
-    MessageGenerator(const families::Family& family, std::uint64_t seed)
-        : family_(family), random_(seed) {}
+    MessageGenerator(const families::Family& family, std::uint64_t seed,
+                     MessageEnd end = MessageEnd::kAnyBit)
+        : family_(family), random_(seed), end_(end) {}
 
     /// A message of the set with this tag (from 1), in canonical form: elements in the order of
     /// the message's table, spare bits 0. Nothing if the draw led nowhere in many tries. The
@@ -69,6 +76,7 @@ class MessageGenerator {
   private:
     const families::Family& family_;
     Random random_;
+    MessageEnd end_;
     Drops drops_;
     bits::Arena arena_;
 };

@@ -23,7 +23,7 @@ using Presence = FieldRow::Presence;
 
 constexpr std::int64_t kRoom = 4096;  // octets
 
-/// The bits that the value takes, or a negative code.
+/// The bits that the value takes; negative if the encoder refuses it.
 std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, const Cell& cell) {
     std::array<std::uint8_t, kRoom> octets{};
     bits::BitWriter writer(octets.data(), kRoom);
@@ -31,6 +31,12 @@ std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, co
     iecodec::EncodeContext context{tables, writer, diagnostics};
     const bits::Outcome result = iecodec::EncodeValue(context, row, 0, cell);
     return writer.Overflowed() || result.Failed() ? -1 : result.Bits();
+}
+
+/// Whether all values of the row take its width.
+bool HasFixedWidth(const ValueRow& row) {
+    return row.shape == Shape::kInteger || row.shape == Shape::kFixed ||
+           (row.shape == Shape::kBinary && row.width != 0);
 }
 
 /// Encodes the structure; the octets behind it are 0. Returns its bits, or a negative code.
@@ -183,7 +189,8 @@ bool ValueGenerator::FillWithin(const ValueRow& row, Cell& cell, std::int64_t le
         if (size >= least && size <= most && size % unit == 0) {
             return true;
         }
-        Drop(DropReason::kLength, row);
+        Drop(size < 0 || HasFixedWidth(row) ? DropReason::kDoesNotComeBack : DropReason::kLength,
+             row);
     }
     return false;
 }
@@ -313,11 +320,13 @@ bool ValueGenerator::FillSequence(const ValueRow& row, Cell& cell, std::int64_t 
             return false;
         }
         const std::int64_t size = Measure(tables, item, last);
+        if (size <= 0) {
+            return Drop(size < 0 ? DropReason::kDoesNotComeBack : DropReason::kLength, item);
+        }
         left -= size;
-        if (size <= 0 || left < 0) {
+        if (left < 0) {
             static_cast<void>(
                 bits::SetSize(arena, cell, static_cast<std::int32_t>(count) - 1, row.capacity));
-            return size > 0;
         }
     }
     return true;
@@ -369,7 +378,8 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     }
     Cell first{};
     const bits::BitReader reader(drawn.data(), octets);
-    if (csn::DecodeCsn(structure, reader, arena, 0, bits, first).Failed()) {
+    const bits::Outcome taken = csn::DecodeCsn(structure, reader, arena, 0, bits, first);
+    if (taken.Failed()) {
         return Drop(DropReason::kNoValue, row);
     }
     std::array<std::uint8_t, 2 * kMostOctets> canonical{};
@@ -378,7 +388,7 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
         return Drop(DropReason::kDoesNotComeBack, row);
     }
     if (size % unit != 0) {
-        return Drop(DropReason::kLength, row);
+        return Drop(taken.Bits() == bits ? DropReason::kDoesNotComeBack : DropReason::kLength, row);
     }
     const bool present = cell.present;
     cell = {};
