@@ -55,7 +55,7 @@ class File {
     explicit File(const std::string& name)
         : descriptor_(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
         if (descriptor_ < 0) {
-            throw UsageError("cannot open '" + name + "'" + ": " + std::strerror(errno));
+            throw UsageError("cannot open '" + name + "': " + std::strerror(errno));
         }
     }
     File(const File&) = delete;

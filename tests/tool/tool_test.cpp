@@ -1,86 +1,21 @@
 // The command-line tool as a user runs it: output, messages, exit status.
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <rapidjson/document.h>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 #include "quorvane/decode.h"
 #include "support/golden_file.h"
+#include "tool/tool_runner.h"
 #include "tools/hex.h"
 
 namespace quorvane {
 namespace {
 
-struct Outcome {
-    int status = -1;
-    std::string output;
-    std::string errors;
-};
-
-std::string ReadAll(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// A folder of its own for each test.
-class ToolTest : public testing::Test {
-  protected:
-    ToolTest()
-        : folder_(std::filesystem::path(testing::TempDir()) /
-                  ("quorvane_tool_" + std::to_string(getpid()))) {
-        std::filesystem::create_directories(folder_);
-    }
-    ~ToolTest() override { std::filesystem::remove_all(folder_); }
-
-    /// `arguments` as a shell sees them.
-    Outcome Run(const std::string& arguments, const std::string& input = "") {
-        std::ofstream(folder_ / "in", std::ios::binary) << input;
-        const std::string command = std::string(QUORVANE_TOOL_PATH) + " " + arguments + " <" +
-                                    Path("in") + " >" + Path("out") + " 2>" + Path("err");
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(folder_ / "out"),
-                ReadAll(folder_ / "err")};
-    }
-
-    [[nodiscard]] std::string Path(const std::string& name) const { return folder_ / name; }
-
-  private:
-    std::filesystem::path folder_;
-};
-
-std::vector<rapidjson::Document> JsonLines(const std::string& text) {
-    std::vector<rapidjson::Document> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.emplace_back().Parse(line.c_str());
-        EXPECT_FALSE(lines.back().HasParseError()) << line;
-    }
-    return lines;
-}
-
-TEST_F(ToolTest, ListShowsEachDecodingOnALine) {
-    const Outcome outcome = Run("list");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.errors, "");
-    std::istringstream in(outcome.output);
-    std::string line;
-    for (const DecodingInfo& info : Decodings()) {
-        ASSERT_TRUE(std::getline(in, line));
-        EXPECT_EQ(line.substr(0, line.find(' ')), info.name);
-        const std::string state = info.described ? "" : "; not described in this build";
-        EXPECT_TRUE(line.ends_with(std::string(info.purpose) + state)) << line;
-    }
-    EXPECT_FALSE(std::getline(in, line));
-}
+using tool::test::JsonLines;
+using tool::test::Outcome;
+using tool::test::ToolTest;
 
 TEST_F(ToolTest, DecodePrintsTheText) {
     const Outcome outcome = Run("decode EPC_UE2SS 0F87");
@@ -103,20 +38,6 @@ TEST_F(ToolTest, DecodeOfAnUnknownMessageExitsWith1) {
     const Outcome outcome = Run("decode EPC_UE2SS FF FF");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, "Failed to decode \"EPC_UE2SS\" message");
-}
-
-TEST_F(ToolTest, DecodeTellsWhatIsNotDescribedFromUnknownMessages) {
-    for (const DecodingInfo& info : Decodings()) {
-        if (info.described) {
-            continue;
-        }
-        const std::string name(info.name);
-        const Outcome outcome = Run("decode " + name + " FF FF");
-        EXPECT_EQ(outcome.status, 3) << name;
-        EXPECT_TRUE(outcome.output.starts_with("Failed to decode \"")) << outcome.output;
-        EXPECT_EQ(outcome.errors,
-                  "quorvane: the messages of " + name + " are not described in this build\n");
-    }
 }
 
 TEST_F(ToolTest, DecodeWritesDiagnosticsToStandardError) {
@@ -240,26 +161,6 @@ TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
     EXPECT_EQ(lines[6]["ret"].GetInt(), 1);
 }
 
-TEST_F(ToolTest, BatchMarksWhatIsNotDescribed) {
-    std::string input;
-    for (const DecodingInfo& info : Decodings()) {
-        input += std::string(info.name) + " 2 FFFF\n";
-    }
-    const Outcome outcome = Run("batch", input);
-    EXPECT_EQ(outcome.status, 0);
-    const auto lines = JsonLines(outcome.output);
-    ASSERT_EQ(lines.size(), Decodings().size());
-    for (std::size_t index = 0; index < lines.size(); ++index) {
-        const DecodingInfo& info = Decodings()[index];
-        EXPECT_EQ(lines[index]["ret"].GetInt(), 0) << info.name;
-        EXPECT_EQ(lines[index].HasMember("described"), !info.described) << info.name;
-        EXPECT_EQ(lines[index].MemberCount(), info.described ? 6U : 7U) << info.name;
-        if (!info.described) {
-            EXPECT_FALSE(lines[index]["described"].GetBool()) << info.name;
-        }
-    }
-}
-
 TEST_F(ToolTest, BatchTakesMessagesOfNoOctets) {
     const Outcome outcome = Run("batch", "EPC_UE2SS 0 \nEPC_UE2SS 0\r\nEPC_UE2SS -2\n");
     EXPECT_EQ(outcome.status, 0);
@@ -359,14 +260,6 @@ TEST_F(ToolTest, CatalogueFormsHaveTheirLines) {
     EXPECT_NE(Run("catalogue epc --enumerations")
                   .output.find("CLOSE_UE_TEST_LOOP.UE_test_loop_mode\t1\tUE test loop mode b\n"),
               std::string::npos);
-}
-
-TEST_F(ToolTest, CatalogueOfAFamilyWithoutDescriptionSaysSo) {
-    const Outcome outcome = Run("catalogue rlcmac");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.errors,
-              "quorvane: the family rlcmac, GPRS RLC/MAC control messages, TS 44.060, is not "
-              "described in this build\n");
 }
 
 TEST_F(ToolTest, DisassembleListsRulesAndFieldsByName) {

@@ -32,7 +32,7 @@ TEST(Decodings, AreNotFoundByOtherNames) {
 }
 
 // The names in texts are those of the entry points but for these.
-TEST(Decodings, HaveFourNamesOfTheirOwnInTexts) {
+TEST(Decodings, HaveFiveNamesOfTheirOwnInTexts) {
     const auto expected = [](const DecodingInfo& info) -> std::string_view {
         switch (info.decoding) {
             case Decoding::RRSPD:

@@ -56,6 +56,22 @@ TEST(MessageCoverage, EveryMessageHasAGoldenFile) {
     }
 }
 
+TEST(MessageCoverage, SeedsKeepTheirForm) {
+    // The decoding's number, the kind of length, the length if it is not that of the octets.
+    const std::vector<std::uint8_t> octets = {0x0F, 0x87};
+    EXPECT_EQ(fuzz::WriteDecodeInput({Decoding::ChannelRequest, 2, octets}),
+              (std::vector<std::uint8_t>{2, 0, 0x0F, 0x87}));
+    EXPECT_EQ(fuzz::WriteDecodeInput({Decoding::ChannelRequest, 0x10203, octets}),
+              (std::vector<std::uint8_t>{2, 3, 0x00, 0x01, 0x02, 0x03, 0x0F, 0x87}));
+
+    const std::vector<std::uint8_t> shorter = {2, 1, 1, 0x0F, 0x87};
+    const fuzz::DecodeInput read = fuzz::ReadDecodeInput(shorter);
+    EXPECT_EQ(read.decoding, Decoding::ChannelRequest);
+    EXPECT_EQ(read.length, 1);
+    ASSERT_EQ(read.readable.size(), 2U);
+    EXPECT_EQ(read.readable[1], 0x87);
+}
+
 TEST(MessageCoverage, SeedsStandForTheirGoldenFiles) {
     for (const test::GoldenFile& golden : GoldenMessages()) {
         const std::vector<std::uint8_t> seed =
