@@ -2,6 +2,7 @@
 
 #include <map>
 #include <ostream>
+#include <type_traits>
 
 #include "bits/named_enum.h"
 
@@ -31,12 +32,29 @@ std::string Quoted(std::string_view text) {
     return result + "\"";
 }
 
-std::string Number(std::uint64_t value) {
-    return value == iecodec::kNone ? "kNone" : std::to_string(value);
-}
+/// An expression that stands as it is, such as the name of another table.
+struct Expression {
+    std::string text;
+};
 
-std::string Flag(bool value) {
-    return value ? "true" : "false";
+/// A member of a row as C++ writes it.
+template <typename Value>
+std::string Cell(const Value& value) {
+    if constexpr (std::is_same_v<Value, Expression>) {
+        return value.text;
+    } else if constexpr (std::is_same_v<Value, bool>) {
+        return value ? "true" : "false";
+    } else if constexpr (std::is_same_v<Value, std::uint16_t>) {
+        return value == iecodec::kNone ? "kNone" : std::to_string(value);
+    } else if constexpr (std::is_same_v<Value, std::uint32_t>) {
+        return std::to_string(value) + "U";
+    } else if constexpr (std::is_enum_v<Value>) {
+        return EnumeratorText(value);
+    } else if constexpr (std::is_arithmetic_v<Value>) {
+        return std::to_string(value);
+    } else {
+        return Quoted(value);
+    }
 }
 
 /// One table: rows with their index and a remark behind them.
@@ -44,22 +62,24 @@ class Table {
   public:
     Table(std::string type, std::string name) : type_(std::move(type)), name_(std::move(name)) {}
 
-    void Row(const std::vector<std::string>& cells, std::string_view remark = {}) {
-        body_ += "    {";
-        for (std::size_t index = 0; index < cells.size(); ++index) {
-            body_ += (index == 0 ? "" : ", ") + cells[index];
-        }
-        body_ += "},  // " + std::to_string(count_++);
-        if (!remark.empty()) {
-            body_ += " " + std::string(remark);
-        }
-        body_ += "\n";
+    template <typename... Values>
+    void Row(const Values&... values) {
+        Remarked("", values...);
+    }
+
+    template <typename... Values>
+    void Remarked(std::string_view remark, const Values&... values) {
+        std::string cells;
+        ((cells += (cells.empty() ? "" : ", ") + Cell(values)), ...);
+        Plain("{" + cells + "}", remark);
     }
 
     void Plain(const std::string& cell, std::string_view remark) {
-        body_ +=
-            "    " + cell + ",  // " + std::to_string(count_++) + " " + std::string(remark) + "\n";
+        body_ += "    " + cell + ",  // " + std::to_string(count_++);
+        body_.append(remark.empty() ? "" : " ").append(remark).append("\n");
     }
+
+    [[nodiscard]] std::size_t Count() const { return count_; }
 
     friend std::ostream& operator<<(std::ostream& out, const Table& table) {
         out << "constexpr std::array<" << table.type_ << ", " << table.count_ << "> "
@@ -110,8 +130,6 @@ class Emitter {
         Table enums("EnumRow", "kEnums");
         Table values("EnumValueRow", "kEnumValues");
         std::map<const EnumModel*, std::size_t> enumIndex;
-        std::size_t elementCount = 0;
-        std::size_t valueCount = 0;
         for (const TypeModel* type : types_) {
             std::size_t first = 0;
             if (type->kind == Kind::kSequence) {
@@ -120,24 +138,21 @@ class Emitter {
                 const auto [entry, isNew] = enumIndex.emplace(type->enumeration, enumIndex.size());
                 first = entry->second;
                 if (isNew) {
-                    AddEnum(*type->enumeration, enums, values, valueCount);
+                    AddEnum(*type->enumeration, enums, values);
                 }
             } else if (!type->elements.empty()) {
-                first = elementCount;
+                first = elements.Count();
                 for (const ElementModel& element : type->elements) {
-                    elements.Row(
-                        {Quoted(element.name), Number(element.type->index), Flag(element.optional)},
-                        type->name);
+                    elements.Remarked(type->name, element.name, element.type->index,
+                                      element.optional);
                 }
-                elementCount += type->elements.size();
             }
-            types.Row({Quoted(type->name), EnumeratorText(type->kind), Flag(type->named),
-                       Flag(type->fixed), std::to_string(type->size), std::to_string(first),
-                       std::to_string(type->elements.size())});
+            types.Row(type->name, type->kind, type->named, type->fixed, type->size, first,
+                      type->elements.size());
         }
         Table named("std::uint16_t", "kNamed");
         for (const TypeModel* type : model_.named) {
-            named.Plain(Number(type->index), type->name);
+            named.Plain(Cell(type->index), type->name);
         }
         out_ << values << enums << elements << types << named;
     }
@@ -145,11 +160,11 @@ class Emitter {
     void Codec() {
         Table formats("IeFormatRow", "kFormats");
         for (const auto& row : model_.formats) {
-            formats.Row({Number(row.tag), Number(row.mask), std::to_string(row.size)});
+            formats.Row(row.tag, row.mask, row.size);
         }
         Table orders("IeOrderRow", "kOrders");
         for (const auto& row : model_.orders) {
-            orders.Row({Number(row.value), Number(row.mask), EnumeratorText(row.kind)});
+            orders.Row(row.value, row.mask, row.kind);
         }
         out_ << formats << orders;
         Fields();
@@ -179,26 +194,22 @@ class Emitter {
     }
 
   private:
-    void AddEnum(const EnumModel& model, Table& enums, Table& values, std::size_t& valueCount) {
-        enums.Row({std::to_string(valueCount), std::to_string(model.values.size()),
-                   Quoted(model.otherText.value_or("")), Flag(model.otherText.has_value())},
-                  model.name);
+    static void AddEnum(const EnumModel& model, Table& enums, Table& values) {
+        enums.Remarked(model.name, values.Count(), model.values.size(),
+                       model.otherText.value_or(""), model.otherText.has_value());
         for (const EnumModel::Value& value : model.values) {
-            values.Row({Quoted(value.text), std::to_string(value.value.value) + "U"}, model.name);
+            values.Remarked(model.name, value.text, value.value.value);
         }
-        valueCount += model.values.size();
     }
 
     void Fields() {
         Table fields("FieldRow", "kFields");
         for (const auto& row : model_.fields) {
-            fields.Row({Quoted(row.name), EnumeratorText(row.format), EnumeratorText(row.presence),
-                        Number(row.tag), Number(row.element), Number(row.value), Number(row.width),
-                        Number(row.leastOctets), std::to_string(row.mostOctets), Number(row.order),
-                        Flag(row.unchecked), Number(row.conditionElement),
-                        Number(row.conditionMember), std::to_string(row.conditionMask) + "U",
-                        std::to_string(row.conditionValue) + "U", Number(row.encodeNumber),
-                        Number(row.sizeNumber), Number(row.valueNumber), Number(row.shortNumber)});
+            fields.Row(row.name, row.format, row.presence, row.tag, row.element, row.value,
+                       row.width, row.leastOctets, std::uint32_t{row.mostOctets}, row.order,
+                       row.unchecked, row.conditionElement, row.conditionMember, row.conditionMask,
+                       row.conditionValue, row.encodeNumber, row.sizeNumber, row.valueNumber,
+                       row.shortNumber);
         }
         out_ << fields;
     }
@@ -206,12 +217,9 @@ class Emitter {
     void Values() {
         Table values("ValueRow", "kValues");
         for (const auto& row : model_.values) {
-            values.Row({Quoted(row.name), EnumeratorText(row.shape), Flag(row.located),
-                        Number(row.members), std::to_string(row.capacity), Number(row.width),
-                        Number(row.first), Number(row.count), Number(row.item), Number(row.element),
-                        Number(row.selectorOffset), Number(row.selectorWidth),
-                        Number(row.decodeNumber), Number(row.encodeNumber),
-                        Number(row.shortNumber)});
+            values.Row(row.name, row.shape, row.located, row.members, row.capacity, row.width,
+                       row.first, row.count, row.item, row.element, row.selectorOffset,
+                       row.selectorWidth, row.decodeNumber, row.encodeNumber, row.shortNumber);
         }
         out_ << values;
     }
@@ -219,22 +227,20 @@ class Emitter {
     void Parts() {
         Table parts("PartRow", "kParts");
         for (const auto& row : model_.parts) {
-            parts.Row({EnumeratorText(row.kind), Number(row.element), Number(row.offset),
-                       Number(row.width), Number(row.value)});
+            parts.Row(row.kind, row.element, row.offset, row.width, row.value);
         }
         Table alternatives("AlternativeRow", "kAlternatives");
         for (const auto& row : model_.alternatives) {
-            alternatives.Row({std::to_string(row.selector) + "U", Flag(row.isDefault),
-                              Number(row.tag), Number(row.value)});
+            alternatives.Row(row.selector, row.isDefault, row.tag, row.value);
         }
         Table groups("GroupRow", "kGroups");
         for (const auto& row : model_.groups) {
-            groups.Row({Flag(row.mandatory), Number(row.number), Number(row.firstOctet),
-                        Number(row.octetCount), Number(row.missingNumber)});
+            groups.Row(row.mandatory, row.number, row.firstOctet, row.octetCount,
+                       row.missingNumber);
         }
         Table octets("OctetRow", "kOctets");
         for (const auto& row : model_.octets) {
-            octets.Row({Number(row.firstPart), Number(row.partCount), Number(row.flagElement)});
+            octets.Row(row.firstPart, row.partCount, row.flagElement);
         }
         out_ << parts << alternatives << groups << octets;
     }
@@ -242,15 +248,12 @@ class Emitter {
     void Messages() {
         Table items("HeaderItemRow", "kHeaderItems");
         for (const auto& row : model_.headerItems) {
-            items.Row({EnumeratorText(row.kind), Number(row.element), Number(row.width),
-                       std::to_string(row.constant) + "U"});
+            items.Row(row.kind, row.element, row.width, row.constant);
         }
         Table messages("MessageRow", "kMessages");
         for (const auto& row : model_.messages) {
-            messages.Row({Quoted(row.name), Number(row.members), std::to_string(row.code) + "U",
-                          Number(row.firstHeaderItem), Number(row.headerItemCount),
-                          Number(row.firstField), Number(row.fieldCount), Number(row.countedFields),
-                          Number(row.value)});
+            messages.Row(row.name, row.members, row.code, row.firstHeaderItem, row.headerItemCount,
+                         row.firstField, row.fieldCount, row.countedFields, row.value);
         }
         out_ << items << messages;
     }
@@ -262,25 +265,26 @@ class Emitter {
             const std::string suffix = std::to_string(index);
             Table attempts("KeyAttemptRow", "kAttempts" + suffix);
             for (const iecodec::KeyAttemptRow& attempt : set.attempts) {
-                attempts.Row({std::to_string(attempt.highNibbles),
-                              std::to_string(attempt.lowNibbles), std::to_string(attempt.mask)});
+                attempts.Row(attempt.highNibbles, attempt.lowNibbles, attempt.mask);
             }
             Table keys("KeyRow", "kKeys" + suffix);
             for (const auto& key : set.keys) {
-                keys.Row({std::to_string(key.key), Number(key.tag)});
+                keys.Row(key.key, key.tag);
             }
             Table messages("std::uint16_t", "kSetMessages" + suffix);
             Table memberTypes("std::uint16_t", "kSetTypes" + suffix);
             for (const std::uint16_t message : set.messages) {
-                messages.Plain(Number(message), model_.messages[message].name);
-                memberTypes.Plain(Number(model_.messageTypes[message]->index),
+                messages.Plain(Cell(message), model_.messages[message].name);
+                memberTypes.Plain(Cell(model_.messageTypes[message]->index),
                                   model_.messages[message].name);
             }
             out_ << attempts << keys << messages << memberTypes;
-            sets.Row({Quoted(set.row.name), set.type == nullptr ? "kNone" : Number(set.type->index),
-                      EnumeratorText(set.row.keyForm), Number(set.row.highOctet),
-                      Number(set.row.lowOctet), Number(set.row.typeOctet), "kAttempts" + suffix,
-                      "kKeys" + suffix, "kSetMessages" + suffix, "kSetTypes" + suffix});
+            sets.Row(
+                set.row.name,
+                set.type == nullptr ? iecodec::kNone : static_cast<std::uint16_t>(set.type->index),
+                set.row.keyForm, set.row.highOctet, set.row.lowOctet, set.row.typeOctet,
+                Expression{"kAttempts" + suffix}, Expression{"kKeys" + suffix},
+                Expression{"kSetMessages" + suffix}, Expression{"kSetTypes" + suffix});
         }
         out_ << sets;
     }
