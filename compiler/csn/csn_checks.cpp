@@ -335,11 +335,9 @@ bool MayBeEmpty(const CsnNode& node) {
         case NodeKind::kError:
             return std::any_of(children.begin(), children.end(), childMay);
         case NodeKind::kRepeat:
-            if (node.repetition.form == RepetitionForm::kRange && node.low > 0) {
-                return childMay(children.front());
-            }
-            if (node.repetition.form == RepetitionForm::kCount &&
-                node.repetition.count.form == CsnCount::Form::kNumber) {
+            if ((node.repetition.form == RepetitionForm::kRange && node.low > 0) ||
+                (node.repetition.form == RepetitionForm::kCount &&
+                 node.repetition.count.form == CsnCount::Form::kNumber)) {
                 return childMay(children.front());
             }
             return true;
