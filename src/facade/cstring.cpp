@@ -10,6 +10,15 @@
 
 namespace {
 
+/// Each octet as the wide character of the same value.
+std::wstring Widened(std::string_view octets) {
+    std::wstring wide;
+    for (const char octet : octets) {
+        wide += static_cast<wchar_t>(static_cast<unsigned char>(octet));
+    }
+    return wide;
+}
+
 // Formats one conversion after the other. The platform's own wide printf is of no use here: what
 // it makes of %s differs between systems, and of characters outside ASCII between locales.
 class WideFormatter {
@@ -62,42 +71,27 @@ class WideFormatter {
         if (conversion != L'\0') {
             ++next_;
         }
-        switch (conversion) {
-            case L'%':
-                output_ += L'%';
-                break;
-            case L'd':
-            case L'i':
-            case L'u':
-            case L'x':
-            case L'X':
-            case L'o':
-                AppendInteger(directive, static_cast<char>(conversion));
-                break;
-            case L'e':
-            case L'E':
-            case L'f':
-            case L'F':
-            case L'g':
-            case L'G':
-                AppendNumber(directive, static_cast<char>(conversion), va_arg(arguments_, double));
-                break;
-            case L'p':
-                AppendNumber(directive, 'p', va_arg(arguments_, void*));
-                break;
-            case L'c':
-            case L'C':
-                AppendCharacter(directive);
-                break;
-            case L's':
-                AppendString(directive, directive.size == Size::kShort);
-                break;
-            case L'S':
-                AppendString(directive, directive.size != Size::kLong);
-                break;
-            default:
-                // Not a conversion: it stands for itself.
-                output_.append(start, next_);
+        const auto isOneOf = [conversion](std::wstring_view letters) {
+            return letters.find(conversion) != std::wstring_view::npos;
+        };
+        if (conversion == L'%') {
+            output_ += L'%';
+        } else if (isOneOf(L"diuxXo")) {
+            AppendInteger(directive, static_cast<char>(conversion));
+        } else if (isOneOf(L"eEfFgG")) {
+            AppendNumber(directive, static_cast<char>(conversion), va_arg(arguments_, double));
+        } else if (conversion == L'p') {
+            AppendNumber(directive, 'p', va_arg(arguments_, void*));
+        } else if (isOneOf(L"cC")) {
+            const auto character = static_cast<wchar_t>(va_arg(arguments_, int));
+            AppendPadded(directive, std::wstring_view(&character, 1));
+        } else if (conversion == L's') {
+            AppendString(directive, directive.size == Size::kShort);
+        } else if (conversion == L'S') {
+            AppendString(directive, directive.size != Size::kLong);
+        } else {
+            // Not a conversion: it stands for itself.
+            output_.append(start, next_);
         }
     }
 
@@ -162,20 +156,10 @@ class WideFormatter {
         output_.append(text.begin(), text.end() - 1);
     }
 
-    void AppendCharacter(const Directive& directive) {
-        const auto character = static_cast<wchar_t>(va_arg(arguments_, int));
-        AppendPadded(directive, std::wstring(1, character));
-    }
-
     void AppendString(const Directive& directive, bool narrow) {
         if (narrow) {
             const char* text = va_arg(arguments_, const char*);
-            const std::string_view octets = text == nullptr ? "(null)" : text;
-            std::wstring wide;
-            for (const char octet : octets) {
-                wide += static_cast<wchar_t>(static_cast<unsigned char>(octet));
-            }
-            AppendPadded(directive, wide);
+            AppendPadded(directive, Widened(text == nullptr ? "(null)" : text));
         } else {
             const wchar_t* text = va_arg(arguments_, const wchar_t*);
             AppendPadded(directive, text == nullptr ? L"(null)" : text);
@@ -235,9 +219,7 @@ CString& CString::operator+=(const wchar_t* text) {
 
 CString& CString::operator+=(const char* text) {
     if (text != nullptr) {
-        for (; *text != '\0'; ++text) {
-            text_ += static_cast<wchar_t>(static_cast<unsigned char>(*text));
-        }
+        text_ += Widened(text);
     }
     return *this;
 }
