@@ -24,26 +24,12 @@ void SetBit(std::uint8_t* buffer, std::int32_t position, bool bit) {
 
 std::uint32_t BitBufferRead(const std::uint8_t* buffer, std::int32_t position, std::int32_t count) {
     std::uint32_t result = 0;
-    if (count > 32) {
-        for (std::int32_t place = count - 1; place >= 0; --place, ++position) {
-            if (BitAt(buffer, position)) {
-                result |= 1U << (static_cast<std::uint32_t>(place) & 31U);
-            }
+    for (std::int32_t place = count - 1; place >= 0; --place, ++position) {
+        if (BitAt(buffer, position)) {
+            result |= 1U << (static_cast<std::uint32_t>(place) & 31U);
         }
-        return result;
     }
-    if (count < 1) {
-        return 0;
-    }
-    // Gather the octets that hold the field, at most five, and cut the field out of them.
-    const std::uint8_t* octet = buffer + (position >> 3);
-    const std::int32_t last = (position + count - 1) >> 3;
-    std::uint64_t gathered = 0;
-    for (std::int32_t index = position >> 3; index <= last; ++index) {
-        gathered = gathered << 8 | *octet++;
-    }
-    const std::int32_t behind = (last + 1) * 8 - (position + count);
-    return static_cast<std::uint32_t>((gathered >> behind) & ((std::uint64_t{1} << count) - 1U));
+    return result;
 }
 
 void BitBufferWrite(std::uint8_t* buffer, std::int32_t position, std::uint32_t value,

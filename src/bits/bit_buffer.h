@@ -16,6 +16,11 @@ namespace quorvane::bits {
 /// 16. 0 means that the place is not known.
 using FieldLocator = std::uint32_t;
 
+/// The octets that `bits` bits take.
+constexpr std::uint32_t OctetsOf(std::uint32_t bits) {
+    return bits / 8 + (bits % 8 != 0 ? 1 : 0);
+}
+
 /// Reads `count` bits, first bit as the most significant of the result's `count` low bits. A count
 /// below 1 gives 0 and reads nothing; above 32, the bit k places from the end is or-ed into bit
 /// k mod 32.

@@ -1,14 +1,13 @@
 #include "reflect/convert.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "bits/bit_reader.h"
 
 namespace quorvane::reflect {
 namespace {
 
-constexpr std::uint32_t OctetsOf(std::uint32_t bits) {
-    return static_cast<std::uint32_t>((std::uint64_t{bits} + 7) / 8);
-}
+using bits::OctetsOf;
 
 /// The cell of member or item `index`, also where the record has none.
 const bits::Cell& CellAt(const bits::Cell* cells, std::size_t index) {
@@ -30,13 +29,7 @@ bool IsTagOf(const TypeRow& row, std::uint32_t tag) {
 
 /// Copies `bits` bits to `octets`, whose unused low bits become 0.
 void CopyBits(std::uint8_t* octets, const std::uint8_t* source, std::uint32_t bits) {
-    if (bits == 0) {
-        return;
-    }
-    const std::uint32_t count = OctetsOf(bits);
-    std::memcpy(octets, source, count);
-    const std::uint32_t unused = 8 * count - bits;
-    octets[count - 1] = static_cast<std::uint8_t>(octets[count - 1] & 0xFFU << unused);
+    bits::BitReader(source, OctetsOf(bits)).Copy(octets, 0, bits);
 }
 
 class TreeMaker {

@@ -5,9 +5,7 @@
 namespace quorvane::reflect {
 namespace {
 
-constexpr std::uint32_t OctetsOf(std::uint32_t bits) {
-    return (bits + 7) / 8;
-}
+using bits::OctetsOf;
 
 TEDDataBase* CloneOf(const TEDDataBase* node) {
     return node == nullptr ? nullptr : node->Clone();
@@ -183,10 +181,8 @@ void TEDDataStruct::SetMember(std::uint32_t i, TEDDataBase* node) {
     members_[i] = node;
 }
 
-TEDDataUnion::TEDDataUnion(Bare, const TEDClassUnion* descriptor)
-    : TEDDataBase(TypeKind::kUnion), descriptor_(descriptor) {}
-
-TEDDataUnion::TEDDataUnion(const TEDClassUnion* descriptor) : TEDDataUnion(kBare, descriptor) {
+TEDDataUnion::TEDDataUnion(const TEDClassUnion* descriptor)
+    : TEDDataBase(TypeKind::kUnion), descriptor_(descriptor) {
     if (descriptor->GetElementCount() > 0) {
         SetChoice(0, descriptor->GetElement(0)->GetType().NewData());
     }

@@ -25,7 +25,7 @@
 
 namespace quorvane::reflect {
 
-/// Asks a node's constructor for no more than the node: no default members, no default choice.
+/// Asks a struct's constructor for no more than the node: no default members.
 struct Bare {};
 inline constexpr Bare kBare{};
 
@@ -257,8 +257,6 @@ class TEDDataUnion : public TEDDataBase {
     [[nodiscard]] std::uint32_t GetChoiceIndex() const { return choiceIndex_; }
 
   private:
-    TEDDataUnion(Bare, const TEDClassUnion* descriptor);
-
     const TEDClassUnion* descriptor_ = nullptr;
     TEDDataBase* choice_ = nullptr;
     std::uint32_t choiceIndex_ = 0;
