@@ -13,10 +13,6 @@ void PrintName(TextBuffer& stream, std::string_view name, std::uint32_t indent) 
     stream.Append(name);
 }
 
-std::string_view FixedOrDynamic(bool fixed) {
-    return fixed ? "fixed" : "dynamic";
-}
-
 }  // namespace
 
 // Destruction runs from the last declared field to the first: the other text of an enumeration
@@ -43,8 +39,7 @@ void TEDClassReference::Assign(const TEDClassReference& other) {
 void TEDClassReference::PrintDefinition(TextBuffer& stream, bool expand,
                                         std::uint32_t indent) const {
     if (target_ == nullptr) {
-        PrintName(stream, "UNDEFINED", indent);
-        stream.AppendLineEnd();
+        PrintName(stream, "UNDEFINED\n", indent);
     } else if (!owned_ && !expand) {
         PrintName(stream, "->", indent);
         stream.Append(target_->GetName());
@@ -66,8 +61,7 @@ void TEDClassInteger::PrintDefinition(TextBuffer& stream, bool, std::uint32_t in
     PrintName(stream, GetName(), indent);
     stream.Append(" (int, ");
     stream.AppendUnsigned(bits_);
-    stream.Append(" bits)");
-    stream.AppendLineEnd();
+    stream.Append(" bits)\n");
 }
 
 TEDEnumValue::TEDEnumValue(std::string_view text, std::uint32_t value)
@@ -100,8 +94,7 @@ void TEDClassEnumerated::PrintDefinition(TextBuffer& stream, bool, std::uint32_t
     PrintName(stream, GetName(), indent);
     stream.Append(" (int, ");
     stream.AppendUnsigned(GetBits());
-    stream.Append(" bits) ENUMERATED");
-    stream.AppendLineEnd();
+    stream.Append(" bits) ENUMERATED\n");
 }
 
 std::uint32_t TEDClassEnumerated::AdoptValue(TEDEnumValue* value) {
@@ -135,9 +128,7 @@ void TEDClassBinary::PrintDefinition(TextBuffer& stream, bool, std::uint32_t ind
     stream.Append(" (binary, max ");
     stream.AppendUnsigned(maxBits_);
     stream.Append(" bits, ");
-    stream.Append(FixedOrDynamic(fixed_));
-    stream.Append(')');
-    stream.AppendLineEnd();
+    stream.Append(fixed_ ? "fixed)\n" : "dynamic)\n");
 }
 
 TEDClassStructuredElement::TEDClassStructuredElement(std::string_view name,
@@ -155,11 +146,7 @@ TEDClassStructuredElement::TEDClassStructuredElement(bits::Arena& arena, std::st
 void TEDClassStructuredElement::PrintDefinition(TextBuffer& stream, bool expand,
                                                 std::uint32_t indent) const {
     PrintName(stream, GetName(), indent);
-    if (optional_) {
-        stream.Append(" OPTIONAL");
-    }
-    stream.Append(':');
-    stream.AppendLineEnd();
+    stream.Append(optional_ ? " OPTIONAL:\n" : ":\n");
     type_.PrintDefinition(stream, expand, indent + 1);
 }
 
@@ -169,17 +156,15 @@ void TEDClassStructured::CopyElements(const TEDClassStructured& other) {
     }
 }
 
-void TEDClassStructured::PrintElements(TextBuffer& stream, std::string_view keyword, bool expand,
-                                       std::uint32_t indent) const {
-    PrintName(stream, keyword, indent);
+void TEDClassStructured::PrintDefinition(TextBuffer& stream, bool expand,
+                                         std::uint32_t indent) const {
+    PrintName(stream, GetKind() == kStructKind ? "struct " : "union ", indent);
     stream.Append(GetName());
-    stream.Append(" {");
-    stream.AppendLineEnd();
+    stream.Append(" {\n");
     for (std::uint32_t index = 0; index < GetElementCount(); ++index) {
         GetElement(index)->PrintDefinition(stream, expand, indent + 1);
     }
-    PrintName(stream, "}", indent);
-    stream.AppendLineEnd();
+    PrintName(stream, "}\n", indent);
 }
 
 TEDClassBase* TEDClassStruct::Clone() const {
@@ -192,10 +177,6 @@ TEDDataBase* TEDClassStruct::NewData() const {
     return new TEDDataStruct(this);
 }
 
-void TEDClassStruct::PrintDefinition(TextBuffer& stream, bool expand, std::uint32_t indent) const {
-    PrintElements(stream, "struct ", expand, indent);
-}
-
 TEDClassBase* TEDClassUnion::Clone() const {
     auto copy = std::make_unique<TEDClassUnion>(GetName());
     copy->CopyElements(*this);
@@ -204,10 +185,6 @@ TEDClassBase* TEDClassUnion::Clone() const {
 
 TEDDataBase* TEDClassUnion::NewData() const {
     return new TEDDataUnion(this);
-}
-
-void TEDClassUnion::PrintDefinition(TextBuffer& stream, bool expand, std::uint32_t indent) const {
-    PrintElements(stream, "union ", expand, indent);
 }
 
 TEDClassBase* TEDClassSequence::Clone() const {
@@ -224,8 +201,7 @@ void TEDClassSequence::PrintDefinition(TextBuffer& stream, bool expand,
     stream.Append(" array [");
     stream.Append(fixed_ ? "" : "0..");
     stream.AppendUnsigned(bound_);
-    stream.Append("] of:");
-    stream.AppendLineEnd();
+    stream.Append("] of:\n");
     itemType_.PrintDefinition(stream, expand, indent + 1);
 }
 

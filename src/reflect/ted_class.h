@@ -242,6 +242,7 @@ class TEDClassStructuredElement : public Placeable {
 class TEDClassStructured : public TEDClassBase {
   public:
     [[nodiscard]] int GetKind() const override { return kStructuredKind; }
+    void PrintDefinition(TextBuffer& stream, bool expand, std::uint32_t indent) const override;
 
     [[nodiscard]] const TEDClassStructuredElement* GetElement(std::uint32_t i) const {
         return elements_[i];
@@ -261,8 +262,6 @@ class TEDClassStructured : public TEDClassBase {
         : TEDClassBase(arena, name), elements_(&arena) {}
 
     void CopyElements(const TEDClassStructured& other);
-    void PrintElements(TextBuffer& stream, std::string_view keyword, bool expand,
-                       std::uint32_t indent) const;
 
   private:
     TEDVector<TEDClassStructuredElement> elements_;
@@ -277,7 +276,6 @@ class TEDClassStruct : public TEDClassStructured {
     [[nodiscard]] TEDClassBase* Clone() const override;
     [[nodiscard]] TEDDataBase* NewData() const override;
     [[nodiscard]] int GetKind() const override { return kStructKind; }
-    void PrintDefinition(TextBuffer& stream, bool expand, std::uint32_t indent) const override;
 
     /// Appends a member whose type is a copy of `type`: the caller's object is never taken over.
     void AddMember(std::string_view name, const TEDClassReference& type, bool optional) {
@@ -294,7 +292,6 @@ class TEDClassUnion : public TEDClassStructured {
     [[nodiscard]] TEDClassBase* Clone() const override;
     [[nodiscard]] TEDDataBase* NewData() const override;
     [[nodiscard]] int GetKind() const override { return kUnionKind; }
-    void PrintDefinition(TextBuffer& stream, bool expand, std::uint32_t indent) const override;
 
     /// As AddMember of a struct, always with the optional flag. Returns the index.
     std::uint32_t AddAlternative(std::string_view name, const TEDClassReference& type) {
