@@ -1,7 +1,6 @@
 #include "compiler/message_builder.h"
 
 #include <algorithm>
-#include <set>
 #include <span>
 
 #include "compiler/message_keys.h"
@@ -16,7 +15,8 @@ using iecodec::IeOrderRow;
 using iecodec::kNone;
 using iecodec::MessageRow;
 using Format = FieldRow::Format;
-using ValueEnd = iecodec::FieldFormatInfo::ValueEnd;
+using iecodec::FieldFormatInfo;
+using ValueEnd = FieldFormatInfo::ValueEnd;
 using Presence = FieldRow::Presence;
 using Kind = TypeModel::Kind;
 
@@ -42,14 +42,16 @@ bool ReportsFailures(iecodec::Shape shape) {
     return false;
 }
 
-/// The index of the integer or enumerated member of that name, if `type` is a struct with one.
+/// The index of the integer or enumerated member of that name, if `type` is a struct that always
+/// has one.
 std::optional<std::uint16_t> NumberOf(const TypeModel* type, std::string_view name) {
     if (type == nullptr || type->kind != Kind::kStruct) {
         return std::nullopt;
     }
     for (std::size_t index = 0; index < type->elements.size(); ++index) {
         const ElementModel& member = type->elements[index];
-        if (member.name == name && member.type != nullptr &&
+        if (member.name == name && member.type != nullptr && !member.optional &&
+            member.type->size != 0 &&  // spare bits store nothing
             (member.type->kind == Kind::kInteger || member.type->kind == Kind::kEnumerated)) {
             return static_cast<std::uint16_t>(index);
         }
@@ -57,15 +59,14 @@ std::optional<std::uint16_t> NumberOf(const TypeModel* type, std::string_view na
     return std::nullopt;
 }
 
-/// How many fields a pseudo length counts: up to the end that the message states, its first mark
-/// or the field that takes all that is left.
-std::uint16_t CountedFields(const MessageSyntax& message) {
+/// How many fields a pseudo length counts if the message does not say: those ahead of its first
+/// mark or of the field that takes all that is left.
+std::size_t CountedFields(const MessageSyntax& message) {
     const auto end =
         std::find_if(message.fields.begin(), message.fields.end(), [](const FieldSyntax& field) {
             return field.format == Format::kMark || field.format == Format::kRest;
         });
-    return static_cast<std::uint16_t>(
-        message.countedFields.value_or(static_cast<std::size_t>(end - message.fields.begin())));
+    return static_cast<std::size_t>(end - message.fields.begin());
 }
 
 constexpr NumberRange kNumbers = {1, 0xFFFF, "of the family's diagnostic numbers"};
@@ -141,6 +142,7 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
     row.unchecked = field.unchecked;
     row.conditionElement = kNone;
     row.conditionMember = kNone;
+    const FieldFormatInfo& info = InfoOf(row.format);
     const NumberRange octets = OctetsOf(row.format);
     if (field.least) {
         row.leastOctets = Narrow<std::uint16_t>(reporter_, *field.least, octets);
@@ -149,14 +151,14 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
         row.mostOctets = 0xFFFF;
     }
     row.tag = static_cast<std::uint8_t>(field.tag ? field.tag->value : 0);  // of two digits
-    row.presence = field.condition ? Presence::kConditional
-                   : InfoOf(row.format).identifierWidth != 0 && !field.mandatory
-                       ? Presence::kOptional
-                       : Presence::kMandatory;
-    row.width = static_cast<std::uint16_t>(field.half                          ? 4
-                                           : row.leastOctets == row.mostOctets ? 8 * row.leastOctets
-                                                                               : 0);
-    row.value = InfoOf(row.format).valueEnd == ValueEnd::kNoValue
+    row.presence = field.condition                                 ? Presence::kConditional
+                   : info.identifierWidth != 0 && !field.mandatory ? Presence::kOptional
+                                                                   : Presence::kMandatory;
+    const bool sized = info.lengthWidth == 0 && row.leastOctets == row.mostOctets;
+    row.width = static_cast<std::uint16_t>(field.half ? 4 : sized ? 8 * row.leastOctets : 0);
+    const bool spare =
+        field.type.kind == TypeSyntax::Kind::kSpare && field.half && row.format == Format::kV;
+    row.value = info.valueEnd == ValueEnd::kNoValue || spare
                     ? kNone
                     : values_.RowOf(field.type, type.elements[element].type, field.name.text,
                                     field.WireBits(), true);
@@ -181,14 +183,19 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
     }
     reporter_.ErrorIf(InfoOf(row.format).identifierWidth != 0, condition.field.place,
                       "a field with an identifier is there if its identifier is");
+    reporter_.ErrorIf(field.half, condition.field.place,
+                      "half octets are always there; a condition goes with whole octets");
     const auto back = static_cast<std::size_t>(above.end() - found);
     const FieldRow& decider = model_.fields[model_.fields.size() - back];
     if (type.elements[decider.element].type == nullptr) {
         return;  // reported, or declared with mistakes
     }
+    reporter_.ErrorIf(
+        decider.presence != Presence::kMandatory, condition.field.place,
+        "'" + condition.field.text + "' may be absent; a field that is always there decides");
     row.conditionElement = decider.element;
     row.conditionMask = 0xFFFFFFFF;
-    std::uint16_t width = 0;
+    std::uint64_t width = 0;
     if (condition.member.text.empty()) {
         const bool integer = decider.value != kNone &&
                              model_.values[decider.value].shape == iecodec::Shape::kInteger;
@@ -202,12 +209,12 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
         if (!member) {
             reporter_.Error(condition.member.place,
                             "'" + condition.field.text + "' has no member '" +
-                                condition.member.text + "' that is a number");
+                                condition.member.text + "' that is a number and always there");
             return;
         }
         row.conditionMember = *member;
-        width = static_cast<std::uint16_t>(
-            type.elements[decider.element].type->elements[*member].type->size);
+        const ElementModel& number = type.elements[decider.element].type->elements[*member];
+        width = number.wireBits != 0 ? number.wireBits : number.type->size;
     }
     const std::uint64_t most = MostOf(width);
     const std::string what =
@@ -221,7 +228,7 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
 }
 
 void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax& field) {
-    const iecodec::FieldFormatInfo info = InfoOf(field.format);
+    const FieldFormatInfo& info = InfoOf(field.format);
     reporter_.ErrorIf(
         (info.identifierWidth != 0) != field.tag.has_value(), field.name.place,
         field.tag ? "the format of '" + field.name.text +
@@ -232,7 +239,7 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
     reporter_.ErrorIf(field.halfTag != (field.half && field.tag.has_value()), field.name.place,
                       "an identifier of half an octet goes with a value of half an octet: "
                       "'9- TV half'");
-    const bool sized = field.WireBits().value != 0;
+    const bool sized = field.half || (field.least && field.least->value == field.most->value);
     reporter_.ErrorIf(
         info.valueEnd == ValueEnd::kWidth && !sized, field.name.place,
         "the size of '" + field.name.text + "' is missing: a number of octets, or 'half'");
@@ -245,8 +252,8 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
     reporter_.ErrorIf(info.valueEnd != ValueEnd::kWidth && info.valueEnd != ValueEnd::kLength &&
                           (field.half || field.least),
                       field.name.place, "the format of '" + field.name.text + "' has no size");
-    reporter_.ErrorIf(field.unchecked && info.valueEnd != ValueEnd::kWidth, field.name.place,
-                      "a field without an end of its own cannot be unchecked");
+    reporter_.ErrorIf(field.unchecked && (field.half || info.valueEnd != ValueEnd::kWidth),
+                      field.name.place, "only a field of a fixed number of octets is unchecked");
     reporter_.ErrorIf(field.format == Format::kRest && &field != &message.fields.back(),
                       field.name.place, "a field that takes the rest is the last one");
 }
@@ -273,9 +280,19 @@ void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
 
 /// An identifier that stands again in a message is meant to: 'again' says so.
 void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
-    std::set<std::pair<std::uint64_t, bool>> taken;
     for (const FieldSyntax& field : message.fields) {
-        const bool isNew = !field.tag || taken.emplace(field.tag->value, field.halfTag).second;
+        bool isNew = true;
+        for (const FieldSyntax* other = message.fields.data(); other != &field; ++other) {
+            const bool sameForm = other->halfTag == field.halfTag;
+            if (!field.tag || !other->tag ||
+                ((field.tag->value ^ other->tag->value) & (sameForm ? 0xFF : 0xF0)) != 0) {
+                continue;
+            }
+            isNew = isNew && !sameForm;
+            reporter_.ErrorIf(!sameForm, field.tag->place,
+                              "the identifiers of '" + other->name.text + "' and '" +
+                                  field.name.text + "' begin alike, one of them half an octet");
+        }
         reporter_.ErrorIf(isNew == field.again, field.tag ? field.tag->place : field.name.place,
                           isNew ? "no field above has the identifier of '" + field.name.text + "'"
                                 : "a field above has the identifier of '" + field.name.text +
@@ -356,7 +373,10 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     row.headerItemCount = static_cast<std::uint16_t>(headerRows.syntax->items.size());
     row.firstField = static_cast<std::uint16_t>(model_.fields.size());
     row.fieldCount = static_cast<std::uint16_t>(syntax.fields.size());
-    row.countedFields = CountedFields(syntax);
+    const std::size_t counted = CountedFields(syntax);
+    row.countedFields = static_cast<std::uint16_t>(syntax.countedFields.value_or(counted));
+    reporter_.ErrorIf(row.countedFields > counted, syntax.countedEnd,
+                      "the pseudo length ends at a field above already");
     const auto& items = headerRows.syntax->items;
     const bool pseudoLength =
         !items.empty() && items.front().kind == HeaderItemRow::Kind::kPseudoLength;
@@ -436,6 +456,13 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
     CheckKeys(reporter_, syntax, set, model_);
     std::sort(set.keys.begin(), set.keys.end(),
               [](const iecodec::KeyRow& a, const iecodec::KeyRow& b) { return a.key < b.key; });
+    AddSet(syntax.name, std::move(set));
+}
+
+void MessageBuilder::AddSet(const Name& name, SetModel set) {
+    const auto same = [&](const SetModel& other) { return other.row.name == set.row.name; };
+    reporter_.ErrorIf(std::any_of(model_.sets.begin(), model_.sets.end(), same), name.place,
+                      "'" + name.text + "' is declared already; names are unique in a family");
     model_.sets.push_back(std::move(set));
 }
 
@@ -461,16 +488,21 @@ void MessageBuilder::BuildDecoding(const SetSyntax& syntax) {
         model_.messages.push_back(row);
         model_.messageTypes.push_back(type);
     }
-    model_.sets.push_back(std::move(set));
+    AddSet(syntax.name, std::move(set));
 }
 
-/// A message that nothing refers to is never decoded.
+/// A message that nothing refers to is never decoded, and a header without messages never checked.
 void MessageBuilder::CheckUses() {
     for (const MessageSyntax& message : family_.messages) {
         const auto found = messages_.find(message.name.text);
-        reporter_.ErrorIf(found != messages_.end() && model_.usedMessages.count(found->second) == 0,
-                          message.name.place,
-                          "'" + message.name.text + "' is in no message set, union or field");
+        reporter_.ErrorIf(
+            found != messages_.end() && model_.usedMessages.count(found->second) == 0,
+            message.name.place,
+            "'" + message.name.text + "' is in no message set, union, field or decoding");
+    }
+    for (const HeaderSyntax& header : family_.headers) {
+        reporter_.ErrorIf(headers_.at(header.name.text).firstItem == kNone, header.name.place,
+                          "the header '" + header.name.text + "' is used by no message");
     }
 }
 
@@ -483,7 +515,8 @@ void MessageBuilder::Finish() {
 }
 
 void MessageBuilder::NumberDiagnostics() {
-    std::uint64_t next = Narrow<std::uint16_t>(reporter_, family_.firstNumber, kNumbers);
+    std::uint64_t next =
+        Narrow<std::uint16_t>(reporter_, family_.firstNumber.value_or(WideNumber{1, {}}), kNumbers);
     const auto number = [&next] { return static_cast<std::uint16_t>(next++); };
     for (FieldRow& field : model_.fields) {
         field.encodeNumber = number();

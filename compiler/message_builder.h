@@ -38,6 +38,7 @@ class MessageBuilder {
                       iecodec::FieldRow& row);
     void CheckLimits(const MessageSyntax& message, const FieldSyntax& field);
     void CheckIdentifiers(const MessageSyntax& message);
+    void AddSet(const Name& name, SetModel set);
     void AddOrderRows(std::size_t firstField);
 
     struct Header {

@@ -36,11 +36,9 @@ namespace {
 using iecodec::KeyAttemptRow;
 
 const KeyAttemptRow* AttemptOf(const SetModel& set, std::uint32_t first) {
-    const auto holds = [first](const KeyAttemptRow& attempt) {
-        return (attempt.highNibbles >> (first >> 4) & attempt.lowNibbles >> (first & 15U) & 1U) !=
-               0;
-    };
-    const auto found = std::find_if(set.attempts.begin(), set.attempts.end(), holds);
+    const auto found =
+        std::find_if(set.attempts.begin(), set.attempts.end(),
+                     [first](const KeyAttemptRow& attempt) { return Holds(attempt, first); });
     return found == set.attempts.end() ? nullptr : &*found;
 }
 

@@ -35,6 +35,7 @@ struct ElementModel {
     std::string name;
     TypeModel* type = nullptr;
     bool optional = false;
+    std::uint64_t wireBits = 0;  // if they are stated
 };
 
 /// A descriptor: a named type, or the inline type of one member or sequence. An inline type is

@@ -1,5 +1,7 @@
 #include "compiler/parser.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "compiler/pattern.h"
@@ -7,6 +9,12 @@
 
 namespace quorvane::compiler {
 namespace {
+
+/// The words of the formats, in the order of FieldFormat.
+#define QUORVANE_FORMAT_WORD(name, word, identifier, length, end) word,
+constexpr auto kFormatWords =
+    std::to_array<std::string_view>({QUORVANE_FIELD_FORMATS(QUORVANE_FORMAT_WORD)});
+#undef QUORVANE_FORMAT_WORD
 
 class Parser : private TypeParser {
   public:
@@ -112,8 +120,7 @@ class Parser : private TypeParser {
         if (found == family_.patterns.end()) {
             tokens_.Error(pattern.place, "no pattern '" + pattern.text + "' is declared above");
         } else {
-            reporter_.ErrorIf(!family_.taken.emplace(pattern.text, name.text).second, pattern.place,
-                              "the pattern '" + pattern.text + "' is taken already");
+            family_.taken.emplace(pattern.text, name.text);
             std::visit([&](auto type) { Declare(Taken(std::move(type), name, family_.taken)); },
                        found->second);
             family_.declarations.back().broken = family_.brokenPatterns.count(pattern.text) != 0;
@@ -129,7 +136,10 @@ class Parser : private TypeParser {
                               "' in the other files; all files of a run are one family's");
         }
         family_.family = name;
+        const Span place = tokens_.Peek().place;
         if (tokens_.Accept("diagnostics")) {
+            reporter_.ErrorIf(family_.firstNumber.has_value(), place,
+                              "the family's diagnostic numbers are stated already");
             tokens_.Expect("from");
             family_.firstNumber = tokens_.ExpectNumber("the first diagnostic number");
             if (tokens_.Accept("to")) {
@@ -153,8 +163,9 @@ class Parser : private TypeParser {
         family_.specials.push_back(std::move(specials));
     }
 
-    /// The hexadecimal numbers up to the end of the line or to `stop`, one at least.
-    std::vector<WideNumber> ParseHexadecimals(std::string_view what, std::string_view stop = "\n") {
+    /// The hexadecimal numbers up to the end of the line or to the word `stop`, if it names one;
+    /// one at least.
+    std::vector<WideNumber> ParseHexadecimals(std::string_view what, std::string_view stop = {}) {
         std::vector<WideNumber> numbers;
         do {
             numbers.push_back(tokens_.ExpectHexadecimal(what));
@@ -208,10 +219,9 @@ class Parser : private TypeParser {
                 item.bits = tokens_.ExpectNumber("its width in bits");
             } else {
                 item.kind = tokens_.Accept("late") ? Item::kLateField : Item::kField;
-                item.name = tokens_.ExpectName("a member, '=', 'type' or 'record'");
-                if (tokens_.Accept("extended")) {
-                    item.kind = Item::kExtendedIdentifier;
-                }
+                item.name = tokens_.ExpectName(
+                    "a member, '=', 'type', 'pseudo length', 'late' or 'record'");
+                item.kind = tokens_.Accept("extended") ? Item::kExtendedIdentifier : item.kind;
                 item.bits = tokens_.ExpectNumber("its width in bits");
                 tokens_.Expect(":");
                 item.type = ParseType();
@@ -225,6 +235,16 @@ class Parser : private TypeParser {
     bool AcceptPseudoLength() {
         return tokens_.At("pseudo") && tokens_.Peek(1).text == "length" &&
                (tokens_.Next(), tokens_.Next(), true);
+    }
+
+    /// The format whose word stands here, half octets not looked at.
+    std::optional<FieldSyntax::Format> FormatHere() {
+        const bool extended = tokens_.Peek(1).text == "-" && tokens_.Peek(2).text == "E";
+        const auto found = std::find(kFormatWords.begin(), kFormatWords.end(),
+                                     tokens_.Peek().text + (extended ? "-E" : ""));
+        return tokens_.AtWord() && found != kFormatWords.end()
+                   ? std::optional(static_cast<FieldSyntax::Format>(found - kFormatWords.begin()))
+                   : std::nullopt;
     }
 
     MessageSyntax ParseMessage() {
@@ -246,19 +266,10 @@ class Parser : private TypeParser {
         return message;
     }
 
-    static bool IsFormat(std::string_view word) {
-        for (const std::string_view format : {"V", "LV", "TV", "TLV", "T", "rest", "mark"}) {
-            if (word == format) {
-                return true;
-            }
-        }
-        return false;
-    }
-
     FieldSyntax ParseField() {
         FieldSyntax field;
         field.name = tokens_.ExpectName("a field's name");
-        if (tokens_.AtWord() && !IsFormat(tokens_.Peek().text)) {
+        if (tokens_.AtWord() && !FormatHere()) {
             ParseTag(field);
         }
         ParseFormat(field);
@@ -304,26 +315,22 @@ class Parser : private TypeParser {
 
     void ParseFormat(FieldSyntax& field) {
         using Format = FieldSyntax::Format;
-        const auto extended = [&] {
-            return tokens_.At("-") && tokens_.Peek(1).text == "E" &&
-                   (tokens_.Next(), tokens_.Next(), true);
-        };
-        if (tokens_.Accept("V")) {
-            field.format = Format::kV;
-        } else if (tokens_.Accept("LV")) {
-            field.format = extended() ? Format::kLvE : Format::kLv;
-        } else if (tokens_.Accept("TV")) {
-            field.format = Format::kTv;
-        } else if (tokens_.Accept("TLV")) {
-            field.format = extended() ? Format::kTlvE : Format::kTlv;
-        } else if (tokens_.Accept("T")) {
-            field.format = Format::kT;
-        } else if (tokens_.Accept("rest")) {
-            field.format = Format::kRest;
-        } else if (tokens_.Accept("mark")) {
-            field.format = Format::kMark;
+        if (const auto format = FormatHere()) {
+            field.format = *format;
+            tokens_.Next();
+            if (kFormatWords[static_cast<std::size_t>(*format)].ends_with("-E")) {
+                tokens_.Next();
+                tokens_.Next();
+            }
         } else {
-            tokens_.ErrorExpected("a format (V, LV, LV-E, TV, TLV, TLV-E, T, rest or mark)");
+            std::string words;
+            for (const std::string_view word : kFormatWords) {
+                if (word.find(' ') == std::string_view::npos) {
+                    words += words.empty() ? "" : word == kFormatWords.back() ? " or " : ", ";
+                    words += word;
+                }
+            }
+            tokens_.ErrorExpected("a format (" + words + ")");
         }
         field.half = tokens_.Accept("half");
         if (field.half) {

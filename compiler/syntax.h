@@ -203,13 +203,13 @@ struct DeclarationSyntax {
 /// All files of one family.
 struct FamilySyntax {
     Name family;
-    WideNumber firstNumber{1, {}};  // of the diagnostics
+    std::optional<WideNumber> firstNumber;  // of the diagnostics
     WideNumber lastNumber{0xFFFF, {}};
     bool itemsLocated = false;  // numbers and bit strings in sequences note their places
     std::vector<SpecialsSyntax> specials;
     std::map<std::string, PatternSyntax> patterns;
     std::set<std::string> brokenPatterns;
-    std::map<std::string, std::string> taken;  // patterns: the names that this family gives them
+    std::map<std::string, std::string> taken;  // patterns: the first name that each is given here
     std::vector<EnumModel> enums;
     std::vector<StructSyntax> structs;
     std::vector<UnionSyntax> unions;

@@ -12,7 +12,7 @@ std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digit
     if (stop != end || digits.empty()) {
         return std::nullopt;
     }
-    if (error == std::errc::result_out_of_range) {
+    if (error == std::errc::result_out_of_range || number.value == kUnknownNumber) {
         number.value = kUnknownNumber;
         reporter.Error(place, "the number is too large");
     }

@@ -61,7 +61,9 @@ void TypeParser::ParseEnum() {
 
 void TypeParser::ParseEnumValues(EnumModel& model) {
     ParseBlock([&] {
+        const Span place = tokens_.Peek().place;
         if (tokens_.Accept("other")) {
+            Once(!model.otherText, place, "'other'");
             tokens_.Expect("=");
             model.otherText = ExpectText();
             return;
@@ -223,10 +225,12 @@ StructSyntax TypeParser::ParseStruct() {
 void TypeParser::ParseExtensionPart(StructSyntax& owner) {
     const Span place = tokens_.Peek().place;
     if (tokens_.Accept("remainder")) {
+        Once(!owner.remainder, place, "a remainder");
         owner.remainder = ParseMember();
         return;
     }
     tokens_.Expect("group");
+    reporter_.ErrorIf(owner.remainder.has_value(), place, "the remainder stands behind all groups");
     GroupSyntax group;
     group.place = place;
     group.number = tokens_.ExpectNumber("the octet number of the group");

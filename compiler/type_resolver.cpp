@@ -145,6 +145,7 @@ void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>&
         AddMember(owner, member->name,
                   Build(member->type, owner.name + "_" + member->name.text, member->bits),
                   member->optional);
+        owner.elements.back().wireBits = member->bits.value;
     }
 }
 

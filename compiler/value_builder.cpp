@@ -139,6 +139,9 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
             return RowOfNamed(syntax.name);
         case TypeSyntax::Kind::kInteger:
         case TypeSyntax::Kind::kEnumerated:
+            if (type->size == 0) {
+                return kNone;  // reported
+            }
             row.shape = Shape::kInteger;
             row.width = Narrow<std::uint16_t>(
                 reporter_, wireBits.value == 0 ? WideNumber{type->size, syntax.place} : wireBits,
@@ -161,6 +164,9 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
             return Add(row);
         }
         case TypeSyntax::Kind::kSpare:
+            reporter_.Error(syntax.place,
+                            "only half octets without an identifier and bits of a stated width "
+                            "are spare; give this a type");
             return kNone;
         case TypeSyntax::Kind::kStruct:
             reporter_.Error(syntax.place,
@@ -216,7 +222,8 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     const bool stated = member.extent == Extent::kBits && !mayBeEmpty;
     part.width = Narrow<std::uint16_t>(reporter_, member.bits,
                                        {stated ? 1U : 0U, 0xFFFF, "bits of a member"});
-    if (member.name.text.empty() || member.type.kind == TypeSyntax::Kind::kSpare) {
+    if (member.name.text.empty() ||
+        (member.type.kind == TypeSyntax::Kind::kSpare && member.extent == Extent::kBits)) {
         part.kind = PartRow::Kind::kSkip;
         return part;
     }
@@ -351,6 +358,7 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
     const TypeModel* type = types_.Lookup(syntax.name.text);
     row.shape = Shape::kExtension;
     row.count = static_cast<std::uint16_t>(syntax.groups.size());
+    reporter_.ErrorIf(syntax.groups.empty(), syntax.name.place, "the struct has no groups");
     std::vector<iecodec::GroupRow> groups;
     std::uint64_t last = 0;
     for (const GroupSyntax& group : syntax.groups) {
@@ -362,6 +370,7 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
         last = groupRow.number;
         groupRow.firstOctet = IndexOfNext(model_.octets);
         groupRow.octetCount = static_cast<std::uint16_t>(group.octets.size());
+        reporter_.ErrorIf(group.octets.empty(), group.place, "the group has no octets");
         for (const OctetSyntax& octet : group.octets) {
             const bool first = &octet == &group.octets.front();
             AddOctet(syntax, octet, !first || group.optional);
@@ -386,13 +395,21 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
     ValueRow row = StructRow(*type);
     row.count = static_cast<std::uint16_t>(syntax.alternatives.size());
     switch (syntax.shape) {
-        case UnionSyntax::Shape::kChoice:
+        case UnionSyntax::Shape::kChoice: {
+            // The selector lies inside of one alternative at least.
+            std::uint64_t bits = syntax.alternatives.empty() ? kMostBits : 1;
+            for (const AlternativeSyntax& alternative : syntax.alternatives) {
+                bits = std::max(bits, BitsOf(RowOfNamed(alternative.type.name)).most);
+            }
             row.shape = Shape::kChoice;
-            row.selectorOffset = Narrow<std::uint16_t>(reporter_, syntax.selectorOffset,
-                                                       {0, 0xFFFF, "bits ahead of a selector"});
-            row.selectorWidth = Narrow<std::uint16_t>(reporter_, syntax.selectorWidth,
-                                                      {1, 32, "bits of a selector"});
+            row.selectorWidth =
+                Narrow<std::uint16_t>(reporter_, syntax.selectorWidth,
+                                      {1, std::min<std::uint64_t>(bits, 32), "bits of a selector"});
+            row.selectorOffset =
+                Narrow<std::uint16_t>(reporter_, syntax.selectorOffset,
+                                      {0, bits - row.selectorWidth, "bits ahead of a selector"});
             break;
+        }
         case UnionSyntax::Shape::kMessages:
             row.shape = Shape::kMessageSet;
             row.selectorOffset = static_cast<std::uint16_t>(
@@ -442,9 +459,9 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
                 const OctetBits octet =
                     OctetOf(model_, model_.messages[message->second], row.selectorOffset / 8U);
                 const bool there = octet.known == 0xFF && octet.value == out.selector;
-                reporter_.ErrorIf(
-                    !there && row.selectorOffset / 8U == index, use.place,
-                    "the header of '" + use.text + "' has its message type in another octet");
+                reporter_.ErrorIf(!there && row.selectorOffset / 8U == index, use.place,
+                                  "the header of '" + use.text + "' has no message type in octet " +
+                                      std::to_string(index));
             }
         } else {
             out.value = named ? RowOfNamed(use) : kNone;

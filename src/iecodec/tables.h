@@ -45,25 +45,26 @@ struct IeOrderRow {
     Kind kind;
 };
 
-/// The forms of a field in a message body (TS 24.007): enumerator, the bits of the identifier and
-/// of the length field in front of the value, and what ends the value.
+/// The forms of a field in a message body (TS 24.007): enumerator, the word for it in descriptions,
+/// the bits of the identifier and of the length field in front of the value, and what ends the
+/// value.
 // clang-format off
-#define QUORVANE_FIELD_FORMATS(FORMAT)                                                          \
-    FORMAT(kV,        0, 0,  kWidth)                                                            \
-    FORMAT(kHalfLow,  0, 0,  kWidth)  /* first of two half octets: the low half */              \
-    FORMAT(kHalfHigh, 0, 0,  kWidth)  /* second of two: the high half */                        \
-    FORMAT(kLv,       0, 8,  kLength)                                                           \
-    FORMAT(kLvE,      0, 16, kLength)                                                           \
-    FORMAT(kTv,       8, 0,  kWidth)                                                            \
-    FORMAT(kTvHalf,   4, 0,  kWidth)  /* identifier in the high half octet, value in the low */ \
-    FORMAT(kTlv,      8, 8,  kLength)                                                           \
-    FORMAT(kTlvE,     8, 16, kLength)                                                           \
-    FORMAT(kT,        8, 0,  kNoValue)                                                          \
-    FORMAT(kRest,     0, 0,  kMessageEnd)                                                       \
-    FORMAT(kMark,     0, 0,  kNoValue)
+#define QUORVANE_FIELD_FORMATS(FORMAT)                                                                     \
+    FORMAT(kV,        "V",       0, 0,  kWidth)                                                            \
+    FORMAT(kHalfLow,  "V half",  0, 0,  kWidth)  /* first of two half octets: the low half */              \
+    FORMAT(kHalfHigh, "V half",  0, 0,  kWidth)  /* second of two: the high half */                        \
+    FORMAT(kLv,       "LV",      0, 8,  kLength)                                                           \
+    FORMAT(kLvE,      "LV-E",    0, 16, kLength)                                                           \
+    FORMAT(kTv,       "TV",      8, 0,  kWidth)                                                            \
+    FORMAT(kTvHalf,   "TV half", 4, 0,  kWidth)  /* identifier in the high half octet, value in the low */ \
+    FORMAT(kTlv,      "TLV",     8, 8,  kLength)                                                           \
+    FORMAT(kTlvE,     "TLV-E",   8, 16, kLength)                                                           \
+    FORMAT(kT,        "T",       8, 0,  kNoValue)                                                          \
+    FORMAT(kRest,     "rest",    0, 0,  kMessageEnd)                                                       \
+    FORMAT(kMark,     "mark",    0, 0,  kNoValue)
 // clang-format on
 
-#define QUORVANE_FORMAT_NAME(name, identifier, length, end) name,
+#define QUORVANE_FORMAT_NAME(name, word, identifier, length, end) name,
 QUORVANE_NAMED_ENUM(FieldFormat, QUORVANE_FIELD_FORMATS(QUORVANE_FORMAT_NAME))
 #undef QUORVANE_FORMAT_NAME
 
@@ -76,7 +77,7 @@ struct FieldFormatInfo {
 };
 
 inline constexpr FieldFormatInfo kFieldFormats[] = {
-#define QUORVANE_FORMAT_INFO(name, identifier, length, end) \
+#define QUORVANE_FORMAT_INFO(name, word, identifier, length, end) \
     {identifier, length, FieldFormatInfo::ValueEnd::end},
     QUORVANE_FIELD_FORMATS(QUORVANE_FORMAT_INFO)
 #undef QUORVANE_FORMAT_INFO
@@ -257,6 +258,11 @@ struct KeyAttemptRow {
     std::uint16_t lowNibbles;
     std::uint16_t mask;
 };
+
+/// Whether the nibble sets hold the halves of the octet `first`.
+constexpr bool Holds(const KeyAttemptRow& attempt, std::uint32_t first) {
+    return (attempt.highNibbles >> (first >> 4) & attempt.lowNibbles >> (first & 15U) & 1U) != 0;
+}
 
 struct KeyRow {
     std::uint16_t key;

@@ -176,7 +176,8 @@ constexpr Mistake kMistakes[] = {
     {"RecordOfAHeaderOnTheWire", "header r {\n    a 4 : int4\n    b 4 : int4\n    record a b\n}\n",
      "f.qd:9:12: error: the record's order is that on the wire; leave the line out\n"},
     {"HeaderItem", "header r {\n    ? 8\n}\n",
-     "f.qd:7:5: error: a member, '=', 'type' or 'record' is expected here, not '?'\n"},
+     "f.qd:7:5: error: a member, '=', 'type', 'pseudo length', 'late' or 'record' is expected "
+     "here, not '?'\n"},
     {"TagMissing", "message m h 1 {\n    a TLV 1 : int8\n}\n",
      "f.qd:7:5: error: 'a' needs its identifier in front of the format\n"},
     {"TagOdd", "message m h 1 {\n    a 12 LV 1 : int8\n}\n",

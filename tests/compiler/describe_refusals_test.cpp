@@ -44,6 +44,21 @@ std::string Set(const std::string& lines) {
     return "message m h 1 {\n}\nset s {\n" + lines + "}\n";  // lines from line 17
 }
 
+// A group of one octet, five lines.
+const std::string kGroup =
+    "    group 3 {\n        octet {\n            a 7 : int7\n        }\n    }\n";
+
+std::string Extension(const std::string& parts) {
+    return "struct s extension {\n" + parts + "}\n";  // parts from line 15
+}
+
+constexpr const char* kNoSpare =
+    "only half octets without an identifier and bits of a stated width are spare; give this a "
+    "type";
+
+// A use of the header.
+const std::string kUsed = Set("    key octets 0 1\n    m = 0101\n");
+
 class DescribeRefusals : public testing::TestWithParam<Refusal> {};
 
 TEST_P(DescribeRefusals, AreTold) {
@@ -64,8 +79,9 @@ const Refusal kNumbers[] = {
     {"Octets", Message("    a V 9000 : binary 8\n"),
      Error("15:9", "9000 is above 8191, the most octets of a value without a length")},
     {"NoOctets", Message("    a V 0 : binary 8\n"),
-     Error("15:5", "the size of 'a' is missing: a number of octets, or 'half'") +
-         Error("15:9", "0 is below 1, the least octets of a value without a length")},
+     Error("15:9", "0 is below 1, the least octets of a value without a length")},
+    {"OctetsFromTo", Message("    a V 1-2 : binary 8\n"),
+     Error("15:5", "the size of 'a' is missing: a number of octets, or 'half'")},
     {"HeaderField", "header g {\n    a 300 : int8\n}\nmessage m g {\n}\n",
      Error("15:7", "300 is above 32, the most bits of a header's item")},
     {"HeaderConstant", "header g {\n    = 16 4\n    = 0 4\n}\nmessage m g {\n}\n",
@@ -94,12 +110,20 @@ const Refusal kNumbers[] = {
      Error("14:13", "4294967295 is above 65535, the most items of a sequence")},
     {"BeyondSixtyFourBits", "sequence s [99999999999999999999] of int8\n",
      Error("14:13", "the number is too large")},
+    {"AllOfSixtyFourBits", Message("    a V 18446744073709551615 : binary 8\n"),
+     Error("15:9", "the number is too large")},
     {"CatalogueBits", "struct s fixed {\n    a 8 : int64\n}\n",
      Error("15:14", "64 is above 32, the most bits of this integer")},
     {"SelectorOffset", "union u choice 65536 3 {\n    a : one default\n}\n",
-     Error("14:16", "65536 is above 65535, the most bits ahead of a selector")},
+     Error("14:16", "65536 is above 5, the most bits ahead of a selector")},
+    {"SelectorBehindTheAlternatives",
+     "union u choice 22 3 {\n    a : three default\n    b : one when 1\n}\n",
+     Error("14:16", "22 is above 21, the most bits ahead of a selector")},
     {"SelectorWidth", "union u choice 0 33 {\n    a : one default\n}\n",
-     Error("14:18", "33 is above 32, the most bits of a selector")},
+     Error("14:18", "33 is above 8, the most bits of a selector")},
+    {"SelectorWiderThanANumber",
+     "struct s serial {\n    a rest : binary 8\n}\nunion u choice 0 33 {\n    a : s default\n}\n",
+     Error("17:18", "33 is above 32, the most bits of a selector")},
     {"SelectorValue", "union u choice 5 3 {\n    a : one default\n    b : one when 8\n}\n",
      Error("16:18", "8 is above 7, the most of the selector")},
     {"TypeOctet", Message("", "union u messages octet 8192 {\n    a : m\n}\n"),
@@ -115,6 +139,8 @@ const Refusal kNumbers[] = {
      Error("15:7", "0 is below 1, the least bits of a member")},
     {"FirstDiagnostic", "family f diagnostics from 65536\n",
      Error("14:27", "65536 is above 65535, the most of the family's diagnostic numbers")},
+    {"DiagnosticsTwice", "family f diagnostics from 1\nfamily f diagnostics from 2\n",
+     Error("15:10", "the family's diagnostic numbers are stated already")},
     {"DiagnosticsOverrun",
      "family f diagnostics from 7 to 9\n" + Message("    a V 1 : int8\n    b V 1 : int8\n"),
      Error("14:8", "12 is above 9, the most of the family's diagnostic numbers")},
@@ -182,25 +208,68 @@ const Refusal kFields[] = {
                "size if it is repeated")},
     {"AgainTheFirstTime", Message("    a 12 TV 1 again : int8\n"),
      Error("15:7", "no field above has the identifier of 'a'")},
+    {"HalfIdentifierOfAnOctet",
+     Message("    a 9- TV half : int4\n    b 93 TV 1 : int8\n    c 83 TV 1 : int8\n"),
+     Error("16:7", "the identifiers of 'a' and 'b' begin alike, one of them half an octet")},
+    {"IdentifierOfAHalfOctet", Message("    a 93 TV 1 : int8\n    b 9- TV half : int4\n"),
+     Error("16:7", "the identifiers of 'a' and 'b' begin alike, one of them half an octet")},
+    {"SpareOctet", Message("    a V 1 : spare\n"), Error("15:13", kNoSpare)},
+    {"SpareWithALength", Message("    a 12 TLV 1-3 : spare\n"), Error("15:20", kNoSpare)},
+    {"SpareWithAnIdentifier", Message("    a 9- TV half : spare\n"), Error("15:20", kNoSpare)},
+    {"SpareRest", Message("    a rest : spare\n"), Error("15:14", kNoSpare)},
+    {"ConditionOfAHalfOctet",
+     Message("    a V 1 : int8\n    b V half if a = 1 : int4\n    c V half : int4\n"),
+     Error("16:17", "half octets are always there; a condition goes with whole octets")},
+    {"ConditionOnAnOptionalField", Message("    a 12 TV 1 : int8\n    b V 1 if a = 1 : int8\n"),
+     Error("16:14", "'a' may be absent; a field that is always there decides")},
+    {"ConditionOnAConditionalField",
+     Message("    a V 1 : int8\n    b V 1 if a = 1 : int8\n    c V 1 if b = 1 : int8\n"),
+     Error("17:14", "'b' may be absent; a field that is always there decides")},
+    {"ConditionOnSpareBits",
+     "struct s fixed {\n    x 4 : spare\n    y 4 : int4\n}\n"
+     "message m h 1 {\n    a V 1 : s\n    b V 1 if a.x = 0 : int8\n}\n",
+     Error("20:16", "'a' has no member 'x' that is a number and always there")},
+    {"ConditionOnAnOptionalMember",
+     Extension(
+         "    group 3 optional {\n        octet {\n            x? 7 : int7\n        }\n    }\n") +
+         Message("    a V 1 : s\n    b V 1 if a.x = 0 : int8\n"),
+     Error("23:16", "'a' has no member 'x' that is a number and always there")},
+    {"ConditionOnANarrowMember",
+     "struct s fixed {\n    x 1 : int8\n    y 7 : int7\n}\n"
+     "message m h 1 {\n    a V 1 : s\n    b V 1 if a.x = 2 : int8\n}\n",
+     Error("20:20", "2 is above 1, the most in 'x'")},
     {"ConditionOnAStruct", Message("    a V 1 : one\n    b V 1 if a & 1 = 1 : int8\n"),
      Error("16:14", "'a' is no integer")},
     {"ConditionOnASpare",
      Message("    a V half : spare\n    b V half : int4\n    c V 1 if a = 1 : int8\n"),
      Error("17:14", "'a' is no integer")},
     {"ConditionOnNoMember", Message("    a V 1 : one\n    b V 1 if a.c = 1 : int8\n"),
-     Error("16:16", "'a' has no member 'c' that is a number")},
+     Error("16:16", "'a' has no member 'c' that is a number and always there")},
     {"ConditionOnAMemberOfNoStruct", Message("    a V 1 : int8\n    b V 1 if a.c = 1 : int8\n"),
-     Error("16:16", "'a' has no member 'c' that is a number")},
+     Error("16:16", "'a' has no member 'c' that is a number and always there")},
     {"ConditionOnTooLargeAMember", Message("    a V 1 : one\n    b V 1 if a.b = 16 : int8\n"),
      Error("16:20", "16 is above 15, the most in 'b'")},
     {"UncheckedWithALength", Message("    a LV unchecked : binary 8\n"),
-     Error("15:5", "a field without an end of its own cannot be unchecked")},
+     Error("15:5", "only a field of a fixed number of octets is unchecked")},
+    {"UncheckedHalfOctet", Message("    a V half unchecked : int4\n    b V half : int4\n"),
+     Error("15:5", "only a field of a fixed number of octets is unchecked")},
     {"PseudoLengthMissing", Message("    a V 1 : int8\n    pseudo length ends\n"),
      Error("16:5", "the header 'h' has no pseudo length")},
+    {"PseudoLengthEndsBehindAMark",
+     "header p {\n    pseudo length 8\n    type 8\n}\nmessage n p 1 {\n    a V 1 : int8\n    b "
+     "mark\n"
+     "    c V 1 : int8\n    pseudo length ends\n}\n",
+     Error("22:5", "the pseudo length ends at a field above already")},
     {"PseudoLengthBehind", "header p {\n    type 8\n    pseudo length 8\n}\nmessage n p 1 {\n}\n",
      Error("16:5", "a pseudo length is the first octet of a header")},
     {"DecodingOfNothing", "decoding d : x\n",
      Error("14:14", "no type 'x' is declared above; a type stands before its users")},
+    {"DecodingTwice", "decoding d : one\ndecoding d : three\n",
+     Error("15:10", "'d' is declared already; names are unique in a family")},
+    {"DecodingOfASetsName", Set("    key octets 0 1\n    m = 0101\n") + "decoding s : one\n",
+     Error("20:10", "'s' is declared already; names are unique in a family")},
+    {"SetOfADecodingsName", "decoding s : one\n" + Set("    key octets 0 1\n    m = 0101\n"),
+     Error("17:5", "'s' is declared already; names are unique in a family")},
     {"DecodingOfASequence", "sequence q [3] of one\ndecoding d : q\n",
      Error("15:14", "'q' is neither a message nor a struct")},
     {"ConditionMasked", Message("    a V 1 : int8\n    b V 1 if a & 2 = 1 : int8\n"),
@@ -217,7 +286,10 @@ const Refusal kFields[] = {
      Error("15:5", "the format of 'a' has no size")},
     {"SizeOfATypeOnly", Message("    a 12 T 5\n"), Error("15:5", "the format of 'a' has no size")},
     {"MessageNowhere", "message m h 1 {\n}\n",
-     Error("14:9", "'m' is in no message set, union or field")},
+     Error("14:9", "'m' is in no message set, union, field or decoding")},
+    {"HeaderNowhere",
+     Set("    key octets 0 1\n    m = 0101\n") + "header p {\n    a 300 : nosuch\n}\n",
+     Error("20:8", "the header 'p' is used by no message")},
     {"MessageTypeMissing", "message m h {\n}\n",
      Error("14:11", "the message type is missing behind the header's name")},
     {"MessageTypeOdd", "header g {\n    = 1 8\n}\nmessage m g 1 {\n}\n",
@@ -285,6 +357,26 @@ const Refusal kTypes[] = {
      Error("15:7", "16 is above 8, the most bits of this integer")},
     {"NoBits", "struct s fixed {\n    a 0 : binary 8\n}\n",
      Error("15:7", "0 is below 1, the least bits of a member")},
+    {"SpareItems", "sequence q [3] of spare\n", Error("14:19", kNoSpare)},
+    {"SpareCounted", "struct s serial {\n    a counted : spare\n    b 8 : int8\n}\n",
+     Error("15:17", kNoSpare)},
+    {"SpareToTheEnd", "struct s serial {\n    a 8 : int8\n    b rest : spare\n}\n",
+     Error("16:14", kNoSpare)},
+    {"SpareWithoutAWidth", "struct s fixed {\n    a 8 : int8\n    b : spare\n}\n",
+     Error("16:9", kNoSpare)},
+    {"SpareRemainder", Extension(kGroup + "    remainder r : spare\n"), Error("20:19", kNoSpare)},
+    {"RemainderTwice", Extension(kGroup + "    remainder r : one\n    remainder t : one\n"),
+     Error("21:5", "a remainder stands here already")},
+    {"GroupBehindTheRemainder", Extension("    remainder r : one\n" + kGroup),
+     Error("16:5", "the remainder stands behind all groups")},
+    {"GroupWithoutOctets", Extension(kGroup + "    group 4 {\n    }\n"),
+     Error("20:5", "the group has no octets")},
+    {"ExtensionWithoutGroups", Extension("    remainder r : one\n"),
+     Error("14:8", "the struct has no groups")},
+    {"OtherTwice", "enum v {\n    1 = \"a\"\n    other = \"b\"\n    other = \"c\"\n}\n",
+     Error("17:5", "'other' stands here already")},
+    {"EnumerationsOfASequence", "sequence q [3] of enum {\n    1 = \"a\"\n}\n",
+     Error("14:19", "the width of the enumeration in bits is missing: 'enum8'")},
     {"NoMembers", "struct s fixed {\n    - 8\n}\n", Error("14:8", "the struct has no members")},
     {"NoAlternatives", "union u messages octet 1 {\n}\n",
      Error("14:7", "the union has no alternatives")},
@@ -318,14 +410,17 @@ const Refusal kTypes[] = {
      "}\n",
      Error("20:5", "an alternative above is chosen by the same value")},
     {"MessageTypeElsewhere", "message m h 1 {\n}\nunion u messages octet 2 {\n    a : m\n}\n",
-     Error("17:9", "the header of 'm' has its message type in another octet")},
+     Error("17:9", "the header of 'm' has no message type in octet 2")},
+    {"MessageTypeNowhere",
+     "header g {\n    = 1 8\n}\nmessage m g {\n}\nunion u messages octet 1 {\n    a : m\n}\n",
+     Error("20:9", "the header of 'm' has no message type in octet 1")},
     {"PatternForm", "pattern enum v {\n}\n",
      Error("14:9", "a type (struct, union or sequence) is expected here, not 'enum'")},
     {"PatternTwice", "pattern sequence p [2] of int8\npattern sequence p [3] of int8\ntake p\n",
      Error("15:18", "the pattern 'p' is declared already")},
     {"PatternUnknown", "take p as q\n", Error("14:6", "no pattern 'p' is declared above")},
-    {"PatternTakenTwice", "pattern sequence p [2] of int8\ntake p as q\ntake p as r\n",
-     Error("16:6", "the pattern 'p' is taken already")},
+    {"PatternTakenTwiceAsOne", "pattern sequence p [2] of int8\ntake p as q\ntake p as q\n",
+     Error("16:11", "'q' is declared already; names are unique in a family")},
     {"PatternOfOneNotTaken",
      "pattern struct p fixed {\n    a 8 : int8\n}\npattern sequence q [2] of p\ntake q\n",
      Error("17:27", "no type 'p' is declared above; a type stands before its users")},
@@ -342,8 +437,8 @@ INSTANTIATE_TEST_SUITE_P(Types, DescribeRefusals, testing::ValuesIn(kTypes),
 
 // Rows of the tables are counted in 16 bits.
 TEST(DescribeRefusals, TellTablesThatAreFull) {
-    std::string source = kPrelude;
-    for (const char* name : {"s", "t"}) {
+    std::string source = kPrelude + kUsed;
+    for (const char* name : {"q", "t"}) {
         source += "struct " + std::string(name) + " fixed {\n    a 8 : int8\n";
         for (int part = 0; part < 33000; ++part) {
             source += "    - 1\n";
@@ -365,12 +460,15 @@ TEST(Describe, FamiliesTakePatterns) {
         "struct ownPart fixed {\n    a 8 : enum {\n        1 = \"one\"\n    }\n}\n"
         "struct between fixed {\n    a 8 : int8\n}\n"
         "union ownEither choice 0 1 {\n    part : ownPart default\n}\n"
-        "sequence All [2] of ownEither\n";
+        "sequence All [2] of ownEither\n"
+        "union other choice 0 1 {\n    part : ownPart default\n}\n"
+        "sequence Again [2] of ownEither\n";
     const std::string taking =
         "take Part as ownPart\nstruct between fixed {\n    a 8 : int8\n}\n"
-        "take Either as ownEither\ntake All\n";
-    const Description whole = Describe({{"f.qd", kPrelude + own}});
-    const Description taken = Describe({{"common/shared.qd", shared}, {"f.qd", kPrelude + taking}});
+        "take Either as ownEither\ntake All\ntake Either as other\ntake All as Again\n";
+    const Description whole = Describe({{"f.qd", kPrelude + own + kUsed}});
+    const Description taken =
+        Describe({{"common/shared.qd", shared}, {"f.qd", kPrelude + taking + kUsed}});
     EXPECT_EQ(taken.errors, "");
     const auto tables = [](const std::string& code) { return code.substr(code.find('\n')); };
     EXPECT_EQ(tables(taken.code), tables(whole.code));
