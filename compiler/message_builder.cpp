@@ -42,21 +42,16 @@ bool ReportsFailures(iecodec::Shape shape) {
     return false;
 }
 
-/// The index of the integer or enumerated member of that name, if `type` is a struct that always
-/// has one.
-std::optional<std::uint16_t> NumberOf(const TypeModel* type, std::string_view name) {
-    if (type == nullptr || type->kind != Kind::kStruct) {
-        return std::nullopt;
-    }
-    for (std::size_t index = 0; index < type->elements.size(); ++index) {
-        const ElementModel& member = type->elements[index];
-        if (member.name == name && member.type != nullptr && !member.optional &&
-            member.type->size != 0 &&  // spare bits store nothing
-            (member.type->kind == Kind::kInteger || member.type->kind == Kind::kEnumerated)) {
-            return static_cast<std::uint16_t>(index);
-        }
-    }
-    return std::nullopt;
+/// The integer or enumerated member of that name, if `type` is a struct that always has one. Spare
+/// members store nothing.
+const ElementModel* NumberOf(const TypeModel& type, std::string_view name) {
+    const auto found = std::find_if(
+        type.elements.begin(), type.elements.end(), [name](const ElementModel& member) {
+            return member.name == name && member.type != nullptr && !member.optional &&
+                   member.type->size != 0 &&
+                   (member.type->kind == Kind::kInteger || member.type->kind == Kind::kEnumerated);
+        });
+    return type.kind != Kind::kStruct || found == type.elements.end() ? nullptr : &*found;
 }
 
 /// How many fields a pseudo length counts if the message does not say: those ahead of its first
@@ -90,15 +85,13 @@ MessageBuilder::MessageBuilder(Reporter& reporter, const FamilySyntax& family, T
       model_(model),
       skipTable_(reporter) {
     for (const HeaderSyntax& header : family.headers) {
-        if (!headers_
-                 .emplace(header.name.text,
-                          Header{&header, header.broken ? std::vector<const HeaderItemSyntax*>()
-                                                        : RecordOrder(reporter, header.items,
-                                                                      header.record, "header")})
-                 .second) {
-            reporter_.Error(header.name.place,
-                            "the header '" + header.name.text + "' is declared already");
+        Header entry{&header, {}};
+        if (!header.broken) {
+            entry.members = RecordOrder(reporter, header.items, header.record, "header");
         }
+        reporter_.ErrorIf(!headers_.emplace(header.name.text, std::move(entry)).second,
+                          header.name.place,
+                          "the header '" + header.name.text + "' is declared already");
     }
 }
 
@@ -171,50 +164,50 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
 void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSyntax& field,
                                   const TypeModel& type, FieldRow& row) {
     const FieldSyntax::Condition& condition = *field.condition;
+    const std::string name = "'" + condition.field.text + "'";
+    const auto refuse = [&](bool wrong, const std::string& text) {
+        reporter_.ErrorIf(wrong, condition.field.place, text);
+        return wrong;
+    };
     const auto above =
         std::span(message.fields).first(static_cast<std::size_t>(&field - message.fields.data()));
     const auto found = std::find_if(above.begin(), above.end(), [&](const FieldSyntax& other) {
         return other.name.text == condition.field.text;
     });
-    if (found == above.end()) {
-        reporter_.Error(condition.field.place,
-                        "'" + condition.field.text + "' is no field above this one");
+    if (refuse(found == above.end(), name + " is no field above this one")) {
         return;
     }
-    reporter_.ErrorIf(InfoOf(row.format).identifierWidth != 0, condition.field.place,
-                      "a field with an identifier is there if its identifier is");
-    reporter_.ErrorIf(field.half, condition.field.place,
-                      "half octets are always there; a condition goes with whole octets");
+    refuse(InfoOf(row.format).identifierWidth != 0,
+           "a field with an identifier is there if its identifier is");
+    refuse(field.half, "half octets are always there; a condition goes with whole octets");
     const auto back = static_cast<std::size_t>(above.end() - found);
     const FieldRow& decider = model_.fields[model_.fields.size() - back];
-    if (type.elements[decider.element].type == nullptr) {
+    const TypeModel* deciderType = type.elements[decider.element].type;
+    if (deciderType == nullptr) {
         return;  // reported, or declared with mistakes
     }
-    reporter_.ErrorIf(
-        decider.presence != Presence::kMandatory, condition.field.place,
-        "'" + condition.field.text + "' may be absent; a field that is always there decides");
+    refuse(decider.presence != Presence::kMandatory,
+           name + " may be absent; a field that is always there decides");
     row.conditionElement = decider.element;
     row.conditionMask = 0xFFFFFFFF;
     std::uint64_t width = 0;
     if (condition.member.text.empty()) {
         const bool integer = decider.value != kNone &&
                              model_.values[decider.value].shape == iecodec::Shape::kInteger;
-        if (!integer) {
-            reporter_.Error(condition.field.place, "'" + condition.field.text + "' is no integer");
+        if (refuse(!integer, name + " is no integer")) {
             return;
         }
         width = model_.values[decider.value].width;
     } else {
-        const auto member = NumberOf(type.elements[decider.element].type, condition.member.text);
-        if (!member) {
-            reporter_.Error(condition.member.place,
-                            "'" + condition.field.text + "' has no member '" +
-                                condition.member.text + "' that is a number and always there");
+        const ElementModel* member = NumberOf(*deciderType, condition.member.text);
+        if (member == nullptr) {
+            reporter_.Error(condition.member.place, name + " has no member '" +
+                                                        condition.member.text +
+                                                        "' that is a number and always there");
             return;
         }
-        row.conditionMember = *member;
-        const ElementModel& number = type.elements[decider.element].type->elements[*member];
-        width = number.wireBits != 0 ? number.wireBits : number.type->size;
+        row.conditionMember = static_cast<std::uint16_t>(member - deciderType->elements.data());
+        width = member->wireBits != 0 ? member->wireBits : member->type->size;
     }
     const std::uint64_t most = MostOf(width);
     const std::string what =
@@ -229,33 +222,31 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
 
 void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax& field) {
     const FieldFormatInfo& info = InfoOf(field.format);
-    reporter_.ErrorIf(
-        (info.identifierWidth != 0) != field.tag.has_value(), field.name.place,
-        field.tag ? "the format of '" + field.name.text +
-                        "' has no identifier; TV, TLV, TLV-E and T have one"
-                  : "'" + field.name.text + "' needs its identifier in front of the format");
-    reporter_.ErrorIf(field.mandatory && !field.tag, field.name.place,
-                      "a field without an identifier is mandatory as it is");
-    reporter_.ErrorIf(field.halfTag != (field.half && field.tag.has_value()), field.name.place,
-                      "an identifier of half an octet goes with a value of half an octet: "
-                      "'9- TV half'");
-    const bool sized = field.half || (field.least && field.least->value == field.most->value);
-    reporter_.ErrorIf(
-        info.valueEnd == ValueEnd::kWidth && !sized, field.name.place,
-        "the size of '" + field.name.text + "' is missing: a number of octets, or 'half'");
-    if (field.least && field.least->value > field.most->value) {
-        reporter_.Error(field.least->place,
-                        "the limits of '" + field.name.text + "' are the wrong way round");
-    }
-    reporter_.ErrorIf(info.valueEnd == ValueEnd::kLength && field.half, field.name.place,
-                      "a field with a length is not half an octet");
-    reporter_.ErrorIf(info.valueEnd != ValueEnd::kWidth && info.valueEnd != ValueEnd::kLength &&
-                          (field.half || field.least),
-                      field.name.place, "the format of '" + field.name.text + "' has no size");
-    reporter_.ErrorIf(field.unchecked && (field.half || info.valueEnd != ValueEnd::kWidth),
-                      field.name.place, "only a field of a fixed number of octets is unchecked");
-    reporter_.ErrorIf(field.format == Format::kRest && &field != &message.fields.back(),
-                      field.name.place, "a field that takes the rest is the last one");
+    const std::string name = "'" + field.name.text + "'";
+    const auto refuse = [&](bool wrong, const std::string& text) {
+        reporter_.ErrorIf(wrong, field.name.place, text);
+    };
+    const bool identified = info.identifierWidth != 0;
+    const bool hasWidth = info.valueEnd == ValueEnd::kWidth;
+    const bool hasLength = info.valueEnd == ValueEnd::kLength;
+    refuse(!identified && field.tag,
+           "the format of " + name + " has no identifier; TV, TLV, TLV-E and T have one");
+    refuse(identified && !field.tag, name + " needs its identifier in front of the format");
+    refuse(field.mandatory && !field.tag, "a field without an identifier is mandatory as it is");
+    refuse(field.halfTag != (field.half && field.tag),
+           "an identifier of half an octet goes with a value of half an octet: '9- TV half'");
+    refuse(hasWidth && !field.half && !(field.least && field.least->value == field.most->value),
+           "the size of " + name + " is missing: a number of octets, or 'half'");
+    reporter_.ErrorIf(field.least && field.least->value > field.most->value,
+                      field.least.value_or(WideNumber{}).place,
+                      "the limits of " + name + " are the wrong way round");
+    refuse(hasLength && field.half, "a field with a length is not half an octet");
+    refuse(!hasWidth && !hasLength && (field.half || field.least),
+           "the format of " + name + " has no size");
+    refuse(field.unchecked && (field.half || !hasWidth),
+           "only a field of a fixed number of octets is unchecked");
+    refuse(field.format == Format::kRest && &field != &message.fields.back(),
+           "a field that takes the rest is the last one");
 }
 
 /// The value's bits must be able to be those that its type takes.
@@ -281,19 +272,19 @@ void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
 /// An identifier that stands again in a message is meant to: 'again' says so.
 void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
     for (const FieldSyntax& field : message.fields) {
+        const Span place = field.tag ? field.tag->place : field.name.place;
         bool isNew = true;
         for (const FieldSyntax* other = message.fields.data(); other != &field; ++other) {
             const bool sameForm = other->halfTag == field.halfTag;
-            if (!field.tag || !other->tag ||
-                ((field.tag->value ^ other->tag->value) & (sameForm ? 0xFF : 0xF0)) != 0) {
-                continue;
-            }
-            isNew = isNew && !sameForm;
-            reporter_.ErrorIf(!sameForm, field.tag->place,
+            const bool alike =
+                field.tag && other->tag &&
+                ((field.tag->value ^ other->tag->value) & (sameForm ? 0xFF : 0xF0)) == 0;
+            isNew = isNew && !(alike && sameForm);
+            reporter_.ErrorIf(alike && !sameForm, place,
                               "the identifiers of '" + other->name.text + "' and '" +
                                   field.name.text + "' begin alike, one of them half an octet");
         }
-        reporter_.ErrorIf(isNew == field.again, field.tag ? field.tag->place : field.name.place,
+        reporter_.ErrorIf(isNew == field.again, place,
                           isNew ? "no field above has the identifier of '" + field.name.text + "'"
                                 : "a field above has the identifier of '" + field.name.text +
                                       "' already; put 'again' behind the size if it is repeated");
@@ -301,26 +292,22 @@ void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
 }
 
 void MessageBuilder::PairHalfOctets(const MessageSyntax& message, std::size_t firstField) {
-    const FieldSyntax* first = nullptr;
-    const auto endPair = [&] {
-        if (first != nullptr) {
-            reporter_.Error(first->name.place,
-                            "the half octet '" + first->name.text +
-                                "' needs a second one behind it; add a SpareHalfOctet");
-        }
-        first = nullptr;
+    const auto isHalf = [&fields = message.fields](std::size_t index) {
+        return index < fields.size() && fields[index].half && fields[index].format == Format::kV;
     };
     for (std::size_t index = 0; index < message.fields.size(); ++index) {
-        const FieldSyntax& field = message.fields[index];
-        FieldRow& row = model_.fields[firstField + index];
-        if (!field.half || row.format != Format::kV) {
-            endPair();
+        if (!isHalf(index)) {
             continue;
         }
-        row.format = first == nullptr ? Format::kHalfLow : Format::kHalfHigh;
-        first = first == nullptr ? &field : nullptr;
+        const Name& name = message.fields[index].name;
+        model_.fields[firstField + index].format = Format::kHalfLow;
+        if (isHalf(index + 1)) {
+            model_.fields[firstField + ++index].format = Format::kHalfHigh;
+        } else {
+            reporter_.Error(name.place, "the half octet '" + name.text +
+                                            "' needs a second one behind it; add a SpareHalfOctet");
+        }
     }
-    endPair();
 }
 
 void MessageBuilder::AddOrderRows(std::size_t firstField) {
@@ -378,10 +365,10 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     reporter_.ErrorIf(row.countedFields > counted, syntax.countedEnd,
                       "the pseudo length ends at a field above already");
     const auto& items = headerRows.syntax->items;
-    const bool pseudoLength =
-        !items.empty() && items.front().kind == HeaderItemRow::Kind::kPseudoLength;
-    reporter_.ErrorIf(syntax.countedFields && !pseudoLength, syntax.countedEnd,
-                      "the header '" + syntax.header.text + "' has no pseudo length");
+    reporter_.ErrorIf(
+        syntax.countedFields &&
+            (items.empty() || items.front().kind != HeaderItemRow::Kind::kPseudoLength),
+        syntax.countedEnd, "the header '" + syntax.header.text + "' has no pseudo length");
     std::size_t element = type->elements.size() - syntax.fields.size();
     for (const FieldSyntax& field : syntax.fields) {
         CheckLimits(syntax, field);

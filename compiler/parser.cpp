@@ -214,7 +214,8 @@ class Parser : private TypeParser {
             } else if (tokens_.Accept("type")) {
                 item.kind = Item::kMessageType;
                 item.bits = tokens_.ExpectNumber("its width in bits");
-            } else if (AcceptPseudoLength()) {
+            } else if (tokens_.Accept("pseudo")) {
+                tokens_.Expect("length");
                 item.kind = Item::kPseudoLength;
                 item.bits = tokens_.ExpectNumber("its width in bits");
             } else {
@@ -232,19 +233,14 @@ class Parser : private TypeParser {
         return header;
     }
 
-    bool AcceptPseudoLength() {
-        return tokens_.At("pseudo") && tokens_.Peek(1).text == "length" &&
-               (tokens_.Next(), tokens_.Next(), true);
-    }
-
     /// The format whose word stands here, half octets not looked at.
     std::optional<FieldSyntax::Format> FormatHere() {
         const bool extended = tokens_.Peek(1).text == "-" && tokens_.Peek(2).text == "E";
         const auto found = std::find(kFormatWords.begin(), kFormatWords.end(),
                                      tokens_.Peek().text + (extended ? "-E" : ""));
-        return tokens_.AtWord() && found != kFormatWords.end()
-                   ? std::optional(static_cast<FieldSyntax::Format>(found - kFormatWords.begin()))
-                   : std::nullopt;
+        const auto format = static_cast<FieldSyntax::Format>(found - kFormatWords.begin());
+        return tokens_.AtWord() && found != kFormatWords.end() ? std::optional(format)
+                                                               : std::nullopt;
     }
 
     MessageSyntax ParseMessage() {
@@ -254,7 +250,8 @@ class Parser : private TypeParser {
         message.code = tokens_.AcceptNumber();
         ParseBlock([&] {
             const Span place = tokens_.Peek().place;
-            if (AcceptPseudoLength()) {
+            if (tokens_.Accept("pseudo")) {
+                tokens_.Expect("length");
                 tokens_.Expect("ends");
                 Once(!message.countedFields, place, "the end of the pseudo length");
                 message.countedFields = message.fields.size();
@@ -317,9 +314,8 @@ class Parser : private TypeParser {
         using Format = FieldSyntax::Format;
         if (const auto format = FormatHere()) {
             field.format = *format;
-            tokens_.Next();
-            if (kFormatWords[static_cast<std::size_t>(*format)].ends_with("-E")) {
-                tokens_.Next();
+            const auto word = kFormatWords[static_cast<std::size_t>(*format)];
+            for (int left = word.ends_with("-E") ? 3 : 1; left > 0; --left) {
                 tokens_.Next();
             }
         } else {

@@ -491,17 +491,12 @@ void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
     row.name = type->name;
     row.located = true;
     row.capacity = type->size;
-    if (syntax.special) {
-        row.shape = Shape::kSpecial;
-        row.item = Special(syntax.specialName);
-        row.first =
-            RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, family_.itemsLocated);
-        row.count = 1;
-    } else {
-        row.shape = Shape::kSequence;
-        row.item =
-            RowOf(syntax.type.item.front(), type->item, syntax.name.text, {}, family_.itemsLocated);
-    }
+    const std::uint16_t item = RowOf(syntax.type.item.front(), type->item, syntax.name.text, {},
+                                     !syntax.special && family_.itemsLocated);
+    row.shape = syntax.special ? Shape::kSpecial : Shape::kSequence;
+    row.item = syntax.special ? Special(syntax.specialName) : item;
+    row.first = syntax.special ? item : std::uint16_t{0};
+    row.count = syntax.special ? 1 : 0;
     AddNamed(syntax.name, row);
 }
 

@@ -474,6 +474,16 @@ TEST(Describe, FamiliesTakePatterns) {
     EXPECT_EQ(tables(taken.code), tables(whole.code));
 }
 
+// The bits of a fixed number of octets count only where no length tells them.
+TEST(Describe, AFieldWithALengthHasNoWidth) {
+    const std::string code =
+        Describe({{"f.qd", kPrelude + Message("    a LV-E 9000 : binary 72000\n    b V 2 : int16\n",
+                                              "set s {\n    key octets 0 1\n    m = 0101\n}\n")}})
+            .code;
+    EXPECT_NE(code.find("kLvE, FieldPresence::kMandatory, 0, 0, 4, 0, 9000,"), std::string::npos);
+    EXPECT_NE(code.find("kV, FieldPresence::kMandatory, 0, 1, 5, 16, 2,"), std::string::npos);
+}
+
 TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
     const std::string source = Message(
         "    a 12 TV 1  : int8\n"
