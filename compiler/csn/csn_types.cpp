@@ -166,20 +166,21 @@ class Deriver {
     /// What the brackets of all occurrences say together.
     CsnAnnotations AnnotationsOf(const CsnMember& member) {
         CsnAnnotations all;
-        const auto take = [](auto& known, const auto& one, const auto& nothing) {
+        bool agree = true;
+        const auto take = [&agree](auto& known, const auto& one, const auto& nothing) {
             if (known == nothing) {
                 known = one;
             }
-            return one == nothing || one == known;
+            agree = agree && (one == nothing || one == known);
         };
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             const CsnAnnotations& one = occurrence.field->annotations;
-            const bool agree = take(all.type, one.type, TypeAnnotation::kByRule) &
-                               take(all.typeSize, one.typeSize, 0U) &
-                               take(all.most, one.most, std::nullopt) &
-                               take(all.optional, one.optional, std::nullopt) &
-                               (!all.enumeration || !one.enumeration ||
-                                all.enumeration->text == one.enumeration->text);
+            agree = !all.enumeration || !one.enumeration ||
+                    all.enumeration->text == one.enumeration->text;
+            take(all.type, one.type, TypeAnnotation::kByRule);
+            take(all.typeSize, one.typeSize, 0U);
+            take(all.most, one.most, std::nullopt);
+            take(all.optional, one.optional, std::nullopt);
             all.enumeration = all.enumeration ? all.enumeration : one.enumeration;
             all.single |= one.single;
             if (one.single || one.most) {
