@@ -68,7 +68,7 @@ class CsnCodec {
         switch (type.kind) {
             case TypeModel::Kind::kBinary:
                 for (std::uint32_t bit = 0; bit < cell.number; ++bit) {
-                    text += (cell.octets[bit / 8] >> (7 - bit % 8) & 1U) != 0 ? '1' : '0';
+                    text += (cell.octets[bit / 8] & 0x80U >> bit % 8) != 0 ? '1' : '0';
                 }
                 return "'" + text + "'";
             case TypeModel::Kind::kSequence:
