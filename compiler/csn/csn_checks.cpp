@@ -80,14 +80,11 @@ class Checker {
         }
     }
 
-    /// The second operands of '-' and '=' only test or replace bits.
+    /// The second operand of '-' only tests bits.
     void CheckAsides(const CsnNode& node) {
-        if ((node.kind == NodeKind::kExclude || node.kind == NodeKind::kSend) &&
-            HasFields(*node.children.back())) {
+        if (node.kind == NodeKind::kExclude && HasFields(*node.children.back())) {
             reporter_.Error(node.children.back()->place,
-                            node.kind == NodeKind::kExclude
-                                ? "there can be no field in what is excluded"
-                                : "there can be no field in what is written instead");
+                            "there can be no field in what is excluded");
         }
         if (node.kind == NodeKind::kRange && FixedWidth(*node.children.front()) > 32U) {
             reporter_.Error(node.place, "a range of values needs at most 32 bits");

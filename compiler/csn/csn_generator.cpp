@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <deque>
-#include <set>
+#include <map>
 #include <utility>
 
 #include "compiler/csn/csn_builtins.h"
@@ -32,7 +32,7 @@ class Generator {
 
     CsnImage Run() {
         for (const CsnRule& rule : syntax_.rules) {
-            MarkOpenLoops(*rule.body, false);
+            MarkLoops(*rule.body, Loop::kNone);
         }
         for (const CsnRule& rule : syntax_.rules) {
             if (rule.called) {
@@ -54,23 +54,31 @@ class Generator {
   private:
     // ---- Rules -----------------------------------------------------------------------------
 
+    /// How a choice stands to the open repetition around it, with no field between.
+    enum class Loop : std::uint8_t {
+        kNone,   // there is none
+        kItems,  // a field beside the choice is in every iteration: without items left it ends the
+                 // writing
+        kOpen    // the choice ends the writing
+    };
+
     /// The body of a repetition with code of its own, so that its tags end with it.
     struct Outlined {
         const CsnNode* body;
         Label label;
-        bool inOpenLoop;
+        Loop loop;
     };
 
     void Rule(const CsnRule& rule) {
         code_.Bind(LabelOf(rule));
-        inOpenLoop_ = inOpenLoops_.count(&rule) != 0;
+        loop_ = loops_[&rule];
         Node(*rule.body);
         code_.Emit(SetsTags(*rule.body) && !rule.keepsTags ? Opcode::kRetTags : Opcode::kRet);
         while (!outlined_.empty()) {
             const Outlined next = outlined_.front();
             outlined_.pop_front();
             code_.Bind(next.label);
-            inOpenLoop_ = next.inOpenLoop;
+            loop_ = next.loop;
             Node(*next.body);
             code_.Emit(Opcode::kRetTags);
         }
@@ -82,17 +90,33 @@ class Generator {
                                       : labels_.emplace(&rule, code_.NewLabel()).first->second;
     }
 
-    /// Finds the rules that an iteration of an open repetition runs into, fields left out: there a
-    /// choice must let a writer run out of items.
-    void MarkOpenLoops(const CsnNode& node, bool inside) {
-        const bool opens =
-            node.kind == NodeKind::kRepeat && node.repetition.form != RepetitionForm::kCount;
-        if (node.kind == NodeKind::kReference && inside && inOpenLoops_.insert(node.rule).second) {
-            MarkOpenLoops(*node.rule->body, true);
+    /// Finds the rules that an iteration of an open repetition runs into.
+    void MarkLoops(const CsnNode& node, Loop around) {
+        if (node.kind == NodeKind::kReference && around > loops_[node.rule]) {
+            loops_[node.rule] = around;
+            MarkLoops(*node.rule->body, around);
         }
         for (const CsnNode* child : node.children) {
-            MarkOpenLoops(*child, node.kind != NodeKind::kField && (inside || opens));
+            MarkLoops(*child, LoopAround(node, *child, around));
         }
+    }
+
+    /// What is around `child` of `node`, which has `around` around it.
+    Loop LoopAround(const CsnNode& node, const CsnNode& child, Loop around) {
+        const auto ends = [&](const CsnNode* other) {
+            const CsnMembers members = other == &child ? CsnMembers() : finder_.Of(*other);
+            return std::any_of(members.All().begin(), members.All().end(),
+                               [](const CsnMember& member) { return member.least > 0; });
+        };
+        if (node.kind == NodeKind::kField) {
+            return Loop::kNone;
+        }
+        if (node.kind == NodeKind::kRepeat && node.repetition.form != RepetitionForm::kCount) {
+            return Loop::kOpen;
+        }
+        const bool beside = around == Loop::kOpen && node.kind == NodeKind::kConcat &&
+                            std::any_of(node.children.begin(), node.children.end(), ends);
+        return beside ? Loop::kItems : around;
     }
 
     // ---- Nodes -----------------------------------------------------------------------------
@@ -200,7 +224,9 @@ class Generator {
             }
             Bits(bits);
             bits.clear();
+            const Loop around = std::exchange(loop_, LoopAround(node, *child, loop_));
             Node(*child);
+            loop_ = around;
         }
         Bits(bits);
     }
@@ -236,11 +262,12 @@ class Generator {
     }
 
     /// Opens a branch. The last one has its flag set, which makes a writer in an open repetition
-    /// pass over it: that is what ends the repetition when there are no more items. Around there
-    /// the flag goes by what it is for instead: it is set for every branch that can always be
-    /// written, and not for a last branch with fields, which ends the repetition itself.
+    /// pass over it: that is what ends the repetition when there are no more items. In there the
+    /// flag goes by what it is for instead. It is set for every branch that can always be written,
+    /// and not for a last branch with fields, which ends the repetition itself; and where a field
+    /// beside the choice ends it, for none.
     void Alternative(const CsnNode& branch, Label next, bool isLast) {
-        AltTo(next, inOpenLoop_ ? !HasFields(branch) : isLast);
+        AltTo(next, loop_ == Loop::kNone ? isLast : loop_ == Loop::kOpen && !HasFields(branch));
     }
 
     void AltTo(Label target, bool flag) {
@@ -284,20 +311,19 @@ class Generator {
                 CountOf(node.repetition.count, exitOperand);
                 break;
         }
-        const bool wasInOpenLoop = inOpenLoop_;
-        inOpenLoop_ = inOpenLoop_ || node.repetition.form != RepetitionForm::kCount;
-        const Label body = code_.BindNew();
         const CsnNode& child = *node.children.front();
+        const Loop around = std::exchange(loop_, LoopAround(node, child, loop_));
+        const Label body = code_.BindNew();
         if (SetsTags(child)) {
             const Label block = code_.NewLabel();
             code_.Emit(Opcode::kCall, {block});
-            outlined_.push_back({&child, block, inOpenLoop_});
+            outlined_.push_back({&child, block, loop_});
         } else {
             Node(child);
         }
         code_.Emit(Opcode::kLoop, {body});
         code_.Bind(exit);
-        inOpenLoop_ = wasInOpenLoop;
+        loop_ = around;
     }
 
     void RangeOf(const CsnNode& node, const Assembler::Operand& exit) {
@@ -414,7 +440,7 @@ class Generator {
         // A value is one whole with an inner layout; a group, and a mark of no bits, is not.
         const bool isGroup = HasFields(content) || content.kind == NodeKind::kNull;
         const auto delimiter = Assembler::Delimiter(id, !isGroup || node.annotations.sized);
-        const bool wasInOpenLoop = std::exchange(inOpenLoop_, false);
+        const Loop around = std::exchange(loop_, Loop::kNone);
         code_.Emit(Opcode::kBegin, {delimiter});
         Node(content);
         if (node.variable == nullptr) {
@@ -422,7 +448,7 @@ class Generator {
         } else {
             code_.Emit(Opcode::kEndTag, {delimiter, node.variable->tag});
         }
-        inOpenLoop_ = wasInOpenLoop;
+        loop_ = around;
     }
 
     /// Numbers an occurrence of a field: its index, then its tags by parent.
@@ -479,9 +505,10 @@ class Generator {
     Assembler code_;
     CsnImage image_;
     std::map<const CsnRule*, Label> labels_;
-    std::set<const CsnRule*> inOpenLoops_;
+    std::map<const CsnRule*, Loop> loops_;
     std::deque<Outlined> outlined_;
-    bool inOpenLoop_ = false;  // an open repetition is around, with no field between
+    CsnMemberFinder finder_;
+    Loop loop_ = Loop::kNone;  // around what is generated
     std::uint32_t nextTag_;    // the last tag in use
 };
 

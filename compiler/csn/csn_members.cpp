@@ -98,6 +98,7 @@ CsnMembers CsnMemberFinder::Of(const CsnNode& node) {
             return OfRule(*node.rule);
         case NodeKind::kChoice:
         case NodeKind::kError:
+        case NodeKind::kSend:
             members = Of(*node.children.front());
             for (std::size_t index = 1; index < node.children.size(); ++index) {
                 CsnMembers branch = Of(*node.children[index]);

@@ -123,10 +123,15 @@ TEST(CsnForms, AChoiceInAnOpenRepetition) {
     EXPECT_EQ(Listing("< t > ::= { 1 { 0 < a : bit > | 1 < b : bit > } } ** 0 ;"),
               "REP_ANY -> #13; BIT1; ALT -> #6; BIT0; FIELD 1, width 1; JMP -> #11; "
               "ALT -> #10; BIT1; FIELD 4, width 1; JMP -> #11; FAIL; POP; LOOP -> #1; BIT0; RET");
+    EXPECT_EQ(Listing("< t > ::= { 1 { 00 | 01 < a : bit > | 10 } } ** 0 ;"),
+              "REP_ANY -> #15; BIT1; ALT -> #6; LIT bits 01; FIELD 1, width 1; "
+              "JMP -> #13; ALT -> #9, last; LIT bits 00; JMP -> #13; "
+              "ALT -> #12, last; LIT bits 10; JMP -> #13; FAIL; POP; LOOP -> #1; BIT0; RET");
+    // The field beside the choice ends the repetition.
     EXPECT_EQ(Listing("< t > ::= { 1 < c : bit > { 00 | 01 < a : bit > | 10 } } ** 0 ;"),
               "REP_ANY -> #16; BIT1; FIELD 1, width 1; ALT -> #7; LIT bits 01; FIELD 4, width 1; "
-              "JMP -> #14; ALT -> #10, last; LIT bits 00; JMP -> #14; "
-              "ALT -> #13, last; LIT bits 10; JMP -> #14; FAIL; POP; LOOP -> #1; BIT0; RET");
+              "JMP -> #14; ALT -> #10; LIT bits 00; JMP -> #14; "
+              "ALT -> #13; LIT bits 10; JMP -> #14; FAIL; POP; LOOP -> #1; BIT0; RET");
 }
 
 // What an iteration keeps under a tag ends with it.
