@@ -149,12 +149,12 @@ void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>&
     }
 }
 
-/// The C++ of a special element knows where its members lie.
+/// The C++ of a special element knows where its members lie, and which optional ones are there.
 void TypeResolver::CheckFormless(const TypeModel& type, std::span<const MemberSyntax> members) {
     reporter_.ErrorIf(members.empty(), type.place, "the struct has no members");
     for (const MemberSyntax& member : members) {
-        reporter_.ErrorIf(member.extent != MemberSyntax::Extent::kNone || member.optional,
-                          member.name.place, "only the name and the type of this member are told");
+        reporter_.ErrorIf(member.extent != MemberSyntax::Extent::kNone, member.name.place,
+                          "only the name and the type of this member are told");
     }
 }
 
@@ -172,6 +172,8 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
             Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, {}),
             syntax.remainder->optional);
         CheckFormless(*type, {&*syntax.remainder, 1});
+        reporter_.ErrorIf(syntax.remainder->optional, syntax.remainder->name.place,
+                          "a remainder is always there; leave the '?' out");
     }
     if (syntax.shape == StructSyntax::Shape::kSpecial) {
         CheckFormless(*type, syntax.members);

@@ -80,6 +80,7 @@ class Sink {
 
   private:
     Outcome Store(const CsnFieldRecord& record);
+    [[nodiscard]] bool IsLast(const CsnFieldRecord& record) const;
     [[nodiscard]] std::int32_t LengthOf(const CsnFieldRecord& record) const;
 
     const CsnStructure& structure_;
@@ -125,7 +126,7 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
         case CsnFieldRow::Kind::kBinary:
             StoreBinary(arena_, *cell, machine_.reader, record.bitPos, LengthOf(record),
                         row->mostBits);
-            if (!row->located) {
+            if (!row->located || IsLast(record)) {
                 cell->location = 0;
             }
             break;
@@ -140,10 +141,14 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
     return 0;
 }
 
-/// How far it is to the next record. The last one of a full list has none and counts as empty.
+/// Whether the run ended inside of the field that `record` opens, or at the end of a full list.
+bool Sink::IsLast(const CsnFieldRecord& record) const {
+    return static_cast<std::int32_t>(IndexOf(machine_, record)) + 1 == machine_.recordCount;
+}
+
+/// How far it is to the next record. The last one counts as empty.
 std::int32_t Sink::LengthOf(const CsnFieldRecord& record) const {
-    const auto next = static_cast<std::int32_t>(IndexOf(machine_, record)) + 1;
-    return next < machine_.recordCount ? machine_.records[next].bitPos - record.bitPos : 0;
+    return IsLast(record) ? 0 : (&record)[1].bitPos - record.bitPos;
 }
 
 /// Supplies the fields of a record as the machine asks for them.

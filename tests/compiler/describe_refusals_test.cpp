@@ -398,6 +398,10 @@ const Refusal kTypes[] = {
      "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
      "    }\n    remainder b 8 : int8\n}\n",
      Error("20:15", "only the name and the type of this member are told")},
+    {"OptionalRemainder",
+     "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
+     "    }\n    remainder b? : binary 8\n}\n",
+     Error("20:15", "a remainder is always there; leave the '?' out")},
     {"DefaultTwice", "union u choice 0 2 {\n    a : one default\n    b : one default\n}\n",
      Error("16:5", "an alternative of a choice has 'when' and a value, one of them 'default'")},
     {"DefaultWithAValue", "union u choice 0 2 {\n    a : one when 1 default\n}\n",

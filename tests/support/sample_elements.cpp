@@ -39,6 +39,7 @@ Outcome DecodeFormat(iecodec::DecodeContext& context, const iecodec::ValueRow& /
     }
     Cell* members = bits::StructCells(context.arena, chosen, 2);
     members[0].number = context.reader.Read(position + 1, 3);
+    members[0].present = members[0].number != 0;
     DecodeItems(context, members[1], kSteps, position + 4, 2);
     return kBits;
 }

@@ -362,6 +362,18 @@ TEST(CsnRecord, RecordThatWasNeverFilledIsWrittenAsDefaults) {
     EXPECT_EQ(subject.Encode(), "0000");
 }
 
+TEST(CsnRecord, AStringThatTheRunEndsInHasNoBitsAndNoPlace) {
+    StringSubject subject(64);
+    EXPECT_EQ(subject.Decode("00000101 11111"), 13);
+    EXPECT_EQ(subject.Member(1).number, 5U);
+    EXPECT_EQ(subject.Member(1).location, 8U << 16 | 5U);
+    subject.cell = {};
+    EXPECT_EQ(subject.Decode("00000101 1111"), -1);
+    EXPECT_EQ(subject.Member(0).number, 5U);
+    EXPECT_EQ(subject.Member(1).number, 0U);
+    EXPECT_EQ(subject.Member(1).location, 0U);
+}
+
 TEST(CsnRecord, FullRecordListIsStoredAsFarAsItGoes) {
     // The 256th record opens a string, and nothing tells where it ends.
     Subject subject(2, {Nothing(), Integers(0, 1, 200), Binary(1, 64, true)});
@@ -382,6 +394,7 @@ TEST(CsnRecord, FullRecordListIsStoredAsFarAsItGoes) {
     EXPECT_EQ(subject.Member(0).number, 127U);
     EXPECT_TRUE(subject.Member(1).present);
     EXPECT_EQ(subject.Member(1).number, 0U);
+    EXPECT_EQ(subject.Member(1).location, 0U);
 }
 
 TEST(CsnRecord, WriterWithoutRoomSaysSo) {

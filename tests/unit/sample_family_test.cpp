@@ -263,6 +263,8 @@ TEST(InlineAlternatives, DecodeAndEncode) {
               "      3\n"
               "    ]\n"
               "  }\n");
+    EXPECT_EQ(format.ThereAndBack("8B"), "8B");
+    EXPECT_EQ(format.Text().substr(0, 27), "Pairs: {\n    Base: MISSING\n");
 }
 
 TEST(InlineAlternatives, AreNoNamedTypes) {
