@@ -160,11 +160,11 @@ class Emitter {
     void Codec() {
         Table formats("IeFormatRow", "kFormats");
         for (const auto& row : model_.formats) {
-            formats.Row(row.tag, row.mask, row.size);
+            formats.Row(row.iei, row.mask, row.size);
         }
         Table orders("IeOrderRow", "kOrders");
         for (const auto& row : model_.orders) {
-            orders.Row(row.value, row.mask, row.kind);
+            orders.Row(row.iei, row.mask, row.kind);
         }
         out_ << formats << orders;
         Fields();
@@ -205,7 +205,7 @@ class Emitter {
     void Fields() {
         Table fields("FieldRow", "kFields");
         for (const auto& row : model_.fields) {
-            fields.Row(row.name, row.format, row.presence, row.tag, row.element, row.value,
+            fields.Row(row.name, row.format, row.presence, row.iei, row.element, row.value,
                        row.width, row.leastOctets, std::uint32_t{row.mostOctets}, row.order,
                        row.unchecked, row.conditionElement, row.conditionMember, row.conditionMask,
                        row.conditionValue, row.encodeNumber, row.sizeNumber, row.valueNumber,

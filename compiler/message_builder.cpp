@@ -143,10 +143,10 @@ FieldRow MessageBuilder::FieldOf(const MessageSyntax& message, const FieldSyntax
     } else {
         row.mostOctets = 0xFFFF;
     }
-    row.tag = static_cast<std::uint8_t>(field.tag ? field.tag->value : 0);  // of two digits
-    row.presence = field.condition                                 ? Presence::kConditional
-                   : info.identifierWidth != 0 && !field.mandatory ? Presence::kOptional
-                                                                   : Presence::kMandatory;
+    row.iei = static_cast<std::uint8_t>(field.iei ? field.iei->value : 0);  // of two digits
+    row.presence = field.condition                          ? Presence::kConditional
+                   : info.ieiWidth != 0 && !field.mandatory ? Presence::kOptional
+                                                            : Presence::kMandatory;
     const bool sized = info.lengthWidth == 0 && row.leastOctets == row.mostOctets;
     row.width = static_cast<std::uint16_t>(field.half ? 4 : sized ? 8 * row.leastOctets : 0);
     const bool spare =
@@ -177,7 +177,7 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
     if (refuse(found == above.end(), name + " is no field above this one")) {
         return;
     }
-    refuse(InfoOf(row.format).identifierWidth != 0,
+    refuse(InfoOf(row.format).ieiWidth != 0,
            "a field with an identifier is there if its identifier is");
     refuse(field.half, "half octets are always there; a condition goes with whole octets");
     const auto back = static_cast<std::size_t>(above.end() - found);
@@ -226,14 +226,14 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
     const auto refuse = [&](bool wrong, const std::string& text) {
         reporter_.ErrorIf(wrong, field.name.place, text);
     };
-    const bool identified = info.identifierWidth != 0;
+    const bool identified = info.ieiWidth != 0;
     const bool hasWidth = info.valueEnd == ValueEnd::kWidth;
     const bool hasLength = info.valueEnd == ValueEnd::kLength;
-    refuse(!identified && field.tag,
+    refuse(!identified && field.iei,
            "the format of " + name + " has no identifier; TV, TLV, TLV-E and T have one");
-    refuse(identified && !field.tag, name + " needs its identifier in front of the format");
-    refuse(field.mandatory && !field.tag, "a field without an identifier is mandatory as it is");
-    refuse(field.halfTag != (field.half && field.tag),
+    refuse(identified && !field.iei, name + " needs its identifier in front of the format");
+    refuse(field.mandatory && !field.iei, "a field without an identifier is mandatory as it is");
+    refuse(field.halfIei != (field.half && field.iei),
            "an identifier of half an octet goes with a value of half an octet: '9- TV half'");
     refuse(hasWidth && !field.half && !(field.least && field.least->value == field.most->value),
            "the size of " + name + " is missing: a number of octets, or 'half'");
@@ -272,13 +272,13 @@ void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
 /// An identifier that stands again in a message is meant to: 'again' says so.
 void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
     for (const FieldSyntax& field : message.fields) {
-        const Span place = field.tag ? field.tag->place : field.name.place;
+        const Span place = field.iei ? field.iei->place : field.name.place;
         bool isNew = true;
         for (const FieldSyntax* other = message.fields.data(); other != &field; ++other) {
-            const bool sameForm = other->halfTag == field.halfTag;
+            const bool sameForm = other->halfIei == field.halfIei;
             const bool alike =
-                field.tag && other->tag &&
-                ((field.tag->value ^ other->tag->value) & (sameForm ? 0xFF : 0xF0)) == 0;
+                field.iei && other->iei &&
+                ((field.iei->value ^ other->iei->value) & (sameForm ? 0xFF : 0xF0)) == 0;
             isNew = isNew && !(alike && sameForm);
             reporter_.ErrorIf(alike && !sameForm, place,
                               "the identifiers of '" + other->name.text + "' and '" +
@@ -318,11 +318,11 @@ void MessageBuilder::AddOrderRows(std::size_t firstField) {
     }
     for (auto row = begin; row != model_.fields.end(); ++row) {
         row->order = static_cast<std::uint16_t>(model_.orders.size());
-        if (const std::int32_t width = InfoOf(row->format).identifierWidth; width != 0) {
+        if (const std::int32_t width = InfoOf(row->format).ieiWidth; width != 0) {
             model_.orders.push_back(
-                {row->tag, static_cast<std::uint8_t>(0xFFU << (8 - width)), IeOrderRow::kTagged});
+                {row->iei, static_cast<std::uint8_t>(0xFFU << (8 - width)), IeOrderRow::kWithIei});
         } else {
-            model_.orders.push_back({0, 0, IeOrderRow::kUntagged});
+            model_.orders.push_back({0, 0, IeOrderRow::kWithoutIei});
         }
     }
     model_.orders.push_back({0, 0, IeOrderRow::kEnd});
@@ -374,7 +374,7 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
         CheckLimits(syntax, field);
         model_.fields.push_back(FieldOf(syntax, field, *type, static_cast<std::uint16_t>(element)));
         CheckFit(field, model_.fields.back());
-        if (field.tag && InfoOf(field.format).identifierWidth != 0) {
+        if (field.iei && InfoOf(field.format).ieiWidth != 0) {
             skipTable_.Note(field, model_.fields.back());
         }
         ++element;
@@ -507,7 +507,7 @@ void MessageBuilder::NumberDiagnostics() {
     const auto number = [&next] { return static_cast<std::uint16_t>(next++); };
     for (FieldRow& field : model_.fields) {
         field.encodeNumber = number();
-        if (InfoOf(field.format).identifierWidth != 0) {
+        if (InfoOf(field.format).ieiWidth != 0) {
             number();  // the search, which reports nothing
         }
         if (InfoOf(field.format).lengthWidth != 0) {

@@ -1,7 +1,7 @@
 #pragma once
 
 // The types of a family as the compiler resolves them: what the catalogue will hold. Both front
-// ends, that of the tag-length-value descriptions and that of CSN.1, build these.
+// ends, that of the type-length-value descriptions and that of CSN.1, build these.
 
 #include <cstdint>
 #include <deque>

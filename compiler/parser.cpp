@@ -190,8 +190,8 @@ class Parser : private TypeParser {
                                                  "bits of an element, identifier included"});
             }
             tokens_.Expect(":");
-            for (const WideNumber& tag : ParseHexadecimals("an identifier of two digits")) {
-                row.tag = tag;
+            for (const WideNumber& iei : ParseHexadecimals("an identifier of two digits")) {
+                row.iei = iei;
                 family_.skipRows.push_back(row);
             }
         });
@@ -267,7 +267,7 @@ class Parser : private TypeParser {
         FieldSyntax field;
         field.name = tokens_.ExpectName("a field's name");
         if (tokens_.AtWord() && !FormatHere()) {
-            ParseTag(field);
+            ParseIei(field);
         }
         ParseFormat(field);
         field.unchecked = tokens_.Accept("unchecked");
@@ -294,18 +294,18 @@ class Parser : private TypeParser {
         return field;
     }
 
-    void ParseTag(FieldSyntax& field) {
-        const Token tag = tokens_.Peek();
-        field.tag = tokens_.ExpectHexadecimal("an identifier of two digits, or of one and '-',");
-        field.halfTag = tokens_.Accept("-");
-        if (tag.text.size() != (field.halfTag ? 1U : 2U)) {
-            tokens_.Fail(tag.place,
+    void ParseIei(FieldSyntax& field) {
+        const Token iei = tokens_.Peek();
+        field.iei = tokens_.ExpectHexadecimal("an identifier of two digits, or of one and '-',");
+        field.halfIei = tokens_.Accept("-");
+        if (iei.text.size() != (field.halfIei ? 1U : 2U)) {
+            tokens_.Fail(iei.place,
                          "an identifier has two hexadecimal digits, or one with '-' behind it");
         }
-        if (field.halfTag) {
-            field.tag->value = field.tag->value << 4 & 0xFFU;
+        if (field.halfIei) {
+            field.iei->value = field.iei->value << 4 & 0xFFU;
         }
-        if (tokens_.Peek().place.begin == tag.place.begin) {
+        if (tokens_.Peek().place.begin == iei.place.begin) {
             tokens_.Next();
         }
     }

@@ -5,8 +5,8 @@ namespace {
 
 using iecodec::IeFormatRow;
 
-IeFormatRow RowOf(std::uint8_t tag, bool half, std::int32_t size) {
-    return {tag, static_cast<std::uint8_t>(half ? 0xF0 : 0xFF), size};
+IeFormatRow RowOf(std::uint8_t iei, bool half, std::int32_t size) {
+    return {iei, static_cast<std::uint8_t>(half ? 0xF0 : 0xFF), size};
 }
 
 bool Same(const IeFormatRow& a, const IeFormatRow& b) {
@@ -17,26 +17,26 @@ bool Same(const IeFormatRow& a, const IeFormatRow& b) {
 
 void SkipTable::Note(const FieldSyntax& field, const iecodec::FieldRow& row) {
     const iecodec::FieldFormatInfo info = InfoOf(row.format);
-    const std::int32_t whole = info.identifierWidth + row.width;
+    const std::int32_t whole = info.ieiWidth + row.width;
     const IeFormatRow format =
-        RowOf(row.tag, field.halfTag, info.lengthWidth != 0 ? -info.lengthWidth : whole);
-    const auto [entry, isNew] = entries_.emplace(row.tag, Entry{format, &field, nullptr, false});
+        RowOf(row.iei, field.halfIei, info.lengthWidth != 0 ? -info.lengthWidth : whole);
+    const auto [entry, isNew] = entries_.emplace(row.iei, Entry{format, &field, nullptr, false});
     if (!isNew && !Same(entry->second.row, format)) {
         entry->second.other = &field;
     }
 }
 
 void SkipTable::State(const SkipRowSyntax& syntax) {
-    const auto tag = Narrow<std::uint8_t>(reporter_, syntax.tag, {0, 0xFF, "of an identifier"});
-    reporter_.ErrorIf(syntax.half && (tag & 0x0F) != 0, syntax.tag.place,
+    const auto iei = Narrow<std::uint8_t>(reporter_, syntax.iei, {0, 0xFF, "of an identifier"});
+    reporter_.ErrorIf(syntax.half && (iei & 0x0F) != 0, syntax.iei.place,
                       "the identifier of a half-octet row ends in 0");
-    const IeFormatRow row = RowOf(tag, syntax.half, syntax.size);
-    Entry& entry = entries_[tag];
+    const IeFormatRow row = RowOf(iei, syntax.half, syntax.size);
+    Entry& entry = entries_[iei];
     if (entry.stated) {
-        reporter_.Error(syntax.tag.place, "the identifier stands in the skip table already");
+        reporter_.Error(syntax.iei.place, "the identifier stands in the skip table already");
     } else if (entry.field == nullptr ? row.size == 0
                                       : entry.other == nullptr && Same(entry.row, row)) {
-        reporter_.Error(syntax.tag.place,
+        reporter_.Error(syntax.iei.place,
                         "this follows from the messages; only what differs is stated");
     }
     entry.row = row;
@@ -48,11 +48,11 @@ void SkipTable::Build(const std::vector<SkipRowSyntax>& stated, std::vector<IeFo
         State(row);
     }
     const auto report = [&](const FieldSyntax& at, const FieldSyntax& other) {
-        reporter_.Error(at.tag->place, "'" + other.name.text +
+        reporter_.Error(at.iei->place, "'" + other.name.text +
                                            "' has this identifier with another format; state in "
                                            "'skip' which of them passes over it");
     };
-    for (const auto& [tag, entry] : entries_) {
+    for (const auto& [iei, entry] : entries_) {
         if (entry.other != nullptr && !entry.stated) {
             report(*entry.field, *entry.other);
             report(*entry.other, *entry.field);

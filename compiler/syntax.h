@@ -120,8 +120,8 @@ struct FieldSyntax {
     };
 
     Name name;
-    std::optional<WideNumber> tag;  // 8-bit form
-    bool halfTag = false;
+    std::optional<WideNumber> iei;  // 8-bit form
+    bool halfIei = false;
     Format format = Format::kV;  // half octets are paired later
     bool half = false;
     std::optional<WideNumber> least;  // octets
@@ -176,7 +176,7 @@ struct SetSyntax {
 };
 
 struct SkipRowSyntax {
-    WideNumber tag;
+    WideNumber iei;
     bool half = false;
     std::int32_t size = 0;  // as in IeFormatRow; 0: the identifier has no row
 };

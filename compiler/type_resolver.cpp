@@ -224,10 +224,10 @@ void TypeResolver::DeclareMessage(const MessageSyntax& syntax,
                   Build(item->type, syntax.name.text + "_" + item->name.text, item->bits), false);
     }
     for (const FieldSyntax& field : syntax.fields) {
-        const bool untagged = !field.tag && !field.condition;
+        const bool optional = !field.mandatory && (field.iei || field.condition);
         AddMember(*type, field.name,
                   Build(field.type, syntax.name.text + "_" + field.name.text, field.WireBits()),
-                  !untagged && !field.mandatory);
+                  optional);
     }
     Declare(syntax.name, type);
 }

@@ -97,8 +97,8 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
     }
 }
 
-/// Whether the field, written, would be taken for an earlier one that is absent: the tag is that
-/// one's too, and nothing present stands between the two.
+/// Whether the field, written, would be taken for an earlier one that is absent: the identifier is
+/// that one's too, and nothing present stands between the two.
 bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const FieldRow& field,
                                   const Cell* cells) const {
     const auto fields = tables.fields.subspan(message.firstField, message.fieldCount);
@@ -107,8 +107,8 @@ bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const Fiel
         if (earlier.presence == Presence::kMandatory || cells[earlier.element].present) {
             return false;
         }
-        const std::int32_t width = InfoOf(earlier.format).identifierWidth;
-        if (width != 0 && (field.tag ^ earlier.tag) >> (8 - width) == 0) {
+        const std::int32_t width = InfoOf(earlier.format).ieiWidth;
+        if (width != 0 && (field.iei ^ earlier.iei) >> (8 - width) == 0) {
             return true;
         }
     }

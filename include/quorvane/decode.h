@@ -106,9 +106,9 @@ struct Result {
 ///
 /// Decoders read an element before they test it against the message's end. The farthest look, in
 /// octets: a nested message of at most 598 with its length field of 2, announced where the message
-/// ends; a traffic flow template with tag and length of 2, announced where the nested message
-/// ends; and in that, whatever its length says, 1 and then 8 filters of 3 with 7 components of
-/// 1 + 32 each. That makes 2475, rounded up to the next power of two.
+/// ends; a traffic flow template with identifier and length of 2, announced where the nested
+/// message ends; and in that, whatever its length says, 1 and then 8 filters of 3 with 7 components
+/// of 1 + 32 each. That makes 2475, rounded up to the next power of two.
 inline constexpr std::size_t kReadAhead = 4096;
 static_assert((2 + 598) + 2 + 1 + 8 * (3 + 7 * (1 + 32)) <= kReadAhead);
 

@@ -6,10 +6,10 @@ namespace {
 /// Whether a field that may come from here on claims the octet.
 bool IsClaimed(std::uint8_t octet, const IeOrderRow* order) {
     for (; order->kind != IeOrderRow::kEnd; ++order) {
-        if ((octet & order->mask) == order->value) {
+        if ((octet & order->mask) == order->iei) {
             return true;
         }
-        if (order->kind == IeOrderRow::kUntagged) {
+        if (order->kind == IeOrderRow::kWithoutIei) {
             return false;
         }
     }
@@ -24,10 +24,10 @@ const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRo
     while (low <= high) {
         const std::ptrdiff_t middle = (low + high) / 2;
         const IeFormatRow& row = formats[static_cast<std::size_t>(middle)];
-        if ((octet & row.mask) == row.tag) {
+        if ((octet & row.mask) == row.iei) {
             return &row;
         }
-        if (octet < row.tag) {
+        if (octet < row.iei) {
             high = middle - 1;
         } else {
             low = middle + 1;
@@ -51,16 +51,16 @@ bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
     return true;
 }
 
-IeSearch FindIe(std::uint8_t tag, std::int32_t tagWidth, const bits::BitReader& reader,
+IeSearch FindIe(std::uint8_t iei, std::int32_t ieiWidth, const bits::BitReader& reader,
                 std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
                 const IeOrderRow* order) {
-    while (end - cursor >= tagWidth) {
-        const std::uint32_t found = reader.Read(cursor, tagWidth);
-        if (found == tag) {
+    while (end - cursor >= ieiWidth) {
+        const std::uint32_t found = reader.Read(cursor, ieiWidth);
+        if (found == iei) {
             return IeSearch::kFound;
         }
         const auto octet =
-            static_cast<std::uint8_t>(tagWidth == 8 ? found : reader.ReadOctet(cursor));
+            static_cast<std::uint8_t>(ieiWidth == 8 ? found : reader.ReadOctet(cursor));
         if (order != nullptr && IsClaimed(octet, order)) {
             return IeSearch::kAbsent;
         }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The search for a tagged information element, and the way past those that stand before it.
+// The search for an information element, and the way past those that stand before it.
 //
 // Tests: tests/unit/ie_search_test.cpp.
 
@@ -13,7 +13,7 @@
 namespace quorvane::iecodec {
 
 /// The row that the octet matches, or null. The search halves the table and compares the octet
-/// with tags unmasked: a row whose mask leaves bits open is found only where it is probed.
+/// with identifiers unmasked: a row whose mask leaves bits open is found only where it is probed.
 const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRow> formats);
 
 /// Moves the cursor over the element at it. Returns false, the cursor unmoved, if the element
@@ -23,15 +23,15 @@ bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
 
 /// What a search came to.
 enum class IeSearch : std::uint8_t {
-    kFound,    // the cursor is on the element's tag
+    kFound,    // the cursor is on the element's identifier
     kAbsent,   // it isn't there
     kBlocked,  // an element stands in the way that cannot be skipped
 };
 
-/// Looks for the element `tag` of `tagWidth` bits (8, or 4 for a half-octet identifier, whose tag
-/// stands in the low half of `tag`) between the cursor and `end`. `order` is the field's own order
+/// Looks for the element with the identifier `iei` between the cursor and `end`. The identifier has
+/// `ieiWidth` bits: 8, or 4, which are then the low half of `iei`. `order` is the field's own order
 /// row with those behind it, up to the end row; null for a mandatory field.
-[[nodiscard]] IeSearch FindIe(std::uint8_t tag, std::int32_t tagWidth,
+[[nodiscard]] IeSearch FindIe(std::uint8_t iei, std::int32_t ieiWidth,
                               const bits::BitReader& reader, std::int64_t& cursor, std::int64_t end,
                               std::span<const IeFormatRow> formats, const IeOrderRow* order);
 

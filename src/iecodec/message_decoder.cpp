@@ -38,8 +38,8 @@ class BodyDecoder {
 
   private:
     Outcome DecodeField(const FieldRow& field) {
-        if (InfoOf(field.format).identifierWidth != 0) {
-            return DecodeTagged(field);
+        if (InfoOf(field.format).ieiWidth != 0) {
+            return DecodeWithIei(field);
         }
         if (field.presence == Presence::kConditional) {
             if (!ConditionHolds(field, cells_)) {
@@ -47,10 +47,10 @@ class BodyDecoder {
             }
             cells_[field.element].present = true;
         }
-        return DecodeBehindTag(field);
+        return DecodeBehindIei(field);
     }
 
-    Outcome DecodeBehindTag(const FieldRow& field) {
+    Outcome DecodeBehindIei(const FieldRow& field) {
         switch (field.format) {
             case Format::kHalfLow:
                 return DecodeHalf(field, cursor_ + 4);
@@ -137,13 +137,13 @@ class BodyDecoder {
         return kMandatoryError;
     }
 
-    Outcome DecodeTagged(const FieldRow& field) {
+    Outcome DecodeWithIei(const FieldRow& field) {
         const bool optional = field.presence == Presence::kOptional;
-        const std::int32_t width = InfoOf(field.format).identifierWidth;
-        const auto tag = static_cast<std::uint8_t>(field.tag >> (8 - width));
+        const std::int32_t width = InfoOf(field.format).ieiWidth;
+        const auto iei = static_cast<std::uint8_t>(field.iei >> (8 - width));
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
         const IeSearch found =
-            FindIe(tag, width, context_.reader, cursor_, end_, context_.tables.formats, order);
+            FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order);
         if (found == IeSearch::kBlocked) {
             return kUnknownIei;
         }
@@ -152,7 +152,7 @@ class BodyDecoder {
         }
         cells_[field.element].present = optional;
         cursor_ += width;
-        return DecodeBehindTag(field);
+        return DecodeBehindIei(field);
     }
 
     DecodeContext& context_;

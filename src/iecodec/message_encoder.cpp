@@ -85,11 +85,11 @@ class BodyEncoder {
   private:
     bool EncodeField(const FieldRow& field, const Cell& cell) {
         const FieldFormatInfo& info = InfoOf(field.format);
-        if (info.identifierWidth != 0) {
-            context_.writer.Write(
-                cursor_, static_cast<std::uint32_t>(field.tag) >> (8 - info.identifierWidth),
-                info.identifierWidth);
-            cursor_ += info.identifierWidth;
+        if (info.ieiWidth != 0) {
+            context_.writer.Write(cursor_,
+                                  static_cast<std::uint32_t>(field.iei) >> (8 - info.ieiWidth),
+                                  info.ieiWidth);
+            cursor_ += info.ieiWidth;
         }
         switch (field.format) {
             case Format::kHalfLow:

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tag-length-value codec knows of a message family, as constant tables. The description
+// What the type-length-value codec knows of a message family, as constant tables. The description
 // compiler writes them; message_decoder, value_decoder and their encoding twins run them. A row
 // refers to rows of other tables by index. All lengths are in bits unless a name says octets.
 
@@ -22,17 +22,17 @@ struct ValueRow;
 /// "No row" of a table, "no member" of a record.
 inline constexpr std::uint16_t kNone = 0xFFFF;
 
-/// A row of a family's skip table, sorted by tag: how an information element that a message has no
-/// field for is passed over.
+/// A row of a family's skip table, sorted by identifier: how an information element that a message
+/// has no field for is passed over.
 struct IeFormatRow {
-    std::uint8_t tag;   // bits outside the mask are 0
+    std::uint8_t iei;   // bits outside the mask are 0
     std::uint8_t mask;  // 0xFF, or 0xF0 for a half-octet identifier
-    std::int32_t size;  // > 0: the whole element, tag included; < 0: minus the width of the length
-                        // field behind the tag; 0: cannot be skipped
+    std::int32_t size;  // > 0: the whole element, identifier included; < 0: minus the width of the
+                        // length field behind the identifier; 0: cannot be skipped
 };
 
-QUORVANE_NAMED_ENUM(IeOrderKind, kTagged,
-                    kUntagged,  // mandatory, value and mask 0: whatever stands there belongs to it
+QUORVANE_NAMED_ENUM(IeOrderKind, kWithIei,
+                    kWithoutIei,  // mandatory, iei and mask 0: whatever stands there belongs to it
                     kEnd)
 
 /// A row of a message's order table: what may still come while an optional field is looked for.
@@ -40,7 +40,7 @@ struct IeOrderRow {
     using Kind = IeOrderKind;
     using enum IeOrderKind;
 
-    std::uint8_t value;  // the identifier in 8-bit form
+    std::uint8_t iei;  // 8-bit form
     std::uint8_t mask;
     Kind kind;
 };
@@ -71,8 +71,8 @@ QUORVANE_NAMED_ENUM(FieldFormat, QUORVANE_FIELD_FORMATS(QUORVANE_FORMAT_NAME))
 struct FieldFormatInfo {
     enum class ValueEnd : std::uint8_t { kNoValue, kWidth, kLength, kMessageEnd };
 
-    std::int32_t identifierWidth;  // 0: it has none
-    std::int32_t lengthWidth;      // 0: it has none
+    std::int32_t ieiWidth;     // 0: it has none
+    std::int32_t lengthWidth;  // 0: it has none
     ValueEnd valueEnd;
 };
 
@@ -97,7 +97,7 @@ struct FieldRow {
     std::string_view name;
     Format format;
     Presence presence;
-    std::uint8_t tag;           // 8-bit form
+    std::uint8_t iei;           // 8-bit form
     std::uint16_t element;      // member of the message's record
     std::uint16_t value;        // ValueRow; kNone: a spare half octet or a mark, nothing is stored
     std::uint16_t width;        // formats without a length field

@@ -133,7 +133,7 @@ TEST(Families, SortTheirSkipTables) {
     for (const Family* family : AllFamilies()) {
         const auto& formats = family->codec.formats;
         EXPECT_TRUE(std::is_sorted(formats.begin(), formats.end(),
-                                   [](const auto& a, const auto& b) { return a.tag < b.tag; }))
+                                   [](const auto& a, const auto& b) { return a.iei < b.iei; }))
             << family->name;
     }
 }

@@ -23,8 +23,8 @@ struct Search {
           reader(octets.data(), static_cast<std::int64_t>(octets.size())),
           end(8 * static_cast<std::int64_t>(octets.size())) {}
 
-    IeSearch Find(std::uint8_t tag, std::int32_t width, const IeOrderRow* order) {
-        return FindIe(tag, width, reader, cursor, end, kFormats, order);
+    IeSearch Find(std::uint8_t iei, std::int32_t width, const IeOrderRow* order) {
+        return FindIe(iei, width, reader, cursor, end, kFormats, order);
     }
 
     std::vector<std::uint8_t> octets;
@@ -33,9 +33,9 @@ struct Search {
     std::int64_t end;
 };
 
-constexpr std::array<IeOrderRow, 4> kOrder{{{0x11, 0xFF, IeOrderRow::kTagged},
-                                            {0x90, 0xF0, IeOrderRow::kTagged},
-                                            {0x23, 0xFF, IeOrderRow::kTagged},
+constexpr std::array<IeOrderRow, 4> kOrder{{{0x11, 0xFF, IeOrderRow::kWithIei},
+                                            {0x90, 0xF0, IeOrderRow::kWithIei},
+                                            {0x23, 0xFF, IeOrderRow::kWithIei},
                                             {0, 0, IeOrderRow::kEnd}}};
 
 TEST(LookupIeFormat, FindsFullAndHalfOctetRows) {
@@ -47,7 +47,7 @@ TEST(LookupIeFormat, FindsFullAndHalfOctetRows) {
     EXPECT_EQ(LookupIeFormat(0x11, {}), nullptr);
 }
 
-TEST(LookupIeFormat, ComparesTagsUnmaskedOnItsWay) {
+TEST(LookupIeFormat, ComparesIdentifiersUnmaskedOnItsWay) {
     // Probes 78, 8C, then right: the half-octet row 80 is never probed for 8D to 8F.
     EXPECT_EQ(LookupIeFormat(0x8C, kFormats), &kFormats[5]);
     EXPECT_EQ(LookupIeFormat(0x8B, kFormats), &kFormats[4]);
@@ -88,7 +88,7 @@ TEST(SkipIe, LeavesTheCursorAtWhatItCannotSkip) {
     EXPECT_EQ(sizeZero.cursor, 0);
 }
 
-TEST(FindIe, FindsTheTagAtTheCursor) {
+TEST(FindIe, FindsTheIdentifierAtTheCursor) {
     Search search({0x11, 0x00});
     EXPECT_EQ(search.Find(0x11, 8, kOrder.data()), IeSearch::kFound);
     EXPECT_EQ(search.cursor, 0);
@@ -126,10 +126,10 @@ TEST(FindIe, SkipsEverythingForAMandatoryField) {
     EXPECT_EQ(search.cursor, 24);
 }
 
-TEST(FindIe, StopsAtAnUntaggedFieldAhead) {
-    constexpr std::array<IeOrderRow, 4> order{{{0x11, 0xFF, IeOrderRow::kTagged},
-                                               {0, 0, IeOrderRow::kUntagged},
-                                               {0x17, 0xFF, IeOrderRow::kTagged},
+TEST(FindIe, StopsAtAFieldWithoutIdentifierAhead) {
+    constexpr std::array<IeOrderRow, 4> order{{{0x11, 0xFF, IeOrderRow::kWithIei},
+                                               {0, 0, IeOrderRow::kWithoutIei},
+                                               {0x17, 0xFF, IeOrderRow::kWithIei},
                                                {0, 0, IeOrderRow::kEnd}}};
     Search search({0x55, 0x11});
     EXPECT_EQ(search.Find(0x11, 8, order.data()), IeSearch::kAbsent);
@@ -143,7 +143,7 @@ TEST(FindIe, NotesThatSkippingPassedTheEnd) {
     EXPECT_EQ(mandatory.Find(0x23, 8, nullptr), IeSearch::kAbsent);
 }
 
-TEST(FindIe, ReadsTheWholeOctetBehindAHalfOctetTag) {
+TEST(FindIe, ReadsTheWholeOctetBehindAHalfOctetIdentifier) {
     // Looking for 9-, a 17 stands in the way and is skipped by its own row.
     Search search({0x17, 0x00, 0x95});
     EXPECT_EQ(search.Find(0x9, 4, &kOrder[1]), IeSearch::kFound);

@@ -185,7 +185,7 @@ TEST(MandatoryField, ALengthPastTheEndIsDecodedAndThenRefused) {
     EXPECT_EQ(messages.Member("AuthenticationResponseParameter").octets[2], 0x00);
 }
 
-TEST(MandatoryField, BehindATagIsSearchedFor) {
+TEST(MandatoryField, BehindAnIdentifierIsSearchedFor) {
     SetUnderTest calls = L3Up();
     EXPECT_EQ(calls.Decode("03 35"), kMessageTooShort);
     EXPECT_EQ(calls.Decode("03 35 1C 01 00"), kMessageTooShort);
@@ -229,7 +229,7 @@ TEST(OptionalField, WhoseLengthIsTheLastOctetIsDroppedWithoutAnError) {
               "<ERRID:*> Message too short decoding subfield AccessPointName\n");
     EXPECT_FALSE(messages.Member("AccessPointName").present);
     EXPECT_EQ(messages.Member("AccessPointName").number, 40U);
-    // The tag alone: the length, and with it the value, comes from behind the end.
+    // The identifier alone: the length, and with it the value, comes from behind the end.
     EXPECT_EQ(messages.Decode("02 01 D0 31 28 05", 40), 40);
     EXPECT_FALSE(messages.Member("AccessPointName").present);
 }
@@ -286,7 +286,7 @@ TEST(OptionalField, OfHalfAnOctetHasItsValueInTheLowHalf) {
     EXPECT_EQ(messages.Member("ESMInformationTransferFlag").location, 36U << 16 | 4U);
 }
 
-TEST(OptionalField, OfTheTagAloneIsThere) {
+TEST(OptionalField, OfTheIdentifierAloneIsThere) {
     SetUnderTest calls = L3Up();
     EXPECT_EQ(calls.Decode("03 05 04 01 A0 5E 03 81 21 F3 A1"), 88);
     EXPECT_TRUE(calls.Member("ClirSuppression").present);
@@ -336,12 +336,12 @@ TEST(OptionalField, OfAFixedStructureNeedsItsExactLength) {
     values[1].width = 16;
     const std::array<PartRow, 1> parts{{{PartRow::Kind::kInteger, 0, 0, 16, 1}}};
     const std::array<IeOrderRow, 2> orders{
-        {{0x20, 0xFF, IeOrderRow::kTagged}, {0, 0, IeOrderRow::kEnd}}};
+        {{0x20, 0xFF, IeOrderRow::kWithIei}, {0, 0, IeOrderRow::kEnd}}};
     FieldRow field{};
     field.name = "Pair";
     field.format = FieldRow::Format::kTlv;
     field.presence = FieldRow::Presence::kOptional;
-    field.tag = 0x20;
+    field.iei = 0x20;
     field.mostOctets = 0xFFFF;
     field.valueNumber = 9;
     MessageRow message{};

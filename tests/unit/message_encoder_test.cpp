@@ -236,7 +236,7 @@ TEST(EncodeFields, MessagesOfOptionalOnesAloneAreTwoOctets) {
     }
 }
 
-TEST(EncodeFields, OfHalfAnOctetShareItWithTheirTag) {
+TEST(EncodeFields, OfHalfAnOctetShareItWithTheirIdentifier) {
     SetUnderTest up = Eps("SM_Uplink");
     EXPECT_EQ(ThereAndBack(up, "02 01 D0 31 D1"), "02 01 D0 31 D1");
     SetUnderTest calls = L3("L3Uplink");
@@ -244,7 +244,7 @@ TEST(EncodeFields, OfHalfAnOctetShareItWithTheirTag) {
               "05 24 11 03 53 18 81 05 F4 00 00 00 01 87");
 }
 
-TEST(EncodeFields, OfATagAloneAreTheTag) {
+TEST(EncodeFields, OfAnIdentifierAloneAreIt) {
     SetUnderTest calls = L3("L3Uplink");
     EXPECT_EQ(ThereAndBack(calls, "03 05 04 01 A0 5E 03 81 21 F3 A1 A3"),
               "03 05 04 01 A0 5E 03 81 21 F3 A1 A3");
@@ -253,7 +253,7 @@ TEST(EncodeFields, OfATagAloneAreTheTag) {
     EXPECT_EQ(calls.Encode().hex, "03 05 04 01 A0 5E 03 81 21 F3 A2 A3");
 }
 
-TEST(EncodeFields, MandatoryOnesWithATagNeedNoFlag) {
+TEST(EncodeFields, MandatoryOnesWithAnIdentifierNeedNoFlag) {
     SetUnderTest calls = L3("L3Uplink");
     EXPECT_EQ(ThereAndBack(calls, "03 35 2C 31"), "03 35 2C 31");
     calls.Member("KeypadFacility").present = false;
@@ -392,7 +392,7 @@ TEST(RefusedField, EndsTheMessageWithALine) {
     const Written written = up.Encode();
     EXPECT_EQ(written.bits, kSyntaxError);
     EXPECT_EQ(written.diagnostics, "<ERRID:*> Error encoding subfield MobileStationClassmark3\n");
-    // What was written so far stays, here up to the classmark's tag.
+    // What was written so far stays, here up to the classmark's identifier.
     EXPECT_EQ(written.hex.substr(0, 5), "08 01");
     up.Member("MobileStationClassmark3").present = false;
     EXPECT_FALSE(up.Encode().bits.Failed());
@@ -436,7 +436,7 @@ TEST(RefusedField, OfEveryFormatIsToldByItsName) {
         fields[1].format = format;
         fields[1].presence =
             optional ? FieldRow::Presence::kOptional : FieldRow::Presence::kMandatory;
-        fields[1].tag = 0x9A;
+        fields[1].iei = 0x9A;
         fields[1].element = 1;
         fields[1].encodeNumber = 77;
         fields[2] = fields[0];

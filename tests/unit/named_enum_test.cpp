@@ -29,10 +29,10 @@ TEST(NamedEnum, TakesTheNamesOfAList) {
 // TS 24.007, 11.2.1.1: identifiers and length fields of the formats.
 TEST(FieldFormats, KnowTheOctetsInFrontOfTheValue) {
     using iecodec::FieldFormat;
-    EXPECT_EQ(InfoOf(FieldFormat::kLvE).identifierWidth, 0);
+    EXPECT_EQ(InfoOf(FieldFormat::kLvE).ieiWidth, 0);
     EXPECT_EQ(InfoOf(FieldFormat::kLvE).lengthWidth, 16);
-    EXPECT_EQ(InfoOf(FieldFormat::kTvHalf).identifierWidth, 4);
-    EXPECT_EQ(InfoOf(FieldFormat::kTlv).identifierWidth, 8);
+    EXPECT_EQ(InfoOf(FieldFormat::kTvHalf).ieiWidth, 4);
+    EXPECT_EQ(InfoOf(FieldFormat::kTlv).ieiWidth, 8);
     EXPECT_EQ(InfoOf(FieldFormat::kTlv).lengthWidth, 8);
 }
 
