@@ -55,11 +55,11 @@ const ElementModel* NumberOf(const TypeModel& type, std::string_view name) {
 }
 
 /// How many fields a pseudo length counts if the message does not say: those ahead of its first
-/// mark or of the field that takes all that is left.
+/// end check or of the field that takes all that is left.
 std::size_t CountedFields(const MessageSyntax& message) {
     const auto end =
         std::find_if(message.fields.begin(), message.fields.end(), [](const FieldSyntax& field) {
-            return field.format == Format::kMark || field.format == Format::kRest;
+            return field.format == Format::kEndCheck || field.format == Format::kRest;
         });
     return static_cast<std::size_t>(end - message.fields.begin());
 }

@@ -219,9 +219,10 @@ class Parser : private TypeParser {
                 item.kind = Item::kPseudoLength;
                 item.bits = tokens_.ExpectNumber("its width in bits");
             } else {
-                item.kind = tokens_.Accept("late") ? Item::kLateField : Item::kField;
+                const bool afterBody = tokens_.Accept("after") && tokens_.Expect("body");
+                item.kind = afterBody ? Item::kFieldAfterBody : Item::kField;
                 item.name = tokens_.ExpectName(
-                    "a member, '=', 'type', 'pseudo length', 'late' or 'record'");
+                    "a member, '=', 'type', 'pseudo length', 'after body' or 'record'");
                 item.kind = tokens_.Accept("extended") ? Item::kExtendedIdentifier : item.kind;
                 item.bits = tokens_.ExpectNumber("its width in bits");
                 tokens_.Expect(":");

@@ -47,7 +47,7 @@ bool Fits(const iecodec::FieldRow& field, std::int64_t bits) {
         case Format::kHalfHigh:
         case Format::kTvHalf:
         case Format::kT:
-        case Format::kMark:
+        case Format::kEndCheck:
             break;
     }
     return true;

@@ -72,7 +72,7 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
          tables.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)) {
         switch (item.kind) {
             case Kind::kField:
-            case Kind::kLateField: {
+            case Kind::kFieldAfterBody: {
                 std::uint32_t value = Bits(item.width);
                 if (offset + item.width <= 8) {
                     const std::int32_t shift = 16 - offset - item.width;

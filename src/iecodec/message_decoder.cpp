@@ -64,7 +64,7 @@ class BodyDecoder {
             case Format::kRest:
                 return DecodeContents(field, end_ - cursor_);
             case Format::kT:
-            case Format::kMark:
+            case Format::kEndCheck:
                 return CheckEnd(field);
             case Format::kV:
             case Format::kTv:
@@ -195,7 +195,7 @@ class HeaderDecoder {
                         cursor = PastIdentifierExtension(context_.reader, cursor);
                     }
                     break;
-                case HeaderItemKind::kLateField:  // see ReadLateFields
+                case HeaderItemKind::kFieldAfterBody:  // see ReadFieldsAfterBody
                 case HeaderItemKind::kConstant:
                 case HeaderItemKind::kPseudoLength:
                     break;
@@ -206,10 +206,10 @@ class HeaderDecoder {
     }
 
     /// Stores the fields that wait for a body without a failure.
-    void ReadLateFields() {
+    void ReadFieldsAfterBody() {
         std::int64_t cursor = start_;
         for (const HeaderItemRow& item : items_) {
-            if (item.kind == HeaderItemRow::Kind::kLateField) {
+            if (item.kind == HeaderItemRow::Kind::kFieldAfterBody) {
                 Store(item, cursor);
             }
             cursor += item.width;
@@ -240,7 +240,7 @@ Outcome DecodeMessage(DecodeContext& context, const MessageRow& message, std::in
     const Outcome result =
         BodyDecoder(context, message, position + width, cells, length - width).Run();
     if (!result.Failed()) {
-        header.ReadLateFields();
+        header.ReadFieldsAfterBody();
     }
     return result.Plus(width);
 }

@@ -24,7 +24,7 @@ std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std
         std::uint32_t value = 0;
         switch (item.kind) {
             case Item::kField:
-            case Item::kLateField:
+            case Item::kFieldAfterBody:
                 value = MemberOf(cell, item.element).number;
                 break;
             case Item::kConstant:
@@ -104,7 +104,7 @@ class BodyEncoder {
             case Format::kTlvE:
                 return EncodeCounted(field, cell, info.lengthWidth);
             case Format::kT:
-            case Format::kMark:
+            case Format::kEndCheck:
                 return true;
             case Format::kV:
             case Format::kTv:

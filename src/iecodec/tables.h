@@ -49,19 +49,19 @@ struct IeOrderRow {
 /// the bits of the identifier and of the length field in front of the value, and what ends the
 /// value.
 // clang-format off
-#define QUORVANE_FIELD_FORMATS(FORMAT)                                                                     \
-    FORMAT(kV,        "V",       0, 0,  kWidth)                                                            \
-    FORMAT(kHalfLow,  "V half",  0, 0,  kWidth)  /* first of two half octets: the low half */              \
-    FORMAT(kHalfHigh, "V half",  0, 0,  kWidth)  /* second of two: the high half */                        \
-    FORMAT(kLv,       "LV",      0, 8,  kLength)                                                           \
-    FORMAT(kLvE,      "LV-E",    0, 16, kLength)                                                           \
-    FORMAT(kTv,       "TV",      8, 0,  kWidth)                                                            \
-    FORMAT(kTvHalf,   "TV half", 4, 0,  kWidth)  /* identifier in the high half octet, value in the low */ \
-    FORMAT(kTlv,      "TLV",     8, 8,  kLength)                                                           \
-    FORMAT(kTlvE,     "TLV-E",   8, 16, kLength)                                                           \
-    FORMAT(kT,        "T",       8, 0,  kNoValue)                                                          \
-    FORMAT(kRest,     "rest",    0, 0,  kMessageEnd)                                                       \
-    FORMAT(kMark,     "mark",    0, 0,  kNoValue)
+#define QUORVANE_FIELD_FORMATS(FORMAT)                                                                      \
+    FORMAT(kV,        "V",        0, 0,  kWidth)                                                            \
+    FORMAT(kHalfLow,  "V half",   0, 0,  kWidth)  /* first of two half octets: the low half */              \
+    FORMAT(kHalfHigh, "V half",   0, 0,  kWidth)  /* second of two: the high half */                        \
+    FORMAT(kLv,       "LV",       0, 8,  kLength)                                                           \
+    FORMAT(kLvE,      "LV-E",     0, 16, kLength)                                                           \
+    FORMAT(kTv,       "TV",       8, 0,  kWidth)                                                            \
+    FORMAT(kTvHalf,   "TV half",  4, 0,  kWidth)  /* identifier in the high half octet, value in the low */ \
+    FORMAT(kTlv,      "TLV",      8, 8,  kLength)                                                           \
+    FORMAT(kTlvE,     "TLV-E",    8, 16, kLength)                                                           \
+    FORMAT(kT,        "T",        8, 0,  kNoValue)                                                          \
+    FORMAT(kRest,     "rest",     0, 0,  kMessageEnd)                                                       \
+    FORMAT(kEndCheck, "endcheck", 0, 0,  kNoValue)
 // clang-format on
 
 #define QUORVANE_FORMAT_NAME(name, word, identifier, length, end) name,
@@ -99,7 +99,7 @@ struct FieldRow {
     Presence presence;
     std::uint8_t iei;           // 8-bit form
     std::uint16_t element;      // member of the message's record
-    std::uint16_t value;        // ValueRow; kNone: a spare half octet or a mark, nothing is stored
+    std::uint16_t value;        // ValueRow; kNone: a spare half octet, an end check: nothing stored
     std::uint16_t width;        // formats without a length field
     std::uint16_t leastOctets;  // limits of a length field
     std::uint16_t mostOctets;
@@ -222,7 +222,7 @@ struct SpecialElement {
 
 QUORVANE_NAMED_ENUM(HeaderItemKind,
                     kField,               // a member of the record
-                    kLateField,           // one that is stored only after a body that did not fail
+                    kFieldAfterBody,      // one that is stored only after a body that did not fail
                     kConstant,            // e.g. the protocol discriminator
                     kMessageType,         // the message's own code
                     kExtendedIdentifier,  // a 3-bit transaction identifier, extended if it is 7

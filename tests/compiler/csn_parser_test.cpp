@@ -16,7 +16,7 @@ std::string Tokens(const std::string& text) {
     const std::uint32_t file = reporter.AddFile("a.csn1", text);
     std::string shown;
     for (const Token& token : Lex(reporter, file, kCsnNotation)) {
-        static const char* const kNames[] = {"word",      "digits", "text",     "mark", "field",
+        static const char* const kNames[] = {"word",      "digits", "text",     "sign", "field",
                                              "reference", "value",  "line end", "end"};
         shown += std::string(shown.empty() ? "" : " ") + kNames[static_cast<int>(token.kind)];
         shown += token.text.empty() ? "" : "(" + token.text + ")";
@@ -26,13 +26,13 @@ std::string Tokens(const std::string& text) {
 
 TEST(CsnLexer, NamesInBracketsAreOneToken) {
     EXPECT_EQ(Tokens("< Global  TFI\n: < 3G/4G-X 1.5 > >"),
-              "field(Global TFI) reference(3G/4G-X 1.5) mark(>) end");
+              "field(Global TFI) reference(3G/4G-X 1.5) sign(>) end");
     EXPECT_EQ(Tokens("<a>::=<b:bit(3)>;"),
-              "reference(a) mark(::=) field(b) word(bit) mark(() digits(3) mark()) mark(>) mark(;) "
+              "reference(a) sign(::=) field(b) word(bit) sign(() digits(3) sign()) sign(>) sign(;) "
               "end");
     EXPECT_EQ(Tokens("< bit (3) & { 0 } > < 00 >"),
-              "mark(<) word(bit) mark(() digits(3) mark()) mark(&) mark({) digits(0) mark(}) "
-              "mark(>) mark(<) digits(00) mark(>) end");
+              "sign(<) word(bit) sign(() digits(3) sign()) sign(&) sign({) digits(0) sign(}) "
+              "sign(>) sign(<) digits(00) sign(>) end");
 }
 
 TEST(CsnLexer, CommentsRunToTheEndOfTheLine) {
@@ -42,15 +42,15 @@ TEST(CsnLexer, CommentsRunToTheEndOfTheLine) {
 
 TEST(CsnLexer, ValuesTakeTheirName) {
     EXPECT_EQ(Tokens("val ( Length of it ) val(N) p(N) val left(x, 24)"),
-              "value(Length of it) value(N) word(p) mark(() word(N) mark()) word(val) word(left) "
-              "mark(() word(x) "
-              "mark(,) digits(24) mark()) end");
+              "value(Length of it) value(N) word(p) sign(() word(N) sign()) word(val) word(left) "
+              "sign(() word(x) "
+              "sign(,) digits(24) sign()) end");
 }
 
-TEST(CsnLexer, Marks) {
+TEST(CsnLexer, Signs) {
     EXPECT_EQ(Tokens("** * // == = ::= : .. ! | - \"a b\""),
-              "mark(**) mark(*) mark(//) mark(==) mark(=) mark(::=) mark(:) mark(..) mark(!) "
-              "mark(|) mark(-) text(a b) end");
+              "sign(**) sign(*) sign(//) sign(==) sign(=) sign(::=) sign(:) sign(..) sign(!) "
+              "sign(|) sign(-) text(a b) end");
 }
 
 // ---- Trees -----------------------------------------------------------------------------------

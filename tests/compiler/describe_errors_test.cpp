@@ -152,14 +152,15 @@ constexpr Mistake kMistakes[] = {
     {"HeaderUnknown", "message m k 1 {\n}\n", "f.qd:6:11: error: no header 'k' is declared\n"},
     {"HeaderTwice", "header h {\n    type 8\n}\n",
      "f.qd:6:8: error: the header 'h' is declared already\n"},
-    {"RecordOfNothing", "header r {\n    late a 1 : int1\n    b 7 : int7\n    record\n}\n",
+    {"RecordOfNothing", "header r {\n    after body a 1 : int1\n    b 7 : int7\n    record\n}\n",
      "f.qd:9:11: error: a member of the header is expected here, not the end of the line\n"},
-    {"RecordUnknown", "header r {\n    late a 1 : int1\n    b 7 : int7\n    record b c a\n}\n",
+    {"RecordUnknown",
+     "header r {\n    after body a 1 : int1\n    b 7 : int7\n    record b c a\n}\n",
      "f.qd:9:14: error: 'c' is no member of the header, or stands in the record's order already\n"},
-    {"RecordTwice", "header r {\n    late a 1 : int1\n    b 7 : int7\n    record b a b\n}\n",
+    {"RecordTwice", "header r {\n    after body a 1 : int1\n    b 7 : int7\n    record b a b\n}\n",
      "f.qd:9:16: error: 'b' is no member of the header, or stands in the record's order already\n"},
-    {"RecordIncomplete", "header r {\n    late a 1 : int1\n    b 7 : int7\n    record b\n}\n",
-     "f.qd:7:10: error: 'a' is missing in the record's order\n"},
+    {"RecordIncomplete", "header r {\n    after body a 1 : int1\n    b 7 : int7\n    record b\n}\n",
+     "f.qd:7:16: error: 'a' is missing in the record's order\n"},
     {"RecordOfOthers", "header r {\n    a 8 : int8\n    record type\n}\n",
      "f.qd:7:5: error: 'a' is missing in the record's order\n"
      "f.qd:8:12: error: 'type' is no member of the header, or stands in the record's order "
@@ -176,7 +177,8 @@ constexpr Mistake kMistakes[] = {
     {"RecordOfAHeaderOnTheWire", "header r {\n    a 4 : int4\n    b 4 : int4\n    record a b\n}\n",
      "f.qd:9:12: error: the record's order is that on the wire; leave the line out\n"},
     {"HeaderItem", "header r {\n    ? 8\n}\n",
-     "f.qd:7:5: error: a member, '=', 'type', 'pseudo length', 'late' or 'record' is expected "
+     "f.qd:7:5: error: a member, '=', 'type', 'pseudo length', 'after body' or 'record' is "
+     "expected "
      "here, not '?'\n"},
     {"IdentifierMissing", "message m h 1 {\n    a TLV 1 : int8\n}\n",
      "f.qd:7:5: error: 'a' needs its identifier in front of the format\n"},
@@ -188,7 +190,8 @@ constexpr Mistake kMistakes[] = {
      "f.qd:7:5: error: an identifier of half an octet goes with a value of half an octet: '9- TV "
      "half'\n"},
     {"Format", "message m h 1 {\n    a 12 XV 1 : int8\n}\n",
-     "f.qd:7:10: error: a format (V, LV, LV-E, TV, TLV, TLV-E, T, rest or mark) is expected here, "
+     "f.qd:7:10: error: a format (V, LV, LV-E, TV, TLV, TLV-E, T, rest or endcheck) is expected "
+     "here, "
      "not 'XV'\n"},
     {"SizeMissing", "message m h 1 {\n    a V : int8\n}\n",
      "f.qd:7:5: error: the size of 'a' is missing: a number of octets, or 'half'\n"},

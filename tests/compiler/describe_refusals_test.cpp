@@ -255,9 +255,9 @@ const Refusal kFields[] = {
      Error("15:5", "only a field of a fixed number of octets is unchecked")},
     {"PseudoLengthMissing", Message("    a V 1 : int8\n    pseudo length ends\n"),
      Error("16:5", "the header 'h' has no pseudo length")},
-    {"PseudoLengthEndsBehindAMark",
+    {"PseudoLengthEndsBehindAnEndCheck",
      "header p {\n    pseudo length 8\n    type 8\n}\nmessage n p 1 {\n    a V 1 : int8\n    b "
-     "mark\n"
+     "endcheck\n"
      "    c V 1 : int8\n    pseudo length ends\n}\n",
      Error("22:5", "the pseudo length ends at a field above already")},
     {"PseudoLengthBehind", "header p {\n    type 8\n    pseudo length 8\n}\nmessage n p 1 {\n}\n",

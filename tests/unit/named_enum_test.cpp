@@ -23,7 +23,7 @@ TEST(NamedEnum, GivesEachEnumeratorAsItIsWritten) {
 TEST(NamedEnum, TakesTheNamesOfAList) {
     EXPECT_EQ(EnumeratorText(iecodec::FieldFormat::kV), "FieldFormat::kV");
     EXPECT_EQ(EnumeratorText(iecodec::FieldFormat::kTlvE), "FieldFormat::kTlvE");
-    EXPECT_EQ(EnumeratorText(iecodec::FieldFormat::kMark), "FieldFormat::kMark");
+    EXPECT_EQ(EnumeratorText(iecodec::FieldFormat::kEndCheck), "FieldFormat::kEndCheck");
 }
 
 // TS 24.007, 11.2.1.1: identifiers and length fields of the formats.
