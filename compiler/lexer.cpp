@@ -43,7 +43,7 @@ class Lexer {
         for (const std::string_view mark : {"\xEF\xBB\xBF", "\xFE\xFF", "\xFF\xFE"}) {
             if (text_.starts_with(mark)) {
                 position_ = mark.size();
-                reporter_.Error(PlaceFrom(0),
+                reporter_.Error(SpanFrom(0),
                                 "the file begins with a byte order mark; save it as ASCII text");
                 position_ = mark.size() == 3 ? position_ : text_.size();
             }
@@ -107,15 +107,14 @@ class Lexer {
         if (notation_.signs.find(c) != std::string_view::npos) {
             Add(Token::Kind::kSign, begin, std::string(1, c));
         } else if (IsPrintable(c)) {
-            reporter_.Error(PlaceFrom(begin),
+            reporter_.Error(SpanFrom(begin),
                             std::string("the character '") + c + "' has no meaning here");
         } else {
             while (position_ < text_.size() && !IsPrintable(text_[position_]) &&
                    !IsBlank(text_[position_])) {
                 ++position_;
             }
-            reporter_.Error(PlaceFrom(begin),
-                            "a description is made of printable ASCII characters");
+            reporter_.Error(SpanFrom(begin), "a description is made of printable ASCII characters");
         }
     }
 
@@ -125,7 +124,7 @@ class Lexer {
         const bool closed = end < text_.size() && text_[end] == '"';
         position_ = end + (closed ? 1 : 0);
         if (!closed) {
-            reporter_.Error(PlaceFrom(begin), "the text has no closing quote on its line");
+            reporter_.Error(SpanFrom(begin), "the text has no closing quote on its line");
         }
         Add(Token::Kind::kText, begin, std::string(text_.substr(begin + 1, end - begin - 1)));
         tokens_.back().cut = !closed;
@@ -174,7 +173,7 @@ class Lexer {
         name = first < last ? std::string(first, last) : "";
         position_ = close + 1;
         if (name.empty()) {
-            reporter_.Error(PlaceFrom(begin), "val() needs the name of a field");
+            reporter_.Error(SpanFrom(begin), "val() needs the name of a field");
         }
         Add(Token::Kind::kValue, begin, std::move(name));
     }
@@ -186,12 +185,12 @@ class Lexer {
         }
     }
 
-    [[nodiscard]] Span PlaceFrom(std::size_t begin) const {
+    [[nodiscard]] Span SpanFrom(std::size_t begin) const {
         return {file_, static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(position_)};
     }
 
     void Add(Token::Kind kind, std::size_t begin, std::string text) {
-        tokens_.push_back({kind, std::move(text), PlaceFrom(begin), false});
+        tokens_.push_back({kind, std::move(text), SpanFrom(begin), false});
     }
 
     Reporter& reporter_;

@@ -39,7 +39,7 @@ struct Token {
 
     Kind kind;
     std::string text;
-    Span place;
+    Span span;
     bool cut = false;  // kText: the closing quote is missing, the rest of the line belongs to it
 };
 

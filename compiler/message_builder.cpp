@@ -90,7 +90,7 @@ MessageBuilder::MessageBuilder(Reporter& reporter, const FamilySyntax& family, T
             entry.members = RecordOrder(reporter, header.items, header.record, "header");
         }
         reporter_.ErrorIf(!headers_.emplace(header.name.text, std::move(entry)).second,
-                          header.name.place,
+                          header.name.span,
                           "the header '" + header.name.text + "' is declared already");
     }
 }
@@ -109,18 +109,18 @@ void MessageBuilder::AddHeader(Header& header) {
             reporter_, item.constant,
             {0, MostOf(row.width), "in " + std::to_string(row.width) + " bits"});
         if (row.kind == HeaderItemRow::Kind::kMessageType) {
-            reporter_.ErrorIf(header.typeBits != 0, item.place,
+            reporter_.ErrorIf(header.typeBits != 0, item.span,
                               "the header has a message type already");
             header.typeBits = row.width;
         }
         reporter_.ErrorIf(row.kind == HeaderItemRow::Kind::kPseudoLength &&
                               (row.width != 8 || &item != &header.syntax->items.front()),
-                          item.place, "a pseudo length is the first octet of a header");
+                          item.span, "a pseudo length is the first octet of a header");
         reporter_.ErrorIf(row.kind == HeaderItemRow::Kind::kExtendedIdentifier && row.width != 3,
-                          item.bits.place, "a transaction identifier has 3 bits");
+                          item.bits.span, "a transaction identifier has 3 bits");
         reporter_.ErrorIf(!item.name.text.empty() && item.type.kind != TypeSyntax::Kind::kInteger &&
                               item.type.kind != TypeSyntax::Kind::kEnumerated,
-                          item.type.place, "a member of a header is an integer or enumerated");
+                          item.type.span, "a member of a header is an integer or enumerated");
         model_.headerItems.push_back(row);
     }
 }
@@ -166,7 +166,7 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
     const FieldSyntax::Condition& condition = *field.condition;
     const std::string name = "'" + condition.field.text + "'";
     const auto refuse = [&](bool wrong, const std::string& text) {
-        reporter_.ErrorIf(wrong, condition.field.place, text);
+        reporter_.ErrorIf(wrong, condition.field.span, text);
         return wrong;
     };
     const auto above =
@@ -201,9 +201,9 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
     } else {
         const ElementModel* member = NumberOf(*deciderType, condition.member.text);
         if (member == nullptr) {
-            reporter_.Error(condition.member.place, name + " has no member '" +
-                                                        condition.member.text +
-                                                        "' that is a number and always there");
+            reporter_.Error(condition.member.span, name + " has no member '" +
+                                                       condition.member.text +
+                                                       "' that is a number and always there");
             return;
         }
         row.conditionMember = static_cast<std::uint16_t>(member - deciderType->elements.data());
@@ -216,7 +216,7 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
         row.conditionMask = Narrow<std::uint32_t>(reporter_, *condition.mask, {1, most, what});
     }
     row.conditionValue = Narrow<std::uint32_t>(reporter_, condition.value, {0, most, what});
-    reporter_.ErrorIf((row.conditionValue & ~row.conditionMask) != 0, condition.value.place,
+    reporter_.ErrorIf((row.conditionValue & ~row.conditionMask) != 0, condition.value.span,
                       "the mask excludes the value");
 }
 
@@ -224,7 +224,7 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
     const FieldFormatInfo& info = InfoOf(field.format);
     const std::string name = "'" + field.name.text + "'";
     const auto refuse = [&](bool wrong, const std::string& text) {
-        reporter_.ErrorIf(wrong, field.name.place, text);
+        reporter_.ErrorIf(wrong, field.name.span, text);
     };
     const bool identified = info.ieiWidth != 0;
     const bool hasWidth = info.valueEnd == ValueEnd::kWidth;
@@ -238,7 +238,7 @@ void MessageBuilder::CheckLimits(const MessageSyntax& message, const FieldSyntax
     refuse(hasWidth && !field.half && !(field.least && field.least->value == field.most->value),
            "the size of " + name + " is missing: a number of octets, or 'half'");
     reporter_.ErrorIf(field.least && field.least->value > field.most->value,
-                      field.least.value_or(WideNumber{}).place,
+                      field.least.value_or(WideNumber{}).span,
                       "the limits of " + name + " are the wrong way round");
     refuse(hasLength && field.half, "a field with a length is not half an octet");
     refuse(!hasWidth && !hasLength && (field.half || field.least),
@@ -265,14 +265,14 @@ void MessageBuilder::CheckFit(const FieldSyntax& field, const FieldRow& row) {
     const std::uint64_t unit = counted ? 8 : 1;
     const std::uint64_t least = (std::max(type.least, room.least) + unit - 1) / unit;
     reporter_.ErrorIf(
-        least > std::min(type.most, room.most) / unit, field.type.place,
+        least > std::min(type.most, room.most) / unit, field.type.span,
         "'" + field.name.text + "' has " + Shown(room) + " bits, its type " + Shown(type));
 }
 
 /// An identifier that stands again in a message is meant to: 'again' says so.
 void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
     for (const FieldSyntax& field : message.fields) {
-        const Span place = field.iei ? field.iei->place : field.name.place;
+        const Span span = field.iei ? field.iei->span : field.name.span;
         bool isNew = true;
         for (const FieldSyntax* other = message.fields.data(); other != &field; ++other) {
             const bool sameForm = other->halfIei == field.halfIei;
@@ -280,11 +280,11 @@ void MessageBuilder::CheckIdentifiers(const MessageSyntax& message) {
                 field.iei && other->iei &&
                 ((field.iei->value ^ other->iei->value) & (sameForm ? 0xFF : 0xF0)) == 0;
             isNew = isNew && !(alike && sameForm);
-            reporter_.ErrorIf(alike && !sameForm, place,
+            reporter_.ErrorIf(alike && !sameForm, span,
                               "the identifiers of '" + other->name.text + "' and '" +
                                   field.name.text + "' begin alike, one of them half an octet");
         }
-        reporter_.ErrorIf(isNew == field.again, place,
+        reporter_.ErrorIf(isNew == field.again, span,
                           isNew ? "no field above has the identifier of '" + field.name.text + "'"
                                 : "a field above has the identifier of '" + field.name.text +
                                       "' already; put 'again' behind the size if it is repeated");
@@ -304,8 +304,8 @@ void MessageBuilder::PairHalfOctets(const MessageSyntax& message, std::size_t fi
         if (isHalf(index + 1)) {
             model_.fields[firstField + ++index].format = Format::kHalfHigh;
         } else {
-            reporter_.Error(name.place, "the half octet '" + name.text +
-                                            "' needs a second one behind it; add a SpareHalfOctet");
+            reporter_.Error(name.span, "the half octet '" + name.text +
+                                           "' needs a second one behind it; add a SpareHalfOctet");
         }
     }
 }
@@ -331,7 +331,7 @@ void MessageBuilder::AddOrderRows(std::size_t firstField) {
 void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     const auto header = headers_.find(syntax.header.text);
     if (header == headers_.end() || header->second.syntax->broken) {
-        reporter_.ErrorIf(header == headers_.end(), syntax.header.place,
+        reporter_.ErrorIf(header == headers_.end(), syntax.header.span,
                           "no header '" + syntax.header.text + "' is declared");
         types_.DeclareMessage(syntax, {});
         DeclareBroken(syntax.name);
@@ -349,7 +349,7 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
     row.name = syntax.name.text;
     row.members = static_cast<std::uint16_t>(type->elements.size());
     if (syntax.code.has_value() != (headerRows.typeBits != 0)) {
-        reporter_.Error(syntax.header.place,
+        reporter_.Error(syntax.header.span,
                         syntax.code ? "the header '" + syntax.header.text + "' has no message type"
                                     : "the message type is missing behind the header's name");
     } else if (syntax.code) {
@@ -398,7 +398,7 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
     SetModel set;
     set.type = types_.DeclareSet(syntax);
     set.row.name = syntax.name.text;
-    reporter_.ErrorIf(!syntax.keyForm, syntax.name.place, "the set has no line 'key'");
+    reporter_.ErrorIf(!syntax.keyForm, syntax.name.span, "the set has no line 'key'");
     set.row.keyForm = syntax.keyForm.value_or(iecodec::KeyForm::kTwoOctets);
     constexpr NumberRange kOctet = {0, 0xFF, "octets ahead of one that tells a message"};
     set.row.highOctet = Narrow<std::uint8_t>(reporter_, syntax.highOctet, kOctet);
@@ -411,17 +411,17 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
              Narrow<std::uint16_t>(reporter_, attempt.mask, {0, 0xFFFF, "of a mask"})});
     }
     const bool twoOctets = set.row.keyForm == iecodec::KeyForm::kTwoOctets;
-    reporter_.ErrorIf(!twoOctets && syntax.typeOctet, syntax.name.place,
+    reporter_.ErrorIf(!twoOctets && syntax.typeOctet, syntax.name.span,
                       "only a key of two octets goes with a line 'shows'");
     const bool sixBits = set.row.keyForm == iecodec::KeyForm::kSixBits;
-    reporter_.ErrorIf(sixBits && !syntax.attempts.empty(), syntax.name.place,
+    reporter_.ErrorIf(sixBits && !syntax.attempts.empty(), syntax.name.span,
                       "a key of six bits goes without a mask");
     const NumberRange keys = {0, sixBits ? 0x3FU : 0xFFFFU, "of a key"};
     std::map<std::uint64_t, const SetSyntax::Message*> taken;
     for (const SetSyntax::Message& message : syntax.messages) {
         const auto found = messages_.find(message.name.text);
         if (found == messages_.end()) {
-            reporter_.Error(message.name.place,
+            reporter_.Error(message.name.span,
                             "'" + message.name.text + "' is no message declared above");
             continue;
         }
@@ -434,8 +434,8 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
         for (const WideNumber& key : message.keys) {
             const auto [other, isNew] = taken.emplace(key.value, &message);
             if (!isNew) {
-                reporter_.Error(key.place, "the key of '" + message.name.text + "' is that of '" +
-                                               other->second->name.text + "' already");
+                reporter_.Error(key.span, "the key of '" + message.name.text + "' is that of '" +
+                                              other->second->name.text + "' already");
             }
             set.keys.push_back({Narrow<std::uint16_t>(reporter_, key, keys), tag});
         }
@@ -448,7 +448,7 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
 
 void MessageBuilder::AddSet(const Name& name, SetModel set) {
     const auto same = [&](const SetModel& other) { return other.row.name == set.row.name; };
-    reporter_.ErrorIf(std::any_of(model_.sets.begin(), model_.sets.end(), same), name.place,
+    reporter_.ErrorIf(std::any_of(model_.sets.begin(), model_.sets.end(), same), name.span,
                       "'" + name.text + "' is declared already; names are unique in a family");
     model_.sets.push_back(std::move(set));
 }
@@ -462,7 +462,7 @@ void MessageBuilder::BuildDecoding(const SetSyntax& syntax) {
         set.messages.push_back(found->second);
         model_.usedMessages.insert(found->second);
     } else if (const TypeModel* type = types_.Find(name); type != nullptr) {
-        reporter_.ErrorIf(type->kind != Kind::kStruct, name.place,
+        reporter_.ErrorIf(type->kind != Kind::kStruct, name.span,
                           "'" + name.text + "' is neither a message nor a struct");
         TypeSyntax value;
         value.kind = TypeSyntax::Kind::kNamed;
@@ -470,7 +470,7 @@ void MessageBuilder::BuildDecoding(const SetSyntax& syntax) {
         MessageRow row{};
         row.name = name.text;
         row.members = static_cast<std::uint16_t>(type->elements.size());
-        row.value = values_.RowOf(value, type, name.text, {0, name.place}, true);
+        row.value = values_.RowOf(value, type, name.text, {0, name.span}, true);
         set.messages.push_back(static_cast<std::uint16_t>(model_.messages.size()));
         model_.messages.push_back(row);
         model_.messageTypes.push_back(type);
@@ -484,11 +484,11 @@ void MessageBuilder::CheckUses() {
         const auto found = messages_.find(message.name.text);
         reporter_.ErrorIf(
             found != messages_.end() && model_.usedMessages.count(found->second) == 0,
-            message.name.place,
+            message.name.span,
             "'" + message.name.text + "' is in no message set, union, field or decoding");
     }
     for (const HeaderSyntax& header : family_.headers) {
-        reporter_.ErrorIf(headers_.at(header.name.text).firstItem == kNone, header.name.place,
+        reporter_.ErrorIf(headers_.at(header.name.text).firstItem == kNone, header.name.span,
                           "the header '" + header.name.text + "' is used by no message");
     }
 }
@@ -527,7 +527,7 @@ void MessageBuilder::NumberDiagnostics() {
         group.missingNumber = number();
     }
     const auto last = Narrow<std::uint16_t>(reporter_, family_.lastNumber, kNumbers);
-    WithinRange(reporter_, {next - 1, family_.family.place}, {0, last, kNumbers.what});
+    WithinRange(reporter_, {next - 1, family_.family.span}, {0, last, kNumbers.what});
 }
 
 }  // namespace quorvane::compiler

@@ -75,7 +75,7 @@ void CheckKeys(Reporter& reporter, const SetSyntax& syntax, const SetModel& set,
         }
     }
     for (std::size_t index = 0; index < reached.size(); ++index) {
-        reporter.ErrorIf(!reached[index], syntax.attempts[index].mask.place,
+        reporter.ErrorIf(!reached[index], syntax.attempts[index].mask.span,
                          "no first octet comes to this mask");
     }
     if (set.messages.size() != syntax.messages.size()) {
@@ -92,10 +92,10 @@ void CheckKeys(Reporter& reporter, const SetSyntax& syntax, const SetModel& set,
                 continue;  // reported
             }
             if (!CanHave(set, {}, {}, narrowed)) {
-                reporter.Error(key.place, "the masks of the set let no message have this key");
+                reporter.Error(key.span, "the masks of the set let no message have this key");
             } else if (!CanHave(set, high, low, narrowed)) {
-                reporter.Error(key.place, "the header and the type of '" + message.name.text +
-                                              "' contradict this key");
+                reporter.Error(key.span, "the header and the type of '" + message.name.text +
+                                             "' contradict this key");
             }
         }
     }

@@ -23,7 +23,7 @@ struct EnumModel {
     };
 
     std::string name;  // by which descriptions refer to it
-    Span place;
+    Span span;
     std::vector<Value> values;
     std::optional<std::string> otherText;
     bool broken = false;  // has mistakes in the notation
@@ -45,7 +45,7 @@ struct TypeModel {
 
     Kind kind = Kind::kInteger;
     std::string name;
-    Span place;
+    Span span;
     bool named = false;
     bool fixed = false;                      // binaries
     std::uint32_t size = 0;                  // bits, most bits, or bound
@@ -61,11 +61,11 @@ struct TypeStore {
     std::deque<TypeModel> types;
     std::deque<EnumModel> enums;
 
-    TypeModel* NewType(TypeModel::Kind kind, std::string name, Span place) {
+    TypeModel* NewType(TypeModel::Kind kind, std::string name, Span span) {
         TypeModel& type = types.emplace_back();
         type.kind = kind;
         type.name = std::move(name);
-        type.place = place;
+        type.span = span;
         return &type;
     }
 };

@@ -29,7 +29,7 @@ std::uint64_t WithinRange(Reporter& reporter, const WideNumber& number, const Nu
         return number.value;
     }
     const std::uint64_t end = above ? range.most : range.least;
-    reporter.Error(number.place,
+    reporter.Error(number.span,
                    Shown(number.value, number.hexadecimal) + (above ? " is above " : " is below ") +
                        Shown(end, number.hexadecimal) + (above ? ", the most " : ", the least ") +
                        std::string(range.what));

@@ -1,6 +1,6 @@
 #pragma once
 
-// The numbers of a description. They are held as wide as they are written, each with its place;
+// The numbers of a description. They are held as wide as they are written, each with its span;
 // only Narrow makes them as narrow as a row of the tables has room for.
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace quorvane::compiler {
 
 struct WideNumber {
     std::uint64_t value = 0;
-    Span place;
+    Span span;
     bool hexadecimal = false;  // as written
 };
 
@@ -25,7 +25,7 @@ struct NumberRange {
     std::string_view what;  // it counts, e.g. "bits of an integer"
 };
 
-/// The number, or the end of the range next to it after an error at the number's place.
+/// The number, or the end of the range next to it after an error at the number's span.
 std::uint64_t WithinRange(Reporter& reporter, const WideNumber& number, const NumberRange& range);
 
 /// The number as a row holds it.

@@ -106,7 +106,7 @@ class Parser : private TypeParser {
         }
         const Name name = std::visit([](const auto& syntax) { return syntax.name; }, pattern);
         reporter_.ErrorIf(!family_.patterns.emplace(name.text, std::move(pattern)).second,
-                          name.place, "the pattern '" + name.text + "' is declared already");
+                          name.span, "the pattern '" + name.text + "' is declared already");
         if (IsBroken()) {
             family_.brokenPatterns.insert(name.text);
         }
@@ -118,7 +118,7 @@ class Parser : private TypeParser {
             tokens_.Accept("as") ? tokens_.ExpectName("the type's name in this family") : pattern;
         const auto found = family_.patterns.find(pattern.text);
         if (found == family_.patterns.end()) {
-            tokens_.Error(pattern.place, "no pattern '" + pattern.text + "' is declared above");
+            tokens_.Error(pattern.span, "no pattern '" + pattern.text + "' is declared above");
         } else {
             family_.taken.emplace(pattern.text, name.text);
             std::visit([&](auto type) { Declare(Taken(std::move(type), name, family_.taken)); },
@@ -131,14 +131,14 @@ class Parser : private TypeParser {
     void ParseFamily() {
         const Name name = tokens_.ExpectName("the family's name");
         if (!family_.family.text.empty() && family_.family.text != name.text) {
-            tokens_.Error(name.place,
+            tokens_.Error(name.span,
                           "the family is '" + family_.family.text +
                               "' in the other files; all files of a run are one family's");
         }
         family_.family = name;
-        const Span place = tokens_.Peek().place;
+        const Span span = tokens_.Peek().span;
         if (tokens_.Accept("diagnostics")) {
-            reporter_.ErrorIf(family_.firstNumber.has_value(), place,
+            reporter_.ErrorIf(family_.firstNumber.has_value(), span,
                               "the family's diagnostic numbers are stated already");
             tokens_.Expect("from");
             family_.firstNumber = tokens_.ExpectNumber("the first diagnostic number");
@@ -203,7 +203,7 @@ class Parser : private TypeParser {
         header.name = tokens_.ExpectName("the header's name");
         ParseBlock([&] {
             HeaderItemSyntax item;
-            item.place = tokens_.Peek().place;
+            item.span = tokens_.Peek().span;
             if (AcceptRecord("a member of the header", header.record)) {
                 return;
             }
@@ -250,13 +250,13 @@ class Parser : private TypeParser {
         message.header = tokens_.ExpectName("the header's name");
         message.code = tokens_.AcceptNumber();
         ParseBlock([&] {
-            const Span place = tokens_.Peek().place;
+            const Span span = tokens_.Peek().span;
             if (tokens_.Accept("pseudo")) {
                 tokens_.Expect("length");
                 tokens_.Expect("ends");
-                Once(!message.countedFields, place, "the end of the pseudo length");
+                Once(!message.countedFields, span, "the end of the pseudo length");
                 message.countedFields = message.fields.size();
-                message.countedEnd = place;
+                message.countedEnd = span;
             } else {
                 message.fields.push_back(ParseField());
             }
@@ -300,13 +300,13 @@ class Parser : private TypeParser {
         field.iei = tokens_.ExpectHexadecimal("an identifier of two digits, or of one and '-',");
         field.halfIei = tokens_.Accept("-");
         if (iei.text.size() != (field.halfIei ? 1U : 2U)) {
-            tokens_.Fail(iei.place,
+            tokens_.Fail(iei.span,
                          "an identifier has two hexadecimal digits, or one with '-' behind it");
         }
         if (field.halfIei) {
             field.iei->value = field.iei->value << 4 & 0xFFU;
         }
-        if (tokens_.Peek().place.begin == iei.place.begin) {
+        if (tokens_.Peek().span.begin == iei.span.begin) {
             tokens_.Next();
         }
     }
@@ -345,12 +345,12 @@ class Parser : private TypeParser {
         SetSyntax set;
         set.name = tokens_.ExpectName("the message set's name");
         ParseBlock([&] {
-            const Span place = tokens_.Peek().place;
+            const Span span = tokens_.Peek().span;
             if (tokens_.Accept("key")) {
-                Once(!set.keyForm, place, "a line 'key'");
+                Once(!set.keyForm, span, "a line 'key'");
                 ParseKeyForm(set);
             } else if (tokens_.Accept("shows")) {
-                Once(!set.typeOctet, place, "a line 'shows'");
+                Once(!set.typeOctet, span, "a line 'shows'");
                 tokens_.Expect("octet");
                 set.typeOctet = tokens_.ExpectNumber("the octet shown as message type");
             } else if (tokens_.Accept("mask")) {
@@ -396,13 +396,13 @@ class Parser : private TypeParser {
         KeyAttemptSyntax attempt;
         attempt.mask = tokens_.ExpectHexadecimal("a mask in hexadecimal");
         while (tokens_.Accept("if")) {
-            const Span place = tokens_.Peek().place;
+            const Span span = tokens_.Peek().span;
             const bool high = tokens_.Accept("high");
             if (!high) {
                 tokens_.Expect("low");
             }
             std::uint16_t& set = high ? attempt.highNibbles : attempt.lowNibbles;
-            Once(set == 0xFFFF, place, high ? "a condition 'high'" : "a condition 'low'");
+            Once(set == 0xFFFF, span, high ? "a condition 'high'" : "a condition 'low'");
             const std::vector<WideNumber> nibbles = ParseHexadecimals("a half octet", "if");
             set = nibbles.empty() ? set : std::uint16_t{0};
             for (const WideNumber& nibble : nibbles) {

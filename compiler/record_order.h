@@ -31,20 +31,20 @@ std::vector<const Item*> RecordOrder(Reporter& reporter, const std::vector<Item>
             return item->name.text == name.text;
         });
         if (found == wire.end()) {
-            reporter.Error(name.place, "'" + name.text + "' is no member of the " + owner +
-                                           ", or stands in the record's order already");
+            reporter.Error(name.span, "'" + name.text + "' is no member of the " + owner +
+                                          ", or stands in the record's order already");
             continue;
         }
         ordered.push_back(*found);
         wire.erase(found);
     }
     for (const Item* item : wire) {
-        reporter.Error(item->name.place,
+        reporter.Error(item->name.span,
                        "'" + item->name.text + "' is missing in the record's order");
         ordered.push_back(item);
     }
     reporter.ErrorIf(wire.empty() && record.size() == all.size() && ordered == all,
-                     record.front().place,
+                     record.front().span,
                      "the record's order is that on the wire; leave the line out");
     return ordered;
 }

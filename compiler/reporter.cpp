@@ -12,22 +12,22 @@ std::uint32_t Reporter::AddFile(std::string name, std::string text) {
     return static_cast<std::uint32_t>(files_.size() - 1);
 }
 
-void Reporter::Error(Span place, std::string message) {
-    errors_.push_back({place, std::move(message)});
+void Reporter::Error(Span span, std::string message) {
+    errors_.push_back({span, std::move(message)});
 }
 
-std::vector<Span> Reporter::ErrorPlaces(std::size_t from) const {
-    std::vector<Span> places;
+std::vector<Span> Reporter::ErrorSpans(std::size_t from) const {
+    std::vector<Span> spans;
     for (; from < errors_.size(); ++from) {
-        places.push_back(errors_[from].place);
+        spans.push_back(errors_[from].span);
     }
-    return places;
+    return spans;
 }
 
 std::string Reporter::Text() const {
     std::set<std::tuple<std::uint32_t, std::uint32_t, std::string_view>> ordered;
     for (const Entry& entry : errors_) {
-        ordered.emplace(entry.place.file, entry.place.begin, entry.message);
+        ordered.emplace(entry.span.file, entry.span.begin, entry.message);
     }
     std::string result;
     for (const auto& [file, begin, message] : ordered) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// Source files, places in them, and the errors of a run. Passes report and go on; a run shows all
-// mistakes, in the order of their places.
+// Source files, spans of their text, and the errors of a run. Passes report and go on; a run shows
+// all mistakes, in the order of their spans.
 
 #include <cstddef>
 #include <cstdint>
@@ -21,7 +21,7 @@ struct Span {
 
 struct Name {
     std::string text;
-    Span place;
+    Span span;
 };
 
 struct SourceFile {
@@ -36,24 +36,24 @@ class Reporter {
     [[nodiscard]] const SourceFile& File(std::uint32_t file) const { return files_[file]; }
 
     /// Notes an error: what is wrong and what would be right, without a full stop.
-    void Error(Span place, std::string message);
-    void ErrorIf(bool wrong, Span place, std::string message) {
+    void Error(Span span, std::string message);
+    void ErrorIf(bool wrong, Span span, std::string message) {
         if (wrong) {
-            Error(place, std::move(message));
+            Error(span, std::move(message));
         }
     }
     [[nodiscard]] bool HasErrors() const { return !errors_.empty(); }
     [[nodiscard]] std::size_t ErrorCount() const { return errors_.size(); }
     /// Where the errors behind the first `from` ones stand.
-    [[nodiscard]] std::vector<Span> ErrorPlaces(std::size_t from) const;
+    [[nodiscard]] std::vector<Span> ErrorSpans(std::size_t from) const;
 
-    /// The errors as lines `name:line:column: error: message`, ordered by file and place, each
+    /// The errors as lines `name:line:column: error: message`, ordered by file and span, each
     /// once.
     [[nodiscard]] std::string Text() const;
 
   private:
     struct Entry {
-        Span place;
+        Span span;
         std::string message;
     };
 

@@ -10,7 +10,7 @@ namespace {
 /// Rows refer to each other by indices of 16 bits.
 void CheckRowCounts(Reporter& reporter, const FamilySyntax& family, const FamilyModel& model) {
     const auto check = [&](std::size_t count, std::string_view what) {
-        WithinRange(reporter, {count, family.family.place}, {0, iecodec::kNone, what});
+        WithinRange(reporter, {count, family.family.span}, {0, iecodec::kNone, what});
     };
     std::size_t elements = 0;
     for (const TypeModel& type : model.store.types) {

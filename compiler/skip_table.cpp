@@ -28,15 +28,15 @@ void SkipTable::Note(const FieldSyntax& field, const iecodec::FieldRow& row) {
 
 void SkipTable::State(const SkipRowSyntax& syntax) {
     const auto iei = Narrow<std::uint8_t>(reporter_, syntax.iei, {0, 0xFF, "of an identifier"});
-    reporter_.ErrorIf(syntax.half && (iei & 0x0F) != 0, syntax.iei.place,
+    reporter_.ErrorIf(syntax.half && (iei & 0x0F) != 0, syntax.iei.span,
                       "the identifier of a half-octet row ends in 0");
     const IeFormatRow row = RowOf(iei, syntax.half, syntax.size);
     Entry& entry = entries_[iei];
     if (entry.stated) {
-        reporter_.Error(syntax.iei.place, "the identifier stands in the skip table already");
+        reporter_.Error(syntax.iei.span, "the identifier stands in the skip table already");
     } else if (entry.field == nullptr ? row.size == 0
                                       : entry.other == nullptr && Same(entry.row, row)) {
-        reporter_.Error(syntax.iei.place,
+        reporter_.Error(syntax.iei.span,
                         "this follows from the messages; only what differs is stated");
     }
     entry.row = row;
@@ -48,9 +48,9 @@ void SkipTable::Build(const std::vector<SkipRowSyntax>& stated, std::vector<IeFo
         State(row);
     }
     const auto report = [&](const FieldSyntax& at, const FieldSyntax& other) {
-        reporter_.Error(at.iei->place, "'" + other.name.text +
-                                           "' has this identifier with another format; state in "
-                                           "'skip' which of them passes over it");
+        reporter_.Error(at.iei->span, "'" + other.name.text +
+                                          "' has this identifier with another format; state in "
+                                          "'skip' which of them passes over it");
     };
     for (const auto& [iei, entry] : entries_) {
         if (entry.other != nullptr && !entry.stated) {

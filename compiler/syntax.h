@@ -24,7 +24,7 @@ struct TypeSyntax {
     enum class Kind { kInteger, kEnumerated, kBinary, kSpare, kNamed, kSequence, kStruct };
 
     Kind kind = Kind::kSpare;
-    Span place;
+    Span span;
     std::optional<WideNumber> size;  // integer, enumerated: catalogue bits; binary; sequence
     bool fixed = false;
     Name name;                          // enumeration or named type
@@ -43,12 +43,12 @@ struct MemberSyntax {
 };
 
 struct OctetSyntax {
-    Span place;
+    Span span;
     std::vector<MemberSyntax> members;
 };
 
 struct GroupSyntax {
-    Span place;
+    Span span;
     WideNumber number;
     bool optional = false;
     std::vector<OctetSyntax> octets;
@@ -97,7 +97,7 @@ struct HeaderItemSyntax {
 
     Kind kind = Kind::kField;
     Name name;
-    Span place;
+    Span span;
     WideNumber bits;
     WideNumber constant;
     TypeSyntax type;
@@ -135,13 +135,13 @@ struct FieldSyntax {
     /// The value's width on the wire if it is stated exactly, else 0.
     [[nodiscard]] WideNumber WireBits() const {
         if (half) {
-            return {4, name.place};
+            return {4, name.span};
         }
         if (least && least->value == kUnknownNumber) {
             return *least;
         }
         const bool exact = least && least->value == most->value;
-        return exact ? WideNumber{8 * least->value, least->place} : WideNumber{0, name.place};
+        return exact ? WideNumber{8 * least->value, least->span} : WideNumber{0, name.span};
     }
 };
 
@@ -205,7 +205,7 @@ struct FamilySyntax {
     Name family;
     std::optional<WideNumber> firstNumber;  // of the diagnostics
     WideNumber lastNumber{0xFFFF, {}};
-    bool itemsLocated = false;  // numbers and bit strings in sequences note their places
+    bool itemsLocated = false;  // numbers and bit strings in sequences note their locations
     std::vector<SpecialsSyntax> specials;
     std::map<std::string, PatternSyntax> patterns;
     std::set<std::string> brokenPatterns;

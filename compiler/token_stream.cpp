@@ -5,8 +5,8 @@
 namespace quorvane::compiler {
 
 std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digits, int base,
-                                      Span place) {
-    WideNumber number{0, place, base == 16};
+                                      Span span) {
+    WideNumber number{0, span, base == 16};
     const char* end = digits.data() + digits.size();
     const auto [stop, error] = std::from_chars(digits.data(), end, number.value, base);
     if (stop != end || digits.empty()) {
@@ -14,7 +14,7 @@ std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digit
     }
     if (error == std::errc::result_out_of_range || number.value == kUnknownNumber) {
         number.value = kUnknownNumber;
-        reporter.Error(place, "the number is too large");
+        reporter.Error(span, "the number is too large");
     }
     return number;
 }
@@ -63,20 +63,20 @@ bool TokenStream::Accept(std::string_view text) {
 }
 
 void TokenStream::ErrorExpected(std::string_view expected, std::string_view advice) {
-    Fail(Peek().place,
+    Fail(Peek().span,
          std::string(expected) + " is expected here, not " + Shown(Peek()) + std::string(advice));
 }
 
-void TokenStream::Fail(Span place, std::string message) {
+void TokenStream::Fail(Span span, std::string message) {
     if (!broken_) {
-        Error(place, std::move(message));
+        Error(span, std::move(message));
     }
     broken_ = true;
 }
 
-Span TokenStream::PlaceFrom(Span from) const {
+Span TokenStream::SpanFrom(Span from) const {
     if (position_ > 0) {
-        from.end = std::max(from.end, tokens_[position_ - 1].place.end);
+        from.end = std::max(from.end, tokens_[position_ - 1].span.end);
     }
     return from;
 }
@@ -92,10 +92,10 @@ bool TokenStream::Expect(std::string_view text) {
 Name TokenStream::ExpectName(std::string_view what) {
     if (!AtWord()) {
         ErrorExpected(what);
-        return {"", Peek().place};
+        return {"", Peek().span};
     }
     const Token& token = Next();
-    return {token.text, token.place};
+    return {token.text, token.span};
 }
 
 WideNumber TokenStream::ExpectNumber(std::string_view what) {
@@ -103,7 +103,7 @@ WideNumber TokenStream::ExpectNumber(std::string_view what) {
         return *number;
     }
     ErrorExpected(what);
-    return {kUnknownNumber, Peek().place};
+    return {kUnknownNumber, Peek().span};
 }
 
 std::optional<WideNumber> TokenStream::AcceptNumber() {
@@ -114,7 +114,7 @@ std::optional<WideNumber> TokenStream::AcceptNumber() {
     const bool isHexadecimal = token.text.starts_with("0x");
     const auto number =
         ParseDigits(reporter_, std::string_view(token.text).substr(isHexadecimal ? 2 : 0),
-                    isHexadecimal ? 16 : 10, token.place);
+                    isHexadecimal ? 16 : 10, token.span);
     if (number) {
         Next();
     }
@@ -123,10 +123,10 @@ std::optional<WideNumber> TokenStream::AcceptNumber() {
 
 WideNumber TokenStream::ExpectHexadecimal(std::string_view what) {
     const auto number =
-        AtWord() ? ParseDigits(reporter_, Peek().text, 16, Peek().place) : std::nullopt;
+        AtWord() ? ParseDigits(reporter_, Peek().text, 16, Peek().span) : std::nullopt;
     if (!number) {
         ErrorExpected(what);
-        return {kUnknownNumber, Peek().place};
+        return {kUnknownNumber, Peek().span};
     }
     Next();
     return *number;

@@ -16,7 +16,7 @@ namespace quorvane::compiler {
 /// The number that the digits tell, if they are digits. One that is too large is told of and
 /// unknown.
 std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digits, int base,
-                                      Span place);
+                                      Span span);
 
 class TokenStream {
   public:
@@ -60,18 +60,18 @@ class TokenStream {
     /// Passes over the rest of the line, blocks that open on it included.
     void SkipEntry();
 
-    void Error(Span place, std::string message) { reporter_.Error(place, std::move(message)); }
+    void Error(Span span, std::string message) { reporter_.Error(span, std::move(message)); }
     /// "X is expected here, not Y" at the token, and `advice` behind it; see Fail.
     void ErrorExpected(std::string_view expected, std::string_view advice = {});
 
     /// An error behind which the entry makes no sense any more. Only the first one of an entry is
     /// told: others are mostly its follow-ups.
-    void Fail(Span place, std::string message);
+    void Fail(Span span, std::string message);
     [[nodiscard]] bool Broken() const { return broken_; }
     void BeginEntry() { broken_ = false; }
 
     /// From the start of `from` to the end of the token before this one.
-    [[nodiscard]] Span PlaceFrom(Span from) const;
+    [[nodiscard]] Span SpanFrom(Span from) const;
 
   private:
     Reporter& reporter_;

@@ -15,18 +15,18 @@ bool Sized(Reporter& reporter, const Name& word, std::string_view prefix,
     if (!word.text.starts_with(prefix)) {
         return false;
     }
-    Span place = word.place;
-    place.begin += static_cast<std::uint32_t>(prefix.size());
+    Span span = word.span;
+    span.begin += static_cast<std::uint32_t>(prefix.size());
     const std::string_view digits = std::string_view(word.text).substr(prefix.size());
-    size = ParseDigits(reporter, digits, 10, place);
+    size = ParseDigits(reporter, digits, 10, span);
     return digits.empty() || size.has_value();
 }
 
 }  // namespace
 
-void TypeParser::Once(bool first, Span place, const std::string& what) {
+void TypeParser::Once(bool first, Span span, const std::string& what) {
     if (!first) {
-        tokens_.Error(place, what + " stands here already");
+        tokens_.Error(span, what + " stands here already");
     }
 }
 
@@ -40,11 +40,11 @@ void TypeParser::ParseNames(std::string_view what, std::vector<Name>& names) {
 }
 
 bool TypeParser::AcceptRecord(std::string_view what, std::vector<Name>& record) {
-    const Span place = tokens_.Peek().place;
+    const Span span = tokens_.Peek().span;
     if (!tokens_.Accept("record")) {
         return false;
     }
-    Once(record.empty(), place, "a line 'record'");
+    Once(record.empty(), span, "a line 'record'");
     ParseNames(what, record);
     return true;
 }
@@ -53,7 +53,7 @@ void TypeParser::ParseEnum() {
     EnumModel model;
     const Name name = tokens_.ExpectName("the enumeration's name");
     model.name = name.text;
-    model.place = name.place;
+    model.span = name.span;
     ParseEnumValues(model);
     model.broken = IsBroken();
     family_.enums.push_back(std::move(model));
@@ -61,9 +61,9 @@ void TypeParser::ParseEnum() {
 
 void TypeParser::ParseEnumValues(EnumModel& model) {
     ParseBlock([&] {
-        const Span place = tokens_.Peek().place;
+        const Span span = tokens_.Peek().span;
         if (tokens_.Accept("other")) {
-            Once(!model.otherText, place, "'other'");
+            Once(!model.otherText, span, "'other'");
             tokens_.Expect("=");
             model.otherText = ExpectText();
             return;
@@ -79,12 +79,12 @@ void TypeParser::ParseEnumValues(EnumModel& model) {
 
 Name TypeParser::ParseInlineEnum() {
     EnumModel model;
-    model.place = tokens_.Peek().place;
+    model.span = tokens_.Peek().span;
     model.name = "@" + std::to_string(family_.enums.size());
     ParseEnumValues(model);
     model.broken = IsBroken();
     family_.enums.push_back(model);
-    return {model.name, model.place};
+    return {model.name, model.span};
 }
 
 std::string TypeParser::ExpectText() {
@@ -115,9 +115,9 @@ std::string TypeParser::Unescaped(const Token& token) {
             result += static_cast<char>(octet);
             at += 3;
         } else {
-            Span place = token.place;
-            place.begin += static_cast<std::uint32_t>(at + 1);
-            tokens_.Error(place,
+            Span span = token.span;
+            span.begin += static_cast<std::uint32_t>(at + 1);
+            tokens_.Error(span,
                           "a backslash stands before 't', 'x' and two digits, or a backslash");
         }
     }
@@ -126,7 +126,7 @@ std::string TypeParser::Unescaped(const Token& token) {
 
 TypeSyntax TypeParser::ParseType() {
     TypeSyntax type;
-    type.place = tokens_.Peek().place;
+    type.span = tokens_.Peek().span;
     if (depth_ >= kMostDepth) {
         tokens_.ErrorExpected("a declared type for what is nested so deeply");
         return type;
@@ -172,7 +172,7 @@ MemberSyntax TypeParser::ParseMember() {
     MemberSyntax member;
     if (tokens_.Accept("-")) {
         member.extent = MemberSyntax::Extent::kBits;
-        member.name.place = tokens_.Peek().place;
+        member.name.span = tokens_.Peek().span;
         member.bits = tokens_.ExpectNumber("the number of unnamed bits");
         return member;
     }
@@ -223,21 +223,21 @@ StructSyntax TypeParser::ParseStruct() {
 }
 
 void TypeParser::ParseExtensionPart(StructSyntax& owner) {
-    const Span place = tokens_.Peek().place;
+    const Span span = tokens_.Peek().span;
     if (tokens_.Accept("remainder")) {
-        Once(!owner.remainder, place, "a remainder");
+        Once(!owner.remainder, span, "a remainder");
         owner.remainder = ParseMember();
         return;
     }
     tokens_.Expect("group");
-    reporter_.ErrorIf(owner.remainder.has_value(), place, "the remainder stands behind all groups");
+    reporter_.ErrorIf(owner.remainder.has_value(), span, "the remainder stands behind all groups");
     GroupSyntax group;
-    group.place = place;
+    group.span = span;
     group.number = tokens_.ExpectNumber("the octet number of the group");
     group.optional = tokens_.Accept("optional");
     ParseBlock([&] {
         OctetSyntax octet;
-        octet.place = tokens_.Peek().place;
+        octet.span = tokens_.Peek().span;
         tokens_.Expect("octet");
         ParseBlock([&] { octet.members.push_back(ParseMember()); });
         group.octets.push_back(std::move(octet));
@@ -281,9 +281,9 @@ SequenceSyntax TypeParser::ParseSequence() {
     result.name = tokens_.ExpectName("the sequence's name");
     result.type = ParseType();
     if (result.type.kind != TypeSyntax::Kind::kSequence) {
-        tokens_.Error(result.type.place, "a sequence is '[most] of type'");
+        tokens_.Error(result.type.span, "a sequence is '[most] of type'");
         result.type.kind = TypeSyntax::Kind::kSequence;
-        result.type.size = WideNumber{1, result.type.place};
+        result.type.size = WideNumber{1, result.type.span};
         result.type.item.resize(1);
     }
     if (tokens_.Accept("special")) {

@@ -36,8 +36,8 @@ class TypeParser {
 
     /// Whether the declaration that is being read has had a mistake.
     [[nodiscard]] bool IsBroken() const { return reporter_.ErrorCount() != errorsBefore_; }
-    /// An error at `place` unless `what` stands here for the first time.
-    void Once(bool first, Span place, const std::string& what);
+    /// An error at `span` unless `what` stands here for the first time.
+    void Once(bool first, Span span, const std::string& what);
     /// The names up to the end of the line, one at least.
     void ParseNames(std::string_view what, std::vector<Name>& names);
     /// Takes a line that gives the order of members in the record, if one stands here.

@@ -23,13 +23,13 @@ TypeResolver::TypeResolver(Reporter& reporter, const FamilySyntax& family, const
     for (const EnumModel& entry : family.enums) {
         std::set<std::uint64_t> values;
         for (const EnumModel::Value& value : entry.values) {
-            reporter_.ErrorIf(!values.insert(value.value.value).second, value.value.place,
+            reporter_.ErrorIf(!values.insert(value.value.value).second, value.value.span,
                               "the value stands in the enumeration already");
         }
-        reporter_.ErrorIf(entry.values.empty() && !entry.otherText && !entry.broken, entry.place,
+        reporter_.ErrorIf(entry.values.empty() && !entry.otherText && !entry.broken, entry.span,
                           "the enumeration has no values");
         reporter_.ErrorIf(
-            !enums_.emplace(entry.name, &entry).second, entry.place,
+            !enums_.emplace(entry.name, &entry).second, entry.span,
             "the enumeration '" + entry.name + "' is declared already; give it another name");
     }
 }
@@ -39,8 +39,7 @@ const EnumModel* TypeResolver::FindEnum(const Name& use) {
     if (found != enums_.end()) {
         return found->second;
     }
-    reporter_.ErrorIf(!use.text.empty(), use.place,
-                      "no enumeration '" + use.text + "' is declared");
+    reporter_.ErrorIf(!use.text.empty(), use.span, "no enumeration '" + use.text + "' is declared");
     return nullptr;
 }
 
@@ -52,7 +51,7 @@ TypeModel* TypeResolver::Lookup(const std::string& name) const {
 TypeModel* TypeResolver::Find(const Name& use) {
     TypeModel* type = Lookup(use.text);
     reporter_.ErrorIf(
-        named_.count(use.text) == 0 && !use.text.empty(), use.place,
+        named_.count(use.text) == 0 && !use.text.empty(), use.span,
         "no type '" + use.text + "' is declared above; a type stands before its users");
     return type;
 }
@@ -60,7 +59,7 @@ TypeModel* TypeResolver::Find(const Name& use) {
 void TypeResolver::Declare(const Name& name, TypeModel* type) {
     type->named = true;
     if (!named_.emplace(name.text, type).second) {
-        reporter_.Error(name.place,
+        reporter_.Error(name.span,
                         "'" + name.text + "' is declared already; names are unique in a family");
         return;
     }
@@ -77,7 +76,7 @@ void TypeResolver::CheckValues(const TypeModel& type, std::uint64_t bits) {
         if (!value.unreachable) {
             WithinRange(reporter_, value.value, {0, MostOf(bits), what});
         } else if (value.value.value <= MostOf(bits)) {
-            reporter_.Error(value.value.place, "the value is reachable " + what);
+            reporter_.Error(value.value.span, "the value is reachable " + what);
         }
     }
 }
@@ -89,18 +88,18 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
         case TypeSyntax::Kind::kNamed:
             return Find(syntax.name);
         case TypeSyntax::Kind::kSpare:
-            return store.NewType(Kind::kInteger, inlineName, syntax.place);
+            return store.NewType(Kind::kInteger, inlineName, syntax.span);
         case TypeSyntax::Kind::kInteger: {
-            TypeModel* type = store.NewType(Kind::kInteger, inlineName, syntax.place);
+            TypeModel* type = store.NewType(Kind::kInteger, inlineName, syntax.span);
             type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kIntegerBits);
             return type;
         }
         case TypeSyntax::Kind::kEnumerated: {
-            TypeModel* type = store.NewType(Kind::kEnumerated, inlineName, syntax.place);
+            TypeModel* type = store.NewType(Kind::kEnumerated, inlineName, syntax.span);
             type->enumeration = FindEnum(syntax.name);
             const WideNumber& size = syntax.size.value_or(wireBits);
             if (!syntax.size && wireBits.value == 0) {
-                reporter_.Error(syntax.place,
+                reporter_.Error(syntax.span,
                                 "the width of the enumeration in bits is missing: 'enum8'");
                 return type;
             }
@@ -109,20 +108,20 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
             return type;
         }
         case TypeSyntax::Kind::kBinary: {
-            TypeModel* type = store.NewType(Kind::kBinary, inlineName, syntax.place);
+            TypeModel* type = store.NewType(Kind::kBinary, inlineName, syntax.span);
             type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kBinaryBits);
             type->fixed = syntax.fixed;
             return type;
         }
         case TypeSyntax::Kind::kSequence: {
-            TypeModel* type = store.NewType(Kind::kSequence, inlineName, syntax.place);
+            TypeModel* type = store.NewType(Kind::kSequence, inlineName, syntax.span);
             type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kItems);
             type->item =
-                Build(syntax.item.front(), inlineName + "_data", {0, syntax.item.front().place});
+                Build(syntax.item.front(), inlineName + "_data", {0, syntax.item.front().span});
             return type;
         }
         case TypeSyntax::Kind::kStruct: {
-            TypeModel* type = store.NewType(Kind::kStruct, inlineName, syntax.place);
+            TypeModel* type = store.NewType(Kind::kStruct, inlineName, syntax.span);
             AddMembers(*type, syntax.members);
             CheckFormless(*type, syntax.members);
             return type;
@@ -133,7 +132,7 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
 
 void TypeResolver::AddMember(TypeModel& owner, const Name& name, TypeModel* type, bool optional) {
     const auto same = [&](const ElementModel& element) { return element.name == name.text; };
-    reporter_.ErrorIf(std::any_of(owner.elements.begin(), owner.elements.end(), same), name.place,
+    reporter_.ErrorIf(std::any_of(owner.elements.begin(), owner.elements.end(), same), name.span,
                       "'" + owner.name + "' has a member '" + name.text +
                           "' already; a member has a name of its own");
     owner.elements.push_back({name.text, type, optional});
@@ -151,15 +150,15 @@ void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>&
 
 /// The C++ of a special element knows where its members lie, and which optional ones are there.
 void TypeResolver::CheckFormless(const TypeModel& type, std::span<const MemberSyntax> members) {
-    reporter_.ErrorIf(members.empty(), type.place, "the struct has no members");
+    reporter_.ErrorIf(members.empty(), type.span, "the struct has no members");
     for (const MemberSyntax& member : members) {
-        reporter_.ErrorIf(member.extent != MemberSyntax::Extent::kNone, member.name.place,
+        reporter_.ErrorIf(member.extent != MemberSyntax::Extent::kNone, member.name.span,
                           "only the name and the type of this member are told");
     }
 }
 
 void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
-    TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.place);
+    TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.span);
     AddMembers(*type, syntax.members, syntax.record);
     for (const GroupSyntax& group : syntax.groups) {
         for (const OctetSyntax& octet : group.octets) {
@@ -172,29 +171,29 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
             Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, {}),
             syntax.remainder->optional);
         CheckFormless(*type, {&*syntax.remainder, 1});
-        reporter_.ErrorIf(syntax.remainder->optional, syntax.remainder->name.place,
+        reporter_.ErrorIf(syntax.remainder->optional, syntax.remainder->name.span,
                           "a remainder is always there; leave the '?' out");
     }
     if (syntax.shape == StructSyntax::Shape::kSpecial) {
         CheckFormless(*type, syntax.members);
         if (!syntax.record.empty()) {
-            reporter_.Error(syntax.record.front().place,
+            reporter_.Error(syntax.record.front().span,
                             "the members of a special struct stand in the record's order already");
         }
     }
-    reporter_.ErrorIf(type->elements.empty(), type->place, "the struct has no members");
+    reporter_.ErrorIf(type->elements.empty(), type->span, "the struct has no members");
     Declare(syntax.name, type);
 }
 
 void TypeResolver::DeclareUnion(const UnionSyntax& syntax) {
-    TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.place);
+    TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.span);
     for (const AlternativeSyntax& alternative : syntax.alternatives) {
         AddMember(*type, alternative.name,
                   Build(alternative.type, syntax.name.text + "_" + alternative.name.text, {}),
                   true);
     }
     reporter_.ErrorIf(type->elements.empty() && syntax.shape != UnionSyntax::Shape::kChoice,
-                      type->place, "the union has no alternatives");
+                      type->span, "the union has no alternatives");
     Declare(syntax.name, type);
 }
 
@@ -205,8 +204,8 @@ void TypeResolver::DeclareSequence(const SequenceSyntax& syntax) {
 void TypeResolver::DeclareCsn(const Name& name) {
     const auto found = csn_.byName.find(name.text);
     if (found == csn_.byName.end()) {
-        reporter_.Error(name.place, "no .csn1 file of the family has a structure '" + name.text +
-                                        "' at its top");
+        reporter_.Error(name.span, "no .csn1 file of the family has a structure '" + name.text +
+                                       "' at its top");
         return;
     }
     if (found->second.type == nullptr) {
@@ -218,7 +217,7 @@ void TypeResolver::DeclareCsn(const Name& name) {
 
 void TypeResolver::DeclareMessage(const MessageSyntax& syntax,
                                   const std::vector<const HeaderItemSyntax*>& headerMembers) {
-    TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.place);
+    TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.span);
     for (const HeaderItemSyntax* item : headerMembers) {
         AddMember(*type, item->name,
                   Build(item->type, syntax.name.text + "_" + item->name.text, item->bits), false);
@@ -233,11 +232,11 @@ void TypeResolver::DeclareMessage(const MessageSyntax& syntax,
 }
 
 TypeModel* TypeResolver::DeclareSet(const SetSyntax& syntax) {
-    TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.place);
+    TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.span);
     for (const SetSyntax::Message& message : syntax.messages) {
         AddMember(*type, message.name, Lookup(message.name.text), true);  // reported with the keys
     }
-    reporter_.ErrorIf(type->elements.empty(), type->place, "the set has no messages");
+    reporter_.ErrorIf(type->elements.empty(), type->span, "the set has no messages");
     Declare(syntax.name, type);
     return type;
 }

@@ -144,7 +144,7 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
             }
             row.shape = Shape::kInteger;
             row.width = Narrow<std::uint16_t>(
-                reporter_, wireBits.value == 0 ? WideNumber{type->size, syntax.place} : wireBits,
+                reporter_, wireBits.value == 0 ? WideNumber{type->size, syntax.span} : wireBits,
                 {1, type->size, "bits of this integer"});
             break;
         case TypeSyntax::Kind::kBinary:
@@ -164,12 +164,12 @@ std::uint16_t ValueBuilder::RowOf(const TypeSyntax& syntax, const TypeModel* typ
             return Add(row);
         }
         case TypeSyntax::Kind::kSpare:
-            reporter_.Error(syntax.place,
+            reporter_.Error(syntax.span,
                             "only half octets without an identifier and bits of a stated width "
                             "are spare; give this a type");
             return kNone;
         case TypeSyntax::Kind::kStruct:
-            reporter_.Error(syntax.place,
+            reporter_.Error(syntax.span,
                             "an inline struct has a wire form only inside a special element; "
                             "declare a struct of its own");
             return kNone;
@@ -199,7 +199,7 @@ std::uint16_t ValueBuilder::Special(const Name& name) {
                            [&](const Name& declared) { return declared.text == name.text; });
     };
     reporter_.ErrorIf(std::none_of(family_.specials.begin(), family_.specials.end(), declares),
-                      name.place,
+                      name.span,
                       "no C++ element '" + name.text +
                           "' is declared; name it in a block 'specials' behind the "
                           "header that declares it");
@@ -231,7 +231,7 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     if (member.extent == Extent::kRest || member.extent == Extent::kCounted) {
         const bool rest = member.extent == Extent::kRest;
         part.kind = rest ? PartRow::Kind::kRest : PartRow::Kind::kCounted;
-        reporter_.ErrorIf(!rest && owner.shape != StructSyntax::Shape::kSerial, member.name.place,
+        reporter_.ErrorIf(!rest && owner.shape != StructSyntax::Shape::kSerial, member.name.span,
                           "only a serial struct has counted members");
         return part;
     }
@@ -244,12 +244,12 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     if (member.extent == Extent::kNone) {
         part.width = static_cast<std::uint16_t>(width);
         reporter_.ErrorIf(
-            width == 0, member.name.place,
+            width == 0, member.name.span,
             "the width of '" + member.name.text + "' in bits is missing in front of the colon");
     } else if (part.kind == PartRow::Kind::kValue && !BitsOf(part.value).Holds(part.width)) {
-        reporter_.Error(member.name.place, "'" + member.name.text + "' has " +
-                                               std::to_string(part.width) +
-                                               " bits here, its type " + Shown(BitsOf(part.value)));
+        reporter_.Error(member.name.span, "'" + member.name.text + "' has " +
+                                              std::to_string(part.width) + " bits here, its type " +
+                                              Shown(BitsOf(part.value)));
     }
     return part;
 }
@@ -270,13 +270,13 @@ std::uint16_t ValueBuilder::AddParts(const StructSyntax& owner,
         const bool octet = owner.shape == StructSyntax::Shape::kExtension;
         reporter_.ErrorIf(
             part.kind == PartRow::Kind::kRest && (octet || &member != &members.back()),
-            member.name.place, "a member that takes the rest is the last one");
-        reporter_.ErrorIf(member.optional && !octet, member.name.place,
+            member.name.span, "a member that takes the rest is the last one");
+        reporter_.ErrorIf(member.optional && !octet, member.name.span,
                           "only the first member of an octet that may be absent is optional");
         parts.push_back(part);
     }
     model_.parts.insert(model_.parts.end(), parts.begin(), parts.end());
-    return Narrow<std::uint16_t>(reporter_, {offset, owner.name.place},
+    return Narrow<std::uint16_t>(reporter_, {offset, owner.name.span},
                                  {0, 0xFFFF, "bits of a struct"});
 }
 
@@ -303,7 +303,7 @@ void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
             row.shape = Shape::kFixed;
             if (!syntax.members.empty() &&
                 syntax.members.back().extent == MemberSyntax::Extent::kRest) {
-                reporter_.Error(syntax.members.back().name.place,
+                reporter_.Error(syntax.members.back().name.span,
                                 "a fixed struct has no member that takes the rest; use "
                                 "truncatable or serial");
             }
@@ -338,14 +338,14 @@ void ValueBuilder::AddOctet(const StructSyntax& owner, const OctetSyntax& octet,
     row.firstPart = static_cast<std::uint16_t>(model_.parts.size() - row.partCount);
     row.flagElement = flagged && row.partCount > 0 ? model_.parts[row.firstPart].element : kNone;
     model_.octets.push_back(row);
-    reporter_.ErrorIf(end != 8, octet.place,
+    reporter_.ErrorIf(end != 8, octet.span,
                       "the members of an octet take 7 bits behind the extension "
                       "bit, not " +
                           std::to_string(end - 1));
     for (std::size_t index = 0; index < octet.members.size(); ++index) {
         const MemberSyntax& member = octet.members[index];
         const bool mayBeOptional = index == 0 && flagged;
-        reporter_.ErrorIf(member.optional != mayBeOptional, member.name.place,
+        reporter_.ErrorIf(member.optional != mayBeOptional, member.name.span,
                           mayBeOptional
                               ? "the first member of an octet that may be absent is optional: "
                                 "put a '?' behind its name"
@@ -358,7 +358,7 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
     const TypeModel* type = types_.Lookup(syntax.name.text);
     row.shape = Shape::kExtension;
     row.count = static_cast<std::uint16_t>(syntax.groups.size());
-    reporter_.ErrorIf(syntax.groups.empty(), syntax.name.place, "the struct has no groups");
+    reporter_.ErrorIf(syntax.groups.empty(), syntax.name.span, "the struct has no groups");
     std::vector<iecodec::GroupRow> groups;
     std::uint64_t last = 0;
     for (const GroupSyntax& group : syntax.groups) {
@@ -370,7 +370,7 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
         last = groupRow.number;
         groupRow.firstOctet = IndexOfNext(model_.octets);
         groupRow.octetCount = static_cast<std::uint16_t>(group.octets.size());
-        reporter_.ErrorIf(group.octets.empty(), group.place, "the group has no octets");
+        reporter_.ErrorIf(group.octets.empty(), group.span, "the group has no octets");
         for (const OctetSyntax& octet : group.octets) {
             const bool first = &octet == &group.octets.front();
             AddOctet(syntax, octet, !first || group.optional);
@@ -435,7 +435,7 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
         const bool chosen = alternative.selector.has_value() != alternative.isDefault;
         reporter_.ErrorIf(
             (row.shape == Shape::kChoice) != chosen || (alternative.isDefault && hasDefault),
-            alternative.name.place,
+            alternative.name.span,
             row.shape == Shape::kChoice
                 ? "an alternative of a choice has 'when' and a value, one of them "
                   "'default'"
@@ -443,13 +443,13 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
         hasDefault = hasDefault || alternative.isDefault;
         const bool named = alternative.type.kind == TypeSyntax::Kind::kNamed;
         const Name& use = alternative.type.name;
-        reporter_.ErrorIf(!named && row.shape != Shape::kSpecial, alternative.type.place,
+        reporter_.ErrorIf(!named && row.shape != Shape::kSpecial, alternative.type.span,
                           "only a special union has types that stand inline; declare this one "
                           "above and name it here");
         if (row.shape == Shape::kMessageSet) {
             const auto message = messages_.find(use.text);
             if (message == messages_.end()) {
-                reporter_.ErrorIf(named, use.place,
+                reporter_.ErrorIf(named, use.span,
                                   "'" + use.text + "' is no message declared above");
             } else if (message->second != kNone) {
                 out.value = message->second;
@@ -459,7 +459,7 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
                 const OctetBits octet =
                     OctetOf(model_, model_.messages[message->second], row.selectorOffset / 8U);
                 const bool there = octet.known == 0xFF && octet.value == out.selector;
-                reporter_.ErrorIf(!there && row.selectorOffset / 8U == index, use.place,
+                reporter_.ErrorIf(!there && row.selectorOffset / 8U == index, use.span,
                                   "the header of '" + use.text + "' has no message type in octet " +
                                       std::to_string(index));
             }
@@ -471,11 +471,11 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
         };
         reporter_.ErrorIf(row.shape != Shape::kSpecial && !out.isDefault &&
                               std::any_of(alternatives.begin(), alternatives.end(), sameSelector),
-                          alternative.name.place,
+                          alternative.name.span,
                           "an alternative above is chosen by the same value");
         alternatives.push_back(out);
     }
-    reporter_.ErrorIf(row.shape == Shape::kChoice && !hasDefault, syntax.name.place,
+    reporter_.ErrorIf(row.shape == Shape::kChoice && !hasDefault, syntax.name.span,
                       "a choice needs a default alternative");
     row.first = IndexOfNext(model_.alternatives);
     model_.alternatives.insert(model_.alternatives.end(), alternatives.begin(), alternatives.end());

@@ -25,7 +25,7 @@ std::vector<compiler::Source> SourcesOf(std::string_view text) {
     return sources;
 }
 
-/// Each line tells its place and begins with the name of a source.
+/// Each line says where the mistake is and begins with the name of a source.
 void CheckErrors(std::string_view errors) {
     while (!errors.empty()) {
         const std::size_t end = errors.find('\n');

@@ -110,8 +110,8 @@ class Check {
                 "the second encoding differs from the first");
     }
 
-    [[nodiscard]] bool Same(const bits::Cell& left, const bits::Cell& right, bool places) const {
-        return reflect::RecordsEqual(*structure_.types, structure_.type, left, right, places);
+    [[nodiscard]] bool Same(const bits::Cell& left, const bits::Cell& right, bool locations) const {
+        return reflect::RecordsEqual(*structure_.types, structure_.type, left, right, locations);
     }
 
     void CountSteps(const bits::BitReader& reader, std::int32_t first, std::int32_t count) const {

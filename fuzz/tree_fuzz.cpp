@@ -153,7 +153,7 @@ std::string Text(const fuzz::SetOfFamily& set, std::uint16_t type, const bits::C
 }
 
 /// The text without locations, which a tree does not give back.
-std::string WithoutPlaces(std::string text) {
+std::string WithoutLocations(std::string text) {
     for (std::size_t at = text.find("LOC:["); at != std::string::npos;
          at = text.find("LOC:[", at)) {
         text.erase(at, text.find("] ", at) + 2 - at);
@@ -180,7 +180,7 @@ void UseRecord(const fuzz::SetOfFamily& set, const iecodec::MessageContainer& co
     const bits::Cell again = Copy(set, type, copy, arena);
     Require(reflect::RecordsEqual(set.family->types, type, copy, again, true),
             "a tree gives another record than the one that it is of");
-    fuzz::RequireEqual(WithoutPlaces(Text(set, type, container.body, arena)),
+    fuzz::RequireEqual(WithoutLocations(Text(set, type, container.body, arena)),
                        Text(set, type, copy, arena), "a tree's record gives another text");
     for (const std::size_t room : {std::size_t{65536}, std::size_t{16}}) {
         const fuzz::Encoded encoded = fuzz::Encode(set, container, room);

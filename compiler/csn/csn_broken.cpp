@@ -15,20 +15,20 @@ bool RefersToBroken(const CsnNode& node) {
                        [](const CsnNode* child) { return RefersToBroken(*child); });
 }
 
-/// Marks the rules and sections that the places lie in: those that begin last before them.
-void MarkOwners(const std::vector<Span>& places, CsnSyntax& syntax) {
+/// Marks the rules and sections that the spans lie in: those that begin last before them.
+void MarkOwners(const std::vector<Span>& spans, CsnSyntax& syntax) {
     std::map<std::pair<std::uint32_t, std::uint32_t>, bool*> owners;
     for (CsnSection& section : syntax.sections) {
-        owners[{section.place.file, section.place.begin}] = &section.broken;
+        owners[{section.span.file, section.span.begin}] = &section.broken;
     }
     for (auto* rules : {&syntax.rules, &syntax.dropped}) {
         for (CsnRule& rule : *rules) {
-            owners[{rule.name.place.file, rule.name.place.begin}] = &rule.broken;
+            owners[{rule.name.span.file, rule.name.span.begin}] = &rule.broken;
         }
     }
-    for (const Span& place : places) {
-        auto owner = owners.upper_bound({place.file, place.begin});
-        if (owner != owners.begin() && (--owner)->first.first == place.file) {
+    for (const Span& span : spans) {
+        auto owner = owners.upper_bound({span.file, span.begin});
+        if (owner != owners.begin() && (--owner)->first.first == span.file) {
             *owner->second = true;
         }
     }
@@ -60,9 +60,9 @@ void Spread(CsnSyntax& syntax) {
 }  // namespace
 
 bool DropBroken(const Reporter& reporter, CsnSyntax& syntax) {
-    const std::vector<Span> places = reporter.ErrorPlaces(syntax.errorsSeen);
-    syntax.errorsSeen += places.size();
-    MarkOwners(places, syntax);
+    const std::vector<Span> spans = reporter.ErrorSpans(syntax.errorsSeen);
+    syntax.errorsSeen += spans.size();
+    MarkOwners(spans, syntax);
     Spread(syntax);
     const std::size_t before = syntax.dropped.size();
     for (auto rule = syntax.rules.begin(); rule != syntax.rules.end();) {

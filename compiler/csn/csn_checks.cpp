@@ -63,12 +63,12 @@ class Checker {
         if (IsOpen(node)) {
             const CsnNode& body = *node.children.front();
             if (MayBeEmpty(body)) {
-                reporter_.Error(node.place,
+                reporter_.Error(node.span,
                                 "what is repeated without a bound may be empty, so "
                                 "the repetition would not end");
             } else if (!inValue && !HasFields(body) && !node.repetition.leftOut &&
                        node.repetition.form != RepetitionForm::kWriteCount) {
-                reporter_.Error(node.place,
+                reporter_.Error(node.span,
                                 "a repetition without a bound and without a field inside would "
                                 "be written for ever; write '** = < no string >' if it is left "
                                 "out, or '** write (COUNT)'");
@@ -83,11 +83,11 @@ class Checker {
     /// The second operand of '-' only tests bits.
     void CheckAsides(const CsnNode& node) {
         if (node.kind == NodeKind::kExclude && HasFields(*node.children.back())) {
-            reporter_.Error(node.children.back()->place,
+            reporter_.Error(node.children.back()->span,
                             "there can be no field in what is excluded");
         }
         if (node.kind == NodeKind::kRange && FixedWidth(*node.children.front()) > 32U) {
-            reporter_.Error(node.place, "a range of values needs at most 32 bits");
+            reporter_.Error(node.span, "a range of values needs at most 32 bits");
         }
         for (const CsnNode* child : node.children) {
             CheckAsides(*child);
@@ -98,7 +98,7 @@ class Checker {
     /// read behind `node`.
     void CheckIntersections(const CsnNode& node, bool isFollowed) {
         if (node.kind == NodeKind::kAnd && isFollowed && intersections_.insert(&node).second) {
-            reporter_.Error(node.place,
+            reporter_.Error(node.span,
                             "nothing can follow 'a & b', whose end stays the end of what is read; "
                             "limit b by a scope instead: @open_fixed, @open_behind_length and the "
                             "like, and @close behind it");
@@ -165,9 +165,9 @@ class Checker {
             if (first.count(&rule) == 0) {
                 continue;
             }
-            reporter_.Error(rule.name.place, "the rule '< " + rule.name.text +
-                                                 " >' comes back to itself before it has read "
-                                                 "a bit");
+            reporter_.Error(rule.name.span, "the rule '< " + rule.name.text +
+                                                " >' comes back to itself before it has read "
+                                                "a bit");
             for (const CsnRule* other : first) {
                 if (FirstIn(*other).count(&rule) != 0) {
                     told.insert(other);
@@ -211,7 +211,7 @@ class Checker {
                 WalkBranches(node, set);
                 return;
             case NodeKind::kRepeat:
-                Use(node.repetition.count.variable, node.repetition.count.place,
+                Use(node.repetition.count.variable, node.repetition.count.span,
                     IsOptional(node.repetition.count.form), set);
                 WalkAside(node, set);
                 return;
@@ -282,10 +282,9 @@ class Checker {
             if (info.parameters[index] == CsnActionInfo::Parameter::kSets) {
                 kept = argument.variable;
             } else if (argument.count) {
-                Use(argument.count->variable, argument.place, IsOptional(argument.count->form),
-                    set);
+                Use(argument.count->variable, argument.span, IsOptional(argument.count->form), set);
             } else {
-                Use(argument.variable, argument.place, false, set);
+                Use(argument.variable, argument.span, false, set);
             }
         }
         if (kept != nullptr) {
@@ -298,12 +297,12 @@ class Checker {
         return form == CsnCount::Form::kLeftOrZero || form == CsnCount::Form::kUntil;
     }
 
-    void Use(const CsnVariable* variable, Span place, bool optional, const Variables& set) {
+    void Use(const CsnVariable* variable, Span span, bool optional, const Variables& set) {
         if (variable != nullptr && !optional && set.count(variable) == 0) {
             reporter_.Error(
-                place, "'" + variable->name + "' is not known here on every way that " +
-                           (direction_ == CsnNode::Direction::kReading ? "reading" : "writing") +
-                           " can take; it must be set before");
+                span, "'" + variable->name + "' is not known here on every way that " +
+                          (direction_ == CsnNode::Direction::kReading ? "reading" : "writing") +
+                          " can take; it must be set before");
         }
     }
 

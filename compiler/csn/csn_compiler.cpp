@@ -28,11 +28,11 @@ void VerifyImage(Reporter& reporter, const CompiledCsn& csn) {
                                  static_cast<std::uint16_t>(structure.fields.size())});
     }
     for (const csn::VerifierFinding& finding : csn::Verify(input).findings) {
-        auto place = csn.image.rulePlaces.upper_bound(finding.offset);
-        if (place != csn.image.rulePlaces.begin()) {
-            --place;
+        auto rule = csn.image.ruleSpans.upper_bound(finding.offset);
+        if (rule != csn.image.ruleSpans.begin()) {
+            --rule;
         }
-        reporter.Error(place->second,
+        reporter.Error(rule->second,
                        "the code of this rule cannot be proven to run safely, at "
                        "offset " +
                            std::to_string(finding.offset) + ": " + finding.text);

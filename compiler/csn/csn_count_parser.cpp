@@ -53,13 +53,13 @@ CsnCount CsnCountParser::Expression() {
     if (tokens_.At(Kind::kWord)) {
         return Function();
     }
-    const Span place = tokens_.Peek().place;
+    const Span span = tokens_.Peek().span;
     const Term left = ReadTerm();
     for (const char sign : {'+', '-', '*'}) {
         if (tokens_.Accept(std::string(1, sign))) {
             const Term right = ReadTerm();
-            CsnCount count = Combine(left, sign, right, tokens_.PlaceFrom(place));
-            count.place = tokens_.PlaceFrom(place);
+            CsnCount count = Combine(left, sign, right, tokens_.SpanFrom(span));
+            count.span = tokens_.SpanFrom(span);
             return count;
         }
     }
@@ -72,12 +72,12 @@ CsnCountParser::Term CsnCountParser::ReadTerm() {
     // val(NAME) may stand in parentheses of its own: "(val(NAME))".
     const bool enclosed = tokens_.Accept("(");
     Term term;
-    term.value.place = tokens_.Peek().place;
+    term.value.span = tokens_.Peek().span;
     if (tokens_.At(Kind::kValue)) {
         const Token& token = tokens_.Next();
         term.isNumber = false;
         term.value.form = Form::kValue;
-        term.value.name = {token.text, token.place};
+        term.value.name = {token.text, token.span};
     } else {
         term.number = Number(kMostBits);
     }
@@ -87,7 +87,7 @@ CsnCountParser::Term CsnCountParser::ReadTerm() {
     return term;
 }
 
-CsnCount CsnCountParser::Combine(const Term& left, char sign, const Term& right, Span place) {
+CsnCount CsnCountParser::Combine(const Term& left, char sign, const Term& right, Span span) {
     CsnCount count = left.isNumber ? right.value : left.value;
     const std::int64_t number = left.isNumber ? left.number : right.number;
     const bool oneValue = left.isNumber != right.isNumber && count.form == Form::kValue;
@@ -105,7 +105,7 @@ CsnCount CsnCountParser::Combine(const Term& left, char sign, const Term& right,
         count.form = Form::kTimes;
         count.number = number;
     } else {
-        tokens_.Error(place, "a count combines one val(NAME) with one number");
+        tokens_.Error(span, "a count combines one val(NAME) with one number");
     }
     return count;
 }
@@ -113,7 +113,7 @@ CsnCount CsnCountParser::Combine(const Term& left, char sign, const Term& right,
 CsnCount CsnCountParser::Function() {
     const Token& word = tokens_.Next();
     CsnCount count;
-    count.place = word.place;
+    count.span = word.span;
     if (const auto declared = functions_.find(word.text); declared != functions_.end()) {
         count.form = Form::kDeclared;
         count.function = &declared->second;
@@ -142,7 +142,7 @@ CsnCount CsnCountParser::Function() {
         return count;
     }
     tokens_.Fail(
-        word.place,
+        word.span,
         "'" + word.text +
             "' is no count; there are numbers, val(NAME), ones(n), octet_end(), left(NAME, n), "
             "left_or_none(NAME, n), left_or_zero(NAME, n), until(NAME) and "
@@ -152,7 +152,7 @@ CsnCount CsnCountParser::Function() {
 
 CsnArgument CsnCountParser::Argument() {
     CsnArgument argument;
-    argument.place = tokens_.Peek().place;
+    argument.span = tokens_.Peek().span;
     const bool isCall = tokens_.At(Kind::kWord) && tokens_.Peek(1).text == "(";
     if (isCall || tokens_.At(Kind::kDigits) || tokens_.At(Kind::kValue)) {
         argument.count = Expression();

@@ -32,7 +32,7 @@ class CsnCountParser {
     struct Term;
     Term ReadTerm();
     CsnCount Function();
-    CsnCount Combine(const Term& left, char sign, const Term& right, Span place);
+    CsnCount Combine(const Term& left, char sign, const Term& right, Span span);
 
     Reporter& reporter_;
     TokenStream& tokens_;

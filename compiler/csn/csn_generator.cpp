@@ -46,7 +46,7 @@ class Generator {
         const std::size_t before = reporter_.ErrorCount();
         CheckSize();
         if (reporter_.ErrorCount() == before) {
-            NamePlaces();
+            NameRules();
         }
         return std::move(image_);
     }
@@ -476,19 +476,19 @@ class Generator {
     void CheckSize() {
         const std::size_t before = reporter_.ErrorCount();
         if (image_.fieldCount > 0x7FFF) {
-            reporter_.Error(types_.structures.back().section->structure->place,
+            reporter_.Error(types_.structures.back().section->structure->span,
                             "the descriptions have more fields than can be numbered");
         }
         if (reporter_.ErrorCount() == before && !code_.Errors().empty()) {
-            reporter_.Error(types_.structures.front().section->structure->place,
+            reporter_.Error(types_.structures.front().section->structure->span,
                             code_.Errors().front());
         }
     }
 
-    void NamePlaces() {
+    void NameRules() {
         for (const auto& [rule, label] : labels_) {
             image_.ruleNames[code_.OffsetOf(label)] = rule->name.text;
-            image_.rulePlaces[code_.OffsetOf(label)] = rule->name.place;
+            image_.ruleSpans[code_.OffsetOf(label)] = rule->name.span;
         }
         for (const CsnStructureTypes& structure : types_.structures) {
             const CsnRule& entry = EntryRule(*structure.section);

@@ -28,7 +28,7 @@ struct CsnImage {
 
     std::map<std::uint32_t, std::string> fieldNames;  // by identifier
     std::map<std::uint32_t, std::string> ruleNames;   // by offset
-    std::map<std::uint32_t, Span> rulePlaces;         // by offset
+    std::map<std::uint32_t, Span> ruleSpans;          // by offset
     std::map<std::uint32_t, std::string> tagNames;    // of variables, by tag
     std::vector<std::uint32_t> entries;               // offset of each structure's rule
 };

@@ -25,7 +25,7 @@ class Parser {
           syntax_(syntax) {}
 
     void File() {
-        syntax_.sections.emplace_back().place = tokens_.Peek().place;
+        syntax_.sections.emplace_back().span = tokens_.Peek().span;
         while (!tokens_.AtEnd()) {
             tokens_.BeginEntry();
             if (tokens_.At("structure")) {
@@ -61,7 +61,7 @@ class Parser {
             section.runs = tokens_.ExpectName("the name of a structure");
         }
         if (section.citation.empty()) {
-            tokens_.Error(section.place,
+            tokens_.Error(section.span,
                           "the structure cites no clause; write \"TS ..., clause\" behind "
                           "its name");
         }
@@ -82,7 +82,7 @@ class Parser {
             function.most = counts_.Number(kMostIterations);
         }
         if (!syntax_.functions.emplace(name.text, std::move(function)).second) {
-            reporter_.Error(name.place, "the function '" + name.text + "' is declared already");
+            reporter_.Error(name.span, "the function '" + name.text + "' is declared already");
         }
         EndOfDeclaration();
     }
@@ -90,7 +90,7 @@ class Parser {
     /// Begins a section with the word that heads it.
     CsnSection& NewSection() {
         CsnSection& section = syntax_.sections.emplace_back();
-        section.place = tokens_.Next().place;
+        section.span = tokens_.Next().span;
         section.common = common_;
         return section;
     }
@@ -98,9 +98,9 @@ class Parser {
     void Rule() {
         const Token& head = tokens_.Next();
         CsnRule& rule = syntax_.rules.emplace_back();
-        rule.name = {head.text, head.place};
+        rule.name = {head.text, head.span};
         rule.key = CsnRuleKey(head.text);
-        rule.body = syntax_.NewNode(NodeKind::kNull, head.place);
+        rule.body = syntax_.NewNode(NodeKind::kNull, head.span);
         syntax_.sections.back().rules.push_back(&rule);
         if (tokens_.Expect("::=")) {
             rule.body = Expression();
@@ -132,15 +132,15 @@ class Parser {
     // ---- Expressions, from the loosest binding to the tightest -----------------------------
 
     CsnNode* Expression() {
-        const Span place = tokens_.Peek().place;
+        const Span span = tokens_.Peek().span;
         if (++depth_ > kMostDepth) {
             tokens_.ErrorExpected("a rule of its own for what is nested so deeply");
             --depth_;
-            return syntax_.NewNode(NodeKind::kNull, place);
+            return syntax_.NewNode(NodeKind::kNull, span);
         }
         CsnNode* node = Alternatives();
         while (tokens_.Accept("!")) {
-            CsnNode* both = syntax_.NewNode(NodeKind::kError, place);
+            CsnNode* both = syntax_.NewNode(NodeKind::kError, span);
             both->readOnly = tokens_.Accept("read");
             both->children = {node, Concatenation()};
             node = Ended(both);
@@ -150,13 +150,13 @@ class Parser {
     }
 
     CsnNode* Alternatives() {
-        const Span place = tokens_.Peek().place;
+        const Span span = tokens_.Peek().span;
         const bool inOrder = InOrder();
         CsnNode* first = Concatenation();
         if (!tokens_.At("|")) {
             return first;
         }
-        CsnNode* choice = syntax_.NewNode(NodeKind::kChoice, place);
+        CsnNode* choice = syntax_.NewNode(NodeKind::kChoice, span);
         choice->inOrder = inOrder;
         choice->children.push_back(first);
         while (tokens_.Accept("|")) {
@@ -179,19 +179,19 @@ class Parser {
     }
 
     CsnNode* Concatenation() {
-        const Span place = tokens_.Peek().place;
+        const Span span = tokens_.Peek().span;
         std::vector<CsnNode*> items;
         while (AtItem() && !tokens_.Broken()) {
             items.push_back(Item());
         }
         if (items.empty()) {
             tokens_.ErrorExpected("bits, a field, a rule or a group");
-            return syntax_.NewNode(NodeKind::kNull, place);
+            return syntax_.NewNode(NodeKind::kNull, span);
         }
         if (items.size() == 1) {
             return items.front();
         }
-        CsnNode* node = syntax_.NewNode(NodeKind::kConcat, place);
+        CsnNode* node = syntax_.NewNode(NodeKind::kConcat, span);
         node->children = std::move(items);
         return Ended(node);
     }
@@ -217,7 +217,7 @@ class Parser {
     }
 
     CsnNode* Item() {
-        const Span place = tokens_.Peek().place;
+        const Span span = tokens_.Peek().span;
         const bool isGroup = tokens_.At("{");
         CsnNode* node = Primary();
         bool plain = isGroup;  // the group in braces and nothing behind it so far
@@ -225,17 +225,17 @@ class Parser {
             if (tokens_.At("//")) {
                 node = Truncation(node, plain);
             } else if (tokens_.At("*") || tokens_.At("**")) {
-                node = Repetition(node, place);
+                node = Repetition(node, span);
             } else if (tokens_.Accept("&")) {
-                node = Pair(NodeKind::kAnd, node, place);
+                node = Pair(NodeKind::kAnd, node, span);
             } else if (tokens_.Accept("-") || tokens_.Accept("exclude")) {
-                node = Pair(NodeKind::kExclude, node, place);
+                node = Pair(NodeKind::kExclude, node, span);
             } else if (tokens_.Accept("==")) {
                 node = Equality(node);
             } else if (tokens_.Accept("=")) {
-                node = Sending(node, place);
+                node = Sending(node, span);
             } else if (tokens_.Accept("in")) {
-                node = Range(node, place);
+                node = Range(node, span);
             } else {
                 return node;
             }
@@ -244,14 +244,14 @@ class Parser {
     }
 
     CsnNode* Truncation(CsnNode* group, bool allowed) {
-        const Span mark = tokens_.Next().place;
+        const Span span = tokens_.Next().span;
         if (!allowed) {
-            tokens_.Error(mark,
+            tokens_.Error(span,
                           "'//' stands behind a group in braces; put what may be truncated "
                           "between { and }");
             return group;
         }
-        CsnNode* node = syntax_.NewNode(NodeKind::kTruncate, group->place);
+        CsnNode* node = syntax_.NewNode(NodeKind::kTruncate, group->span);
         if (group->kind == NodeKind::kConcat) {
             node->children = group->children;
         } else {
@@ -260,8 +260,8 @@ class Parser {
         return Ended(node);
     }
 
-    CsnNode* Repetition(CsnNode* body, Span place) {
-        CsnNode* node = syntax_.NewNode(NodeKind::kRepeat, place);
+    CsnNode* Repetition(CsnNode* body, Span span) {
+        CsnNode* node = syntax_.NewNode(NodeKind::kRepeat, span);
         node->children = {body};
         if (tokens_.Accept("**")) {
             if (tokens_.Accept("write")) {
@@ -287,8 +287,8 @@ class Parser {
         return Ended(node);
     }
 
-    CsnNode* Pair(NodeKind kind, CsnNode* first, Span place) {
-        CsnNode* node = syntax_.NewNode(kind, place);
+    CsnNode* Pair(NodeKind kind, CsnNode* first, Span span) {
+        CsnNode* node = syntax_.NewNode(kind, span);
         node->children = {first, Primary()};
         return Ended(node);
     }
@@ -299,14 +299,14 @@ class Parser {
         const std::size_t width =
             node->kind == NodeKind::kAnyBits ? node->width : bits->text.size() + 1;
         if (bits->kind == NodeKind::kBits && width != bits->text.size()) {
-            tokens_.Error(bits->place,
+            tokens_.Error(bits->span,
                           "'==' compares as many bits as stand behind it with those "
                           "of 'bit (n)' in front of it");
         }
         return bits;
     }
 
-    CsnNode* Sending(CsnNode* node, Span place) {
+    CsnNode* Sending(CsnNode* node, Span span) {
         const bool nothing = tokens_.At(Kind::kReference) && tokens_.Peek().text == "no string";
         if (nothing && node->kind == NodeKind::kRepeat &&
             node->repetition.form == CsnNode::Repetition::Form::kAny) {
@@ -314,17 +314,17 @@ class Parser {
             node->repetition.leftOut = true;
             return Ended(node);
         }
-        return Pair(NodeKind::kSend, node, place);
+        return Pair(NodeKind::kSend, node, span);
     }
 
-    CsnNode* Range(CsnNode* first, Span place) {
-        CsnNode* node = syntax_.NewNode(NodeKind::kRange, place);
+    CsnNode* Range(CsnNode* first, Span span) {
+        CsnNode* node = syntax_.NewNode(NodeKind::kRange, span);
         node->children = {first};
         node->low = counts_.Number();
         tokens_.Expect("..");
         node->high = counts_.Number();
         if (node->low > node->high) {
-            tokens_.Error(place, "the range ends before it begins");
+            tokens_.Error(span, "the range ends before it begins");
         }
         return Ended(node);
     }
@@ -355,23 +355,23 @@ class Parser {
                 break;
         }
         tokens_.ErrorExpected("bits, a field, a rule or a group");
-        return syntax_.NewNode(NodeKind::kNull, token.place);
+        return syntax_.NewNode(NodeKind::kNull, token.span);
     }
 
     CsnNode* Group(std::string_view close) {
-        const Span place = tokens_.Next().place;
+        const Span span = tokens_.Next().span;
         CsnNode* inner = Expression();
         if (!tokens_.Expect(close)) {
             return inner;
         }
-        inner->place = tokens_.PlaceFrom(place);
+        inner->span = tokens_.SpanFrom(span);
         return inner;
     }
 
     CsnNode* Field() {
         const Token& head = tokens_.Next();
-        CsnNode* node = syntax_.NewNode(NodeKind::kField, head.place);
-        node->name = {head.text, head.place};
+        CsnNode* node = syntax_.NewNode(NodeKind::kField, head.span);
+        node->name = {head.text, head.span};
         node->children = {Expression()};
         if (tokens_.At("[")) {
             Annotations(node->annotations);
@@ -383,24 +383,24 @@ class Parser {
     CsnNode* Reference() {
         const Token& token = tokens_.Next();
         if (token.text == "null" || token.text == "no string") {
-            return syntax_.NewNode(NodeKind::kNull, token.place);
+            return syntax_.NewNode(NodeKind::kNull, token.span);
         }
         if (token.text == "bit" || token.text == "octet") {
-            return AnyBits(token.text == "bit" ? 1 : 8, token.place, false);
+            return AnyBits(token.text == "bit" ? 1 : 8, token.span, false);
         }
-        CsnNode* node = syntax_.NewNode(NodeKind::kReference, token.place);
-        node->name = {token.text, token.place};
+        CsnNode* node = syntax_.NewNode(NodeKind::kReference, token.span);
+        node->name = {token.text, token.span};
         return node;
     }
 
     CsnNode* Word() {
         const Token& token = tokens_.Peek();
         if (token.text == "null") {
-            return syntax_.NewNode(NodeKind::kNull, tokens_.Next().place);
+            return syntax_.NewNode(NodeKind::kNull, tokens_.Next().span);
         }
         if (token.text == "bit" || token.text == "octet") {
             tokens_.Next();
-            return AnyBits(token.text == "bit" ? 1 : 8, token.place, true);
+            return AnyBits(token.text == "bit" ? 1 : 8, token.span, true);
         }
         if (token.text.find_first_not_of("LH") == std::string::npos) {
             return Bits();
@@ -408,7 +408,7 @@ class Parser {
         tokens_.ErrorExpected("bits, a field, a rule or a group",
                               "; for the rule of that name write < " + token.text + " >");
         tokens_.Next();
-        return syntax_.NewNode(NodeKind::kNull, token.place);
+        return syntax_.NewNode(NodeKind::kNull, token.span);
     }
 
     CsnNode* Bits() {
@@ -418,27 +418,27 @@ class Parser {
             token.kind == Kind::kWord && token.text.find_first_not_of("LH") == std::string::npos;
         if (!digits && !letters) {
             tokens_.ErrorExpected("bits");
-            return syntax_.NewNode(NodeKind::kNull, token.place);
+            return syntax_.NewNode(NodeKind::kNull, token.span);
         }
         tokens_.Next();
-        CsnNode* node = syntax_.NewNode(NodeKind::kBits, token.place);
+        CsnNode* node = syntax_.NewNode(NodeKind::kBits, token.span);
         node->text = token.text;
         if (digits && token.text.find_first_not_of("01") != std::string::npos) {
-            tokens_.Error(token.place, "'" + token.text +
-                                           "' stands where bits belong, and bits "
-                                           "are 0 or 1");
+            tokens_.Error(token.span, "'" + token.text +
+                                          "' stands where bits belong, and bits "
+                                          "are 0 or 1");
         }
         return node;
     }
 
     /// Behind `bit` or `octet`: how many of them, if it is told.
-    CsnNode* AnyBits(std::uint32_t unit, Span place, bool mayCount) {
-        CsnNode* node = syntax_.NewNode(NodeKind::kAnyBits, place);
+    CsnNode* AnyBits(std::uint32_t unit, Span span, bool mayCount) {
+        CsnNode* node = syntax_.NewNode(NodeKind::kAnyBits, span);
         node->width = unit;
         if (!mayCount || !tokens_.At("(")) {
             return node;
         }
-        CsnNode* repeat = syntax_.NewNode(NodeKind::kRepeat, place);
+        CsnNode* repeat = syntax_.NewNode(NodeKind::kRepeat, span);
         repeat->children = {node};
         if (tokens_.Peek(1).text == "*" || tokens_.Peek(1).text == "**") {
             tokens_.Next();
@@ -456,8 +456,8 @@ class Parser {
             return node;
         }
         if (count.number < 1 || count.number > kMostBits) {
-            tokens_.Error(count.place, "a number of bits from 1 to " + std::to_string(kMostBits) +
-                                           " is expected here");
+            tokens_.Error(count.span, "a number of bits from 1 to " + std::to_string(kMostBits) +
+                                          " is expected here");
         } else {
             node->width *= static_cast<std::uint32_t>(count.number);
         }
@@ -465,7 +465,7 @@ class Parser {
     }
 
     CsnNode* Action() {
-        CsnNode* node = syntax_.NewNode(NodeKind::kAction, tokens_.Next().place);
+        CsnNode* node = syntax_.NewNode(NodeKind::kAction, tokens_.Next().span);
         if (tokens_.Accept("reading")) {
             node->direction = CsnNode::Direction::kReading;
         } else if (tokens_.Accept("writing")) {
@@ -482,7 +482,7 @@ class Parser {
     }
 
     void Annotations(CsnAnnotations& annotations) {
-        annotations.place = tokens_.Next().place;
+        annotations.span = tokens_.Next().span;
         do {
             const Name word = tokens_.ExpectName("an annotation");
             if (word.text == "as") {
@@ -504,14 +504,14 @@ class Parser {
             } else if (word.text == "sized") {
                 annotations.sized = true;
             } else if (!word.text.empty()) {
-                tokens_.Fail(word.place,
+                tokens_.Fail(word.span,
                              "'" + word.text +
                                  "' is no annotation; there are as, enum, most, "
                                  "single, integer, binary, fixed, optional, mandatory and sized");
             }
         } while (tokens_.Accept(","));
         tokens_.Expect("]");
-        annotations.place = tokens_.PlaceFrom(annotations.place);
+        annotations.span = tokens_.SpanFrom(annotations.span);
     }
 
     void ForceType(CsnAnnotations& annotations, CsnAnnotations::Type type, std::uint32_t most) {
@@ -520,7 +520,7 @@ class Parser {
     }
 
     CsnNode* Ended(CsnNode* node) {
-        node->place = tokens_.PlaceFrom(node->place);
+        node->span = tokens_.SpanFrom(node->span);
         return node;
     }
 

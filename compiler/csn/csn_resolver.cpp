@@ -114,9 +114,8 @@ class Resolver {
             if (section.runs && target == syntax_.sections.end() && !syntax_.dropped.empty()) {
                 section.broken = true;  // it may be one of those
             } else if (section.runs && target == syntax_.sections.end()) {
-                reporter_.Error(section.runs->place, "there is no structure '" +
-                                                         section.runs->text +
-                                                         "' with a rule of its own to run");
+                reporter_.Error(section.runs->span, "there is no structure '" + section.runs->text +
+                                                        "' with a rule of its own to run");
             }
             const CsnSection& owner = target == syntax_.sections.end() ? section : *target;
             section.entry = owner.rules.empty() ? nullptr : owner.rules.front();
@@ -142,9 +141,9 @@ class Resolver {
             const bool allSeen =
                 syntax_.dropped.empty() || syntax_.sections[rule.section].structure;
             if (allSeen && used.count(&rule) == 0) {
-                reporter_.Error(rule.name.place, "no structure refers to the rule " +
-                                                     Bracketed(rule.name.text) +
-                                                     "; take it away or refer to it");
+                reporter_.Error(rule.name.span, "no structure refers to the rule " +
+                                                    Bracketed(rule.name.text) +
+                                                    "; take it away or refer to it");
             }
         }
     }
@@ -161,9 +160,9 @@ class Resolver {
                 rule->section = index;
                 auto& rules = section.structure ? own_[index] : shared_;
                 if (!rules.emplace(rule->key, rule).second) {
-                    reporter_.Error(rule->name.place, "there is a rule " +
-                                                          Bracketed(rule->name.text) +
-                                                          " already; give this one another name");
+                    reporter_.Error(rule->name.span, "there is a rule " +
+                                                         Bracketed(rule->name.text) +
+                                                         " already; give this one another name");
                 }
             }
         }
@@ -172,17 +171,17 @@ class Resolver {
     void CollectStructure(const CsnSection& section, std::set<std::string>& structures) {
         const Name& name = *section.structure;
         if (!structures.insert(name.text).second) {
-            reporter_.Error(name.place, "there is a structure " + name.text +
-                                            " already; give this one another name");
+            reporter_.Error(name.span, "there is a structure " + name.text +
+                                           " already; give this one another name");
         }
         if (section.runs && !section.rules.empty()) {
-            reporter_.Error(section.rules.front()->name.place,
+            reporter_.Error(section.rules.front()->name.span,
                             "the structure " + name.text + " runs the rule of " +
                                 section.runs->text + " and can have none of its own");
         }
         if (section.rules.empty() && !section.runs) {
-            reporter_.Error(name.place, "the structure " + name.text +
-                                            " has no rule; its first rule is where it begins");
+            reporter_.Error(name.span, "the structure " + name.text +
+                                           " has no rule; its first rule is where it begins");
         }
     }
 
@@ -205,8 +204,8 @@ class Resolver {
         if (node.kind == NodeKind::kReference) {
             node.rule = FindRule(node.name.text);
             if (node.rule == nullptr) {
-                reporter_.Error(node.place, "there is no rule " + Bracketed(node.name.text) +
-                                                " in this structure or among the shared ones");
+                reporter_.Error(node.span, "there is no rule " + Bracketed(node.name.text) +
+                                               " in this structure or among the shared ones");
             } else {
                 calls_[rule_].insert(node.rule);
             }
@@ -309,16 +308,16 @@ class Resolver {
     void CollectAction(CsnNode& node) {
         const CsnActionInfo* info = FindCsnAction(node.name.text);
         if (info == nullptr) {
-            reporter_.Error(node.place,
+            reporter_.Error(node.span,
                             "'" + node.name.text + "' is no action; there are " + CsnActionNames());
             node.arguments.clear();
             return;
         }
         const std::size_t count = node.arguments.size();
         if (count != info->parameters.size()) {
-            reporter_.Error(node.place, "the action '" + node.name.text + "' takes " +
-                                            std::to_string(info->parameters.size()) +
-                                            " arguments, not " + std::to_string(count));
+            reporter_.Error(node.span, "the action '" + node.name.text + "' takes " +
+                                           std::to_string(info->parameters.size()) +
+                                           " arguments, not " + std::to_string(count));
             node.arguments.clear();
             return;
         }
@@ -328,9 +327,9 @@ class Resolver {
             const bool wantsCount = info->parameters[index] == CsnActionInfo::Parameter::kCount;
             const bool isNumber = argument.count && argument.count->form == CsnCount::Form::kNumber;
             if (wantsNumber ? !isNumber : wantsCount != argument.count.has_value()) {
-                reporter_.Error(argument.place, wantsNumber  ? "a number is expected here"
-                                                : wantsCount ? "a count is expected here"
-                                                             : "a name is expected here");
+                reporter_.Error(argument.span, wantsNumber  ? "a number is expected here"
+                                               : wantsCount ? "a count is expected here"
+                                                            : "a name is expected here");
                 argument.name.text.clear();
                 argument.count.reset();
             } else if (info->parameters[index] == CsnActionInfo::Parameter::kSets) {
@@ -360,21 +359,21 @@ class Resolver {
             count.variable = FindVariable(count.name);
         }
         if (count.form == CsnCount::Form::kTimes && count.number != kOctet) {
-            reporter_.Error(count.place,
+            reporter_.Error(count.span,
                             "the only product of a value is that with 8, from octets to bits");
         }
         if (count.form == CsnCount::Form::kOnes && count.name.text.empty() &&
             (count.number < 1 || count.number > 32)) {
-            reporter_.Error(count.place, "ones() counts among the last 1 to 32 bits");
+            reporter_.Error(count.span, "ones() counts among the last 1 to 32 bits");
         }
         if (count.form == CsnCount::Form::kNumber &&
             form == CsnNode::Repetition::Form::kWriteCount) {
-            reporter_.Error(count.place, "'** write' needs a count that is computed");
+            reporter_.Error(count.span, "'** write' needs a count that is computed");
         }
         if (count.form == CsnCount::Form::kNumber && form == CsnNode::Repetition::Form::kCount &&
             (count.number < 1 || count.number > kMostIterations)) {
-            reporter_.Error(count.place, "a number of times from 1 to " +
-                                             std::to_string(kMostIterations) + " is expected here");
+            reporter_.Error(count.span, "a number of times from 1 to " +
+                                            std::to_string(kMostIterations) + " is expected here");
         }
     }
 
@@ -408,7 +407,7 @@ class Resolver {
         if (std::any_of(shared_.begin(), shared_.end(), broken)) {
             rule_->broken = true;  // a shared rule that could not be read may set it
         } else {
-            reporter_.Error(use.place,
+            reporter_.Error(use.span,
                             "there is no field or position '" + use.text + "' in this structure");
         }
         return nullptr;

@@ -1,7 +1,7 @@
 #pragma once
 
 // CSN.1 descriptions as the parser reads them. The notation is described in
-// docs/csn1-notation.md. Every node knows its place in the source.
+// docs/csn1-notation.md. Every node knows its span in the source.
 
 #include <cstdint>
 #include <deque>
@@ -50,7 +50,7 @@ struct CsnCount {
     Form form = Form::kNumber;
     std::int64_t number = 0;
     Name name;  // of the field or position; empty if the form has none
-    Span place;
+    Span span;
     const CsnFunction* function = nullptr;
     CsnVariable* variable = nullptr;  // set by the resolver
 };
@@ -67,14 +67,14 @@ struct CsnAnnotations {
     bool single = false;                // single: no sequence
     std::optional<bool> optional;       // optional, mandatory
     bool sized = false;                 // sized: an encoder gives the whole field at once
-    Span place;
+    Span span;
 };
 
 /// An argument of an action: a variable or a count, which may be a number.
 struct CsnArgument {
     Name name;  // of a variable; empty for a count
     std::optional<CsnCount> count;
-    Span place;
+    Span span;
     CsnVariable* variable = nullptr;  // set by the resolver
 };
 
@@ -113,7 +113,7 @@ struct CsnNode {
     enum class Direction { kBoth, kReading, kWriting };
 
     Kind kind = Kind::kNull;
-    Span place;
+    Span span;
     std::vector<CsnNode*> children;
     Name name;                               // kField, kReference, kAction
     std::string text;                        // kBits
@@ -159,7 +159,7 @@ struct CsnRule {
 
 /// A run of rules: those of one structure, whose first rule is the structure's, or shared ones.
 struct CsnSection {
-    Span place;           // of its head
+    Span span;            // of its head
     bool broken = false;  // as of a rule
     std::optional<Name> structure;
     std::string citation;      // the standard's clause
@@ -182,10 +182,10 @@ struct CsnSyntax {
     CsnFunctions functions;
     std::uint32_t lastTag = 0;  // the highest of the variables' tags; set by the resolver
 
-    CsnNode* NewNode(CsnNode::Kind kind, Span place) {
+    CsnNode* NewNode(CsnNode::Kind kind, Span span) {
         CsnNode& node = nodes.emplace_back();
         node.kind = kind;
-        node.place = place;
+        node.span = span;
         return &node;
     }
 };

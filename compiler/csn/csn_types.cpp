@@ -66,7 +66,7 @@ class Deriver {
         for (CsnStructureTypes& structure : tables_.structures) {
             Structure(structure);
             if (nextTag_ > kMostTags) {
-                reporter_.Error(structure.section->structure->place,
+                reporter_.Error(structure.section->structure->span,
                                 "the fields up to this structure need more than " +
                                     std::to_string(kMostTags) + " tags");
                 break;
@@ -78,7 +78,7 @@ class Deriver {
   private:
     void Structure(CsnStructureTypes& structure) {
         const Name& name = *structure.section->structure;
-        structure.type = store_.NewType(Kind::kStruct, name.text, name.place);
+        structure.type = store_.NewType(Kind::kStruct, name.text, name.span);
         structure.type->named = true;
         structure.firstTag = static_cast<std::uint16_t>(nextTag_);
         if (structure.section->runs) {
@@ -134,17 +134,17 @@ class Deriver {
         element.name = member.name;
         element.optional = annotations.optional.value_or(bound == 0 && member.least == 0);
         if (bound > kMostBound) {
-            reporter_.Error(first.place, "'" + member.name + "' could hold " +
-                                             std::to_string(bound) +
-                                             " items, more than a sequence can; give its bound "
-                                             "with 'most'");
+            reporter_.Error(first.span, "'" + member.name + "' could hold " +
+                                            std::to_string(bound) +
+                                            " items, more than a sequence can; give its bound "
+                                            "with 'most'");
             bound = 1;
         }
         const std::string name = open.type->name + "_" + member.name;
         const std::string path = open.path + (open.path.empty() ? "" : ".") + member.name;
         std::string valueName = name;
         if (bound != 0) {
-            element.type = store_.NewType(Kind::kSequence, name, first.place);
+            element.type = store_.NewType(Kind::kSequence, name, first.span);
             element.type->size = bound;
             valueName += "_data";
         }
@@ -184,12 +184,12 @@ class Deriver {
             all.enumeration = all.enumeration ? all.enumeration : one.enumeration;
             all.single |= one.single;
             if (one.single || one.most) {
-                all.place = one.place;
+                all.span = one.span;
             }
             if (!agree || (all.single && all.most)) {
-                reporter_.Error(one.place, "the brackets of '" + member.name +
-                                               "' contradict each other or those of another "
-                                               "place where it stands");
+                reporter_.Error(one.span, "the brackets of '" + member.name +
+                                              "' contradict each other or those of another "
+                                              "place where it stands");
             }
         }
         return all;
@@ -199,10 +199,10 @@ class Deriver {
     std::uint32_t BoundOf(const CsnMember& member, const CsnAnnotations& annotations) {
         const bool isOpen = member.most == CsnMember::kUnbounded;
         if (annotations.most == 0U) {
-            reporter_.Error(annotations.place, "a sequence has room for at least one item");
+            reporter_.Error(annotations.span, "a sequence has room for at least one item");
         } else if (annotations.single && (isOpen || member.most == 1)) {
             reporter_.Error(
-                annotations.place,
+                annotations.span,
                 isOpen ? "'" + member.name +
                              "' is repeated without a bound; a single member would be "
                              "written for ever"
@@ -221,7 +221,7 @@ class Deriver {
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             const CsnMembers members = finder_.Of(*occurrence.field->children.front());
             if (inner && members.Empty() != inner->Empty()) {
-                reporter_.Error(occurrence.field->place,
+                reporter_.Error(occurrence.field->span,
                                 "'" + member.name +
                                     "' has fields inside in one place and none in "
                                     "another; give one of them another name with 'as'");
@@ -241,20 +241,20 @@ class Deriver {
     TypeModel* Nested(const OpenStruct& open, const CsnMember& member, const std::string& name,
                       const std::string& path, CsnFieldRow row, CsnMembers inner) {
         const CsnNode& first = *member.occurrences.front().field;
-        TypeModel* type = store_.NewType(Kind::kStruct, name, first.place);
+        TypeModel* type = store_.NewType(Kind::kStruct, name, first.span);
         std::set<const CsnNode*> around = open.around;
         for (const CsnMember::Occurrence& occurrence : member.occurrences) {
             if (!around.insert(occurrence.field).second) {
-                reporter_.Error(occurrence.field->place, "the field '" + member.name +
-                                                             "' contains itself; a recursion "
-                                                             "must not pass through a named field");
+                reporter_.Error(occurrence.field->span, "the field '" + member.name +
+                                                            "' contains itself; a recursion "
+                                                            "must not pass through a named field");
                 return type;
             }
             const CsnAnnotations& annotations = occurrence.field->annotations;
             if (annotations.enumeration || annotations.type != TypeAnnotation::kByRule) {
-                reporter_.Error(annotations.place, "'" + member.name +
-                                                       "' is a struct, since it "
-                                                       "has fields inside");
+                reporter_.Error(annotations.span, "'" + member.name +
+                                                      "' is a struct, since it "
+                                                      "has fields inside");
             }
         }
         row.kind = CsnFieldRow::Kind::kStruct;
@@ -269,7 +269,7 @@ class Deriver {
                      const std::string& path, CsnFieldRow row) {
         const CsnNode& first = *member.occurrences.front().field;
         const ValueFacts facts = FactsOf(member, annotations);
-        TypeModel* type = store_.NewType(Kind::kInteger, name, first.place);
+        TypeModel* type = store_.NewType(Kind::kInteger, name, first.span);
         Choose(*type, facts, member);
         if (type->kind == Kind::kBinary) {
             row.kind = CsnFieldRow::Kind::kBinary;
@@ -309,7 +309,7 @@ class Deriver {
             facts.values =
                 family_.findEnum ? family_.findEnum(annotations.enumeration->text) : nullptr;
             if (facts.values == nullptr) {
-                reporter_.Error(annotations.enumeration->place,
+                reporter_.Error(annotations.enumeration->span,
                                 "there is no enumeration '" + annotations.enumeration->text + "'");
             }
         }
@@ -318,14 +318,14 @@ class Deriver {
 
     /// The rule by which a value gets its type.
     void Choose(TypeModel& type, const ValueFacts& facts, const CsnMember& member) {
-        const Span place = member.occurrences.front().field->place;
+        const Span span = member.occurrences.front().field->span;
         const bool isNumber = facts.annotation == TypeAnnotation::kInteger ||
                               (facts.annotation == TypeAnnotation::kByRule && !facts.isVariable &&
                                facts.width <= kMostIntegerBits);
         if (isNumber && (facts.isVariable || facts.width > kMostIntegerBits)) {
-            reporter_.Error(place, "'" + member.name +
-                                       "' can be no integer: its length varies or "
-                                       "is above 32 bits");
+            reporter_.Error(span, "'" + member.name +
+                                      "' can be no integer: its length varies or "
+                                      "is above 32 bits");
         } else if (isNumber) {
             type.kind = facts.values == nullptr ? Kind::kInteger : Kind::kEnumerated;
             type.enumeration = facts.values;
@@ -343,9 +343,9 @@ class Deriver {
                         : facts.isVariable                          ? kMostVariableBits
                                            : static_cast<std::uint32_t>(facts.width);
             if (facts.values != nullptr) {
-                reporter_.Error(place, "'" + member.name +
-                                           "' is a bit string and can have no "
-                                           "enumeration");
+                reporter_.Error(span, "'" + member.name +
+                                          "' is a bit string and can have no "
+                                          "enumeration");
             }
         }
     }

@@ -22,7 +22,7 @@ using CsnEnumFinder = std::function<const EnumModel*(const std::string& name)>;
 struct CsnFamily {
     CsnEnumFinder findEnum;
     std::set<std::string> structures = {};  // that they name
-    bool itemsLocated = false;  // numbers and bit strings in sequences note their places
+    bool itemsLocated = false;  // numbers and bit strings in sequences note their locations
 };
 
 /// What the fields of a structure are. Tags are numbered over all structures of an image: first

@@ -33,8 +33,8 @@
 // "<ERRID:n> ..." for each fault; n tells the place in the decoder that found it.
 //
 // The text is UTF-8 and, but for one text that has U+00DF, plain ASCII. Lines end in a line feed.
-// "LOC:[28,4]" gives the place of a field: bit 28 of the message, 4 bits long. docs/result-text.md
-// describes the whole form.
+// "LOC:[28,4]" gives the location of a field: bit 28 of the message, 4 bits long.
+// docs/result-text.md describes the whole form.
 //
 // What is guaranteed. Any octets of any length give a result; the same octets give the same
 // result. Nothing outside the span is read: the decoders behave as if zeros followed its end.

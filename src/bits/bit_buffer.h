@@ -13,7 +13,7 @@
 namespace quorvane::bits {
 
 /// Where a field lay in a message: bit position in the upper 16 bits, length in bits in the lower
-/// 16. 0 means that the place is not known.
+/// 16. 0 means that the location is not known.
 using FieldLocator = std::uint32_t;
 
 /// The octets that `bits` bits take.

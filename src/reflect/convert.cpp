@@ -197,7 +197,7 @@ class RecordFiller {
             // Each item raises the count by one, also that of a record in use.
             const auto size = static_cast<std::int32_t>(cell.number + 1);
             if (bits::SetSize(arena_, cell, size, row.size).Failed() && index >= cell.number) {
-                return;  // this item and all behind it have no place
+                return;  // there is no room for this item and all behind it
             }
             if (node.GetItem(index) != nullptr) {
                 FillAsMember(row.first, cell.cells[index], *node.GetItem(index));
@@ -245,9 +245,9 @@ class RecordComparer {
         switch (row.kind) {
             case TypeKind::kInteger:
             case TypeKind::kEnumerated:
-                return row.size == 0 || (a.number == b.number && SamePlace(a, b));
+                return row.size == 0 || (a.number == b.number && SameLocation(a, b));
             case TypeKind::kBinary:
-                return SameBits(row, a, b) && SamePlace(a, b);
+                return SameBits(row, a, b) && SameLocation(a, b);
             case TypeKind::kSequence:
                 return SameItems(row, a, b);
             case TypeKind::kStruct:
@@ -259,7 +259,7 @@ class RecordComparer {
     }
 
   private:
-    [[nodiscard]] bool SamePlace(const bits::Cell& a, const bits::Cell& b) const {
+    [[nodiscard]] bool SameLocation(const bits::Cell& a, const bits::Cell& b) const {
         return !compareLocations_ || a.location == b.location;
     }
 

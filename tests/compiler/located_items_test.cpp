@@ -1,5 +1,5 @@
-// Whether numbers and bit strings in sequences note their places: a family says it for all of its
-// types.
+// Whether numbers and bit strings in sequences note their locations: a family says it for all of
+// its types.
 
 #include <gtest/gtest.h>
 #include <string>

@@ -247,7 +247,7 @@ TEST_F(DataTest, CopiesOfNumbersHaveNoDescriptor) {
 
     const TEDClassInteger integerType("i", 8);
     TEDDataInteger integer(&integerType, 1);
-    integer = node;  // the value and place of an enumerated node in an integer one
+    integer = node;  // the value and location of an enumerated node in an integer one
     EXPECT_EQ(integer.GetNodeKind(), TypeKind::kInteger);
     EXPECT_EQ(integer.GetValue(), -7);
     EXPECT_EQ(integer.location, At(8, 8));
