@@ -263,9 +263,9 @@ class Emitter {
         for (std::size_t index = 0; index < model_.sets.size(); ++index) {
             const SetModel& set = model_.sets[index];
             const std::string suffix = std::to_string(index);
-            Table attempts("KeyAttemptRow", "kAttempts" + suffix);
-            for (const iecodec::KeyAttemptRow& attempt : set.attempts) {
-                attempts.Row(attempt.highNibbles, attempt.lowNibbles, attempt.mask);
+            Table masks("KeyMaskRow", "kMasks" + suffix);
+            for (const iecodec::KeyMaskRow& row : set.masks) {
+                masks.Row(row.highNibbles, row.lowNibbles, row.mask);
             }
             Table keys("KeyRow", "kKeys" + suffix);
             for (const auto& key : set.keys) {
@@ -278,12 +278,12 @@ class Emitter {
                 memberTypes.Plain(Cell(model_.messageTypes[message]->index),
                                   model_.messages[message].name);
             }
-            out_ << attempts << keys << messages << memberTypes;
+            out_ << masks << keys << messages << memberTypes;
             sets.Row(
                 set.row.name,
                 set.type == nullptr ? iecodec::kNone : static_cast<std::uint16_t>(set.type->index),
                 set.row.keyForm, set.row.highOctet, set.row.lowOctet, set.row.typeOctet,
-                Expression{"kAttempts" + suffix}, Expression{"kKeys" + suffix},
+                Expression{"kMasks" + suffix}, Expression{"kKeys" + suffix},
                 Expression{"kSetMessages" + suffix}, Expression{"kSetTypes" + suffix});
         }
         out_ << sets;

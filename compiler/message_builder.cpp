@@ -405,16 +405,15 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
     set.row.lowOctet = Narrow<std::uint8_t>(reporter_, syntax.lowOctet, kOctet);
     set.row.typeOctet =
         Narrow<std::uint8_t>(reporter_, syntax.typeOctet.value_or(WideNumber{1, {}}), kOctet);
-    for (const KeyAttemptSyntax& attempt : syntax.attempts) {
-        set.attempts.push_back(
-            {attempt.highNibbles, attempt.lowNibbles,
-             Narrow<std::uint16_t>(reporter_, attempt.mask, {0, 0xFFFF, "of a mask"})});
+    for (const KeyMaskSyntax& row : syntax.masks) {
+        set.masks.push_back({row.highNibbles, row.lowNibbles,
+                             Narrow<std::uint16_t>(reporter_, row.mask, {0, 0xFFFF, "of a mask"})});
     }
     const bool twoOctets = set.row.keyForm == iecodec::KeyForm::kTwoOctets;
     reporter_.ErrorIf(!twoOctets && syntax.typeOctet, syntax.name.span,
                       "only a key of two octets goes with a line 'shows'");
     const bool sixBits = set.row.keyForm == iecodec::KeyForm::kSixBits;
-    reporter_.ErrorIf(sixBits && !syntax.attempts.empty(), syntax.name.span,
+    reporter_.ErrorIf(sixBits && !syntax.masks.empty(), syntax.name.span,
                       "a key of six bits goes without a mask");
     const NumberRange keys = {0, sixBits ? 0x3FU : 0xFFFFU, "of a key"};
     std::map<std::uint64_t, const SetSyntax::Message*> taken;

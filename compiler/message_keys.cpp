@@ -33,15 +33,6 @@ OctetBits OctetOf(const FamilyModel& model, const iecodec::MessageRow& message,
 
 namespace {
 
-using iecodec::KeyAttemptRow;
-
-const KeyAttemptRow* AttemptOf(const SetModel& set, std::uint32_t first) {
-    const auto found =
-        std::find_if(set.attempts.begin(), set.attempts.end(),
-                     [first](const KeyAttemptRow& attempt) { return Holds(attempt, first); });
-    return found == set.attempts.end() ? nullptr : &*found;
-}
-
 /// Whether a message whose octets have these bits can have the key.
 bool CanHave(const SetModel& set, const OctetBits& high, const OctetBits& low, std::uint32_t key) {
     for (std::uint32_t first = 0; first <= 0xFF; ++first) {
@@ -54,8 +45,7 @@ bool CanHave(const SetModel& set, const OctetBits& high, const OctetBits& low, s
             }
             continue;
         }
-        const KeyAttemptRow* attempt = AttemptOf(set, first);
-        const std::uint32_t mask = attempt == nullptr ? 0xFFFF : attempt->mask;
+        const std::uint32_t mask = iecodec::MaskFor(set.masks, first);
         const std::uint32_t known = mask & (0xFF00 | low.known);
         if ((key & ~mask) == 0 && ((key ^ (first << 8 | low.value)) & known) == 0) {
             return true;
@@ -68,14 +58,14 @@ bool CanHave(const SetModel& set, const OctetBits& high, const OctetBits& low, s
 
 void CheckKeys(Reporter& reporter, const SetSyntax& syntax, const SetModel& set,
                const FamilyModel& model) {
-    std::vector<bool> reached(set.attempts.size());
+    std::vector<bool> reached(set.masks.size());
     for (std::uint32_t first = 0; first <= 0xFF; ++first) {
-        if (const KeyAttemptRow* attempt = AttemptOf(set, first)) {
-            reached[static_cast<std::size_t>(attempt - set.attempts.data())] = true;
+        if (const iecodec::KeyMaskRow* row = iecodec::FindMask(set.masks, first)) {
+            reached[static_cast<std::size_t>(row - set.masks.data())] = true;
         }
     }
     for (std::size_t index = 0; index < reached.size(); ++index) {
-        reporter.ErrorIf(!reached[index], syntax.attempts[index].mask.span,
+        reporter.ErrorIf(!reached[index], syntax.masks[index].mask.span,
                          "no first octet comes to this mask");
     }
     if (set.messages.size() != syntax.messages.size()) {

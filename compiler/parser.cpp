@@ -354,7 +354,7 @@ class Parser : private TypeParser {
                 tokens_.Expect("octet");
                 set.typeOctet = tokens_.ExpectNumber("the octet shown as message type");
             } else if (tokens_.Accept("mask")) {
-                set.attempts.push_back(ParseAttempt());
+                set.masks.push_back(ParseMask());
             } else {
                 SetSyntax::Message message;
                 message.name = tokens_.ExpectName("a message's name");
@@ -392,16 +392,16 @@ class Parser : private TypeParser {
         }
     }
 
-    KeyAttemptSyntax ParseAttempt() {
-        KeyAttemptSyntax attempt;
-        attempt.mask = tokens_.ExpectHexadecimal("a mask in hexadecimal");
+    KeyMaskSyntax ParseMask() {
+        KeyMaskSyntax row;
+        row.mask = tokens_.ExpectHexadecimal("a mask in hexadecimal");
         while (tokens_.Accept("if")) {
             const Span span = tokens_.Peek().span;
             const bool high = tokens_.Accept("high");
             if (!high) {
                 tokens_.Expect("low");
             }
-            std::uint16_t& set = high ? attempt.highNibbles : attempt.lowNibbles;
+            std::uint16_t& set = high ? row.highNibbles : row.lowNibbles;
             Once(set == 0xFFFF, span, high ? "a condition 'high'" : "a condition 'low'");
             const std::vector<WideNumber> nibbles = ParseHexadecimals("a half octet", "if");
             set = nibbles.empty() ? set : std::uint16_t{0};
@@ -410,7 +410,7 @@ class Parser : private TypeParser {
                 set = static_cast<std::uint16_t>(set | 1U << bit);
             }
         }
-        return attempt;
+        return row;
     }
 };
 

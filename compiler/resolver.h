@@ -27,7 +27,7 @@ struct CsnTypes {
 struct SetModel {
     TypeModel* type = nullptr;
     iecodec::MessageSetRow row{};
-    std::vector<iecodec::KeyAttemptRow> attempts;
+    std::vector<iecodec::KeyMaskRow> masks;
     std::vector<iecodec::KeyRow> keys;
     std::vector<std::uint16_t> messages;
 };

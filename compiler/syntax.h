@@ -154,7 +154,7 @@ struct MessageSyntax {
     Span countedEnd;
 };
 
-struct KeyAttemptSyntax {
+struct KeyMaskSyntax {
     WideNumber mask;
     std::uint16_t highNibbles = 0xFFFF;  // bit n: n is in the set
     std::uint16_t lowNibbles = 0xFFFF;
@@ -171,7 +171,7 @@ struct SetSyntax {
     WideNumber highOctet;
     WideNumber lowOctet{1, {}};
     std::optional<WideNumber> typeOctet;
-    std::vector<KeyAttemptSyntax> attempts;
+    std::vector<KeyMaskSyntax> masks;
     std::vector<Message> messages;
 };
 

@@ -149,7 +149,7 @@ void Run(const Image& image, const csn::VerifierReport& report, Input& input) {
     }
     const csn::VerifierNeed& need = report.needs[which];
     Require(machine.tagCount <= static_cast<std::int32_t>(need.tags),
-            "the run ends with more tags than the verifier has reckoned");
+            "the run ends with more tags than the verifier has counted");
 }
 
 }  // namespace

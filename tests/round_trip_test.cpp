@@ -63,7 +63,7 @@ class NamedExceptions : public testing::Test {
         }
         for (const auto& [type, reason] : Exceptions().reviewed) {
             EXPECT_TRUE(test::OfLeftOutFamily(type) || Exceptions().met.contains(type))
-                << type << " comes back; take it away";
+                << type << " comes back; remove it";
         }
     }
 };

@@ -47,7 +47,7 @@ int Generate(const GenerateOptions& options) {
             tag == 0 ? generator.Generate(*binding.set) : generator.Generate(*binding.set, tag);
         if (!message) {
             Print(lines);
-            throw UsageError("no message came of the draw " + std::to_string(count + 1) +
+            throw UsageError("could not generate message " + std::to_string(count + 1) +
                              "; try another seed");
         }
         lines += options.function + " " + std::to_string(message->octets.size()) + " " +

@@ -9,18 +9,6 @@ namespace {
 
 constexpr std::size_t kRoom = 8192;  // octets; no message of the tables is longer
 
-/// The mask of the attempt that takes a first octet of this form.
-std::uint32_t MaskOf(const iecodec::MessageSetRow& set, std::uint32_t key) {
-    for (const iecodec::KeyAttemptRow& attempt : set.attempts) {
-        const bool high = (attempt.highNibbles >> (key >> 12 & 15U) & 1U) != 0;
-        const bool low = (attempt.lowNibbles >> (key >> 8 & 15U) & 1U) != 0;
-        if (high && low) {
-            return attempt.mask;
-        }
-    }
-    return 0xFFFF;
-}
-
 /// One of the message's keys; 0 where there are none.
 std::uint32_t DrawKey(const iecodec::MessageSetRow& set, std::uint32_t tag, Random& random) {
     std::vector<std::uint32_t> keys;
@@ -53,7 +41,8 @@ std::optional<GeneratedMessage> MessageGenerator::Generate(const iecodec::Messag
         GeneratedMessage out;
         iecodec::SetTag(out.container, tag);
         const std::uint32_t key = DrawKey(set, tag, random_);
-        if (!values.FillMessage(message, out.container.body, key, MaskOf(set, key))) {
+        if (!values.FillMessage(message, out.container.body, key,
+                                iecodec::MaskFor(set.masks, key >> 8))) {
             continue;
         }
         out.octets.resize(kRoom);

@@ -1,4 +1,4 @@
-// What can be said of resolved descriptions before they run.
+// Static checks of resolved CSN.1.
 
 #include <algorithm>
 #include <map>
@@ -19,7 +19,7 @@ bool IsOpen(const CsnNode& node) {
     return node.kind == NodeKind::kRepeat &&
            (node.repetition.form == RepetitionForm::kAny ||
             node.repetition.form == RepetitionForm::kWriteCount ||
-            (node.repetition.form == RepetitionForm::kRange && node.high == CsnNode::kUnbounded));
+            (node.repetition.form == RepetitionForm::kRange && node.high == kUnbounded));
 }
 
 class Checker {
@@ -97,7 +97,8 @@ class Checker {
     /// The bits of 'a & b' end what can be read, so that nothing can follow. `isFollowed`: bits are
     /// read behind `node`.
     void CheckIntersections(const CsnNode& node, bool isFollowed) {
-        if (node.kind == NodeKind::kAnd && isFollowed && intersections_.insert(&node).second) {
+        if (node.kind == NodeKind::kIntersection && isFollowed &&
+            intersections_.insert(&node).second) {
             reporter_.Error(node.span,
                             "nothing can follow 'a & b', whose end stays the end of what is read; "
                             "limit b by a scope instead: @open_fixed, @open_behind_length and the "
@@ -165,9 +166,10 @@ class Checker {
             if (first.count(&rule) == 0) {
                 continue;
             }
-            reporter_.Error(rule.name.span, "the rule '< " + rule.name.text +
-                                                " >' comes back to itself before it has read "
-                                                "a bit");
+            reporter_.Error(
+                rule.name.span,
+                "the rule '< " + rule.name.text +
+                    " >' is left-recursive: it refers to itself before it has read a bit");
             for (const CsnRule* other : first) {
                 if (FirstIn(*other).count(&rule) != 0) {
                     told.insert(other);
@@ -337,7 +339,7 @@ bool MayBeEmpty(const CsnNode& node) {
                 return childMay(children.front());
             }
             return true;
-        case NodeKind::kAnd:
+        case NodeKind::kIntersection:
             return childMay(children.back());
         case NodeKind::kExclude:
         case NodeKind::kSend:

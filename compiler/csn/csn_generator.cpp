@@ -148,7 +148,7 @@ class Generator {
             case NodeKind::kTruncate:
                 Truncation(node);
                 break;
-            case NodeKind::kAnd:
+            case NodeKind::kIntersection:
                 code_.Emit(Opcode::kMark);
                 Node(*node.children[0]);
                 code_.Emit(Opcode::kRescan);
@@ -263,9 +263,9 @@ class Generator {
 
     /// Opens a branch. The last one has its flag set, which makes a writer in an open repetition
     /// pass over it: that is what ends the repetition when there are no more items. In there the
-    /// flag goes by what it is for instead. It is set for every branch that can always be written,
-    /// and not for a last branch with fields, which ends the repetition itself; and where a field
-    /// beside the choice ends it, for none.
+    /// flag marks every branch without fields instead, since these can always be written; a last
+    /// branch with fields ends the repetition itself. Where a field beside the choice ends it, no
+    /// branch has the flag.
     void Alternative(const CsnNode& branch, Label next, bool isLast) {
         AltTo(next, loop_ == Loop::kNone ? isLast : loop_ == Loop::kOpen && !HasFields(branch));
     }
@@ -327,7 +327,7 @@ class Generator {
     }
 
     void RangeOf(const CsnNode& node, const Assembler::Operand& exit) {
-        const bool unbounded = node.high == CsnNode::kUnbounded;
+        const bool unbounded = node.high == kUnbounded;
         if (unbounded && node.low < 2) {
             code_.Emit(node.low == 0 ? Opcode::kRepAny : Opcode::kRepMore, {exit});
         } else {
@@ -437,7 +437,7 @@ class Generator {
                 return;
             }
         }
-        // A value is one whole with an inner layout; a group, and a mark of no bits, is not.
+        // A field without fields inside is delivered whole, unless it has no bits.
         const bool isGroup = HasFields(content) || content.kind == NodeKind::kNull;
         const auto delimiter = Assembler::Delimiter(id, !isGroup || node.annotations.sized);
         const Loop around = std::exchange(loop_, Loop::kNone);

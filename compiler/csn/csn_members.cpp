@@ -9,8 +9,6 @@ namespace {
 using NodeKind = CsnNode::Kind;
 using RepetitionForm = CsnNode::Repetition::Form;
 
-constexpr std::uint32_t kUnbounded = CsnMember::kUnbounded;
-
 /// A count in the range of its type, whose largest number stands for any.
 std::uint32_t Bounded(std::uint64_t count) {
     return static_cast<std::uint32_t>(std::min<std::uint64_t>(count, kUnbounded));

@@ -14,8 +14,6 @@ namespace quorvane::compiler {
 
 /// All occurrences of one name under one parent.
 struct CsnMember {
-    static constexpr std::uint32_t kUnbounded = 0xFFFFFFFF;
-
     struct Occurrence {
         const CsnNode* field;
         bool inErrorBranch;

@@ -227,7 +227,7 @@ class Parser {
             } else if (tokens_.At("*") || tokens_.At("**")) {
                 node = Repetition(node, span);
             } else if (tokens_.Accept("&")) {
-                node = Pair(NodeKind::kAnd, node, span);
+                node = Pair(NodeKind::kIntersection, node, span);
             } else if (tokens_.Accept("-") || tokens_.Accept("exclude")) {
                 node = Pair(NodeKind::kExclude, node, span);
             } else if (tokens_.Accept("==")) {
@@ -278,7 +278,7 @@ class Parser {
             node->repetition.form = CsnNode::Repetition::Form::kRange;
             node->low = counts_.Number(kMostIterations);
             tokens_.Next();
-            node->high = tokens_.At(")") ? CsnNode::kUnbounded : counts_.Number(kMostIterations);
+            node->high = tokens_.At(")") ? kUnbounded : counts_.Number(kMostIterations);
             tokens_.Expect(")");
         } else {
             node->repetition.form = CsnNode::Repetition::Form::kCount;

@@ -143,7 +143,7 @@ class Resolver {
             if (allSeen && used.count(&rule) == 0) {
                 reporter_.Error(rule.name.span, "no structure refers to the rule " +
                                                     Bracketed(rule.name.text) +
-                                                    "; take it away or refer to it");
+                                                    "; remove it or use it");
             }
         }
     }
@@ -445,7 +445,7 @@ class Resolver {
 
     Reporter& reporter_;
     CsnSyntax& syntax_;
-    CsnRule* rule_ = nullptr;  // the one at hand
+    CsnRule* rule_ = nullptr;  // the current one
     std::map<std::string, CsnRule*> shared_;
     std::vector<std::map<std::string, CsnRule*>> own_;  // by section
     std::map<const CsnRule*, std::set<CsnRule*>> calls_;
@@ -507,7 +507,7 @@ std::optional<std::uint64_t> FixedWidth(const CsnNode& node) {
             return FixedWidth(*node.children.front());
         case NodeKind::kReference:
             return node.rule->width;
-        case NodeKind::kAnd:  // its end is where the second reading stops
+        case NodeKind::kIntersection:  // its end is where the second reading stops
             return FixedWidth(*node.children.back());
         case NodeKind::kTruncate:
             break;

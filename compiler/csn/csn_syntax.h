@@ -20,6 +20,8 @@ struct CsnVariable;
 
 /// Most iterations of a repetition with a constant count; one more means no bound to the machine.
 inline constexpr std::uint32_t kMostIterations = 0x3FFE;
+/// Stands for a count without an upper bound.
+inline constexpr std::uint32_t kUnbounded = 0xFFFFFFFF;
 
 /// A count that C++ works out: a function from a number to a number.
 struct CsnFunction {
@@ -80,21 +82,21 @@ struct CsnArgument {
 
 struct CsnNode {
     enum class Kind {
-        kNull,       // the empty string
-        kBits,       // `text`: fixed bits 0, 1, L, H
-        kAnyBits,    // `width` bits of any value
-        kConcat,     // the children one after another
-        kChoice,     // one of the children
-        kError,      // child 0, or else child 1
-        kRepeat,     // child 0, `repetition`
-        kTruncate,   // the children, as far as there are bits
-        kAnd,        // child 0, read again as child 1
-        kExclude,    // child 0 unless child 1 matches its bits
-        kSend,       // child 0 when reading, child 1 when writing
-        kRange,      // child 0, its bits a number from `low` to `high`
-        kField,      // `name`: child 0, with `annotations`
-        kReference,  // the rule `name`
-        kAction,     // `name` with `arguments`
+        kNull,          // the empty string
+        kBits,          // `text`: fixed bits 0, 1, L, H
+        kAnyBits,       // `width` bits of any value
+        kConcat,        // the children one after another
+        kChoice,        // one of the children
+        kError,         // child 0, or else child 1
+        kRepeat,        // child 0, `repetition`
+        kTruncate,      // the children, as far as there are bits
+        kIntersection,  // child 0, read again as child 1
+        kExclude,       // child 0 unless child 1 matches its bits
+        kSend,          // child 0 when reading, child 1 when writing
+        kRange,         // child 0, its bits a number from `low` to `high`
+        kField,         // `name`: child 0, with `annotations`
+        kReference,     // the rule `name`
+        kAction,        // `name` with `arguments`
     };
 
     struct Repetition {
@@ -130,8 +132,6 @@ struct CsnNode {
     // Set by the resolver.
     CsnRule* rule = nullptr;          // kReference: the rule that it means
     CsnVariable* variable = nullptr;  // kField: the variable that keeps its value, or null
-
-    static constexpr std::uint32_t kUnbounded = 0xFFFFFFFF;
 };
 
 /// A value or position that the byte-code keeps under a tag.

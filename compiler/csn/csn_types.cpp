@@ -197,7 +197,7 @@ class Deriver {
 
     /// The bound of the sequence that the member is; 0 if it is none.
     std::uint32_t BoundOf(const CsnMember& member, const CsnAnnotations& annotations) {
-        const bool isOpen = member.most == CsnMember::kUnbounded;
+        const bool isOpen = member.most == kUnbounded;
         if (annotations.most == 0U) {
             reporter_.Error(annotations.span, "a sequence has room for at least one item");
         } else if (annotations.single && (isOpen || member.most == 1)) {
@@ -369,7 +369,7 @@ class Deriver {
     TypeStore& store_;
     CsnMemberFinder finder_;
     CsnTypeTables tables_;
-    CsnStructureTypes* structure_ = nullptr;  // the one at hand
+    CsnStructureTypes* structure_ = nullptr;  // the current one
     std::deque<OpenStruct> open_;             // of it, from the outside inwards
     std::size_t nextTag_ = 1;
 };

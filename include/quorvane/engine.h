@@ -17,7 +17,7 @@
 //           read. Decoders look at an element before they test it against the message's end, so
 //           max(length, 0) + quorvane::kReadAhead octets (quorvane/decode.h) must be readable;
 //           nothing behind those is read. What lies behind the message may show in fields that an
-//           error line follows, so zeros there make for quiet results.
+//           error line follows, so pad with zeros to get a deterministic text.
 //   length  the message's length in octets. Any value is allowed. ChannelRequest and the two
 //           Packet_Control_Acknowledgement functions decode a message of fixed length and take no
 //           notice of it.

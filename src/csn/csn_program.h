@@ -35,7 +35,7 @@ QUORVANE_NAMED_ENUM(CsnFieldKind,
                     kInteger,  // the field's bits as a number, also of an enumerated member
                     kBinary,   // a bit string, its length that of the field
                     kStruct,   // opens a struct whose members are the fields inside
-                    kMarker)   // a zero-width mark: its presence is all
+                    kMarker)   // a field of no bits: its presence is all
 
 /// What a field of a structure is in the record, one row for each field tag.
 struct CsnFieldRow {

@@ -24,8 +24,8 @@ bits::Outcome DecodeCsn(const CsnStructure& structure, const bits::BitReader& re
                         bits::Cell& cell);
 
 /// Encodes the struct of `cell` at `bitPos` of `writer`. Returns the count of bits written, or
-/// kSyntaxError if the structure cannot hold such a record. Whether the bits found room is the
-/// writer's to tell. Bits behind those written may have changed too.
+/// kSyntaxError if the structure cannot hold such a record. Check writer.Overflowed() afterwards.
+/// Bits behind those written may have changed too.
 bits::Outcome EncodeCsn(const CsnStructure& structure, bits::BitWriter& writer, std::int32_t bitPos,
                         const bits::Cell& cell);
 

@@ -403,7 +403,7 @@ void RuleWalk::Loop(const Instruction& instruction, const State& state) {
         sink_(instruction.offset, "an iteration may take no bits");
     }
     State again = state;
-    again.tags = start.tags;  // what iterations add is reckoned below
+    again.tags = start.tags;  // tags added per iteration are counted below
     again.mostTags = start.mostTags;
     Reach(instruction.offset, body, again);
 

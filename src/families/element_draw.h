@@ -41,7 +41,7 @@ class Draw {
 /// Tells the generators how an element is drawn. One static object for each element.
 class ElementDraw {
   public:
-    /// Fills the zeroed `cell`; false if nothing valid came of the draw.
+    /// Fills the zeroed `cell`; false if it drew nothing valid.
     using Function = bool (*)(Draw& draw, const iecodec::ValueRow& row, bits::Cell& cell,
                               std::int64_t most);
 

@@ -19,17 +19,6 @@ std::int64_t TypeBehindIdentifier(const bits::BitReader& reader) {
     return reader.Read(1, 3) == kIdentifierExtended ? PastIdentifierExtension(reader, 8) : 8;
 }
 
-std::uint32_t Masked(const MessageSetRow& set, std::uint32_t first, std::uint32_t word) {
-    for (const KeyAttemptRow& attempt : set.attempts) {
-        const bool high = (attempt.highNibbles >> (first >> 4) & 1U) != 0;
-        const bool low = (attempt.lowNibbles >> (first & 15U) & 1U) != 0;
-        if (high && low) {
-            return word & attempt.mask;
-        }
-    }
-    return word;
-}
-
 MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
     const std::uint32_t first = reader.ReadOctet(8 * std::int64_t{set.highOctet});
     const std::uint32_t pd = first & 15U;
@@ -40,13 +29,13 @@ MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
             return {first >> 2, 0, first >> 2};
         case KeyForm::kExtendedIdentifier: {
             const std::uint32_t type = reader.ReadOctet(TypeBehindIdentifier(reader));
-            return {Masked(set, first, first << 8 | type), pd, type};
+            return {(first << 8 | type) & MaskFor(set.masks, first), pd, type};
         }
         case KeyForm::kKeyless:
             return {0, 0, 0};
     }
     const std::uint32_t low = reader.ReadOctet(8 * std::int64_t{set.lowOctet});
-    return {Masked(set, first, first << 8 | low), pd,
+    return {(first << 8 | low) & MaskFor(set.masks, first), pd,
             reader.ReadOctet(8 * std::int64_t{set.typeOctet})};
 }
 

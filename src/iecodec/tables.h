@@ -251,17 +251,27 @@ struct MessageRow {
     std::uint16_t value = kNone;  // of a struct without header and fields: the ValueRow of it all
 };
 
-/// Which octets tell a message. The first attempt whose nibble sets hold the halves of the first
-/// octet gives the mask for the key.
-struct KeyAttemptRow {
+/// A mask for the keys of some first octets: those whose halves are in the nibble sets.
+struct KeyMaskRow {
     std::uint16_t highNibbles;  // bit n: n is in the set
     std::uint16_t lowNibbles;
     std::uint16_t mask;
 };
 
-/// Whether the nibble sets hold the halves of the octet `first`.
-constexpr bool Holds(const KeyAttemptRow& attempt, std::uint32_t first) {
-    return (attempt.highNibbles >> (first >> 4) & attempt.lowNibbles >> (first & 15U) & 1U) != 0;
+/// The first row for the first octet `first`, or null.
+constexpr const KeyMaskRow* FindMask(std::span<const KeyMaskRow> rows, std::uint32_t first) {
+    for (const KeyMaskRow& row : rows) {
+        if ((row.highNibbles >> (first >> 4) & row.lowNibbles >> (first & 15U) & 1U) != 0) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+/// The mask for the key behind that octet.
+constexpr std::uint32_t MaskFor(std::span<const KeyMaskRow> rows, std::uint32_t first) {
+    const KeyMaskRow* row = FindMask(rows, first);
+    return row == nullptr ? 0xFFFF : row->mask;
 }
 
 struct KeyRow {
@@ -271,7 +281,7 @@ struct KeyRow {
 
 QUORVANE_NAMED_ENUM(
     KeyForm,
-    kTwoOctets,           // octets `highOctet` and `lowOctet`, masked by an attempt
+    kTwoOctets,           // octets `highOctet` and `lowOctet`, masked
     kSixBits,             // the upper six bits of the first octet
     kExtendedIdentifier,  // the type octet stands behind the transaction identifier's extension
     kKeyless)             // one message, whatever the octets
@@ -285,7 +295,7 @@ struct MessageSetRow {
     std::uint8_t highOctet;
     std::uint8_t lowOctet;
     std::uint8_t typeOctet;  // what the container shows as message type
-    std::span<const KeyAttemptRow> attempts;
+    std::span<const KeyMaskRow> masks;
     std::span<const KeyRow> keys;                // sorted by key
     std::span<const std::uint16_t> messages;     // MessageRow by tag - 1
     std::span<const std::uint16_t> memberTypes;  // type of each message, by tag - 1

@@ -25,20 +25,20 @@ class LabelStore {
 
     /// The text of `row` followed by its value in parentheses.
     std::string_view AddEnumValue(const EnumValueRow& row) {
-        char digits[kMostDigits + kScribble];
+        char digits[kMostDigits + kOverwritten];
         const char* end = PutUnsigned(digits, row.value);
         char* at = PutLiteral(Put(row.text), " (");
         at = std::copy(static_cast<const char*>(digits), end, at);
         return Ends(PutLiteral(at, ")"));
     }
     static std::size_t EnumValueSize(const EnumValueRow& row) {
-        char digits[kMostDigits + kScribble];
+        char digits[kMostDigits + kOverwritten];
         return row.text.size() + static_cast<std::size_t>(PutUnsigned(digits, row.value) - digits) +
                3;
     }
 
   private:
-    static constexpr std::size_t kScribble = 4;
+    static constexpr std::size_t kOverwritten = 4;
 
     char* Put(std::string_view text) const { return std::copy(text.begin(), text.end(), next_); }
     std::string_view Ends(char* end) {

@@ -15,13 +15,13 @@ namespace quorvane::reflect {
 
 class HeldText {
   public:
-    /// No text, which is another thing than an empty one.
+    /// No text; distinct from an empty text.
     HeldText() = default;
     HeldText(const HeldText&) = delete;
     HeldText& operator=(const HeldText&) = delete;
     ~HeldText() { Clear(); }
 
-    /// Takes a copy of `text`, fit for PutPadded. A view without data leaves no text.
+    /// Takes a copy of `text` that PutPadded can write. A view without data leaves no text.
     void Copy(std::string_view text) {
         char* copy = nullptr;
         if (text.data() != nullptr) {

@@ -127,7 +127,8 @@ class TEDClassInteger : public TEDClassBase {
 class TEDEnumValue : public Placeable {
   public:
     TEDEnumValue(std::string_view text, std::uint32_t value);
-    /// `rendered` is the text followed by " (", the value in decimal and ")", fit for PutPadded.
+    /// `rendered` is the text followed by " (", the value in decimal and ")", with kCopyStep
+    /// readable octets from its start.
     TEDEnumValue(bits::Arena& arena, std::string_view rendered, std::size_t textLength,
                  std::uint32_t value);
 
@@ -213,7 +214,8 @@ class TEDClassBinary : public TEDClassBase {
 class TEDClassStructuredElement : public Placeable {
   public:
     TEDClassStructuredElement(std::string_view name, const TEDClassReference& type, bool optional);
-    /// `label` is the name followed by ": ", fit for PutPadded. `type` is taken over if `owned`.
+    /// `label` is the name followed by ": ", with kCopyStep readable octets from its start. `type`
+    /// is taken over if `owned`.
     TEDClassStructuredElement(bits::Arena& arena, std::string_view label, TEDClassBase* type,
                               bool owned, bool optional);
     TEDClassStructuredElement(const TEDClassStructuredElement& other)

@@ -10,7 +10,7 @@ namespace {
 // "LOC:[65535,65535] ".
 constexpr std::size_t kMostLocation = 18;
 
-// Two of these fit in the slack, with what a number scribbles, a comma and the line end: that of a
+// Two of these fit in the slack, with what a number overwrites, a comma and the line end: that of a
 // union without a name to print, and that of its choice.
 static_assert(2 * kMostLocation + kMostDigits + 4 + 2 <= TextBuffer::kSlack);
 static_assert(kCopyStep <= TextBuffer::kSlack);

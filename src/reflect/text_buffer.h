@@ -18,7 +18,7 @@ namespace quorvane::reflect {
 class TextBuffer {
   public:
     /// How many octets Room promises on top of what it is asked for: the fixed-size pieces of a
-    /// line (a location, a number, a line end) and the scribble of a copying step fit in it.
+    /// line (a location, a number, a line end) and what a copying step overwrites fit in it.
     static constexpr std::size_t kSlack = 64;
 
     /// How many octets a cleared buffer keeps at most.

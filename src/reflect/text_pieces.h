@@ -1,9 +1,9 @@
 #pragma once
 
 // Writing the pieces of a text straight into memory. Each function writes at `at`, returns where
-// the piece ends, and may scribble a few octets behind that end: copying whole steps of a fixed
-// size costs a fraction of a copy of exact length. The caller has made sure of the room, scribbles
-// included: TextBuffer::Room promises kSlack octets on top of what was asked for.
+// the piece ends, and may overwrite a few octets behind that end: copying whole steps of a fixed
+// size costs a fraction of a copy of exact length. The caller has made sure of the room, for
+// those too: TextBuffer::Room promises kSlack octets on top of what was asked for.
 //
 // Tests: tests/unit/reflect_text_test.cpp.
 
@@ -22,8 +22,8 @@ inline constexpr std::size_t kCopyStep = 32;
 /// The most characters of a number: "-2147483648".
 inline constexpr std::size_t kMostDigits = 11;
 
-/// Writes `text`, of which kCopyStep octets are readable however short it is. Scribbles up to
-/// kCopyStep octets behind `at`.
+/// Writes `text`, of which kCopyStep octets are readable however short it is. Overwrites up
+/// to kCopyStep octets from `at`.
 inline char* PutPadded(char* at, std::string_view text) {
     std::memcpy(at, text.data(), kCopyStep);
     if (text.size() > kCopyStep) {
@@ -32,14 +32,14 @@ inline char* PutPadded(char* at, std::string_view text) {
     return at + text.size();
 }
 
-/// Writes a short literal; no scribble.
+/// Writes a short literal and nothing behind it.
 template <std::size_t kSize>
 inline char* PutLiteral(char* at, const char (&text)[kSize]) {
     std::memcpy(at, text, kSize - 1);
     return at + (kSize - 1);
 }
 
-/// Writes two blanks for each of `levels`. Scribbles up to kCopyStep octets behind `at`.
+/// Writes two blanks for each of `levels`. Overwrites up to kCopyStep octets from `at`.
 inline char* PutIndent(char* at, std::size_t levels) {
     const std::size_t blanks = 2 * levels;
     std::memset(at, ' ', kCopyStep);
@@ -71,7 +71,7 @@ inline constexpr std::array<SmallNumber, kSmallNumberCount> kSmallNumbers = [] {
     return numbers;
 }();
 
-/// Writes `value` in decimal. Scribbles up to 3 octets.
+/// Writes `value` in decimal. May overwrite 3 octets behind it.
 inline char* PutUnsigned(char* at, std::uint32_t value) {
     if (value < kSmallNumberCount) {
         const SmallNumber& number = kSmallNumbers[value];
@@ -81,7 +81,7 @@ inline char* PutUnsigned(char* at, std::uint32_t value) {
     return std::to_chars(at, at + kMostDigits, value).ptr;
 }
 
-/// Writes `value` in decimal, with a sign if it is negative. Scribbles up to 3 octets.
+/// Writes `value` in decimal, with a sign if it is negative. May overwrite 3 octets behind it.
 inline char* PutSigned(char* at, std::int32_t value) {
     if (value >= 0) {
         return PutUnsigned(at, static_cast<std::uint32_t>(value));
@@ -101,7 +101,7 @@ inline constexpr std::array<std::array<char, 4>, 256> kHexOctets = [] {
 }();
 
 /// Writes `count` octets as pairs of upper-case hexadecimal digits with one blank between octets.
-/// Scribbles up to 2 octets.
+/// May overwrite 2 octets behind it.
 inline char* PutHex(char* at, const std::uint8_t* octets, std::size_t count) {
     if (count == 0) {
         return at;

@@ -1,4 +1,4 @@
-// Counts that descriptions reckon: one-bits, fields that are there, one less, handed on. Modelled
+// Counts that descriptions compute: one-bits, fields that are there, one less, handed on. Modelled
 // on the timeslot allocations of TS 44.060; values are counted by hand.
 
 #include <gtest/gtest.h>

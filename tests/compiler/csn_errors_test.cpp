@@ -116,7 +116,8 @@ TEST(CsnErrors, ARoundOfLeftRecursiveRulesIsToldOnce) {
                        "< u > ::= < x : bit > bit (val(y)) < n : bit > ;\n"
                        "structure V \"clause\" ;\n"
                        "< v > ::= { 0 | 1 < n : bit > } bit (val(n)) ;\n"),
-              "a.csn1:3:1: error: the rule '< r >' comes back to itself before it has read a bit\n"
+              "a.csn1:3:1: error: the rule '< r >' is left-recursive: it refers to itself before "
+              "it has read a bit\n"
               "a.csn1:6:28: error: there is no field or position 'y' in this structure\n"
               "a.csn1:8:38: error: 'n' is not known here on every way that reading can take; it "
               "must be set before\n"

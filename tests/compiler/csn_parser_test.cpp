@@ -86,7 +86,7 @@ std::string Show(const CsnNode& node) {
     }
     if (node.high != 0) {
         text += " " + std::to_string(node.low) + "-" +
-                (node.high == CsnNode::kUnbounded ? "" : std::to_string(node.high));
+                (node.high == kUnbounded ? "" : std::to_string(node.high));
     }
     std::string children;
     for (const CsnNode* child : node.children) {

@@ -107,8 +107,8 @@ TEST(CsnCommon, AFamilysStructureMayBeASharedRule) {
 
 TEST(CsnCommon, ElsewhereWhatIsNotUsedIsAnError) {
     EXPECT_EQ(Compile({kCommon, "shared ;\n< mine > ::= 0 ;\n"}, {"Wanted"}).errors,
-              "f1.csn1:2:1: error: no structure refers to the rule '< mine >'; take it away or "
-              "refer to it\n");
+              "f1.csn1:2:1: error: no structure refers to the rule '< mine >'; remove it or "
+              "use it\n");
     EXPECT_EQ(
         Compile({kCommon, "structure X \"x\" ;\n< x > ::= < helper > ;\n"}, {"Wanted"}).errors,
         "f1.csn1:2:11: error: there is no rule '< helper >' in this structure or among the "

@@ -53,7 +53,7 @@ bool CanBeEmpty(const CsnNode& node, std::set<const CsnRule*> seen = {}) {
                     return true;
             }
             return true;
-        case Kind::kAnd:
+        case Kind::kIntersection:
             return empty(node.children[1]);
         case Kind::kExclude:
         case Kind::kSend:
@@ -171,7 +171,7 @@ class Reader {
                 return Repeat(node);
             case Kind::kTruncate:
                 return Truncate(node);
-            case Kind::kAnd:
+            case Kind::kIntersection:
                 return And(node);
             case Kind::kExclude:
                 return Exclude(node);
@@ -236,7 +236,7 @@ class Reader {
             least = most = Count(node.repetition.count);
         } else if (node.repetition.form == Form::kRange) {
             least = node.low;
-            most = node.high == CsnNode::kUnbounded ? UINT64_MAX : node.high;
+            most = node.high == compiler::kUnbounded ? UINT64_MAX : node.high;
         }
         for (std::uint64_t done = 0; done < most; ++done) {
             const State before = Now();
