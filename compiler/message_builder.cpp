@@ -207,6 +207,11 @@ void MessageBuilder::AddCondition(const MessageSyntax& message, const FieldSynta
             return;
         }
         row.conditionMember = static_cast<std::uint16_t>(member - deciderType->elements.data());
+        const unsigned bits = std::max<unsigned>(decider.width, 8U * decider.leastOctets);
+        reporter_.ErrorIf(!values_.AlwaysHolds(decider.value, row.conditionMember, bits),
+                          condition.member.span,
+                          name + " may end ahead of '" + condition.member.text +
+                              "'; a member that is always there decides");
         width = member->wireBits != 0 ? member->wireBits : member->type->size;
     }
     const std::uint64_t most = MostOf(width);

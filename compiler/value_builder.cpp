@@ -60,6 +60,25 @@ void ValueBuilder::NoteMessage(const std::string& name, std::uint16_t message) {
     messages_.emplace(name, message);
 }
 
+bool ValueBuilder::AlwaysHolds(std::uint16_t row, std::uint16_t element, std::uint64_t bits) const {
+    const ValueRow value = row == kNone ? ValueRow{} : model_.values[row];
+    const auto holds = [&](std::uint16_t first, std::uint16_t count) {
+        const auto parts = std::span(model_.parts).subspan(first, count);
+        return std::any_of(parts.begin(), parts.end(), [&](const PartRow& part) {
+            return part.kind == PartRow::Kind::kInteger && part.element == element &&
+                   part.offset + part.width <= bits;
+        });
+    };
+    if (value.shape == Shape::kExtension) {
+        const auto groups = std::span(model_.groups).subspan(value.first, value.count);
+        return std::any_of(groups.begin(), groups.end(), [&](const iecodec::GroupRow& group) {
+            const iecodec::OctetRow& octet = model_.octets[group.firstOctet];
+            return group.mandatory && holds(octet.firstPart, octet.partCount);
+        });
+    }
+    return value.shape != Shape::kTruncatable || holds(value.first, value.count);
+}
+
 BitRange ValueBuilder::BitsOf(std::uint16_t row) const {
     if (row == kNone) {
         return {};

@@ -44,6 +44,9 @@ class ValueBuilder {
 
     /// The bits that a value of the row may take; from 0 to kMostBits if that is not known.
     [[nodiscard]] BitRange BitsOf(std::uint16_t row) const;
+    /// Whether every value of the row, of `bits` bits or more, holds the number at `element`.
+    [[nodiscard]] bool AlwaysHolds(std::uint16_t row, std::uint16_t element,
+                                   std::uint64_t bits) const;
 
   private:
     std::uint16_t Add(iecodec::ValueRow row);

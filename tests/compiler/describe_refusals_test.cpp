@@ -56,6 +56,10 @@ constexpr const char* kNoSpare =
     "only half octets without an identifier and bits of a stated width are spare; give this a "
     "type";
 
+// A struct whose second octet a field may leave out, and a field that this octet decides on.
+const std::string kCutOff = "struct t truncatable {\n    x 8 : int8\n    y 8 : int8\n}\n";
+const std::string kDecided = "    b V 1 if a.y = 0 : int8\n}\n";
+
 // A use of the header.
 const std::string kUsed = Set("    key octets 0 1\n    m = 0101\n");
 
@@ -247,6 +251,20 @@ const Refusal kFields[] = {
      Error("16:16", "'a' has no member 'c' that is a number and always there")},
     {"ConditionOnAMemberOfNoStruct", Message("    a V 1 : int8\n    b V 1 if a.c = 1 : int8\n"),
      Error("16:16", "'a' has no member 'c' that is a number and always there")},
+    {"ConditionOnAMemberThatMayBeCutOff",
+     kCutOff + "message m h 1 {\n    a LV 1-2 : t\n" + kDecided,
+     Error("20:16", "'a' may end ahead of 'y'; a member that is always there decides")},
+    {"ConditionOnAnOctetThatMayBeAbsent",
+     Extension("    group 3 {\n        octet {\n            x 7 : int7\n        }\n"
+               "        octet {\n            v? 3 : int3\n            y 4 : int4\n        }\n"
+               "    }\n") +
+         Message("    a LV 1-2 : s\n    b V 1 if a.y = 0 : int8\n"),
+     Error("27:16", "'a' may end ahead of 'y'; a member that is always there decides")},
+    {"ConditionOnAGroupThatMayBeAbsent",
+     Extension("    group 3 optional {\n        octet {\n            v? 3 : int3\n"
+               "            y 4 : int4\n        }\n    }\n") +
+         Message("    a LV 1-2 : s\n    b V 1 if a.y = 0 : int8\n"),
+     Error("24:16", "'a' may end ahead of 'y'; a member that is always there decides")},
     {"ConditionOnTooLargeAMember", Message("    a V 1 : one\n    b V 1 if a.b = 16 : int8\n"),
      Error("16:20", "16 is above 15, the most in 'b'")},
     {"UncheckedWithALength", Message("    a LV unchecked : binary 8\n"),
@@ -486,6 +504,20 @@ TEST(Describe, AFieldWithALengthHasNoWidth) {
             .code;
     EXPECT_NE(code.find("kLvE, FieldPresence::kMandatory, 0, 0, 4, 0, 9000,"), std::string::npos);
     EXPECT_NE(code.find("kV, FieldPresence::kMandatory, 0, 1, 5, 16, 2,"), std::string::npos);
+}
+
+// A member decides if the field's limits, or its octet, keep it in.
+TEST(Describe, MembersThatAreAlwaysThereDecide) {
+    const std::string set = "set all {\n    key octets 0 1\n    m = 0101\n}\n";
+    for (const char* field : {"V 2", "LV 2", "LV 2-4"}) {
+        const std::string source =
+            kCutOff + "message m h 1 {\n    a " + field + " : t\n" + kDecided + set;
+        EXPECT_EQ(Describe({{"f.qd", kPrelude + source}}).errors, "") << field;
+    }
+    const std::string first = Message("    a LV 1-2 : t\n    b V 1 if a.x = 0 : int8\n", set);
+    EXPECT_EQ(Describe({{"f.qd", kPrelude + kCutOff + first}}).errors, "");
+    const std::string octet = Message("    a LV 1-2 : s\n    b V 1 if a.a = 0 : int8\n", set);
+    EXPECT_EQ(Describe({{"f.qd", kPrelude + Extension(kGroup) + octet}}).errors, "");
 }
 
 TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
