@@ -66,17 +66,16 @@ void TypeResolver::Declare(const Name& name, TypeModel* type) {
     model_.named.push_back(type);
 }
 
-/// Values that no field of the type can have are mistakes.
-void TypeResolver::CheckValues(const TypeModel& type, std::uint64_t bits) {
+void CheckValues(Reporter& reporter, const TypeModel& type, std::uint64_t bits) {
     if (type.enumeration == nullptr) {
         return;
     }
     const std::string what = "in the " + std::to_string(bits) + " bits of '" + type.name + "'";
     for (const EnumModel::Value& value : type.enumeration->values) {
         if (!value.unreachable) {
-            WithinRange(reporter_, value.value, {0, MostOf(bits), what});
+            WithinRange(reporter, value.value, {0, MostOf(bits), what});
         } else if (value.value.value <= MostOf(bits)) {
-            reporter_.Error(value.value.span, "the value is reachable " + what);
+            reporter.Error(value.value.span, "the value is reachable " + what);
         }
     }
 }
@@ -104,7 +103,7 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
                 return type;
             }
             type->size = Narrow<std::uint32_t>(reporter_, size, kIntegerBits);
-            CheckValues(*type, wireBits.value == 0 ? type->size : wireBits.value);
+            CheckValues(reporter_, *type, wireBits.value == 0 ? type->size : wireBits.value);
             return type;
         }
         case TypeSyntax::Kind::kBinary: {

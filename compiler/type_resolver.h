@@ -10,6 +10,9 @@
 
 namespace quorvane::compiler {
 
+/// Values of an enumerated type that no field of so many bits can have are mistakes.
+void CheckValues(Reporter& reporter, const TypeModel& type, std::uint64_t bits);
+
 class TypeResolver {
   public:
     TypeResolver(Reporter& reporter, const FamilySyntax& family, const CsnTypes& csn,
@@ -45,7 +48,6 @@ class TypeResolver {
 
   private:
     const EnumModel* FindEnum(const Name& use);
-    void CheckValues(const TypeModel& type, std::uint64_t bits);
     void CheckFormless(const TypeModel& type, std::span<const MemberSyntax> members);
     void AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members,
                     const std::vector<Name>& record = {});

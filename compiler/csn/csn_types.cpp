@@ -9,6 +9,7 @@
 
 #include "compiler/csn/csn_members.h"
 #include "compiler/csn/csn_resolver.h"
+#include "compiler/type_resolver.h"
 
 namespace quorvane::compiler {
 namespace {
@@ -329,6 +330,7 @@ class Deriver {
         } else if (isNumber) {
             type.kind = facts.values == nullptr ? Kind::kInteger : Kind::kEnumerated;
             type.enumeration = facts.values;
+            CheckValues(reporter_, type, facts.width);
             const auto width = static_cast<std::uint32_t>(facts.width);
             type.size = width > 1 && width < 8 ? 8 : width;
             if (facts.annotation == TypeAnnotation::kInteger) {

@@ -520,6 +520,29 @@ TEST(Describe, MembersThatAreAlwaysThereDecide) {
     EXPECT_EQ(Describe({{"f.qd", kPrelude + Extension(kGroup) + octet}}).errors, "");
 }
 
+// Values of enumerations that fields of CSN.1 have are checked as those of other fields are.
+TEST(DescribeRefusals, EnumerationsOfFieldsInCsn) {
+    const auto errorsOf = [](const std::string& field, const std::string& value) {
+        return Describe({{"f.qd", std::string(kPrelude) + "enum E {\n    0 = \"a\"\n    " + value +
+                                      "\n}\ncsn C\n" + Message("    c LV 1 : C\n") +
+                                      "set s {\n    key octets 0 1\n    m = 0101\n}\n"},
+                         {"c.csn1", "structure C \"x\" ;\n< c > ::= " + field + " ;\n"}})
+            .errors;
+    };
+    const std::string plain = "< a : bit (3) [enum E] >";
+    EXPECT_EQ(errorsOf(plain, "7 = \"b\""), "");
+    EXPECT_EQ(errorsOf(plain, "8 = \"b\""),
+              Error("16:5", "8 is above 7, the most in the 3 bits of 'C_a'"));
+    EXPECT_EQ(errorsOf(plain, "8 = \"b\" unreachable"), "");
+    EXPECT_EQ(errorsOf(plain, "7 = \"b\" unreachable"),
+              Error("16:5", "the value is reachable in the 3 bits of 'C_a'"));
+    // The widest occurrence counts, also in a sequence.
+    const std::string two = "{ 0 < a : bit (3) [enum E] > | 1 < a : bit (4) > } ";
+    EXPECT_EQ(errorsOf(two + "** 0", "15 = \"b\""), "");
+    EXPECT_EQ(errorsOf(two + "** 0", "16 = \"b\""),
+              Error("16:5", "16 is above 15, the most in the 4 bits of 'C_a_data'"));
+}
+
 TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
     const std::string source = Message(
         "    a 12 TV 1  : int8\n"
