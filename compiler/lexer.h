@@ -16,7 +16,8 @@ struct Notation {
     std::string_view comment;  // starts one, which runs to the end of the line
     std::string_view signs;    // those of one character
     bool entriesAreLines;      // ends of lines are tokens, a run of them one
-    bool isCsn;                // names in angle brackets, val(NAME), signs of several characters
+    bool isCsn;                // names in angle brackets, val(NAME), signs of several characters,
+                               // decimal numbers alone
 };
 
 /// Files .qd: docs/description-notation.md.

@@ -111,7 +111,7 @@ std::optional<WideNumber> TokenStream::AcceptNumber() {
         return std::nullopt;
     }
     const Token& token = Peek();
-    const bool isHexadecimal = token.text.starts_with("0x");
+    const bool isHexadecimal = !decimal_ && token.text.starts_with("0x");
     const auto number =
         ParseDigits(reporter_, std::string_view(token.text).substr(isHexadecimal ? 2 : 0),
                     isHexadecimal ? 16 : 10, token.span);

@@ -23,7 +23,7 @@ class TokenStream {
     using Kind = Token::Kind;
 
     TokenStream(Reporter& reporter, std::uint32_t file, const Notation& notation)
-        : reporter_(reporter), tokens_(Lex(reporter, file, notation)) {}
+        : reporter_(reporter), tokens_(Lex(reporter, file, notation)), decimal_(notation.isCsn) {}
 
     [[nodiscard]] const Token& Peek(std::size_t ahead = 0) const {
         return tokens_[std::min(position_ + ahead, tokens_.size() - 1)];
@@ -46,7 +46,8 @@ class TokenStream {
 
     /// A name; `what` says what for.
     Name ExpectName(std::string_view what);
-    /// A decimal number, or a hexadecimal one with 0x in front; unknown after an error.
+    /// A decimal number, or in a .qd file a hexadecimal one with 0x in front; unknown after an
+    /// error.
     WideNumber ExpectNumber(std::string_view what);
     /// Digits of a hexadecimal number without a prefix.
     WideNumber ExpectHexadecimal(std::string_view what);
@@ -76,6 +77,7 @@ class TokenStream {
   private:
     Reporter& reporter_;
     std::vector<Token> tokens_;
+    bool decimal_;  // numbers are
     std::size_t position_ = 0;
     bool broken_ = false;
 };

@@ -125,6 +125,20 @@ TEST(CsnErrors, ARoundOfLeftRecursiveRulesIsToldOnce) {
               "must be set before\n");
 }
 
+TEST(CsnErrors, NumbersAreDecimal) {
+    const std::string head = "structure T \"clause\" ;\n< t > ::= ";
+    EXPECT_EQ(ErrorsOf("a.csn1", head + "{ 1 < x : bit > } * 0x10 ;\n"),
+              "a.csn1:2:31: error: a number is expected here, not '0x10'\n");
+    EXPECT_EQ(ErrorsOf("a.csn1", head + "bit (5) in 0x1..30 ;\n"),
+              "a.csn1:2:22: error: a number is expected here, not '0x1'\n");
+    EXPECT_EQ(ErrorsOf("a.csn1", head + "< x : bit ** [binary 0x10] > ;\n"),
+              "a.csn1:2:32: error: a number is expected here, not '0x10'\n");
+    EXPECT_EQ(ErrorsOf("a.csn1", head + "bit (0x10) ;\n").substr(0, 41),
+              "a.csn1:2:16: error: '0x10' is no count; t");
+    EXPECT_EQ(ErrorsOf("a.csn1", head + "bit (4) @keep(n, 0x4) ;\n"),
+              "a.csn1:2:28: error: a number is expected here\n");
+}
+
 TEST(CsnErrors, FilesShareTheirRules) {
     Reporter reporter;
     TypeStore store;
