@@ -44,6 +44,31 @@ TEST(CsnTwin, MistakesAreTold) {
         "T.csn1:4:1: error: the structure A runs the rule of B and can have none of its own\n");
 }
 
+// It goes with the other one, whatever pass finds its mistake, and is not missed.
+TEST(CsnTwin, OfABrokenStructureIsNotTold) {
+    const std::vector<std::pair<std::string, std::string>> mistakes = {
+        {"{ 0", "3:17: error: '}' is expected here, not ';'"},
+        {"< r >",
+         "3:13: error: there is no rule '< r >' in this structure or among the shared ones"},
+        {"{ null } **",
+         "3:13: error: what is repeated without a bound may be empty, so the repetition would not "
+         "end"},
+        {"< a : bit [enum E] >", "3:29: error: there is no enumeration 'E'"}};
+    for (const auto& [body, error] : mistakes) {
+        const Description result =
+            Describe({{"f.qd",
+                       "family f\nheader h {\n    = 1 8\n    type 8\n}\ncsn Twin\ncsn Own\n"
+                       "message m h 1 {\n    a LV 1 : Twin\n    b LV 1 : Own\n}\n"
+                       "set s {\n    key octets 0 1\n    m = 0101\n}\n"},
+                      {"T.csn1",
+                       "structure Twin \"TS 1, 1\" runs Own ;\nstructure Own \"TS 1, 2\" ;\n"
+                       "< own > ::= " +
+                           body + " ;\n"}});
+        EXPECT_EQ(result.errors, "T.csn1:" + error + "\n") << body;
+        EXPECT_EQ(result.code, "");
+    }
+}
+
 // ---- Files that several families share ---------------------------------------------------------
 
 constexpr const char* kCommon =
