@@ -66,7 +66,7 @@ void CheckKeys(Reporter& reporter, const SetSyntax& syntax, const SetModel& set,
     }
     for (std::size_t index = 0; index < reached.size(); ++index) {
         reporter.ErrorIf(!reached[index], syntax.masks[index].mask.span,
-                         "no first octet comes to this mask");
+                         "no first octet selects this mask");
     }
     if (set.messages.size() != syntax.messages.size()) {
         return;  // reported

@@ -16,7 +16,7 @@ struct OctetBits {
 OctetBits OctetOf(const FamilyModel& model, const iecodec::MessageRow& message,
                   std::uint32_t index);
 
-/// Reports masks that no first octet comes to, and keys that no message can have. The keys of
+/// Reports masks that no first octet selects, and keys that no message can have. The keys of
 /// `set` stand in the order of `syntax`, as far as its messages are known.
 void CheckKeys(Reporter& reporter, const SetSyntax& syntax, const SetModel& set,
                const FamilyModel& model);

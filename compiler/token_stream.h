@@ -13,8 +13,8 @@
 
 namespace quorvane::compiler {
 
-/// The number that the digits tell, if they are digits. One that is too large is told of and
-/// unknown.
+/// The number that the digits write, if they are digits. One that is too large is reported and
+/// becomes kUnknownNumber.
 std::optional<WideNumber> ParseDigits(Reporter& reporter, std::string_view digits, int base,
                                       Span span);
 

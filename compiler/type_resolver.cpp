@@ -152,7 +152,7 @@ void TypeResolver::CheckFormless(const TypeModel& type, std::span<const MemberSy
     reporter_.ErrorIf(members.empty(), type.span, "the struct has no members");
     for (const MemberSyntax& member : members) {
         reporter_.ErrorIf(member.extent != MemberSyntax::Extent::kNone, member.name.span,
-                          "only the name and the type of this member are told");
+                          "a member has no width here, only a name and a type");
     }
 }
 

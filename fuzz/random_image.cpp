@@ -21,7 +21,7 @@ constexpr std::uint32_t kTags = 4;
 
 using Effect = csn::VerifierAction::Effect;
 
-/// With what the verifier is told of it.
+/// An action and its effect, as the verifier takes it.
 struct KnownAction {
     csn::CsnAction action;
     csn::VerifierAction effect;

@@ -53,7 +53,7 @@ struct GeneratedMessage {
 /// Where messages may end.
 enum class MessageEnd : std::uint8_t {
     kAnyBit,
-    kOctet,  // for decodings that are told a message's length in octets
+    kOctet,  // for decodings that take a message's length in octets
 };
 
 class MessageGenerator {

@@ -139,7 +139,7 @@ class Checker {
         return MayBeEmpty(node);
     }
 
-    /// The rules that come to stand first when `rule` does.
+    /// The rules that a run of `rule` may enter before it reads a bit.
     [[nodiscard]] std::set<const CsnRule*> FirstIn(const CsnRule& rule) const {
         std::set<const CsnRule*> first;
         std::vector<const CsnRule*> left = {&rule};
@@ -155,7 +155,7 @@ class Checker {
         return first;
     }
 
-    /// Tells of each round of rules once, at the first of them.
+    /// Reports each cycle of rules once, at the first of them.
     void CheckLeftRecursion() {
         std::set<const CsnRule*> told;
         for (const CsnRule& rule : syntax_.rules) {

@@ -431,7 +431,7 @@ class Parser {
         return node;
     }
 
-    /// Behind `bit` or `octet`: how many of them, if it is told.
+    /// Behind `bit` or `octet`: how many of them, if it is stated.
     CsnNode* AnyBits(std::uint32_t unit, Span span, bool mayCount) {
         CsnNode* node = syntax_.NewNode(NodeKind::kAnyBits, span);
         node->width = unit;

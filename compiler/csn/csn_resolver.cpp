@@ -431,7 +431,7 @@ class Resolver {
     }
 
     /// A rule drops its variables when it ends, unless one is used behind it: then it and the
-    /// rules through which the user comes to it keep them.
+    /// rules through which the user refers to it keep them.
     void FindKeptTags() {
         for (const auto& [setter, user] : keptFor_) {
             setter->keepsTags = true;

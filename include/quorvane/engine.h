@@ -19,11 +19,11 @@
 //           nothing behind those is read. What lies behind the message may show in fields that an
 //           error line follows, so pad with zeros to get a deterministic text.
 //   length  the message's length in octets. Any value is allowed. ChannelRequest and the two
-//           Packet_Control_Acknowledgement functions decode a message of fixed length and take no
-//           notice of it.
+//           Packet_Control_Acknowledgement functions decode a message of fixed length and
+//           ignore it.
 //   result  replaced by the text, whatever it held.
 //
-// and return 1 if the text names a decoded message, also if it tells of an error, and 0 if the
+// and return 1 if the text names a decoded message, also if it reports an error, and 0 if the
 // octets start no message of that family and direction: the text is then
 // `Failed to decode "..." message`.
 //

@@ -132,7 +132,7 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
             break;
         case CsnFieldRow::Kind::kStruct:
             if (row->repeats) {
-                cell->cells = nullptr;  // nothing is left of an earlier place
+                cell->cells = nullptr;  // nothing is left of an earlier occurrence
             }
             inside = StructCells(arena_, *cell, row->width);
             break;

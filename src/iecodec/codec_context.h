@@ -1,6 +1,6 @@
 #pragma once
 
-// What a decode or an encode carries along: tables, octets, memory and the way faults are told.
+// What a decode or an encode carries along: tables, octets, memory and the way faults are reported.
 
 #include <cstdint>
 #include <string>

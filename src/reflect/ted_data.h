@@ -141,7 +141,7 @@ class TEDDataBinary : public TEDDataBase {
     void Print(TextBuffer& stream, std::uint32_t indent) const override;
 
     /// Takes the first `bits` bits of `source`; the bits behind them stay as they were. `bits` is
-    /// not compared with the descriptor: where the octets at hand do not hold it, they grow.
+    /// not compared with the descriptor: the octets grow if they do not hold it.
     void SetBits(const std::uint8_t* source, std::uint32_t bits);
     /// No bits in use, as many zeroed octets as the descriptor allows.
     void ClearBits();

@@ -139,7 +139,7 @@ constexpr Mistake kMistakes[] = {
      "name it here\n"},
     {"InlineOfAlternative",
      "specials \"x.h\" {\n    x\n}\nunion u special x {\n    a : {\n        b 3 : int8\n    }\n}\n",
-     "f.qd:11:9: error: only the name and the type of this member are told\n"},
+     "f.qd:11:9: error: a member has no width here, only a name and a type\n"},
     {"UnionForm", "union u {\n}\n",
      "f.qd:6:9: error: the way to choose (choice, messages or special) is expected here, not "
      "'{'\n"},

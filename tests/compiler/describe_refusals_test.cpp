@@ -354,7 +354,7 @@ const Refusal kSets[] = {
      Set("    key octets 0 1\n    mask FFFF if high 0 if high 1\n    m = 0101\n"),
      Error("18:28", "a condition 'high' stands here already")},
     {"MaskNeverReached", Set("    key octets 0 1\n    mask FFFF\n    mask FF00\n    m = 0101\n"),
-     Error("19:10", "no first octet comes to this mask")},
+     Error("19:10", "no first octet selects this mask")},
     {"RecordLineTwice",
      "header g {\n    a 8 : int8\n    record a\n    record a\n}\nmessage m g {\n}\n",
      Error("17:5", "a line 'record' stands here already")},
@@ -411,11 +411,11 @@ const Refusal kTypes[] = {
     {"OptionalOutsideOfAnOctet", "struct s fixed {\n    a? 8 : int8\n}\n",
      Error("15:5", "only the first member of an octet that may be absent is optional")},
     {"WidthInASpecial", "specials \"x.h\" {\n    k\n}\nstruct s special k {\n    a 8 : int8\n}\n",
-     Error("18:5", "only the name and the type of this member are told")},
+     Error("18:5", "a member has no width here, only a name and a type")},
     {"WidthOfARemainder",
      "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
      "    }\n    remainder b 8 : int8\n}\n",
-     Error("20:15", "only the name and the type of this member are told")},
+     Error("20:15", "a member has no width here, only a name and a type")},
     {"OptionalRemainder",
      "struct s extension {\n    group 3 {\n        octet {\n            a 7 : int7\n        }\n"
      "    }\n    remainder b? : binary 8\n}\n",

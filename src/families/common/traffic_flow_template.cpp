@@ -89,8 +89,8 @@ class TemplateDecoder {
         }
     }
 
-    /// A length that the components don't meet exactly never comes to an end of its own: the walk
-    /// then goes on to the most components, or to the end of the element.
+    /// Ends where the components meet the length exactly; if they never do, at the most components
+    /// or at the end of the element.
     void DecodeComponents(Cell& components, std::int64_t left) {
         components.number = 0;
         while (left != 0 && components.number < kMostComponents && (left > 0 || cursor_ < end_)) {
