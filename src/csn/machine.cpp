@@ -394,6 +394,9 @@ Next Stepper::Loop(std::uint32_t distance) {
         PopEntry(machine_);
     } else {
         machine_.pc = instr_ - distance;
+        if (maxLeft == kOpenEndedCount && !Writing()) {
+            PassPadding(machine_, instr_);
+        }
     }
     if (machine_.stackDepth >= 2 && machine_.stack[machine_.stackDepth - 1].MinLeft() == 0) {
         // A later iteration that fails is undone up to here.

@@ -249,6 +249,10 @@ void LoopEnter(CsnMachine& machine, std::uint32_t instr, std::uint32_t operand, 
 /// the run goes on at `target`.
 bool LoopCheck(CsnMachine& machine, std::uint32_t target);
 
+/// Behind the first iteration of an open repetition that reads, and ends with the instruction at
+/// `loop`: passes all others at once if they do nothing but take bits of any value.
+void PassPadding(CsnMachine& machine, std::uint32_t loop);
+
 /// The tag of field `id` under the field that encloses it: the one opened last, or if `closing` the
 /// one around that.
 [[nodiscard]] std::int32_t FieldTagLookup(const CsnMachine& machine, std::uint32_t id,

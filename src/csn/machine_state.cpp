@@ -282,6 +282,14 @@ bool LoopCheck(CsnMachine& machine, std::uint32_t target) {
     return false;
 }
 
+void PassPadding(CsnMachine& machine, std::uint32_t loop) {
+    const std::uint8_t body = machine.program->code[machine.pc];
+    const std::int32_t bits = body & 0x3F;
+    if (OpcodeOf(body) == Opcode::kSkip && machine.pc + 1 == loop && bits != 0) {
+        machine.bitPos += std::max(machine.endPos - machine.bitPos, 0) / bits * bits;
+    }
+}
+
 std::int32_t FieldTagLookup(const CsnMachine& machine, std::uint32_t id, bool closing) {
     std::int32_t enclosing = machine.rootTag;
     if (machine.fieldDepth >= (closing ? 2 : 1)) {
