@@ -6,6 +6,7 @@
 
 #include "csn/csn_record.h"
 #include "iecodec/transaction_identifier.h"
+#include "iecodec/value_decoder.h"
 #include "iecodec/value_encoder.h"
 #include "reflect/convert.h"
 
@@ -33,27 +34,41 @@ std::int64_t Measure(const iecodec::CodecTables& tables, const ValueRow& row, co
     return writer.Overflowed() || result.Failed() ? -1 : result.Bits();
 }
 
+/// The first octet of a field that is a value alone; of one without bits no octet at all.
+std::uint32_t FirstOctet(const iecodec::CodecTables& tables, const FieldRow& field,
+                         const Cell& cell) {
+    std::array<std::uint8_t, kRoom> octets{};
+    bits::BitWriter writer(octets.data(), kRoom);
+    iecodec::Diagnostics diagnostics;
+    iecodec::EncodeContext context{tables, writer, diagnostics};
+    const ValueRow& row = tables.values[field.value];
+    const bits::Outcome result = iecodec::EncodeValue(context, row, 0, cell);
+    return result == 0 ? 0x100 : octets[0];
+}
+
 /// Whether all values of the row take its width.
 bool HasFixedWidth(const ValueRow& row) {
     return row.shape == Shape::kInteger || row.shape == Shape::kFixed ||
            (row.shape == Shape::kBinary && row.width != 0);
 }
 
-/// Encodes the structure; the octets behind it are 0. Returns its bits, or a negative code.
+/// Encodes the structure from a bit of the first octet on; what is behind it is 0. Returns its
+/// bits, or a negative code.
 template <std::size_t kSize>
-std::int32_t EncodeInto(const csn::CsnStructure& structure, const Cell& cell,
+std::int32_t EncodeInto(const csn::CsnStructure& structure, const Cell& cell, std::int32_t start,
                         std::array<std::uint8_t, kSize>& octets) {
     bits::BitWriter writer(octets.data(), kSize);
-    const bits::Outcome result = csn::EncodeCsn(structure, writer, 0, cell);
+    const bits::Outcome result = csn::EncodeCsn(structure, writer, start, cell);
     if (result.Failed() || writer.Overflowed()) {
         return -1;
     }
     const auto size = static_cast<std::int32_t>(result.Bits());
+    const std::int32_t end = start + size;
     // Bits behind the result may have been touched on the way.
-    std::fill(octets.begin() + (size + 7) / 8, octets.end(), std::uint8_t{0});
-    if (size % 8 != 0) {
-        octets[static_cast<std::size_t>(size / 8)] &=
-            static_cast<std::uint8_t>(0xFF00U >> static_cast<std::uint32_t>(size % 8));
+    std::fill(octets.begin() + (end + 7) / 8, octets.end(), std::uint8_t{0});
+    if (end % 8 != 0) {
+        octets[static_cast<std::size_t>(end / 8)] &=
+            static_cast<std::uint8_t>(0xFF00U >> static_cast<std::uint32_t>(end % 8));
     }
     return size;
 }
@@ -95,20 +110,23 @@ void ValueGenerator::FillHeader(const iecodec::MessageRow& message, Cell* cells,
         }
         offset += item.width;
     }
+    start_ = offset % 8;
 }
 
-/// Whether the field, written, would be taken for an earlier one that is absent: the identifier is
-/// that one's too, and nothing present stands between the two.
+/// Whether the field, whose first octet that is, would be taken for an earlier one that is absent:
+/// the octet is that one's identifier too, and nothing present stands between the two.
 bool ValueGenerator::IsMistakable(const iecodec::MessageRow& message, const FieldRow& field,
-                                  const Cell* cells) const {
+                                  std::uint32_t octet, const Cell* cells) const {
     const auto fields = tables.fields.subspan(message.firstField, message.fieldCount);
     for (std::size_t index = static_cast<std::size_t>(&field - fields.data()); index-- > 0;) {
         const FieldRow& earlier = fields[index];
-        if (earlier.presence == Presence::kMandatory || cells[earlier.element].present) {
+        const bool there =
+            earlier.presence == Presence::kMandatory || cells[earlier.element].present;
+        if (there && earlier.format != Format::kEndCheck) {
             return false;
         }
         const std::int32_t width = InfoOf(earlier.format).ieiWidth;
-        if (width != 0 && (field.iei ^ earlier.iei) >> (8 - width) == 0) {
+        if (width != 0 && (octet ^ earlier.iei) >> (8 - width) == 0) {
             return true;
         }
     }
@@ -132,7 +150,7 @@ bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
             case Presence::kMandatory:
                 break;
             case Presence::kOptional:
-                if (random_.OneIn(2) || IsMistakable(message, field, cells)) {
+                if (random_.OneIn(2) || IsMistakable(message, field, field.iei, cells)) {
                     continue;
                 }
                 cell.present = true;
@@ -145,9 +163,15 @@ bool ValueGenerator::FillBody(const iecodec::MessageRow& message, Cell* cells) {
                 break;
             }
         }
-        if (field.value != kNone && !FillField(field, cell)) {
-            return false;
+        if (field.value == kNone) {
+            continue;
         }
+        do {
+            if (!FillField(field, cell)) {
+                return false;
+            }
+        } while (field.format == Format::kRest &&
+                 IsMistakable(message, field, FirstOctet(tables, field, cell), cells));
     }
     return true;
 }
@@ -168,7 +192,28 @@ bool ValueGenerator::FillField(const FieldRow& field, Cell& cell) {
         cell.number = Bits(std::min<std::int32_t>(row.width, 2));
         return true;
     }
-    return FillWithin(row, cell, field.unchecked ? 0 : field.width, field.width, 1);
+    if (!field.unchecked) {
+        return FillWithin(row, cell, field.width, field.width, 1);
+    }
+    do {
+        if (!FillWithin(row, cell, 0, field.width, 1)) {
+            return false;
+        }
+    } while (!ComesBack(row, cell, field.width));
+    return true;
+}
+
+/// Whether the value, with zeros behind it up to that width, is the same when decoded.
+bool ValueGenerator::ComesBack(const ValueRow& row, const Cell& cell, std::int32_t width) {
+    std::array<std::uint8_t, kRoom> octets{};
+    bits::BitWriter writer(octets.data(), kRoom);
+    iecodec::Diagnostics diagnostics;
+    iecodec::EncodeContext encode{tables, writer, diagnostics};
+    static_cast<void>(iecodec::EncodeValue(encode, row, 0, cell));
+    Cell back{};
+    iecodec::DecodeContext decode{tables, writer.Reader(), arena, diagnostics};
+    return !iecodec::DecodeValue(decode, row, 0, back, width).Failed() &&
+           SameRecord(row.name, cell, back);
 }
 
 bool ValueGenerator::FillWithin(const ValueRow& row, Cell& cell, std::int64_t least,
@@ -266,7 +311,11 @@ bool ValueGenerator::FillPart(const PartRow& part, Cell* cells, std::int64_t lef
         case PartRow::Kind::kSkip:
             return true;
         case PartRow::Kind::kInteger:
+            break;
         case PartRow::Kind::kValue:
+            if (part.width != 0) {
+                return FillWithin(tables.values[part.value], cells[part.element], most, most, 1);
+            }
             break;
         case PartRow::Kind::kCounted:
         case PartRow::Kind::kRest:
@@ -368,8 +417,8 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     const std::int64_t units = std::min(most, 8 * kMostOctets) / unit;
     const auto bits =
         static_cast<std::int32_t>(unit * random_.UpTo(static_cast<std::uint32_t>(units)));
-    const std::int64_t octets = (bits + 7) / 8;
-    std::array<std::uint8_t, kMostOctets> drawn{};
+    const std::int64_t octets = (start_ + bits + 7) / 8;
+    std::array<std::uint8_t, kMostOctets + 1> drawn{};
     const bool sparse = random_.OneIn(2);
     for (std::int64_t index = 0; index < octets; ++index) {
         const std::uint32_t octet = random_.UpTo(255);
@@ -378,12 +427,12 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     }
     Cell first{};
     const bits::BitReader reader(drawn.data(), octets);
-    const bits::Outcome taken = csn::DecodeCsn(structure, reader, arena, 0, bits, first);
+    const bits::Outcome taken = csn::DecodeCsn(structure, reader, arena, start_, bits, first);
     if (taken.Failed()) {
         return Drop(DropReason::kNoValue, row);
     }
     std::array<std::uint8_t, 2 * kMostOctets> canonical{};
-    const std::int32_t size = EncodeInto(structure, first, canonical);
+    const std::int32_t size = EncodeInto(structure, first, start_, canonical);
     if (size < 0) {
         return Drop(DropReason::kDoesNotComeBack, row);
     }
@@ -394,10 +443,10 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
     cell = {};
     cell.present = present;
     std::array<std::uint8_t, 2 * kMostOctets> again{};
-    const bool comesBack = csn::DecodeCsn(structure, {canonical.data(), (size + 7) / 8}, arena, 0,
-                                          size, cell) == size &&
-                           EncodeInto(structure, cell, again) == size && again == canonical &&
-                           SameRecord(structure.name, first, cell);
+    const bool comesBack = csn::DecodeCsn(structure, {canonical.data(), (start_ + size + 7) / 8},
+                                          arena, start_, size, cell) == size &&
+                           EncodeInto(structure, cell, start_, again) == size &&
+                           again == canonical && SameRecord(structure.name, first, cell);
     return comesBack || Drop(DropReason::kDoesNotComeBack, row);
 }
 

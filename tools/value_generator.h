@@ -35,7 +35,8 @@ class ValueGenerator final : private families::Draw {
 
     bool FillField(const iecodec::FieldRow& field, bits::Cell& cell);
     bool IsMistakable(const iecodec::MessageRow& message, const iecodec::FieldRow& field,
-                      const bits::Cell* cells) const;
+                      std::uint32_t octet, const bits::Cell* cells) const;
+    bool ComesBack(const iecodec::ValueRow& row, const bits::Cell& cell, std::int32_t width);
     void FillBinary(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillParts(const iecodec::ValueRow& row, bits::Cell& cell, std::int64_t most);
     bool FillPart(const iecodec::PartRow& part, bits::Cell* cells, std::int64_t left);
@@ -55,6 +56,8 @@ class ValueGenerator final : private families::Draw {
     const reflect::TypeTables& types_;
     Random& random_;
     Drops& drops_;
+    /// Where in an octet the fields of the message begin: L and H depend on it.
+    std::int32_t start_ = 0;
 };
 
 }  // namespace quorvane::tool

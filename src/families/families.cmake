@@ -20,5 +20,12 @@ quorvane_family(
     DESCRIPTIONS common/mobility.qd common/call.qd common/session.qd
                  l3.qd common.qd mm.qd bearer.qd cc_elements.qd cc.qd
                  gmm.qd sm.qd sets.qd l3.csn1 common/core_network.csn1)
-quorvane_family(rr TITLE "GSM radio resource management, TS 44.018")
+quorvane_family(
+    rr TITLE "GSM radio resource management, TS 44.018"
+    DESCRIPTIONS common/mobility.qd
+                 rr.qd channels.qd elements.qd structures.qd
+                 dedicated.qd broadcast.qd uplink.qd short.qd sets.qd
+                 gprs_elements.csn1 assignment.csn1 paging.csn1 system_information.csn1
+                 neighbour_cells.csn1 measurement.csn1 packet_assignment.csn1 dedicated.csn1
+                 group_calls.csn1 common/core_network.csn1)
 quorvane_family(rlcmac TITLE "GPRS RLC/MAC control messages, TS 44.060")

@@ -18,6 +18,8 @@ namespace {
 // The image names its functions as C++. The tables hold those that descriptions under test can
 // need, for the first tags.
 
+constexpr std::size_t kTags = 64;
+
 using ActionTable = std::map<std::string, csn::CsnAction>;
 using FunctionTable = std::map<std::string, csn::CsnValueFunction>;
 
@@ -56,15 +58,25 @@ void AddActions(ActionTable& table) {
     table[Name("OpenScopeAtLengthEnd", {T, 3})] = &f::OpenScopeAtLengthEnd<T, 3>;
     table[Name("OpenScopeAtLengthEnd", {T, 4})] = &f::OpenScopeAtLengthEnd<T, 4>;
     table[Name("OpenScopeAtLengthEnd", {T, 7})] = &f::OpenScopeAtLengthEnd<T, 7>;
+    table[Name("OpenScopeAtLengthStart", {T, 6, 7})] = &f::OpenScopeAtLengthStart<T, 6, 7>;
     table[Name("OpenScopeAtLengthStart", {T, 8, 8})] = &f::OpenScopeAtLengthStart<T, 8, 8>;
     table[Name("OpenScopeAtCodedLength", {T})] = &f::OpenScopeAtCodedLength<T>;
     table[Name("OpenFixedScope", {T, 4})] = &f::OpenFixedScope<T, 4>;
     table[Name("CloseScope", {T})] = &f::CloseScope<T>;
     table[Name("WriteBackLength", {T, 4, 0, 7})] = &f::WriteBackLength<T, 4, 0, 7>;
+    table[Name("WriteBackLength", {T, 6, 7, 0})] = &f::WriteBackLength<T, 6, 7, 0>;
     table[Name("WriteBackLength", {T, 7, 0, 7})] = &f::WriteBackLength<T, 7, 0, 7>;
     table[Name("WriteBackLength", {T, 8, 8, 0})] = &f::WriteBackLength<T, 8, 8, 0>;
+    table[Name("WriteBackLength", {T, 8, 9, 0})] = &f::WriteBackLength<T, 8, 9, 0>;
+    table[Name("ClipToSpan", {T, 24})] = &f::ClipToSpan<T, 24>;
+    table[Name("JumpOverElement", {T, 8, 9})] = &f::JumpOverElement<T, 8, 9>;
     table[Name("OpenScopeAtLengthStart", {T, 8, 9})] = &f::OpenScopeAtLengthStart<T, 8, 9>;
     table[Name("KeepCount", {T, 3})] = &f::KeepCount<T, 3>;
+}
+
+template <int T>
+void AddReckoning(ActionTable& table) {
+    namespace f = csn::functions;
     AddCounting<T, &f::Ones<8>>(table, Name("Ones", {8}));
     AddCounting<T, &f::Constant<0>>(table, Name("Constant", {0}));
     AddCounting<T, &f::Constant<1>>(table, Name("Constant", {1}));
@@ -83,15 +95,29 @@ void AddFunctions(FunctionTable& table) {
     table[Name("RestOf", {T, 1})] = &f::RestOf<T, 1>;
     table[Name("RestOf", {T, 3})] = &f::RestOf<T, 3>;
     table[Name("OctetsToBits", {T})] = &f::OctetsToBits<T>;
+    table[Name("BitsLeftInSpan", {T, 8})] = &f::BitsLeftInSpan<T, 8>;
     table[Name("BitsLeftInSpan", {T, 24})] = &f::BitsLeftInSpan<T, 24>;
+    table[Name("BitsLeftInSpanIfAny", {T, 32})] = &f::BitsLeftInSpanIfAny<T, 32>;
+    table[Name("BitsLeftInSpanIfAny", {T, 128})] = &f::BitsLeftInSpanIfAny<T, 128>;
+    table[Name("BitsLeftInSpanIfAny", {T, 160})] = &f::BitsLeftInSpanIfAny<T, 160>;
     table[Declared(T, "FddCellInfoBits")] = &f::Declared<T, families::FddCellInfoBits>;
     table[Declared(T, "TddCellInfoBits")] = &f::Declared<T, families::TddCellInfoBits>;
 }
 
 template <std::size_t... Index>
-ActionTable AllActions(std::index_sequence<Index...>) {
-    ActionTable table;
+void AddActions(ActionTable& table, std::index_sequence<Index...>) {
     (AddActions<static_cast<int>(Index) + 1>(table), ...);
+}
+
+template <std::size_t... Index>
+void AddReckoning(ActionTable& table, std::index_sequence<Index...>) {
+    (AddReckoning<static_cast<int>(Index) + 1>(table), ...);
+}
+
+ActionTable AllActions() {
+    ActionTable table;
+    AddActions(table, std::make_index_sequence<kTags>{});
+    AddReckoning(table, std::make_index_sequence<8>{});
     return table;
 }
 
@@ -104,12 +130,12 @@ FunctionTable AllFunctions(std::index_sequence<Index...>) {
 }
 
 const ActionTable& Actions() {
-    static const ActionTable kTable = AllActions(std::make_index_sequence<8>{});
+    static const ActionTable kTable = AllActions();
     return kTable;
 }
 
 const FunctionTable& Functions() {
-    static const FunctionTable kTable = AllFunctions(std::make_index_sequence<16>{});
+    static const FunctionTable kTable = AllFunctions(std::make_index_sequence<kTags>{});
     return kTable;
 }
 
