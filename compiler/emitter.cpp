@@ -53,7 +53,7 @@ std::string Cell(const Value& value) {
     } else if constexpr (std::is_arithmetic_v<Value>) {
         return std::to_string(value);
     } else {
-        return Quoted(value);
+        return Quoted(value) + "sv";  // whose length no compiler has to count
     }
 }
 
@@ -303,7 +303,8 @@ void Emit(std::ostream& out, const FamilySyntax& family, FamilyModel& model, con
     for (const std::string& source : sources) {
         out << " " << source;
     }
-    out << ".\n\n#include <array>\n#include <cstdint>\n\n#include \"families/family.h\"\n";
+    out << ".\n\n#include <array>\n#include <cstdint>\n#include <string_view>\n"
+           "\n#include \"families/family.h\"\n";
     for (const SpecialsSyntax& specials : family.specials) {
         out << "#include \"" << specials.header << "\"\n";
     }
@@ -314,7 +315,8 @@ void Emit(std::ostream& out, const FamilySyntax& family, FamilyModel& model, con
         out << "#include \"" << header << "\"\n";
     }
     out << "\nnamespace quorvane::families {\nnamespace {\n\n"
-           "using namespace quorvane::iecodec;\nusing namespace quorvane::reflect;\n\n";
+           "using namespace quorvane::iecodec;\nusing namespace quorvane::reflect;\n"
+           "using namespace std::string_view_literals;\n\n";
     Emitter emitter(out, family, model);
     emitter.Types();
     out << csn.code;

@@ -37,8 +37,8 @@ bool Has(const std::string& table, const std::string& row) {
 
 TEST(LocatedItems, AreNotLocatedUnlessTheFamilySaysSo) {
     const std::string values = TableOf("family f diagnostics from 7", "kValues");
-    EXPECT_TRUE(Has(values, "{\"list_data\", Shape::kInteger, false,")) << values;
-    EXPECT_TRUE(Has(values, "{\"s_a_data\", Shape::kInteger, false,")) << values;
+    EXPECT_TRUE(Has(values, "{\"list_data\"sv, Shape::kInteger, false,")) << values;
+    EXPECT_TRUE(Has(values, "{\"s_a_data\"sv, Shape::kInteger, false,")) << values;
     const std::string fields = TableOf("family f", "kCsnFields");
     EXPECT_TRUE(Has(fields, "kInteger, false, 1, 2, 20, 0, false, false, false, false},  // 2 n[]"))
         << fields;
@@ -52,9 +52,9 @@ TEST(LocatedItems, AreLocatedIfTheFamilySaysSo) {
     for (const std::string family :
          {"family f items located", "family f diagnostics from 7 items located"}) {
         const std::string values = TableOf(family, "kValues");
-        EXPECT_TRUE(Has(values, "{\"list_data\", Shape::kInteger, true,")) << values;
-        EXPECT_TRUE(Has(values, "{\"s_a_data\", Shape::kInteger, true,")) << values;
-        EXPECT_TRUE(Has(values, "{\"u_a_data\", Shape::kInteger, false,")) << values;
+        EXPECT_TRUE(Has(values, "{\"list_data\"sv, Shape::kInteger, true,")) << values;
+        EXPECT_TRUE(Has(values, "{\"s_a_data\"sv, Shape::kInteger, true,")) << values;
+        EXPECT_TRUE(Has(values, "{\"u_a_data\"sv, Shape::kInteger, false,")) << values;
         const std::string fields = TableOf(family, "kCsnFields");
         EXPECT_TRUE(
             Has(fields, "kInteger, false, 1, 2, 20, 0, false, true, false, false},  // 2 n[]"));
