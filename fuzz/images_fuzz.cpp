@@ -38,7 +38,10 @@ Image CompiledImage(const families::Family& family) {
     }
     // Which values an enumeration has makes no difference to the code.
     compiler::EnumModel& anyEnum = store.enums.emplace_back();
-    const auto findEnum = [&](const std::string&) { return &anyEnum; };
+    const std::set<std::string> enumerations = test::EnumerationsOf(family.name);
+    const auto findEnum = [&](const std::string& name) {
+        return enumerations.contains(name) ? &anyEnum : nullptr;
+    };
     std::set<std::string> structures;
     for (const csn::CsnStructure& structure : family.codec.structures) {
         structures.emplace(structure.name);

@@ -269,7 +269,7 @@ class Deriver {
                      const CsnAnnotations& annotations, const std::string& name,
                      const std::string& path, CsnFieldRow row) {
         const CsnNode& first = *member.occurrences.front().field;
-        const ValueFacts facts = FactsOf(member, annotations);
+        const ValueFacts facts = FactsOf(member, annotations, name);
         TypeModel* type = store_.NewType(Kind::kInteger, name, first.span);
         Choose(*type, facts, member);
         if (type->kind == Kind::kBinary) {
@@ -293,7 +293,8 @@ class Deriver {
         return type;
     }
 
-    ValueFacts FactsOf(const CsnMember& member, const CsnAnnotations& annotations) {
+    ValueFacts FactsOf(const CsnMember& member, const CsnAnnotations& annotations,
+                       const std::string& name) {
         ValueFacts facts;
         facts.annotation = annotations.type;
         facts.annotatedSize = annotations.typeSize;
@@ -306,13 +307,13 @@ class Deriver {
             facts.width = std::max(facts.width, width.value_or(0));
             isFirst = false;
         }
-        if (annotations.enumeration) {
+        if (family_.findEnum) {
             facts.values =
-                family_.findEnum ? family_.findEnum(annotations.enumeration->text) : nullptr;
-            if (facts.values == nullptr) {
-                reporter_.Error(annotations.enumeration->span,
-                                "there is no enumeration '" + annotations.enumeration->text + "'");
-            }
+                family_.findEnum(annotations.enumeration ? annotations.enumeration->text : name);
+        }
+        if (annotations.enumeration && facts.values == nullptr) {
+            reporter_.Error(annotations.enumeration->span,
+                            "there is no enumeration '" + annotations.enumeration->text + "'");
         }
         return facts;
     }

@@ -11,17 +11,16 @@
 namespace quorvane::compiler {
 namespace {
 
-const EnumModel* FindEnum(const std::string& name) {
-    static std::map<std::string, EnumModel> enums;
-    enums[name].name = name;
-    return &enums[name];
-}
-
 std::string Emitted(const std::string& fileName, const std::string& text) {
     Reporter reporter;
     TypeStore store;
+    std::map<std::string, EnumModel> enums;
+    const auto findEnum = [&](const std::string& name) -> const EnumModel* {
+        const bool named = text.find("enum " + name) != std::string::npos;
+        return named ? &enums[name] : nullptr;
+    };
     const CompiledCsn csn =
-        CompileCsn(reporter, {reporter.AddFile(fileName, text)}, {FindEnum}, store);
+        CompileCsn(reporter, {reporter.AddFile(fileName, text)}, {findEnum}, store);
     EXPECT_EQ(reporter.Text(), "");
     std::ostringstream out;
     EmitCsn(out, csn);
@@ -106,7 +105,7 @@ TEST(CsnEmitter, DeclaredFunctionsBringTheirHeaders) {
                                      "function q \"families/b.h\" Unused most 4 ;\n"
                                      "structure T \"TS 1, 2.3\" ;\n"
                                      "< t > ::= < n : bit (2) > < v : bit (p(n)) > ;\n")},
-                   {FindEnum}, store);
+                   {}, store);
     EXPECT_EQ(reporter.Text(), "");
     EXPECT_EQ(csn.image.headers, std::set<std::string>{"families/a.h"});
     ASSERT_EQ(csn.image.functions.size(), 1U);

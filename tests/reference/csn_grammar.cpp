@@ -1,5 +1,6 @@
 #include "reference/csn_grammar.h"
 
+#include <algorithm>
 #include <initializer_list>
 #include <map>
 #include <utility>
@@ -11,14 +12,13 @@
 #include "csn/functions.h"
 #include "csn/verifier.h"
 #include "families/common/cell_information.h"
+#include "support/family_files.h"
 
 namespace quorvane::reference {
 namespace {
 
 // The image names its functions as C++. The tables hold those that descriptions under test can
 // need, for the first tags.
-
-constexpr std::size_t kTags = 64;
 
 using ActionTable = std::map<std::string, csn::CsnAction>;
 using FunctionTable = std::map<std::string, csn::CsnValueFunction>;
@@ -58,25 +58,15 @@ void AddActions(ActionTable& table) {
     table[Name("OpenScopeAtLengthEnd", {T, 3})] = &f::OpenScopeAtLengthEnd<T, 3>;
     table[Name("OpenScopeAtLengthEnd", {T, 4})] = &f::OpenScopeAtLengthEnd<T, 4>;
     table[Name("OpenScopeAtLengthEnd", {T, 7})] = &f::OpenScopeAtLengthEnd<T, 7>;
-    table[Name("OpenScopeAtLengthStart", {T, 6, 7})] = &f::OpenScopeAtLengthStart<T, 6, 7>;
     table[Name("OpenScopeAtLengthStart", {T, 8, 8})] = &f::OpenScopeAtLengthStart<T, 8, 8>;
     table[Name("OpenScopeAtCodedLength", {T})] = &f::OpenScopeAtCodedLength<T>;
     table[Name("OpenFixedScope", {T, 4})] = &f::OpenFixedScope<T, 4>;
     table[Name("CloseScope", {T})] = &f::CloseScope<T>;
     table[Name("WriteBackLength", {T, 4, 0, 7})] = &f::WriteBackLength<T, 4, 0, 7>;
-    table[Name("WriteBackLength", {T, 6, 7, 0})] = &f::WriteBackLength<T, 6, 7, 0>;
     table[Name("WriteBackLength", {T, 7, 0, 7})] = &f::WriteBackLength<T, 7, 0, 7>;
     table[Name("WriteBackLength", {T, 8, 8, 0})] = &f::WriteBackLength<T, 8, 8, 0>;
-    table[Name("WriteBackLength", {T, 8, 9, 0})] = &f::WriteBackLength<T, 8, 9, 0>;
-    table[Name("ClipToSpan", {T, 24})] = &f::ClipToSpan<T, 24>;
-    table[Name("JumpOverElement", {T, 8, 9})] = &f::JumpOverElement<T, 8, 9>;
     table[Name("OpenScopeAtLengthStart", {T, 8, 9})] = &f::OpenScopeAtLengthStart<T, 8, 9>;
     table[Name("KeepCount", {T, 3})] = &f::KeepCount<T, 3>;
-}
-
-template <int T>
-void AddReckoning(ActionTable& table) {
-    namespace f = csn::functions;
     AddCounting<T, &f::Ones<8>>(table, Name("Ones", {8}));
     AddCounting<T, &f::Constant<0>>(table, Name("Constant", {0}));
     AddCounting<T, &f::Constant<1>>(table, Name("Constant", {1}));
@@ -95,29 +85,15 @@ void AddFunctions(FunctionTable& table) {
     table[Name("RestOf", {T, 1})] = &f::RestOf<T, 1>;
     table[Name("RestOf", {T, 3})] = &f::RestOf<T, 3>;
     table[Name("OctetsToBits", {T})] = &f::OctetsToBits<T>;
-    table[Name("BitsLeftInSpan", {T, 8})] = &f::BitsLeftInSpan<T, 8>;
     table[Name("BitsLeftInSpan", {T, 24})] = &f::BitsLeftInSpan<T, 24>;
-    table[Name("BitsLeftInSpanIfAny", {T, 32})] = &f::BitsLeftInSpanIfAny<T, 32>;
-    table[Name("BitsLeftInSpanIfAny", {T, 128})] = &f::BitsLeftInSpanIfAny<T, 128>;
-    table[Name("BitsLeftInSpanIfAny", {T, 160})] = &f::BitsLeftInSpanIfAny<T, 160>;
     table[Declared(T, "FddCellInfoBits")] = &f::Declared<T, families::FddCellInfoBits>;
     table[Declared(T, "TddCellInfoBits")] = &f::Declared<T, families::TddCellInfoBits>;
 }
 
 template <std::size_t... Index>
-void AddActions(ActionTable& table, std::index_sequence<Index...>) {
-    (AddActions<static_cast<int>(Index) + 1>(table), ...);
-}
-
-template <std::size_t... Index>
-void AddReckoning(ActionTable& table, std::index_sequence<Index...>) {
-    (AddReckoning<static_cast<int>(Index) + 1>(table), ...);
-}
-
-ActionTable AllActions() {
+ActionTable AllActions(std::index_sequence<Index...>) {
     ActionTable table;
-    AddActions(table, std::make_index_sequence<kTags>{});
-    AddReckoning(table, std::make_index_sequence<8>{});
+    (AddActions<static_cast<int>(Index) + 1>(table), ...);
     return table;
 }
 
@@ -130,12 +106,12 @@ FunctionTable AllFunctions(std::index_sequence<Index...>) {
 }
 
 const ActionTable& Actions() {
-    static const ActionTable kTable = AllActions();
+    static const ActionTable kTable = AllActions(std::make_index_sequence<8>{});
     return kTable;
 }
 
 const FunctionTable& Functions() {
-    static const FunctionTable kTable = AllFunctions(std::make_index_sequence<kTags>{});
+    static const FunctionTable kTable = AllFunctions(std::make_index_sequence<16>{});
     return kTable;
 }
 
@@ -182,25 +158,52 @@ std::string BitsOf(const std::vector<std::uint8_t>& octets, std::int32_t count) 
     return bits;
 }
 
-Grammar::Grammar(std::string text) : text_(std::move(text)) {
-    Compile();
+Grammar::Grammar(std::string text, std::set<std::string> enumerations)
+    : text_(std::move(text)), enumerations_(std::move(enumerations)) {
+    const bool whole = text_.find("structure ") != std::string::npos;
+    Compile({reporter_.AddFile("T.csn1", whole ? text_ : "structure T \"test\" ;\n" + text_)}, {});
     if (errors_.empty()) {
+        errors_ += Bind(image_.actions, Actions(), actions_);
+        errors_ += Bind(image_.functions, Functions(), functions_);
         Link();
     }
 }
 
-void Grammar::Compile() {
-    const bool whole = text_.find("structure ") != std::string::npos;
-    const std::uint32_t file =
-        reporter_.AddFile("T.csn1", whole ? text_ : "structure T \"test\" ;\n" + text_);
-    compiler::ParseCsn(reporter_, file, syntax_);
+Grammar::Grammar(const families::Family& family)
+    : enumerations_(test::EnumerationsOf(family.name)) {
+    std::vector<std::uint32_t> files;
+    for (const std::string& path : test::DescriptionsOf(family.name, ".csn1")) {
+        files.push_back(reporter_.AddFile(path, test::SourceText(path)));
+    }
+    std::set<std::string> structures;
+    for (const csn::CsnStructure& structure : family.codec.structures) {
+        structures.emplace(structure.name);
+    }
+    Compile(files, structures);
+    if (errors_.empty()) {
+        // The same descriptions have the same functions, in the same order.
+        const csn::CsnProgram& program = *family.codec.structures.front().program;
+        actions_.assign(program.actionTable, program.actionTable + image_.actions.size());
+        functions_.assign(program.valueTable, program.valueTable + image_.functions.size());
+        Link();
+    }
+}
+
+void Grammar::Compile(const std::vector<std::uint32_t>& files,
+                      const std::set<std::string>& structures) {
+    for (const std::uint32_t file : files) {
+        compiler::ParseCsn(reporter_, file, syntax_);
+    }
     const auto findEnum = [this](const std::string& name) -> const compiler::EnumModel* {
+        if (text_.find("enum " + name) == std::string::npos && !enumerations_.contains(name)) {
+            return nullptr;
+        }
         enums_.push_back(std::make_unique<compiler::EnumModel>());
         enums_.back()->name = name;
         return enums_.back().get();
     };
     if (!reporter_.HasErrors()) {
-        compiler::ResolveCsn(reporter_, syntax_);
+        compiler::ResolveCsn(reporter_, syntax_, structures);
     }
     if (!reporter_.HasErrors()) {
         compiler::CheckCsn(reporter_, syntax_);
@@ -215,8 +218,6 @@ void Grammar::Compile() {
 }
 
 void Grammar::Link() {
-    errors_ += Bind(image_.actions, Actions(), actions_);
-    errors_ += Bind(image_.functions, Functions(), functions_);
     program_ = {image_.code.data(),       static_cast<std::uint32_t>(image_.code.size()),
                 image_.fieldTable.data(), actions_.data(),
                 functions_.data(),        image_.fieldCount};
@@ -243,7 +244,7 @@ void Grammar::Link() {
 }
 
 const compiler::CsnRule& Grammar::Entry(std::size_t structure) const {
-    return *types_.structures[structure].section->rules.front();
+    return *types_.structures[structure].section->entry;
 }
 
 Reading Grammar::Decode(const std::string& bits, std::int32_t start, std::size_t structure) {
@@ -262,15 +263,21 @@ Reading Grammar::Decode(const std::string& bits, std::int32_t start, std::size_t
 }
 
 std::vector<Event> Grammar::Events(std::size_t structure) const {
-    const compiler::CsnStructureTypes& types = types_.structures[structure];
+    // A structure that runs another one's rule has that one's fields.
+    const auto isOwner = [&](const compiler::CsnStructureTypes& types) {
+        return !types.section->runs && types.section->entry == &Entry(structure);
+    };
+    const auto owner = std::find_if(types_.structures.begin(), types_.structures.end(), isOwner);
+    const compiler::CsnStructureTypes& types = *owner;
+    const auto& names = names_[static_cast<std::size_t>(owner - types_.structures.begin())];
     std::vector<Event> events;
     events.reserve(static_cast<std::size_t>(machine_->recordCount));
     for (std::int32_t index = 0; index < machine_->recordCount; ++index) {
         const csn::CsnFieldRecord& record = machine_->records[index];
         const auto row = static_cast<std::size_t>(record.tag - types.firstTag);
         const bool opens = record.occurrence >= 0;
-        events.push_back({opens ? names_[structure].at(row) : std::string(), record.occurrence,
-                          record.bitPos, record.depth});
+        events.push_back({opens ? names.at(row) : std::string(), record.occurrence, record.bitPos,
+                          record.depth});
     }
     return events;
 }

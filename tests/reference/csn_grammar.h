@@ -3,6 +3,7 @@
 // A description under test: compiled, and ready both for the machine and for the reference reader.
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "compiler/reporter.h"
 #include "csn/csn_program.h"
 #include "csn/machine.h"
+#include "families/family.h"
 #include "reference/csn_reference.h"
 
 namespace quorvane::reference {
@@ -25,7 +27,10 @@ namespace quorvane::reference {
 class Grammar {
   public:
     /// Compiles `text`. A text without a structure becomes one structure T.
-    explicit Grammar(std::string text);
+    /// `enumerations`: names of those that fields may be of, besides those that the text names.
+    explicit Grammar(std::string text, std::set<std::string> enumerations = {});
+    /// Compiles the CSN.1 descriptions of a family, and runs them with the family's functions.
+    explicit Grammar(const families::Family& family);
     Grammar(const Grammar&) = delete;
     Grammar& operator=(const Grammar&) = delete;
 
@@ -51,7 +56,7 @@ class Grammar {
     [[nodiscard]] const csn::CsnMachine& Machine() const { return *machine_; }
 
   private:
-    void Compile();
+    void Compile(const std::vector<std::uint32_t>& files, const std::set<std::string>& structures);
     void Link();
     [[nodiscard]] std::vector<Event> Events(std::size_t structure) const;
 
@@ -60,6 +65,7 @@ class Grammar {
     compiler::Reporter reporter_;
     compiler::CsnSyntax syntax_;
     compiler::TypeStore store_;
+    std::set<std::string> enumerations_;
     std::vector<std::unique_ptr<compiler::EnumModel>> enums_;
     compiler::CsnTypeTables types_;
     compiler::CsnImage image_;

@@ -105,13 +105,20 @@ class Reader {
 
     Reading Run(const CsnRule& rule, std::int32_t start) {
         Reading reading;
-        reading.matches = Rule(rule);
+        try {
+            reading.matches = Rule(rule);
+        } catch (const Ended&) {
+            reading.matches = false;
+        }
         reading.taken = position_ - start;
         reading.events = std::move(events_);
         return reading;
     }
 
   private:
+    /// Thrown when a count below 0 ends the reading.
+    struct Ended {};
+
     /// What is taken back when something else is tried.
     struct State {
         std::int32_t position;
@@ -364,26 +371,42 @@ class Reader {
         return found == variables_.rend() ? -1 : found->second;
     }
 
+    /// Changes the newest value, which nothing takes back.
+    void Change(const CsnVariable* variable, std::int64_t value) {
+        const auto found = std::find_if(variables_.rbegin(), variables_.rend(),
+                                        [&](const auto& entry) { return entry.first == variable; });
+        if (found != variables_.rend()) {
+            found->second = static_cast<std::int32_t>(value);
+        }
+    }
+
     [[nodiscard]] std::uint64_t Count(const CsnCount& count) const {
+        const std::int64_t number = Number(count);
+        return number < 0 ? throw Ended() : static_cast<std::uint64_t>(number);
+    }
+
+    [[nodiscard]] std::int64_t Number(const CsnCount& count) const {
         const std::int64_t value =
             count.variable == nullptr ? 0 : std::int64_t{Variable(count.variable)};
-        std::int64_t result = 0;
         switch (count.form) {
             case CsnCount::Form::kNumber:
-                result = count.number;
-                break;
+                return count.number;
             case CsnCount::Form::kValue:
-                result = value + count.number;
-                break;
+                return value + count.number;
             case CsnCount::Form::kRest:
-                result = count.number - value;
-                break;
+                return count.number - value;
             case CsnCount::Form::kTimes:
-                result = count.number * value;
-                break;
+                return count.number * value;
+            case CsnCount::Form::kOnes: {
+                const std::int64_t width = count.variable == nullptr ? count.number : value;
+                std::int64_t ones = 0;
+                for (std::int64_t back = 1; back <= std::min<std::int64_t>(width, 32); ++back) {
+                    ones += At(position_ - static_cast<std::int32_t>(back)) ? 1 : 0;
+                }
+                return ones;
+            }
             case CsnCount::Form::kOctetEnd:
-                result = (8 - position_ % 8) % 8;
-                break;
+                return (8 - position_ % 8) % 8;
             case CsnCount::Form::kDeclared:
                 return count.function->name == "FddCellInfoBits"
                            ? CellBits(value, "0a13 1c24 2c34 3c43 4a51 585f 666d 747a")
@@ -391,19 +414,18 @@ class Reader {
             default:
                 std::abort();  // no grammar of the tests uses it
         }
-        return static_cast<std::uint64_t>(std::max<std::int64_t>(result, 0));
     }
 
     /// The width of a cell information field for `cells` cells, the first of which has the first
     /// width of `widths`: two hexadecimal digits each.
-    static std::uint64_t CellBits(std::int64_t cells, std::string widths) {
+    static std::int64_t CellBits(std::int64_t cells, std::string widths) {
         std::erase(widths, ' ');
         const auto most = static_cast<std::int64_t>(widths.size() / 2);
         if (cells < 1 || cells > most) {
             return 0;
         }
         const auto first = static_cast<std::size_t>(cells - 1) * 2;
-        return std::stoul(widths.substr(first, 2), nullptr, 16);
+        return std::stol(widths.substr(first, 2), nullptr, 16);
     }
 
     void Action(const CsnNode& node) {
@@ -434,6 +456,14 @@ class Reader {
             end_ = std::min(position_ + number(1), runEnd);
         } else if (node.name.text == "close") {
             end_ = std::min(Variable(variable), runEnd);
+        } else if (node.name.text == "set") {
+            const std::int64_t kept = Number(*node.arguments[1].count);
+            variables_.emplace_back(variable, static_cast<std::int32_t>(kept));
+        } else if (node.name.text == "add") {
+            Change(variable, Variable(variable) + Number(*node.arguments[1].count));
+        } else if (node.name.text == "raise_maximum") {
+            const auto value = static_cast<std::int32_t>(Value(position_ - number(1), position_));
+            Change(variable, std::max(Variable(variable), value));
         } else if (node.name.text == "clip") {
             position_ = std::min(position_, Variable(variable) + number(1));
         } else if (node.name.text == "jump_over") {

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace quorvane::test {
 namespace {
@@ -42,6 +43,19 @@ std::string CsnTextOf(std::string_view family) {
         text += SourceText(path);
     }
     return text;
+}
+
+std::set<std::string> EnumerationsOf(std::string_view family) {
+    std::set<std::string> names;
+    for (const std::string& path : DescriptionsOf(family, ".qd")) {
+        std::istringstream lines(SourceText(path));
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("enum ")) {
+                names.insert(line.substr(5, line.find(' ', 5) - 5));
+            }
+        }
+    }
+    return names;
 }
 
 std::string SourceText(const std::string& path) {
