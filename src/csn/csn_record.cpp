@@ -80,7 +80,6 @@ class Sink {
 
   private:
     Outcome Store(const CsnFieldRecord& record);
-    [[nodiscard]] bool IsLast(const CsnFieldRecord& record) const;
     [[nodiscard]] std::int32_t LengthOf(const CsnFieldRecord& record) const;
 
     const CsnStructure& structure_;
@@ -126,7 +125,7 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
         case CsnFieldRow::Kind::kBinary:
             StoreBinary(arena_, *cell, machine_.reader, record.bitPos, LengthOf(record),
                         row->mostBits);
-            if (!row->located || IsLast(record)) {
+            if (!row->located) {
                 cell->location = 0;
             }
             break;
@@ -141,14 +140,11 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
     return 0;
 }
 
-/// Whether the run ended inside of the field that `record` opens, or at the end of a full list.
-bool Sink::IsLast(const CsnFieldRecord& record) const {
-    return static_cast<std::int32_t>(IndexOf(machine_, record)) + 1 == machine_.recordCount;
-}
-
-/// How far it is to the next record. The last one counts as empty.
+/// How far it is to the next record. The last one, inside of whose field the run ended or the list
+/// was full, counts as empty.
 std::int32_t Sink::LengthOf(const CsnFieldRecord& record) const {
-    return IsLast(record) ? 0 : (&record)[1].bitPos - record.bitPos;
+    const auto next = static_cast<std::int32_t>(IndexOf(machine_, record)) + 1;
+    return next < machine_.recordCount ? machine_.records[next].bitPos - record.bitPos : 0;
 }
 
 /// Supplies the fields of a record as the machine asks for them.
@@ -162,6 +158,7 @@ class Source {
 
   private:
     std::int32_t Supply(CsnFieldEvent& event);
+    static void WriteUnstored(const CsnFieldEvent& event);
     static void WriteBinary(CsnFieldEvent& event, const CsnFieldRow& row, const Cell& cell);
 
     const CsnStructure& structure_;
@@ -181,13 +178,12 @@ std::int32_t Source::Supply(CsnFieldEvent& event) {
     const Cell* members = open_.Around(machine, record);
     open_.Open(machine, record, nullptr);
     if (row == nullptr) {
+        WriteUnstored(event);
         return kGoOn;
     }
     if (row->kind == CsnFieldRow::Kind::kNone) {
         open_.Open(machine, record, members);
-        if (event.literalWidth >= 0) {
-            machine.writer->Write(machine.bitPos, event.literalValue, event.literalWidth);
-        }
+        WriteUnstored(event);
         return kGoOn;
     }
     const Cell* cell = members == nullptr ? &bits::kEmptyCell : &members[row->element];
@@ -219,6 +215,13 @@ std::int32_t Source::Supply(CsnFieldEvent& event) {
             break;
     }
     return kGoOn;
+}
+
+/// A field that the record has no member for: its fixed value, or zeros.
+void Source::WriteUnstored(const CsnFieldEvent& event) {
+    const bool fixed = event.literalWidth >= 0;
+    event.machine->writer->Write(event.machine->bitPos, fixed ? event.literalValue : 0,
+                                 fixed ? event.literalWidth : event.bitLength);
 }
 
 /// A fixed binary that was never set is written as zeros.

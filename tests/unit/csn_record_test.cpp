@@ -107,6 +107,7 @@ TEST(CsnRecord, TagsOfOthersAreIgnored) {
     EXPECT_EQ(subject.Decode("11 01 11 10 00"), 10);
     EXPECT_EQ(subject.Member(0).number, 1U);
     EXPECT_EQ(subject.Member(1).number, 2U);
+    EXPECT_EQ(subject.Encode(), "0001001000");
 }
 
 TEST(CsnRecord, PositionsBeyondALocationAreLeftOut) {
@@ -362,7 +363,7 @@ TEST(CsnRecord, RecordThatWasNeverFilledIsWrittenAsDefaults) {
     EXPECT_EQ(subject.Encode(), "0000");
 }
 
-TEST(CsnRecord, AStringThatTheRunEndsInHasNoBitsAndNoPlace) {
+TEST(CsnRecord, AStringThatTheRunEndsInHasNoBits) {
     StringSubject subject(64);
     EXPECT_EQ(subject.Decode("00000101 11111"), 13);
     EXPECT_EQ(subject.Member(1).number, 5U);
@@ -371,7 +372,7 @@ TEST(CsnRecord, AStringThatTheRunEndsInHasNoBitsAndNoPlace) {
     EXPECT_EQ(subject.Decode("00000101 1111"), -1);
     EXPECT_EQ(subject.Member(0).number, 5U);
     EXPECT_EQ(subject.Member(1).number, 0U);
-    EXPECT_EQ(subject.Member(1).location, 0U);
+    EXPECT_EQ(subject.Member(1).location, 8U << 16);
 }
 
 TEST(CsnRecord, FullRecordListIsStoredAsFarAsItGoes) {
@@ -394,7 +395,7 @@ TEST(CsnRecord, FullRecordListIsStoredAsFarAsItGoes) {
     EXPECT_EQ(subject.Member(0).number, 127U);
     EXPECT_TRUE(subject.Member(1).present);
     EXPECT_EQ(subject.Member(1).number, 0U);
-    EXPECT_EQ(subject.Member(1).location, 0U);
+    EXPECT_EQ(subject.Member(1).location, 127U << 16);
 }
 
 TEST(CsnRecord, WriterWithoutRoomSaysSo) {
