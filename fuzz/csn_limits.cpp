@@ -5,8 +5,10 @@
 
 #include "csn/byte_code.h"
 #include "fuzz_support.h"
+#include "support/reviewed_list.h"
 
 namespace quorvane::fuzz {
+namespace {
 
 bool HasActions(const csn::CsnStructure& structure) {
     const std::span<const std::uint8_t> code(structure.program->code, structure.program->codeSize);
@@ -37,6 +39,20 @@ bool HasActions(const csn::CsnStructure& structure) {
         }
     }
     return false;
+}
+
+bool IsNamedException(const families::Family& family, std::string_view structure) {
+    static std::vector<std::string> problems;
+    static const auto kReviewed =
+        test::ReadReviewedList(QUORVANE_SOURCE_DIR "/tests/round_trip_exceptions.txt", problems);
+    Require(!kReviewed.empty(), "the list of exceptions is there");
+    return kReviewed.contains(std::string(family.name) + "/" + std::string(structure));
+}
+
+}  // namespace
+
+bool IsLossy(const families::Family& family, const csn::CsnStructure& structure) {
+    return HasActions(structure) || IsNamedException(family, structure.name);
 }
 
 bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell) {

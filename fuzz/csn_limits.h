@@ -5,13 +5,15 @@
 
 #include "bits/record.h"
 #include "csn/csn_program.h"
+#include "families/family.h"
 #include "reflect/type_tables.h"
 
 namespace quorvane::fuzz {
 
-/// Whether the code of the structure, with the rules that it calls, has an action in it: those note
-/// lengths that an encoder works out anew.
-bool HasActions(const csn::CsnStructure& structure);
+/// Whether records of the structure may change by its description: its code, with the rules that it
+/// calls, has an action in it, which may note a length that an encoder works out anew, or
+/// tests/round_trip_exceptions.txt names it.
+bool IsLossy(const families::Family& family, const csn::CsnStructure& structure);
 
 /// Whether a field in the record was longer in the message than its store.
 bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell);
