@@ -27,5 +27,13 @@ quorvane_family(
                  dedicated.qd broadcast.qd uplink.qd short.qd sets.qd
                  gprs_elements.csn1 assignment.csn1 paging.csn1 system_information.csn1
                  neighbour_cells.csn1 measurement.csn1 packet_assignment.csn1 dedicated.csn1
-                 group_calls.csn1 common/core_network.csn1)
-quorvane_family(rlcmac TITLE "GPRS RLC/MAC control messages, TS 44.060")
+                 group_calls.csn1 common/gprs.csn1 common/core_network.csn1)
+quorvane_family(
+    rlcmac TITLE "GPRS RLC/MAC control messages, TS 44.060"
+    DESCRIPTIONS rlcmac.qd enumerations_assignment.qd enumerations_handover.qd
+                 enumerations_broadcast.qd enumerations_neighbours.qd enumerations_control.qd
+                 enumerations_uplink.qd downlink.qd uplink.qd sets.qd
+                 elements.csn1 egprs_mode.csn1 assignment.csn1 multiple_assignment.csn1
+                 reconfigure.csn1 release.csn1 handover.csn1 mbms.csn1 broadcast.csn1
+                 neighbours.csn1 control.csn1 measurement_order.csn1 uplink.csn1 reports.csn1
+                 short_access.csn1 unreached.csn1 common/gprs.csn1 common/core_network.csn1)

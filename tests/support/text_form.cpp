@@ -56,8 +56,8 @@ std::string CheckFields(std::string_view rest) {
             return "the fields do not start with a brace";
         } else if (word.ends_with('{') || word.ends_with('[')) {
             open.push_back(word.back());
-        } else if (word.empty() ? indent != 0 : word == "," && indent != 0) {
-            return "an indented empty line or comma";
+        } else if ((word.empty() || word == ",") && indent != 0 && open.back() != '[') {
+            return "an indented empty line or comma outside of a list";
         }
         first = false;
     }
