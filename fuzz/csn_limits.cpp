@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "csn/byte_code.h"
+#include "csn/machine.h"
 #include "fuzz_support.h"
 #include "support/reviewed_list.h"
 
@@ -49,10 +50,37 @@ bool IsNamedException(const families::Family& family, std::string_view structure
     return kReviewed.contains(std::string(family.name) + "/" + std::string(structure));
 }
 
+std::size_t CountFields(const reflect::TypeTables& tables, std::uint16_t type,
+                        const bits::Cell& cell) {
+    const reflect::TypeRow& row = tables.types[type];
+    if (row.kind != reflect::TypeKind::kStruct && row.kind != reflect::TypeKind::kSequence) {
+        return 1;
+    }
+    if (cell.cells == nullptr) {
+        return 0;
+    }
+    const bool isSequence = row.kind == reflect::TypeKind::kSequence;
+    std::size_t count = isSequence ? 0 : 1;
+    for (std::uint32_t index = 0; index < (isSequence ? cell.number : row.count); ++index) {
+        const reflect::ElementRow* element = isSequence ? nullptr : &tables.ElementsOf(row)[index];
+        if (element == nullptr || !element->optional || cell.cells[index].present) {
+            count += CountFields(tables, element == nullptr ? row.first : element->type,
+                                 cell.cells[index]);
+        }
+    }
+    return count;
+}
+
 }  // namespace
 
 bool IsLossy(const families::Family& family, const csn::CsnStructure& structure) {
     return HasActions(structure) || IsNamedException(family, structure.name);
+}
+
+bool HoldsManyFields(const reflect::TypeTables& tables, std::uint16_t type,
+                     const bits::Cell& cell) {
+    constexpr std::size_t kMany = csn::kMostRecords / 2 - 16;
+    return CountFields(tables, type, cell) > kMany;
 }
 
 bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell) {

@@ -15,6 +15,10 @@ namespace quorvane::fuzz {
 /// tests/round_trip_exceptions.txt names it.
 bool IsLossy(const families::Family& family, const csn::CsnStructure& structure);
 
+/// Whether the record has so many fields that an encoder, which notes those of branches that it
+/// tries too, may have no room for them.
+bool HoldsManyFields(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell);
+
 /// Whether a field in the record was longer in the message than its store.
 bool HoldsCutField(const reflect::TypeTables& tables, std::uint16_t type, const bits::Cell& cell);
 

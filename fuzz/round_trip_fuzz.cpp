@@ -62,7 +62,8 @@ bool StructureComesBack(const families::Family& family, const csn::CsnStructure&
         return family.types.types[index].name == structure.name;
     });
     Require(type != types.end(), "a structure has a named type");
-    return !fuzz::IsLossy(family, structure) && !fuzz::HoldsCutField(family.types, *type, cell);
+    return !fuzz::IsLossy(family, structure) && !fuzz::HoldsCutField(family.types, *type, cell) &&
+           !fuzz::HoldsManyFields(family.types, *type, cell);
 }
 
 /// Whether the encoder's rules let this field come back.
