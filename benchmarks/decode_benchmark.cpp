@@ -14,7 +14,8 @@
 #include "message_set.h"
 #include "quorvane/decode.h"
 #include "quorvane/engine.h"
-#include "reflect/convert.h"
+#include "reflect/render.h"
+#include "reflect/text_buffer.h"
 #include "support/entry_points.h"
 
 namespace quorvane::benchmarks {
@@ -30,7 +31,7 @@ void Report(benchmark::State& state, const MessageSet& set) {
 
 bits::Outcome Dispatch(const test::GoldenFile& message, bits::Arena& arena,
                        iecodec::Diagnostics& diagnostics, iecodec::MessageContainer& container) {
-    const facade::Binding& binding = facade::BindingOf(message.decoding);
+    const facade::Binding binding = facade::BindingOf(message.decoding);
     iecodec::DecodeContext context{
         binding.family->codec,
         {message.octets.data(), static_cast<std::int64_t>(message.octets.size())},
@@ -38,13 +39,6 @@ bits::Outcome Dispatch(const test::GoldenFile& message, bits::Arena& arena,
         diagnostics};
     return iecodec::DispatchMessage(
         context, *binding.set, facade::RowOf(message.decoding).BitsOf(message.length), container);
-}
-
-reflect::TEDDataBase* MakeTree(const test::GoldenFile& message,
-                               const iecodec::MessageContainer& container, bits::Arena& arena) {
-    const facade::Binding& binding = facade::BindingOf(message.decoding);
-    return reflect::ToTree(binding.catalogue->Get(), binding.set->memberTypes[container.tag - 1],
-                           container.body, arena);
 }
 
 void DecodeAlone(benchmark::State& state, const MessageSet& set) {
@@ -61,37 +55,21 @@ void DecodeAlone(benchmark::State& state, const MessageSet& set) {
     Report(state, set);
 }
 
-void RecordToTree(benchmark::State& state, const MessageSet& set) {
+void RecordToText(benchmark::State& state, const MessageSet& set) {
     bits::Arena records;
-    bits::Arena trees;
     iecodec::Diagnostics diagnostics;
     std::vector<iecodec::MessageContainer> containers(set.messages.size());
     for (std::size_t index = 0; index < containers.size(); ++index) {
         static_cast<void>(Dispatch(set.messages[index], records, diagnostics, containers[index]));
     }
-    for ([[maybe_unused]] auto iteration : state) {
-        for (std::size_t index = 0; index < containers.size(); ++index) {
-            trees.Reset();
-            benchmark::DoNotOptimize(MakeTree(set.messages[index], containers[index], trees));
-        }
-    }
-    Report(state, set);
-}
-
-void TreeToText(benchmark::State& state, const MessageSet& set) {
-    bits::Arena arena;
-    iecodec::Diagnostics diagnostics;
-    std::vector<const reflect::TEDDataBase*> trees;
-    for (const test::GoldenFile& message : set.messages) {
-        iecodec::MessageContainer container;
-        static_cast<void>(Dispatch(message, arena, diagnostics, container));
-        trees.push_back(MakeTree(message, container, arena));
-    }
     reflect::TextBuffer text;
     for ([[maybe_unused]] auto iteration : state) {
-        for (const reflect::TEDDataBase* tree : trees) {
+        for (std::size_t index = 0; index < containers.size(); ++index) {
+            const facade::Binding binding = facade::BindingOf(set.messages[index].decoding);
+            const iecodec::MessageContainer& container = containers[index];
             text.Clear();
-            tree->Print(text, 0);
+            reflect::AppendText(text, binding.family->types,
+                                binding.set->memberTypes[container.tag - 1], container.body);
             benchmark::DoNotOptimize(text.View().data());
         }
     }
@@ -159,8 +137,7 @@ using Measure = void (*)(benchmark::State&, const MessageSet&);
 [[maybe_unused]] const bool kRegistered = [] {
     const std::pair<const char*, Measure> measures[] = {
         {"decode", DecodeAlone},
-        {"tree", RecordToTree},
-        {"text", TreeToText},
+        {"text", RecordToText},
         {"whole_safe_call", WholeSafeCall},
         {"whole_plain_call", WholePlainCall},
         {"floor", Floor},

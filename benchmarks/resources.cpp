@@ -139,7 +139,7 @@ bool DecodePasses(std::string_view name, int passes) {
     return false;
 }
 
-double FirstUseMicroseconds(const families::Family& family) {
+double CatalogueMicroseconds(const families::Family& family) {
     const auto start = std::chrono::steady_clock::now();
     const reflect::Catalogue catalogue(family.types);
     const auto end = std::chrono::steady_clock::now();

@@ -25,8 +25,8 @@ double InstructionsPerCall(const MessageSet& set, const std::string& program);
 /// Decodes the set of that name so many times. False if there is none.
 bool DecodePasses(std::string_view name, int passes);
 
-/// Microseconds that the first use of a family costs: building its catalogue.
-double FirstUseMicroseconds(const families::Family& family);
+/// Microseconds that building the catalogue of a family takes.
+double CatalogueMicroseconds(const families::Family& family);
 
 /// Messages a second that this many threads decode together, in millions.
 double MillionsPerSecond(const MessageSet& set, int threads);

@@ -1,5 +1,6 @@
 #include "compiler/emitter.h"
 
+#include <algorithm>
 #include <map>
 #include <ostream>
 #include <type_traits>
@@ -97,6 +98,60 @@ class Table {
     std::size_t count_ = 0;
 };
 
+bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char octet) { return static_cast<unsigned char>(octet) < 0x80; });
+}
+
+/// The texts that rows refer to, each once, in few arrays. Behind each text are as many octets as
+/// the rendering copies at a time.
+class TextPool {
+  public:
+    /// The view of `text` as C++ writes it.
+    Expression Add(const std::string& text) {
+        const auto [entry, isNew] = views_.try_emplace(text);
+        if (isNew) {
+            if (size_ + text.size() > kMostInArray) {
+                Close();
+            }
+            entry->second = "{" + Name() + " + " + std::to_string(size_) + ", " +
+                            std::to_string(text.size()) + "}";
+            body_ += "    " + Quoted(text) + "\n";
+            size_ += text.size();
+        }
+        return {entry->second};
+    }
+
+    /// Writes the arrays; nothing can be added any more.
+    void Write(std::ostream& out) {
+        Close();
+        out << arrays_ << "\n";
+    }
+
+  private:
+    // Compilers need not take longer literals.
+    static constexpr std::size_t kMostInArray = 60000;
+
+    [[nodiscard]] std::string Name() const { return "kTexts" + std::to_string(arrayCount_); }
+
+    void Close() {
+        std::string padding;
+        for (std::size_t octet = 0; octet < reflect::kCopyStep; ++octet) {
+            padding += '\0';
+        }
+        arrays_ += "constexpr char " + Name() + "[] =\n" + body_ + "    " + Quoted(padding) + ";\n";
+        body_.clear();
+        size_ = 0;
+        ++arrayCount_;
+    }
+
+    std::map<std::string, std::string> views_;
+    std::string arrays_;
+    std::string body_;  // of the array that is open
+    std::size_t size_ = 0;
+    std::size_t arrayCount_ = 0;
+};
+
 /// Numbers all types that the catalogue holds: each named one, its inline ones behind it.
 std::vector<TypeModel*> NumberTypes(const std::vector<TypeModel*>& named) {
     std::vector<TypeModel*> ordered;
@@ -129,6 +184,7 @@ class Emitter {
         Table elements("ElementRow", "kElements");
         Table enums("EnumRow", "kEnums");
         Table values("EnumValueRow", "kEnumValues");
+        TextPool texts;
         std::map<const EnumModel*, std::size_t> enumIndex;
         for (const TypeModel* type : types_) {
             std::size_t first = 0;
@@ -138,12 +194,13 @@ class Emitter {
                 const auto [entry, isNew] = enumIndex.emplace(type->enumeration, enumIndex.size());
                 first = entry->second;
                 if (isNew) {
-                    AddEnum(*type->enumeration, enums, values);
+                    AddEnum(*type->enumeration, texts, enums, values);
                 }
             } else if (!type->elements.empty()) {
                 first = elements.Count();
                 for (const ElementModel& element : type->elements) {
-                    elements.Remarked(type->name, element.name, element.type->index,
+                    elements.Remarked(type->name + " " + element.name,
+                                      texts.Add(element.name + ": "), element.type->index,
                                       element.optional);
                 }
             }
@@ -154,6 +211,7 @@ class Emitter {
         for (const TypeModel* type : model_.named) {
             named.Plain(Cell(type->index), type->name);
         }
+        texts.Write(out_);
         out_ << values << enums << elements << types << named;
     }
 
@@ -194,11 +252,19 @@ class Emitter {
     }
 
   private:
-    static void AddEnum(const EnumModel& model, Table& enums, Table& values) {
-        enums.Remarked(model.name, values.Count(), model.values.size(),
-                       model.otherText.value_or(""), model.otherText.has_value());
+    static void AddEnum(const EnumModel& model, TextPool& texts, Table& enums, Table& values) {
+        std::uint32_t inPlace = 0;
+        while (inPlace < model.values.size() && model.values[inPlace].value.value == inPlace) {
+            ++inPlace;
+        }
+        const std::string otherText = model.otherText.value_or("");
+        enums.Remarked(model.name, values.Count(), model.values.size(), inPlace, otherText,
+                       model.otherText.has_value(), IsAscii(otherText));
         for (const EnumModel::Value& value : model.values) {
-            values.Remarked(model.name, value.text, value.value.value);
+            const std::string rendered =
+                value.text + " (" + std::to_string(value.value.value) + ")";
+            values.Remarked(model.name + " " + Quoted(value.text), texts.Add(rendered),
+                            value.text.size(), IsAscii(value.text), value.value.value);
         }
     }
 

@@ -11,6 +11,7 @@
 #include "fuzz_support.h"
 #include "message_codec.h"
 #include "reflect/convert.h"
+#include "reflect/render.h"
 
 namespace quorvane {
 namespace {
@@ -149,6 +150,10 @@ std::string Text(const fuzz::SetOfFamily& set, std::uint16_t type, const bits::C
                  bits::Arena& arena) {
     reflect::TextBuffer text;
     reflect::ToTree(*set.catalogue, type, body, arena)->Print(text, 0);
+    reflect::TextBuffer ofRecord;
+    reflect::AppendText(ofRecord, set.family->types, type, body);
+    fuzz::RequireEqual(std::string(text.View()), std::string(ofRecord.View()),
+                       "a tree prints another text than its record");
     return std::string(text.View());
 }
 

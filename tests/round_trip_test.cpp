@@ -1,5 +1,6 @@
 // Generated messages of every described message set go to octets and back, to a tree and back, and
-// to text: nothing may change on the way. One test for each message.
+// to text, that of the record and that of the tree: nothing may change on the way. One test for
+// each message.
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include "iecodec/message_encoder.h"
 #include "reflect/catalogue.h"
 #include "reflect/convert.h"
+#include "reflect/render.h"
 #include "support/golden_file.h"
 #include "support/print_outcome.h"
 #include "support/reviewed_list.h"
@@ -162,6 +164,11 @@ class RoundTrip : public testing::Test {
 
     void CheckTree(const bits::Cell& body) {
         const reflect::TEDDataBase* tree = reflect::ToTree(catalogue_, Type(), body, arena_);
+        ofTree_.Clear();
+        tree->Print(ofTree_, 0);
+        ofRecord_.Clear();
+        reflect::AppendText(ofRecord_, family_.types, Type(), body);
+        ASSERT_EQ(ofRecord_.View(), ofTree_.View());
         bits::Cell back{};
         EXPECT_TRUE(reflect::FromTree(catalogue_, Type(), back, *tree, arena_));
         EXPECT_TRUE(Same(body, back, false));
@@ -183,6 +190,8 @@ class RoundTrip : public testing::Test {
     std::uint32_t tag_;
     reflect::Catalogue catalogue_;
     bits::Arena arena_;
+    reflect::TextBuffer ofTree_;
+    reflect::TextBuffer ofRecord_;
 };
 
 void Register() {

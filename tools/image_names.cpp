@@ -86,7 +86,7 @@ csn::ListingNames ImageNames::Listing() const {
             const Field field = tag == tagOfField_.end() ? Field{nullptr, nullptr}
                                                          : FieldOf(structure, tag->second);
             if (field.element != nullptr) {
-                return std::string(field.element->name);
+                return std::string(field.element->Name());
             }
         }
         return std::string();

@@ -14,7 +14,11 @@ namespace {
 bool DecodeRun(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
                std::string& text, std::string& diagnostics) {
     const facade::Answer answer = facade::DecodeMessage(decoding, reader, length);
-    facade::AssignAsUtf8(text, answer.text);
+    if (answer.ascii) {
+        text.assign(answer.text);
+    } else {
+        facade::AssignAsUtf8(text, answer.text);
+    }
     diagnostics.assign(answer.diagnostics);
     return answer.found;
 }

@@ -5,9 +5,7 @@
 #include "bits/arena.h"
 #include "facade/decodings.h"
 #include "iecodec/message_container.h"
-#include "reflect/catalogue.h"
-#include "reflect/convert.h"
-#include "reflect/ted_data.h"
+#include "reflect/render.h"
 #include "reflect/text_buffer.h"
 
 namespace quorvane {
@@ -85,7 +83,7 @@ void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
 
 Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
     const DecodingRow& row = RowOf(decoding);
-    const Binding& binding = BindingOf(decoding);
+    const Binding binding = BindingOf(decoding);
     Workspace& workspace = ThreadWorkspace();
     workspace.Clear();
     reflect::TextBuffer& text = workspace.text;
@@ -101,7 +99,7 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
         text.Append("Failed to decode \"");
         text.Append(row.textName);
         text.Append("\" message");
-        return {false, text.View(), workspace.diagnostics.Lines()};
+        return {false, true, text.View(), workspace.diagnostics.Lines()};
     }
 
     text.Append("Decoded using \"");
@@ -113,13 +111,12 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
         text.Append("\n");
     }
     const std::uint16_t type = binding.set->memberTypes[container.tag - 1];
-    const reflect::TEDDataBase* tree =
-        reflect::ToTree(binding.catalogue->Get(), type, container.body, workspace.arena);
+    const reflect::TypeTables& types = binding.family->types;
     text.Append("MESSAGE: ");
-    text.Append(tree->GetClass()->GetName());
+    text.Append(types.types[type].name);
     text.Append("\n");
-    tree->Print(text, 0);
-    return {true, text.View(), workspace.diagnostics.Lines()};
+    const bool ascii = reflect::AppendText(text, types, type, container.body);
+    return {true, ascii, text.View(), workspace.diagnostics.Lines()};
 }
 
 std::string ErrorLine(bits::Code code) {

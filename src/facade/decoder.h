@@ -17,6 +17,8 @@ namespace quorvane::facade {
 /// The views are valid until the thread's next call.
 struct Answer {
     bool found;
+    /// Whether `text` is all ASCII, as nearly all texts are.
+    bool ascii;
     /// Each octet is a character of the same value.
     std::string_view text;
     /// Lines, each with a line feed.

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
-#include <list>
 
 namespace quorvane {
 namespace facade {
@@ -82,41 +82,27 @@ constexpr bool InOrder() {
 }
 static_assert(InOrder());
 
-// The message set of a decoding if `family` is the one that describes it, or null.
-const iecodec::MessageSetRow* SetIn(const families::Family& family, const DecodingRow& row) {
-    return family.name == row.family ? families::FindSet(family, row.set) : nullptr;
-}
-
-bool IsDescribed(const DecodingRow& row) {
-    const auto families = families::AllFamilies();
-    return std::any_of(families.begin(), families.end(), [&](const families::Family* family) {
-        return SetIn(*family, row) != nullptr;
-    });
-}
-
-// All families with a catalogue each, and the message sets of the decodings in them.
-class Bindings {
-  public:
-    Bindings() {
-        for (const families::Family* family : families::AllFamilies()) {
-            reflect::LazyCatalogue& catalogue = catalogues_.emplace_back(family->types);
-            for (std::size_t index = 0; index < kEntries.size(); ++index) {
-                const auto* set = SetIn(*family, kEntries[index].row);
-                if (set != nullptr) {
-                    bindings_[index] = {family, set, &catalogue};
-                }
-            }
+// Where the messages of `row` are described.
+Binding Find(const DecodingRow& row) {
+    for (const families::Family* family : families::AllFamilies()) {
+        if (family->name != row.family) {
+            continue;
+        }
+        if (const auto* set = families::FindSet(*family, row.set)) {
+            return {family, set};
         }
     }
+    return {nullptr, nullptr};
+}
 
-    [[nodiscard]] const Binding& Of(Decoding decoding) const {
-        return bindings_[IndexOf(decoding)];
-    }
-
-  private:
-    std::list<reflect::LazyCatalogue> catalogues_;
-    std::array<Binding, kEntries.size()> bindings_{};
+// A binding that was looked up once. All threads find the same one, so that it does not matter
+// which of them stores it: `family` is stored last and read first.
+struct KnownBinding {
+    std::atomic<const families::Family*> family{nullptr};
+    std::atomic<const iecodec::MessageSetRow*> set{nullptr};
 };
+
+constinit std::array<KnownBinding, kEntries.size()> knownBindings{};
 
 }  // namespace
 
@@ -124,9 +110,15 @@ const DecodingRow& RowOf(Decoding decoding) {
     return kEntries[IndexOf(decoding)].row;
 }
 
-const Binding& BindingOf(Decoding decoding) {
-    static const Bindings bindings;
-    return bindings.Of(decoding);
+Binding BindingOf(Decoding decoding) {
+    KnownBinding& known = knownBindings[IndexOf(decoding)];
+    if (const families::Family* family = known.family.load(std::memory_order_acquire)) {
+        return {family, known.set.load(std::memory_order_relaxed)};
+    }
+    const Binding found = Find(RowOf(decoding));
+    known.set.store(found.set, std::memory_order_relaxed);
+    known.family.store(found.family, std::memory_order_release);
+    return found;
 }
 
 }  // namespace facade
@@ -137,7 +129,7 @@ std::span<const DecodingInfo> Decodings() noexcept {
         std::transform(facade::kEntries.begin(), facade::kEntries.end(), made.begin(),
                        [](const facade::Entry& entry) {
                            DecodingInfo info = entry.info;
-                           info.described = facade::IsDescribed(entry.row);
+                           info.described = facade::Find(entry.row).set != nullptr;
                            return info;
                        });
         return made;

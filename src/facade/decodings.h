@@ -9,7 +9,6 @@
 
 #include "families/family.h"
 #include "quorvane/decode.h"
-#include "reflect/catalogue.h"
 
 namespace quorvane::facade {
 
@@ -36,10 +35,9 @@ const DecodingRow& RowOf(Decoding decoding);
 struct Binding {
     const families::Family* family;
     const iecodec::MessageSetRow* set;
-    reflect::LazyCatalogue* catalogue;  // of the family: its decodings share it
 };
 
-/// May be called from any thread, the first time included.
-const Binding& BindingOf(Decoding decoding);
+/// May be called from any thread at once, the first time included.
+Binding BindingOf(Decoding decoding);
 
 }  // namespace quorvane::facade

@@ -9,7 +9,7 @@
 
 namespace quorvane::facade {
 
-/// Replaces `result` by `text` in UTF-8. Nearly all texts are ASCII and are copied as they stand.
+/// Replaces `result` by `text` in UTF-8.
 void AssignAsUtf8(std::string& result, std::string_view text);
 
 }  // namespace quorvane::facade

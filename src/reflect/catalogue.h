@@ -1,6 +1,7 @@
 #pragma once
 
-// The descriptors of one message family, built from its constant tables at first use.
+// The descriptors of one message family, built from its constant tables for whoever converts
+// between records and value trees, or lists types. No decoding needs them.
 //
 // A catalogue keeps all of its descriptors in one arena and only views the tables' texts, so that
 // building costs a few dozen nanoseconds a descriptor. It is read by any number of threads; it may
@@ -8,9 +9,7 @@
 //
 // Tests: tests/unit/reflect_catalogue_test.cpp.
 
-#include <atomic>
 #include <cstdint>
-#include <mutex>
 
 #include "bits/arena.h"
 #include "reflect/ted_class.h"
@@ -41,33 +40,6 @@ class Catalogue {
     bits::Arena arena_;
     TEDClassBase** byType_;
     TEDVector<TEDClassBase> named_;  // goes before the arena that its items live in
-};
-
-/// A catalogue that is built when it is first asked for, by whichever thread comes first; the
-/// others wait. Meant for static storage: it costs nothing before its first use, and is destroyed
-/// when the process ends or the library is unloaded.
-class LazyCatalogue {
-  public:
-    constexpr explicit LazyCatalogue(const TypeTables& tables) : tables_(tables) {}
-    LazyCatalogue(const LazyCatalogue&) = delete;
-    LazyCatalogue& operator=(const LazyCatalogue&) = delete;
-    ~LazyCatalogue() { delete built_.load(std::memory_order_relaxed); }
-
-    /// The catalogue; the same object at every call. Throws std::bad_alloc if it cannot be built
-    /// for want of memory; the next call tries again.
-    [[nodiscard]] const Catalogue& Get() {
-        const Catalogue* built = built_.load(std::memory_order_acquire);
-        return built != nullptr ? *built : Build();
-    }
-
-    [[nodiscard]] bool IsBuilt() const { return built_.load(std::memory_order_acquire) != nullptr; }
-
-  private:
-    const Catalogue& Build();
-
-    const TypeTables& tables_;
-    std::mutex building_;
-    std::atomic<const Catalogue*> built_{nullptr};
 };
 
 }  // namespace quorvane::reflect

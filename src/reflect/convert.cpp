@@ -3,29 +3,12 @@
 #include <algorithm>
 
 #include "bits/bit_reader.h"
+#include "reflect/record_values.h"
 
 namespace quorvane::reflect {
 namespace {
 
 using bits::OctetsOf;
-
-/// The cell of member or item `index`, also where the record has none.
-const bits::Cell& CellAt(const bits::Cell* cells, std::size_t index) {
-    return cells == nullptr ? bits::kEmptyCell : cells[index];
-}
-
-std::uint32_t ItemCount(const bits::Cell& cell) {
-    return cell.cells == nullptr ? 0 : cell.number;
-}
-
-std::uint32_t BitCount(const bits::Cell& cell) {
-    return cell.octets == nullptr ? 0 : cell.number;
-}
-
-/// Whether `tag` chooses an alternative of the union `row`.
-bool IsTagOf(const TypeRow& row, std::uint32_t tag) {
-    return tag >= 1 && tag <= row.count;
-}
 
 /// Copies `bits` bits to `octets`, whose unused low bits become 0.
 void CopyBits(std::uint8_t* octets, const std::uint8_t* source, std::uint32_t bits) {
@@ -61,7 +44,7 @@ class TreeMaker {
     template <typename Node, typename Descriptor>
     TEDDataBase* MakeNumber(const TypeRow& row, const TEDClassBase* descriptor,
                             const bits::Cell& cell) {
-        const bits::Cell& held = row.size == 0 ? bits::kEmptyCell : cell;
+        const bits::Cell& held = NumberCell(row, cell);
         Node* node = new (arena_) Node(arena_, static_cast<const Descriptor*>(descriptor),
                                        static_cast<std::int32_t>(held.number));
         node->location = held.location;
@@ -71,7 +54,7 @@ class TreeMaker {
     TEDDataBase* MakeBinary(const TypeRow& row, const TEDClassBinary* descriptor,
                             const bits::Cell& cell) {
         const std::uint32_t held = BitCount(cell);
-        const std::uint32_t bits = row.fixed ? row.size : held;
+        const std::uint32_t bits = BitCount(row, cell);
         const std::uint32_t unused = 8 * OctetsOf(bits) - bits;
         const std::uint8_t* octets = cell.octets;
         // The record's octets do unless they are too few or unused bits at their end are set.
@@ -111,14 +94,12 @@ class TreeMaker {
 
     TEDDataBase* MakeUnion(const TypeRow& row, const TEDClassUnion* descriptor,
                            const bits::Cell& cell) {
-        const bool chosen = IsTagOf(row, cell.number);
-        const std::uint32_t index = chosen ? cell.number - 1 : 0;
+        const Choice shown = ChoiceOf(row, cell);
         TEDDataBase* choice = nullptr;
         if (row.count > 0) {
-            choice = Make(tables_.ElementsOf(row)[index].type,
-                          chosen ? CellAt(cell.cells, 0) : bits::kEmptyCell);
+            choice = Make(tables_.ElementsOf(row)[shown.index].type, *shown.body);
         }
-        return new (arena_) TEDDataUnion(arena_, descriptor, index, choice);
+        return new (arena_) TEDDataUnion(arena_, descriptor, shown.index, choice);
     }
 
     const Catalogue& catalogue_;
@@ -268,7 +249,7 @@ class RecordComparer {
     }
 
     static bool SameBits(const TypeRow& row, const bits::Cell& a, const bits::Cell& b) {
-        const std::uint32_t bits = row.fixed ? row.size : BitCount(a);
+        const std::uint32_t bits = BitCount(row, a);
         if (!row.fixed && bits != BitCount(b)) {
             return false;
         }

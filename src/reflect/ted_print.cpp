@@ -7,30 +7,10 @@
 namespace quorvane::reflect {
 namespace {
 
-// "LOC:[65535,65535] ".
-constexpr std::size_t kMostLocation = 18;
-
-// Two of these fit in the slack, with what a number overwrites, a comma and the line end: that of a
-// union without a name to print, and that of its choice.
+// Two locations fit in the slack, with what a number overwrites, a comma and the line end: that of
+// a union without a name to print, and that of its choice.
 static_assert(2 * kMostLocation + kMostDigits + 4 + 2 <= TextBuffer::kSlack);
 static_assert(kCopyStep <= TextBuffer::kSlack);
-
-char* PutLocation(char* at, bits::FieldLocator location) {
-    if (location == 0) {
-        return at;
-    }
-    at = PutLiteral(at, "LOC:[");
-    at = PutUnsigned(at, location >> 16);
-    *at++ = ',';
-    at = PutUnsigned(at, location & 0xFFFFU);
-    return PutLiteral(at, "] ");
-}
-
-// Makes room for `count` octets behind `at`, the end of what has been written so far.
-char* MoreRoom(TextBuffer& stream, char* at, std::size_t count) {
-    stream.Advance(at);
-    return stream.Room(count);
-}
 
 char* PutInteger(char* at, const TEDDataInteger& node) {
     return PutSigned(PutLocation(at, node.location), node.GetValue());
@@ -45,7 +25,7 @@ char* PutEnumerated(TextBuffer& stream, char* at, const TEDDataEnumerated& node)
     }
     if (const TEDEnumValue* listed = type->Find(value)) {
         const std::string_view rendered = listed->GetRendered();
-        return PutPadded(MoreRoom(stream, at, rendered.size()), rendered);
+        return PutPadded(stream.RoomAt(at, rendered.size()), rendered);
     }
     if (!type->HasOtherText()) {
         return PutUnsigned(at, value);
@@ -59,7 +39,7 @@ char* PutEnumerated(TextBuffer& stream, char* at, const TEDDataEnumerated& node)
 
 char* PutBinary(TextBuffer& stream, char* at, const TEDDataBinary& node) {
     const std::size_t octets = (std::size_t{node.GetBitCount()} + 7) / 8;
-    at = MoreRoom(stream, PutLocation(at, node.location), 3 * octets);
+    at = stream.RoomAt(PutLocation(at, node.location), 3 * octets);
     return PutHex(at, node.GetData(), octets);
 }
 
@@ -146,7 +126,7 @@ void TEDDataUnion::Print(TextBuffer& stream, std::uint32_t indent) const {
     // A copy has no descriptor to name its choice by.
     if (descriptor_ != nullptr && choiceIndex_ < descriptor_->GetElementCount()) {
         const std::string_view label = descriptor_->GetElement(choiceIndex_)->GetLabel();
-        at = PutPadded(MoreRoom(stream, at, label.size()), label);
+        at = PutPadded(stream.RoomAt(at, label.size()), label);
     }
     stream.Advance(PutNode(stream, at, *choice_, indent + 1));
 }

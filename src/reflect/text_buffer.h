@@ -76,6 +76,16 @@ class TextBuffer {
     }
     void Advance(char* end) { next_ = end; }
 
+    /// The same where the text has gone on up to `at` without Advance.
+    [[nodiscard]] char* RoomAt(char* at, std::size_t count) {
+        if (limit_ - at > static_cast<std::ptrdiff_t>(count)) {
+            return at;
+        }
+        Advance(at);
+        Grow(count);
+        return next_;
+    }
+
   private:
     static constexpr std::size_t kFirstCapacity = 4096;
 

@@ -14,10 +14,10 @@
 #include <cstring>
 #include <string_view>
 
-namespace quorvane::reflect {
+#include "bits/bit_buffer.h"
+#include "reflect/type_tables.h"
 
-/// Octets of one copying step: longer than most names with their ": ".
-inline constexpr std::size_t kCopyStep = 32;
+namespace quorvane::reflect {
 
 /// The most characters of a number: "-2147483648".
 inline constexpr std::size_t kMostDigits = 11;
@@ -111,6 +111,21 @@ inline char* PutHex(char* at, const std::uint8_t* octets, std::size_t count) {
         at += 3;
     }
     return at - 1;
+}
+
+/// The most characters of a location: "LOC:[65535,65535] ".
+inline constexpr std::size_t kMostLocation = 18;
+
+/// Writes the location with a blank behind it; nothing if it is not known.
+inline char* PutLocation(char* at, bits::FieldLocator location) {
+    if (location == 0) {
+        return at;
+    }
+    at = PutLiteral(at, "LOC:[");
+    at = PutUnsigned(at, location >> 16);
+    *at++ = ',';
+    at = PutUnsigned(at, location & 0xFFFFU);
+    return PutLiteral(at, "] ");
 }
 
 }  // namespace quorvane::reflect

@@ -147,7 +147,7 @@ TEST(CatalogueReport, Enumerations) {
 }
 
 TEST(CatalogueReport, ElementsInsideSequencesAreListedBelowThem) {
-    static constexpr std::array kElements = {ElementRow{"Item", 2, false}};
+    static constexpr std::array kElements = {ElementRow{test::kLabel<"Item">, 2, false}};
     static constexpr std::array kRows = {
         TypeRow{"List", TypeKind::kSequence, true, false, 20, 1, 0},
         TypeRow{"List_data", TypeKind::kStruct, false, false, 0, 0, 1},

@@ -65,15 +65,16 @@ TEST(Decodings, TakeTheLengthOfThreeMessagesAsFixed) {
     }
 }
 
-TEST(Decodings, OfOneFamilyShareItsCatalogue) {
-    const facade::Binding& uplink = facade::BindingOf(Decoding::EPS_MMUplink);
-    const facade::Binding& session = facade::BindingOf(Decoding::EPS_SMDownlink);
-    const facade::Binding& testMode = facade::BindingOf(Decoding::EPC_SS2UE);
+TEST(Decodings, OfOneFamilyShareItsTables) {
+    const facade::Binding uplink = facade::BindingOf(Decoding::EPS_MMUplink);
+    const facade::Binding session = facade::BindingOf(Decoding::EPS_SMDownlink);
+    const facade::Binding testMode = facade::BindingOf(Decoding::EPC_SS2UE);
     ASSERT_NE(uplink.set, nullptr);
     ASSERT_NE(testMode.set, nullptr);
-    EXPECT_EQ(uplink.catalogue, session.catalogue);
-    EXPECT_NE(uplink.catalogue, testMode.catalogue);
+    EXPECT_EQ(uplink.family, session.family);
+    EXPECT_NE(uplink.family, testMode.family);
     EXPECT_NE(uplink.set, session.set);
+    EXPECT_EQ(facade::BindingOf(Decoding::EPS_MMUplink).set, uplink.set);  // not looked up again
 }
 
 TEST(Decodings, NameFamiliesThatAreKnown) {
@@ -89,7 +90,7 @@ TEST(Decodings, NameFamiliesThatAreKnown) {
 
 TEST(Decodings, SayWhichAreDescribed) {
     for (const DecodingInfo& info : Decodings()) {
-        const facade::Binding& binding = facade::BindingOf(info.decoding);
+        const facade::Binding binding = facade::BindingOf(info.decoding);
         EXPECT_EQ(info.described, binding.set != nullptr) << info.name;
         EXPECT_EQ(info.described, binding.family != nullptr) << info.name;
     }
@@ -106,7 +107,7 @@ TEST(Decodings, SayWhichAreDescribed) {
 
 TEST(Decodings, AreBoundToTheSetsOfTheirNames) {
     for (const DecodingInfo& info : Decodings()) {
-        const facade::Binding& binding = facade::BindingOf(info.decoding);
+        const facade::Binding binding = facade::BindingOf(info.decoding);
         if (binding.set != nullptr) {
             EXPECT_EQ(binding.set->name, facade::RowOf(info.decoding).set);
         }

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "facade/decodings.h"
 #include "quorvane/decode.h"
 #include "quorvane/engine.h"
 #include "support/entry_points.h"
@@ -139,25 +138,6 @@ TEST(ResultText, ReplacesWhatStoodInTheStrings) {
     EXPECT_TRUE(DecodeInto(Decoding::EPC_UE2SS, Octets{0x0F, 0x87}, text, diagnostics));
     EXPECT_EQ(text.substr(0, 13), "Decoded using");
     EXPECT_EQ(diagnostics, "");
-}
-
-TEST(Catalogues, AreBuiltForTheFamilyOfTheMessageOnly) {
-    // In a process of its own, where nothing has been decoded before.
-    const auto decodeOne = [] {
-        (void)Decode(Decoding::EPC_UE2SS, Octets{0x0F, 0x87});
-        const bool own = facade::BindingOf(Decoding::EPC_UE2SS).catalogue->IsBuilt();
-        const bool other = facade::BindingOf(Decoding::EPS_MMUplink).catalogue->IsBuilt();
-        std::_Exit(own && !other ? 0 : 1);
-    };
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(decodeOne(), testing::ExitedWithCode(0), "");
-}
-
-TEST(Catalogues, AreBuiltOnce) {
-    (void)Decode(Decoding::EPC_UE2SS, Octets{0x0F, 0x87});
-    const reflect::Catalogue* first = &facade::BindingOf(Decoding::EPC_UE2SS).catalogue->Get();
-    (void)Decode(Decoding::EPC_SS2UE, Octets{0x0F, 0x84, 0x00});
-    EXPECT_EQ(&facade::BindingOf(Decoding::EPC_SS2UE).catalogue->Get(), first);
 }
 
 }  // namespace

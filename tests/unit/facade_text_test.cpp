@@ -23,7 +23,6 @@ TEST(Utf8, WritesOtherOctetsAsTwo) {
     EXPECT_EQ(ToUtf8("\x80\xBF\xC0\xFF"), "\xC2\x80\xC2\xBF\xC3\x80\xC3\xBF");
 }
 
-// The scan goes by blocks: the octet may stand at any place of one.
 TEST(Utf8, FindsAnOctetAnywhere) {
     for (std::size_t length = 1; length < 100; ++length) {
         for (std::size_t at = 0; at < length; ++at) {

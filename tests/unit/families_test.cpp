@@ -101,6 +101,40 @@ TEST(Families, EndTheirCataloguesWithTheMessageSets) {
     }
 }
 
+bool IsAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char octet) { return static_cast<unsigned char>(octet) < 0x80; });
+}
+
+TEST(Families, HaveTheirTextsReadyForTheRendering) {
+    for (const Family* family : AllFamiliesAndTheSample()) {
+        const auto& tables = family->types;
+        for (const reflect::ElementRow& element : tables.elements) {
+            EXPECT_TRUE(element.label.ends_with(": ")) << element.label;
+            EXPECT_TRUE(IsAscii(element.label)) << element.label;
+            // What a copying step reads behind a label is there to be read.
+            const std::string_view step(element.label.data(), reflect::kCopyStep);
+            EXPECT_EQ(step.substr(0, element.label.size()),
+                      element.label.substr(0, reflect::kCopyStep));
+        }
+        for (const reflect::EnumValueRow& value : tables.enumValues) {
+            EXPECT_EQ(value.rendered,
+                      std::string(value.Text()) + " (" + std::to_string(value.value) + ")");
+            EXPECT_EQ(value.ascii, IsAscii(value.Text())) << value.rendered;
+        }
+        for (const reflect::EnumRow& row : tables.enums) {
+            const auto values = tables.enumValues.subspan(row.firstValue, row.valueCount);
+            EXPECT_EQ(row.otherIsAscii, IsAscii(row.otherText)) << row.otherText;
+            for (const reflect::EnumValueRow& value : values) {
+                const auto first =
+                    std::find_if(values.begin(), values.end(),
+                                 [&](const auto& listed) { return listed.value == value.value; });
+                EXPECT_EQ(tables.FindValue(row, value.value), &*first) << value.rendered;
+            }
+        }
+    }
+}
+
 std::multiset<std::uint32_t> NumbersOf(const Family& family) {
     std::multiset<std::uint32_t> numbers;
     for (const auto& field : family.codec.fields) {

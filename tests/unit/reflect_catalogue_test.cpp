@@ -1,7 +1,6 @@
 #include <array>
 #include <gtest/gtest.h>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "reflect/catalogue.h"
@@ -84,8 +83,8 @@ TEST(Catalogue, ElementsStandAtTheirPositions) {
         for (std::uint32_t index = 0; index < row.count; ++index) {
             const ElementRow& expected = kMixedTables.ElementsOf(row)[index];
             const TEDClassStructuredElement* element = structured.GetElement(index);
-            EXPECT_EQ(element->GetName(), expected.name);
-            EXPECT_EQ(element->GetLabel(), std::string(expected.name) + ": ");
+            EXPECT_EQ(element->GetName(), expected.Name());
+            EXPECT_EQ(element->GetLabel(), expected.label);
             EXPECT_EQ(element->IsOptional(), expected.optional);
             EXPECT_EQ(element->GetType().GetTarget(), catalogue.GetDescriptor(expected.type));
             EXPECT_EQ(element->GetType().IsOwned(), !kMixedTables.types[expected.type].named);
@@ -145,38 +144,6 @@ TEST(Catalogue, ItsCapacityIsTheNextMultipleOfEight) {
 TEST(Catalogue, OfNothing) {
     const Catalogue catalogue(TypeTables{});
     EXPECT_EQ(catalogue.GetNamed().GetCount(), 0U);
-}
-
-constinit LazyCatalogue staticCatalogue(kMixedTables);
-
-TEST(LazyCatalogue, NeedsNoInitialisationOfItsOwn) {
-    EXPECT_EQ(staticCatalogue.Get().GetNamed().GetCount(), 7U);
-}
-
-TEST(LazyCatalogue, IsBuiltAtFirstUseAndOnce) {
-    LazyCatalogue first(kMixedTables);
-    const LazyCatalogue second(kMixedTables);
-    EXPECT_FALSE(first.IsBuilt());
-    const Catalogue& catalogue = first.Get();
-    EXPECT_TRUE(first.IsBuilt());
-    EXPECT_FALSE(second.IsBuilt());
-    EXPECT_EQ(&first.Get(), &catalogue);
-    EXPECT_EQ(first.Get().GetDescriptor(0), catalogue.GetDescriptor(0));
-}
-
-TEST(LazyCatalogue, ManyThreadsGetTheSameOne) {
-    LazyCatalogue lazy(kMixedTables);
-    std::array<const Catalogue*, 8> seen{};
-    std::vector<std::thread> threads;
-    for (const Catalogue*& slot : seen) {
-        threads.emplace_back([&lazy, &slot] { slot = &lazy.Get(); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (const Catalogue* catalogue : seen) {
-        EXPECT_EQ(catalogue, &lazy.Get());
-    }
 }
 
 }  // namespace

@@ -278,25 +278,26 @@ enum PdnType : std::uint16_t {
 };
 
 constexpr std::array kPdnValues = {
-    EnumValueRow{"initial attach", 1},
-    EnumValueRow{"IPv4v6", 3},
-    EnumValueRow{"IP address allocation via NAS signalling", 10},
+    test::kListed<"initial attach", 1>,
+    test::kListed<"IPv4v6", 3>,
+    test::kListed<"IP address allocation via NAS signalling", 10>,
 };
-constexpr std::array kPdnEnums = {EnumRow{0, 1, {}, false}, EnumRow{1, 1, {}, false},
-                                  EnumRow{2, 1, {}, false}};
+constexpr std::array kPdnEnums = {EnumRow{0, 1, 0, {}, false, true},
+                                  EnumRow{1, 1, 0, {}, false, true},
+                                  EnumRow{2, 1, 0, {}, false, true}};
 constexpr std::array kPdnElements = {
-    ElementRow{"EPSBearerIdentity", kIdentity, false},
-    ElementRow{"ProcedureTransactionIdentity", kTransaction, false},
-    ElementRow{"RequestType", kRequestType, false},
-    ElementRow{"PDNType", kPdnType, false},
-    ElementRow{"ESMInformationTransferFlag", kTransferFlag, true},
-    ElementRow{"AccessPointName", kAccessPoint, true},
-    ElementRow{"ProtocolConfigurationOptions", kPco, true},
-    ElementRow{"spare", kPcoSpare, false},
-    ElementRow{"ConfigurationProtocol", kPcoProtocol, false},
-    ElementRow{"ProtocolCfgs", kPcoList, false},
-    ElementRow{"ProtocolId", kPcoId, false},
-    ElementRow{"Contents", kPcoContents, false},
+    ElementRow{test::kLabel<"EPSBearerIdentity">, kIdentity, false},
+    ElementRow{test::kLabel<"ProcedureTransactionIdentity">, kTransaction, false},
+    ElementRow{test::kLabel<"RequestType">, kRequestType, false},
+    ElementRow{test::kLabel<"PDNType">, kPdnType, false},
+    ElementRow{test::kLabel<"ESMInformationTransferFlag">, kTransferFlag, true},
+    ElementRow{test::kLabel<"AccessPointName">, kAccessPoint, true},
+    ElementRow{test::kLabel<"ProtocolConfigurationOptions">, kPco, true},
+    ElementRow{test::kLabel<"spare">, kPcoSpare, false},
+    ElementRow{test::kLabel<"ConfigurationProtocol">, kPcoProtocol, false},
+    ElementRow{test::kLabel<"ProtocolCfgs">, kPcoList, false},
+    ElementRow{test::kLabel<"ProtocolId">, kPcoId, false},
+    ElementRow{test::kLabel<"Contents">, kPcoContents, false},
 };
 constexpr std::array kPdnRows = {
     TypeRow{"PDN_CONNECTIVITY_REQUEST", TypeKind::kStruct, true, false, 0, 0, 7},

@@ -10,6 +10,7 @@
 #include "reflect/ted_data.h"
 #include "reflect/text_buffer.h"
 #include "reflect/type_tables.h"
+#include "support/table_texts.h"
 
 namespace quorvane::reflect::test {
 
@@ -73,46 +74,45 @@ enum EverythingMember : std::uint32_t {
 };
 
 inline constexpr std::array kMixedEnumValues = {
-    EnumValueRow{"one", 1},  EnumValueRow{"three", 3}, EnumValueRow{"three again", 3},
-    EnumValueRow{"five", 5}, EnumValueRow{"red", 0},   EnumValueRow{"green", 1},
-    EnumValueRow{"blue", 2},
+    kListed<"one", 1>, kListed<"three", 3>, kListed<"three again", 3>, kListed<"five", 5>,
+    kListed<"red", 0>, kListed<"green", 1>, kListed<"blue", 2>,
 };
 
 inline constexpr std::array kMixedEnums = {
-    EnumRow{0, 3, "reserved", true},
-    EnumRow{3, 1, {}, false},
-    EnumRow{4, 3, {}, false},
+    EnumRow{0, 3, 0, "reserved", true, true},
+    EnumRow{3, 1, 0, {}, false, true},
+    EnumRow{4, 3, 3, {}, false, true},
 };
 
 inline constexpr std::array kMixedElements = {
     // Small
-    ElementRow{"Number", kSmallNumber, false},
-    ElementRow{"Flag", kSmallFlag, true},
+    ElementRow{kLabel<"Number">, kSmallNumber, false},
+    ElementRow{kLabel<"Flag">, kSmallFlag, true},
     // Choice
-    ElementRow{"Num", kChoiceNum, true},
-    ElementRow{"Item", kSmall, true},
-    ElementRow{"Octets", kChoiceOctets, true},
+    ElementRow{kLabel<"Num">, kChoiceNum, true},
+    ElementRow{kLabel<"Item">, kSmall, true},
+    ElementRow{kLabel<"Octets">, kChoiceOctets, true},
     // Everything
-    ElementRow{"Plain", kPlain, false},
-    ElementRow{"Spare", kSpare, false},
-    ElementRow{"TypeOnly", kTypeOnly, true},
-    ElementRow{"Kind", kEnumKind, false},
-    ElementRow{"Fixed", kFixed, false},
-    ElementRow{"Octets", kOctets, true},
-    ElementRow{"Numbers", kNumbers, false},
-    ElementRow{"Smalls", kSmallList, false},
-    ElementRow{"Choice", kChoice, false},
-    ElementRow{"Inner", kInner, false},
-    ElementRow{"MaybeSmall", kSmall, true},
-    ElementRow{"Bare", kBareEnum, false},
-    ElementRow{"Colour", kColour, true},
+    ElementRow{kLabel<"Plain">, kPlain, false},
+    ElementRow{kLabel<"Spare">, kSpare, false},
+    ElementRow{kLabel<"TypeOnly">, kTypeOnly, true},
+    ElementRow{kLabel<"Kind">, kEnumKind, false},
+    ElementRow{kLabel<"Fixed">, kFixed, false},
+    ElementRow{kLabel<"Octets">, kOctets, true},
+    ElementRow{kLabel<"Numbers">, kNumbers, false},
+    ElementRow{kLabel<"Smalls">, kSmallList, false},
+    ElementRow{kLabel<"Choice">, kChoice, false},
+    ElementRow{kLabel<"Inner">, kInner, false},
+    ElementRow{kLabel<"MaybeSmall">, kSmall, true},
+    ElementRow{kLabel<"Bare">, kBareEnum, false},
+    ElementRow{kLabel<"Colour">, kColour, true},
     // Inner
-    ElementRow{"Wide", kWide, false},
-    ElementRow{"Grid", kGrid, false},
+    ElementRow{kLabel<"Wide">, kWide, false},
+    ElementRow{kLabel<"Grid">, kGrid, false},
     // MixedSet
-    ElementRow{"Small", kSmall, true},
-    ElementRow{"Everything", kEverything, true},
-    ElementRow{"Empty", kEmpty, true},
+    ElementRow{kLabel<"Small">, kSmall, true},
+    ElementRow{kLabel<"Everything">, kEverything, true},
+    ElementRow{kLabel<"Empty">, kEmpty, true},
 };
 
 inline constexpr std::array kMixedRows = {

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "families/rr/elements.h"
+#include "support/table_texts.h"
 
 namespace quorvane::families::test {
 namespace {
@@ -20,30 +21,35 @@ constexpr std::uint16_t kIntegerType = 0;
 constexpr std::uint16_t kTypeOfChannelType = 1;
 
 constexpr std::array kElements = {
-    ElementRow{"CellDescription", kIntegerType, false},  // 0, neighbour cells
-    ElementRow{"ExtInd", kIntegerType, false},
-    ElementRow{"BAInd", kIntegerType, false},
-    ElementRow{"CellDescription", kIntegerType, false},  // 3, neighbour cells 2
-    ElementRow{"MultibandReporting", kIntegerType, false},
-    ElementRow{"BAInd", kIntegerType, false},
-    ElementRow{"ChType", kIntegerType, true},  // 6, channel type
-    ElementRow{"Subchannel", kIntegerType, true},
-    ElementRow{"ChType", kTypeOfChannelType, false},  // 8, channel descriptions
-    ElementRow{"TN", kIntegerType, false},
-    ElementRow{"TSC", kIntegerType, false},  // 10, channel description 3
-    ElementRow{"H", kIntegerType, false},
-    ElementRow{"MAIO", kIntegerType, true},
-    ElementRow{"HSN", kIntegerType, true},
-    ElementRow{"spare", kIntegerType, true},
-    ElementRow{"ARFCN", kIntegerType, true},
-    ElementRow{"MA", kIntegerType, false},
-    ElementRow{"MessageContent", kIntegerType, false},  // 17, channel request
-    ElementRow{"Description", kIntegerType, false},
-    ElementRow{"RandomReference", kIntegerType, false},
-    ElementRow{"IdentityDigit", kIntegerType, false},  // 20, mobile identity
-    ElementRow{"IdentityType", kIntegerType, false},
-    ElementRow{"BitmapLength", kIntegerType, false},  // 22, bit map type reporting
-    ElementRow{"BitmapReporting", kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"CellDescription">, kIntegerType,
+               false},  // 0, neighbour cells
+    ElementRow{reflect::test::kLabel<"ExtInd">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"BAInd">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"CellDescription">, kIntegerType,
+               false},  // 3, neighbour cells 2
+    ElementRow{reflect::test::kLabel<"MultibandReporting">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"BAInd">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"ChType">, kIntegerType, true},  // 6, channel type
+    ElementRow{reflect::test::kLabel<"Subchannel">, kIntegerType, true},
+    ElementRow{reflect::test::kLabel<"ChType">, kTypeOfChannelType,
+               false},  // 8, channel descriptions
+    ElementRow{reflect::test::kLabel<"TN">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"TSC">, kIntegerType, false},  // 10, channel description 3
+    ElementRow{reflect::test::kLabel<"H">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"MAIO">, kIntegerType, true},
+    ElementRow{reflect::test::kLabel<"HSN">, kIntegerType, true},
+    ElementRow{reflect::test::kLabel<"spare">, kIntegerType, true},
+    ElementRow{reflect::test::kLabel<"ARFCN">, kIntegerType, true},
+    ElementRow{reflect::test::kLabel<"MA">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"MessageContent">, kIntegerType,
+               false},  // 17, channel request
+    ElementRow{reflect::test::kLabel<"Description">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"RandomReference">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"IdentityDigit">, kIntegerType, false},  // 20, mobile identity
+    ElementRow{reflect::test::kLabel<"IdentityType">, kIntegerType, false},
+    ElementRow{reflect::test::kLabel<"BitmapLength">, kIntegerType,
+               false},  // 22, bit map type reporting
+    ElementRow{reflect::test::kLabel<"BitmapReporting">, kIntegerType, false},
 };
 
 constexpr TypeRow Struct(std::string_view name, std::uint16_t first, std::uint16_t count) {

@@ -1,0 +1,161 @@
+// A line costs one check of the buffer's room where it can: indentation, label, location, number
+// and line end are written as whole words under it, and only texts and octets of any length ask for
+// more. Each function writes at `at`, where the buffer's slack stands open, and leaves at least as
+// much room for the line end.
+
+#include "reflect/render.h"
+
+#include <algorithm>
+
+#include "reflect/record_values.h"
+
+namespace quorvane::reflect {
+namespace {
+
+using bits::Cell;
+
+// A location and a number fit in the slack, with what a number overwrites, a comma and the line
+// end.
+static_assert(kMostLocation + kMostDigits + 4 + 2 <= TextBuffer::kSlack);
+static_assert(kCopyStep <= TextBuffer::kSlack);
+
+class Renderer {
+  public:
+    Renderer(TextBuffer& stream, const TypeTables& tables) : stream_(stream), tables_(tables) {}
+
+    char* PutValue(char* at, std::uint16_t type, const Cell& cell, std::size_t indent) {
+        const TypeRow& row = tables_.types[type];
+        // Most values by far, which are worth no call of their own.
+        if (row.kind == TypeKind::kInteger) {
+            const Cell& held = NumberCell(row, cell);
+            return PutSigned(PutLocation(at, held.location),
+                             static_cast<std::int32_t>(held.number));
+        }
+        return PutOther(at, row, cell, indent);
+    }
+
+    [[nodiscard]] bool IsAscii() const { return ascii_; }
+
+  private:
+    char* PutOther(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
+        switch (row.kind) {
+            case TypeKind::kInteger:
+                break;
+            case TypeKind::kEnumerated:
+                return PutEnumerated(at, row, NumberCell(row, cell));
+            case TypeKind::kBinary:
+                return PutBinary(at, row, cell);
+            case TypeKind::kSequence:
+                return PutSequence(at, row, cell, indent);
+            case TypeKind::kStruct:
+                return PutStruct(at, row, cell, indent);
+            case TypeKind::kUnion:
+                return PutUnion(at, row, cell, indent);
+        }
+        return at;
+    }
+
+    char* PutEnumerated(char* at, const TypeRow& row, const Cell& held) {
+        at = PutLocation(at, held.location);
+        const EnumRow& values = tables_.enums[row.first];
+        if (const EnumValueRow* listed = tables_.FindValue(values, held.number)) {
+            ascii_ = ascii_ && listed->ascii;
+            return PutPadded(stream_.RoomAt(at, listed->rendered.size()), listed->rendered);
+        }
+        if (!values.hasOtherText) {
+            return PutUnsigned(at, held.number);
+        }
+        ascii_ = ascii_ && values.otherIsAscii;
+        stream_.Advance(at);
+        stream_.Append(values.otherText);
+        at = PutUnsigned(PutLiteral(stream_.Room(0), " ("), held.number);
+        return PutLiteral(at, ")");
+    }
+
+    char* PutBinary(char* at, const TypeRow& row, const Cell& cell) {
+        const std::uint32_t bits = BitCount(row, cell);
+        const std::uint32_t held = std::min(BitCount(cell), bits);
+        at = stream_.RoomAt(PutLocation(at, cell.location), 3 * std::size_t{bits::OctetsOf(bits)});
+        if (bits == 0) {
+            return at;
+        }
+        // Whole octets of the record, the rest of its last one, zeros up to the field's end.
+        char* const start = at;
+        at = PutHex(at, cell.octets, held / 8);
+        if (held % 8 != 0) {
+            const auto last =
+                static_cast<std::uint8_t>(cell.octets[held / 8] & ~(0xFFU >> held % 8));
+            at = PutNextOctet(start, at, last);
+        }
+        for (std::uint32_t octet = bits::OctetsOf(held); octet < bits::OctetsOf(bits); ++octet) {
+            at = PutNextOctet(start, at, 0);
+        }
+        return at;
+    }
+
+    static char* PutNextOctet(const char* start, char* at, std::uint8_t octet) {
+        if (at != start) {
+            *at++ = ' ';
+        }
+        return PutHex(at, &octet, 1);
+    }
+
+    char* PutSequence(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
+        at = PutLiteral(at, "[\n");
+        const std::uint32_t count = ItemCount(cell);
+        for (std::uint32_t index = 0; index < count; ++index) {
+            at = PutIndent(stream_.RoomAt(at, 2 * (indent + 1)), indent + 1);
+            at = PutValue(at, row.first, cell.cells[index], indent + 2);
+            if (index + 1 < count) {
+                *at++ = ',';
+            }
+            *at++ = '\n';
+        }
+        return PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "]");
+    }
+
+    char* PutStruct(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
+        at = PutLiteral(at, "{\n");
+        const std::size_t inner = indent + 1;
+        const Cell* next = &CellAt(cell.cells, 0);
+        const std::ptrdiff_t step = cell.cells == nullptr ? 0 : 1;
+        for (const ElementRow& element : tables_.ElementsOf(row)) {
+            const Cell& member = *next;
+            next += step;
+            at = PutIndent(stream_.RoomAt(at, 2 * inner + element.label.size()), inner);
+            at = PutPadded(at, element.label);
+            if (element.optional && !member.present) {
+                at = PutLiteral(at, "MISSING");
+            } else {
+                at = PutValue(at, element.type, member, inner);
+            }
+            *at++ = '\n';
+        }
+        return PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "}\n");
+    }
+
+    char* PutUnion(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
+        if (row.count == 0) {
+            return PutLiteral(at, "NOT SET");
+        }
+        const Choice choice = ChoiceOf(row, cell);
+        const ElementRow& chosen = tables_.ElementsOf(row)[choice.index];
+        at = PutPadded(stream_.RoomAt(at, chosen.label.size()), chosen.label);
+        return PutValue(at, chosen.type, *choice.body, indent + 1);
+    }
+
+    TextBuffer& stream_;
+    const TypeTables& tables_;
+    bool ascii_ = true;  // names are, texts of enumerations need not be
+};
+
+}  // namespace
+
+bool AppendText(TextBuffer& stream, const TypeTables& tables, std::uint16_t type, const Cell& cell,
+                std::uint32_t indent) {
+    Renderer renderer(stream, tables);
+    stream.Advance(renderer.PutValue(stream.Room(0), type, cell, indent));
+    return renderer.IsAscii();
+}
+
+}  // namespace quorvane::reflect
