@@ -3,7 +3,7 @@
 #include <set>
 #include <vector>
 
-#include "csn/byte_code.h"
+#include "csn/assembly/instruction.h"
 #include "csn/machine.h"
 #include "fuzz_support.h"
 #include "support/reviewed_list.h"

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "csn/assembler.h"
+#include "csn/assembly/assembler.h"
 #include "csn/functions.h"
 
 namespace quorvane::fuzz {

@@ -7,8 +7,8 @@
 #include <span>
 #include <vector>
 
+#include "csn/assembly/verifier.h"
 #include "csn/csn_program.h"
-#include "csn/verifier.h"
 #include "fuzz_support.h"
 
 namespace quorvane::fuzz {

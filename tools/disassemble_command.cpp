@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "csn/disassembler.h"
+#include "csn/assembly/disassembler.h"
 #include "tools/commands.h"
 #include "tools/described_family.h"
 #include "tools/image_names.h"

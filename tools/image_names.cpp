@@ -5,7 +5,7 @@
 #include <set>
 #include <span>
 
-#include "csn/byte_code.h"
+#include "csn/assembly/instruction.h"
 
 namespace quorvane::tool {
 

@@ -7,7 +7,7 @@
 #include <map>
 #include <string>
 
-#include "csn/disassembler.h"
+#include "csn/assembly/disassembler.h"
 #include "families/family.h"
 
 namespace quorvane::tool {

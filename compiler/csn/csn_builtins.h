@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "compiler/csn/csn_syntax.h"
-#include "csn/verifier.h"
+#include "csn/assembly/verifier.h"
 
 namespace quorvane::compiler {
 

@@ -4,8 +4,8 @@
 
 #include "compiler/csn/csn_parser.h"
 #include "compiler/csn/csn_resolver.h"
-#include "csn/disassembler.h"
-#include "csn/verifier.h"
+#include "csn/assembly/disassembler.h"
+#include "csn/assembly/verifier.h"
 
 namespace quorvane::compiler {
 namespace {

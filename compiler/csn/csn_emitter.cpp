@@ -7,7 +7,7 @@
 
 #include "bits/named_enum.h"
 #include "compiler/csn/csn_compiler.h"
-#include "csn/disassembler.h"
+#include "csn/assembly/disassembler.h"
 
 namespace quorvane::compiler {
 namespace {

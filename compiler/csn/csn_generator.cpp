@@ -8,7 +8,7 @@
 #include "compiler/csn/csn_builtins.h"
 #include "compiler/csn/csn_members.h"
 #include "compiler/csn/csn_resolver.h"
-#include "csn/assembler.h"
+#include "csn/assembly/assembler.h"
 #include "csn/byte_code.h"
 #include "csn/machine.h"
 

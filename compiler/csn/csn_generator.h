@@ -11,7 +11,7 @@
 #include "compiler/csn/csn_syntax.h"
 #include "compiler/csn/csn_types.h"
 #include "compiler/reporter.h"
-#include "csn/verifier.h"
+#include "csn/assembly/verifier.h"
 
 namespace quorvane::compiler {
 

@@ -6,8 +6,8 @@
 // nothing is allocated. Positions and lengths are in bits.
 //
 // A run trusts its image: that jumps land on instructions, that field look-ups end and that the
-// stack is used in pairs is what csn/verifier.h proves. No message and no position, however
-// computed, makes it read or write outside the buffer.
+// stack is used in pairs is what csn/assembly/verifier.h proves. No message and no position,
+// however computed, makes it read or write outside the buffer.
 //
 // Tests: tests/unit/csn_machine_test.cpp and its siblings csn_*_test.cpp.
 

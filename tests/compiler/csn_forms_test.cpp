@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "csn/byte_code.h"
-#include "csn/disassembler.h"
+#include "csn/assembly/disassembler.h"
+#include "csn/assembly/instruction.h"
 #include "reference/csn_grammar.h"
 
 namespace quorvane::compiler {

@@ -6,8 +6,8 @@
 
 #include "bits/arena.h"
 #include "compiler/csn_type_text.h"
+#include "csn/assembly/disassembler.h"
 #include "csn/csn_record.h"
-#include "csn/disassembler.h"
 #include "reference/csn_grammar.h"
 
 namespace quorvane::compiler {

@@ -9,8 +9,8 @@
 #include "compiler/csn/csn_parser.h"
 #include "compiler/csn/csn_resolver.h"
 #include "compiler/reporter.h"
+#include "csn/assembly/verifier.h"
 #include "csn/functions.h"
-#include "csn/verifier.h"
 #include "families/common/cell_information.h"
 #include "support/family_files.h"
 

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "csn/assembler.h"
+#include "csn/assembly/assembler.h"
 
 namespace quorvane::csn {
 namespace {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "csn/assembler.h"
-#include "csn/byte_code.h"
+#include "csn/assembly/assembler.h"
+#include "csn/assembly/instruction.h"
 
 namespace quorvane::csn {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "csn/assembler.h"
-#include "csn/disassembler.h"
+#include "csn/assembly/assembler.h"
+#include "csn/assembly/disassembler.h"
 
 namespace quorvane::csn {
 namespace {

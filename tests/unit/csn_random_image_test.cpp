@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "csn/disassembler.h"
+#include "csn/assembly/disassembler.h"
+#include "csn/assembly/verifier.h"
 #include "csn/functions.h"
 #include "csn/machine.h"
-#include "csn/verifier.h"
 #include "unit/csn_test_support.h"
 
 namespace quorvane::csn::test {

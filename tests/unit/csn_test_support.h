@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "csn/assembler.h"
+#include "csn/assembly/assembler.h"
 #include "csn/machine.h"
 #include "support/print_outcome.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "csn/verifier.h"
+#include "csn/assembly/verifier.h"
 #include "unit/csn_test_support.h"
 
 namespace quorvane::csn {

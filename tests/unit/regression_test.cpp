@@ -4,7 +4,7 @@
 #include <string>
 
 #include "compiler/describe.h"
-#include "csn/verifier.h"
+#include "csn/assembly/verifier.h"
 #include "unit/csn_test_support.h"
 
 namespace quorvane {

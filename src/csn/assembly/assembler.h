@@ -24,7 +24,7 @@
 #include <string>
 #include <vector>
 
-#include "csn/byte_code.h"
+#include "csn/assembly/instruction.h"
 
 namespace quorvane::csn {
 

@@ -1,4 +1,4 @@
-#include "csn/assembler.h"
+#include "csn/assembly/assembler.h"
 
 #include <algorithm>
 #include <iterator>

@@ -15,7 +15,7 @@
 #include <span>
 #include <string>
 
-#include "csn/byte_code.h"
+#include "csn/assembly/instruction.h"
 
 namespace quorvane::csn {
 

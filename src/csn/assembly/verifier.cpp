@@ -1,9 +1,9 @@
-#include "csn/verifier.h"
+#include "csn/assembly/verifier.h"
 
 #include <algorithm>
 
+#include "csn/assembly/verifier_flow.h"
 #include "csn/machine.h"
-#include "csn/verifier_flow.h"
 
 namespace quorvane::csn {
 namespace {

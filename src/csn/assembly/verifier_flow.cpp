@@ -1,4 +1,4 @@
-#include "csn/verifier_flow.h"
+#include "csn/assembly/verifier_flow.h"
 
 #include <algorithm>
 #include <deque>

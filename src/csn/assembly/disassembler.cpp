@@ -1,4 +1,4 @@
-#include "csn/disassembler.h"
+#include "csn/assembly/disassembler.h"
 
 #include <algorithm>
 #include <cstdio>

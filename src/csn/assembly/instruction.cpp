@@ -1,5 +1,6 @@
-#include "csn/byte_code.h"
+#include "csn/assembly/instruction.h"
 
+#include <cstddef>
 #include <iterator>
 
 namespace quorvane::csn {

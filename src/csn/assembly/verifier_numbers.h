@@ -1,14 +1,14 @@
 #pragma once
 
 // What the verifier knows of the numbers that tags and value functions give. For
-// csn/verifier_flow.cpp alone.
+// csn/assembly/verifier_flow.cpp alone.
 
 #include <cstdint>
 #include <map>
 #include <optional>
 
-#include "csn/byte_code.h"
-#include "csn/verifier.h"
+#include "csn/assembly/instruction.h"
+#include "csn/assembly/verifier.h"
 
 namespace quorvane::csn {
 

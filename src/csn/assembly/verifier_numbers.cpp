@@ -1,4 +1,4 @@
-#include "csn/verifier_numbers.h"
+#include "csn/assembly/verifier_numbers.h"
 
 #include <algorithm>
 

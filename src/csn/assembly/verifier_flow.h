@@ -1,7 +1,7 @@
 #pragma once
 
 // The verifier's walk through the rules of an image whose instructions and tables are in order.
-// For csn/verifier.cpp alone.
+// For csn/assembly/verifier.cpp alone.
 
 #include <cstdint>
 #include <functional>
@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "csn/byte_code.h"
-#include "csn/verifier.h"
-#include "csn/verifier_numbers.h"
+#include "csn/assembly/instruction.h"
+#include "csn/assembly/verifier.h"
+#include "csn/assembly/verifier_numbers.h"
 
 namespace quorvane::csn {
 
