@@ -1,10 +1,10 @@
-# Headers, both libraries, the tool, the CMake package and the pkg-config file.
+# Headers, libraries, the tool, the CMake package and the pkg-config file.
 
 include(CMakePackageConfigHelpers)
 
 set(QUORVANE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Quorvane)
 
-install(TARGETS quorvane quorvane_static EXPORT QuorvaneTargets)
+install(TARGETS ${QUORVANE_FORMS} EXPORT QuorvaneTargets)
 install(DIRECTORY include/quorvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(QUORVANE_TOOL)
     install(TARGETS quorvane_tool)

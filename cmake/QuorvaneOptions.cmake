@@ -10,6 +10,15 @@ option(QUORVANE_FUZZ "Link the fuzz targets with libFuzzer (clang)" OFF)
 set(QUORVANE_SANITIZE "" CACHE STRING "Sanitizers for the whole build, e.g. address,undefined")
 set(QUORVANE_DESCRIBE "" CACHE FILEPATH "Ready description compiler, for cross builds")
 
+# The forms of the library: both, or the one that BUILD_SHARED_LIBS asks for.
+if(NOT DEFINED BUILD_SHARED_LIBS)
+    set(QUORVANE_FORMS quorvane quorvane_static)
+elseif(BUILD_SHARED_LIBS)
+    set(QUORVANE_FORMS quorvane)
+else()
+    set(QUORVANE_FORMS quorvane_static)
+endif()
+
 if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
     if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

@@ -1,0 +1,5 @@
+#pragma once
+
+#include <cstddef>
+
+std::size_t CountDecodings();
