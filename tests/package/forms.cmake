@@ -29,11 +29,13 @@ set(prefix ${WORK}/both)
 install_parent(${prefix} -DLINKED=quorvane_static -DCMAKE_INSTALL_LIBDIR=lib)
 expect_files(${prefix} lib/libquorvane.a lib/libquorvane.so)
 use_by_cmake(${prefix} quorvane quorvane_static parent)
+use_by_pkg_config(${prefix}/lib)
 
 set(prefix ${WORK}/shared)
 install_parent(${prefix} -DLINKED=quorvane -DBUILD_SHARED_LIBS=ON)
 expect_files(${prefix} lib/libquorvane.so)
 use_by_cmake(${prefix} quorvane parent)
+use_by_pkg_config(${prefix}/lib)
 
 # Here the static library and an import library would have one name.
 set(prefix ${WORK}/static)
@@ -41,3 +43,12 @@ install_parent(${prefix} -DLINKED=quorvane -DBUILD_SHARED_LIBS=OFF
                -DCMAKE_IMPORT_LIBRARY_PREFIX=lib -DCMAKE_IMPORT_LIBRARY_SUFFIX=.a)
 expect_files(${prefix} lib/libquorvane_static.a)
 use_by_cmake(${prefix} quorvane quorvane_static parent)
+use_by_pkg_config(${prefix}/lib)
+
+# Folders that do not stand below the prefix.
+set(folder ${WORK}/absolute)
+install_parent(${WORK}/prefix -DCMAKE_INSTALL_LIBDIR=${folder}/libraries)
+use_by_pkg_config(${folder}/libraries)
+install_parent(${WORK}/prefix -DCMAKE_INSTALL_INCLUDEDIR=${folder}/headers)
+file(REMOVE_RECURSE ${WORK}/prefix)
+use_by_pkg_config(${folder}/libraries)

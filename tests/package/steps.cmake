@@ -27,7 +27,7 @@ function(use_by_pkg_config libraries)
     endif()
     execute_process(
         COMMAND ${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${libraries}/pkgconfig ${pkg_config}
-                --define-variable=prefix=${WORK}/prefix --cflags --libs quorvane
+                --cflags --libs quorvane
         OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(flags UNIX_COMMAND "${flags}")
     run(${COMPILER} -std=c++20 ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/user.cpp
