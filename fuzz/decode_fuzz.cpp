@@ -10,6 +10,7 @@
 #include "facade/decodings.h"
 #include "fuzz_support.h"
 #include "quorvane/decode.h"
+#include "quorvane/message.h"
 #include "support/entry_points.h"
 #include "support/text_form.h"
 
@@ -44,10 +45,44 @@ void RequireSame(const Result& padded, int value, const CString& text) {
     RequireEqual(test::ToUtf8(text), padded.text, "the plain function has another text");
 }
 
+/// The message as data: as many fields as it says, each with contents that can be read and a path
+/// that leads to it.
+void CheckMessage(Decoding decoding, Octets octets, const Result& result) {
+    static Message message;
+    Require(message.Decode(decoding, octets) == result.found, "a message differs from its text");
+    const auto lines = std::count(result.diagnostics.begin(), result.diagnostics.end(), '\n');
+    Require(message.FaultCount() == static_cast<std::size_t>(lines), "a fault has no line");
+    constexpr std::size_t kFewFaults = 20;
+    for (std::size_t index = 0; index < std::min(message.FaultCount(), kFewFaults); ++index) {
+        const Fault fault = message.GetFault(index);
+        Require(!fault.field || fault.field.Status() == FieldStatus::kRefused,
+                "a fault tells of a field that was not refused");
+        std::string path;
+        if (message.AppendPath(fault.field, path)) {
+            Require(static_cast<bool>(message.Find(path)), "a path leads nowhere");
+        }
+    }
+    std::uint32_t sum = 0;
+    Visit(message.Root(), [&sum](const Field& field, unsigned) {
+        for (const std::uint8_t octet : field.Octets()) {
+            sum += octet;
+        }
+        if (field.BitCount() % 8 != 0) {
+            Require((field.Octets().back() & 0xFFU >> field.BitCount() % 8) == 0,
+                    "bits behind a bit string are set");
+        }
+        sum += field.Number() + static_cast<std::uint32_t>(field.Words().size());
+        return field.Status() != FieldStatus::kAbsent || field.empty();
+    });
+    volatile std::uint32_t used = sum;  // so that all of it was read
+    static_cast<void>(used);
+}
+
 void CheckSpan(Decoding decoding, Octets octets) {
     const ExactOctets message(octets);
     const Result result = Decode(decoding, message.View());
     CheckForm(decoding, result);
+    CheckMessage(decoding, message.View(), result);
 
     Result again{false, "what stood here before", "and here"};
     again.found = DecodeInto(decoding, message.View(), again.text, again.diagnostics);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "quorvane/decode.h"
+#include "quorvane/message.h"
 #include "support/golden_file.h"
 
 namespace {
@@ -111,6 +112,52 @@ TEST(Allocation, NoneInTheSteadyState) {
         DecodeOne(golden, text, diagnostics);
     }
     EXPECT_EQ(allocations, before);
+}
+
+bool DecodeOne(const test::GoldenFile& golden, Message& message) {
+    return message.Decode(golden.decoding,
+                          PaddedMessage(golden.octets.data(), golden.length, golden.octets.size()));
+}
+
+TEST(Allocation, NoneOfAMessageFromItsSecondDecodeOn) {
+    for (const test::GoldenFile& golden : AllGolden()) {
+        Message message;
+        DecodeOne(golden, message);
+        const long before = allocations;
+        DecodeOne(golden, message);
+        std::size_t octets = 0;
+        Visit(message.Root(), [&octets](const Field& field, unsigned) {
+            octets += field.Name().size() + field.Words().size() + field.Octets().size();
+            return field.Status() != FieldStatus::kAbsent;
+        });
+        for (std::size_t index = 0; index < message.FaultCount(); ++index) {
+            octets += message.GetFault(index).words.size();
+        }
+        EXPECT_EQ(message.Find(octets == 0 ? "A" : "A.B[1].C").size(), 0U);
+        EXPECT_EQ(allocations, before) << golden.text;
+    }
+}
+
+TEST(Allocation, AMessageThatGetsNoneHasFoundNothing) {
+    for (const test::GoldenFile& golden : AllGolden()) {
+        Message message;
+        for (long allowed = 0;; ++allowed) {
+            bool failed = false;
+            allocationsLeft = allowed;
+            try {
+                DecodeOne(golden, message);
+            } catch (const std::bad_alloc&) {
+                failed = true;
+            }
+            allocationsLeft = -1;
+            if (!failed) {
+                break;
+            }
+            EXPECT_FALSE(message.IsFound());
+            EXPECT_FALSE(message.Root());
+            EXPECT_EQ(message.FaultCount(), 0U);
+        }
+    }
 }
 
 }  // namespace

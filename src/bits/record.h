@@ -38,6 +38,8 @@ struct Cell {
     };
     std::uint32_t capacity;
     bool present;  // of an optional member only
+    bool refused;  // a fault tells of it
+    bool reached;  // a decoder came to it; not noted of all that a special element consists of
 };
 
 /// A value that was never reached.

@@ -100,6 +100,7 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
         return 0;
     }
     Cell* cell = &members[row->element];
+    cell->reached = true;
     if (row->optional) {
         cell->present = true;
     }
@@ -110,6 +111,7 @@ Outcome Sink::Store(const CsnFieldRecord& record) {
             return result;
         }
         cell = &cell->cells[item];
+        cell->reached = true;
     }
     Cell* inside = nullptr;
     switch (row->kind) {

@@ -2,8 +2,6 @@
 
 #include "quorvane/decode.h"
 
-#include <algorithm>
-
 #include "bits/bit_reader.h"
 #include "facade/decoder.h"
 #include "facade/utf8.h"
@@ -33,9 +31,7 @@ bool DecodeInto(Decoding decoding, std::span<const std::uint8_t> message, std::s
 
 bool DecodeInto(Decoding decoding, PaddedMessage message, std::string& text,
                 std::string& diagnostics) {
-    const std::size_t farthest = static_cast<std::size_t>(std::max(message.length, 0)) + kReadAhead;
-    const auto readable = static_cast<std::int64_t>(std::min(message.capacity, farthest));
-    return DecodeRun(decoding, {message.octets, readable}, message.length, text, diagnostics);
+    return DecodeRun(decoding, facade::ReaderOf(message), message.length, text, diagnostics);
 }
 
 Result Decode(Decoding decoding, std::span<const std::uint8_t> message) {

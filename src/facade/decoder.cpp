@@ -1,10 +1,9 @@
 #include "facade/decoder.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "bits/arena.h"
-#include "facade/decodings.h"
-#include "iecodec/message_container.h"
 #include "reflect/render.h"
 #include "reflect/text_buffer.h"
 
@@ -12,11 +11,8 @@ namespace quorvane {
 namespace facade {
 namespace {
 
-/// What a thread keeps from call to call. Arena and text give back what a very large message made
-/// them take; the diagnostics do so here.
+/// What a thread keeps from call to call. All give back what a very large message made them take.
 struct Workspace {
-    static constexpr std::size_t kMostDiagnosticsKept = std::size_t{1} << 16;
-
     bits::Arena arena;
     reflect::TextBuffer text;
     iecodec::Diagnostics diagnostics;
@@ -24,9 +20,6 @@ struct Workspace {
     void Clear() {
         arena.Reset();
         text.Clear();
-        if (diagnostics.Lines().capacity() > kMostDiagnosticsKept) {
-            diagnostics = iecodec::Diagnostics();
-        }
         diagnostics.Clear();
     }
 };
@@ -36,7 +29,19 @@ Workspace& ThreadWorkspace() {
     return workspace;
 }
 
-/// The text of `code`; empty if it has none.
+void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
+    text.Append("Decoder reported the following error: ");
+    if (const std::string_view known = ErrorText(code); !known.empty()) {
+        text.Append(known);
+    } else {
+        text.Append("UNKNOWN ERROR #");
+        text.AppendSigned(static_cast<std::int32_t>(code));
+    }
+    text.Append("\r\n");
+}
+
+}  // namespace
+
 std::string_view ErrorText(bits::Code code) {
     switch (code) {
         case bits::Code::kSyntaxError:
@@ -68,34 +73,31 @@ std::string_view ErrorText(bits::Code code) {
     return {};
 }
 
-void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
-    text.Append("Decoder reported the following error: ");
-    if (const std::string_view known = ErrorText(code); !known.empty()) {
-        text.Append(known);
-    } else {
-        text.Append("UNKNOWN ERROR #");
-        text.AppendSigned(static_cast<std::int32_t>(code));
-    }
-    text.Append("\r\n");
+bits::BitReader ReaderOf(const PaddedMessage& message) {
+    const std::size_t farthest = static_cast<std::size_t>(std::max(message.length, 0)) + kReadAhead;
+    return {message.octets, static_cast<std::int64_t>(std::min(message.capacity, farthest))};
 }
 
-}  // namespace
+void DecodeRecord(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
+                  bits::Arena& arena, iecodec::Diagnostics& diagnostics, DecodedRecord& decoded) {
+    decoded.binding = BindingOf(decoding);
+    decoded.outcome = iecodec::kUnknownMessage;
+    if (decoded.binding.set != nullptr) {
+        iecodec::DecodeContext context{decoded.binding.family->codec, reader, arena, diagnostics};
+        decoded.outcome = iecodec::DispatchMessage(
+            context, *decoded.binding.set, RowOf(decoding).BitsOf(length), decoded.container);
+    }
+}
 
 Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
     const DecodingRow& row = RowOf(decoding);
-    const Binding binding = BindingOf(decoding);
     Workspace& workspace = ThreadWorkspace();
     workspace.Clear();
     reflect::TextBuffer& text = workspace.text;
 
-    iecodec::MessageContainer container;
-    bits::Outcome outcome = iecodec::kUnknownMessage;
-    if (binding.set != nullptr) {
-        iecodec::DecodeContext context{binding.family->codec, reader, workspace.arena,
-                                       workspace.diagnostics};
-        outcome = iecodec::DispatchMessage(context, *binding.set, row.BitsOf(length), container);
-    }
-    if (outcome == iecodec::kUnknownMessage) {
+    DecodedRecord decoded;
+    DecodeRecord(decoding, reader, length, workspace.arena, workspace.diagnostics, decoded);
+    if (!decoded.Found()) {
         text.Append("Failed to decode \"");
         text.Append(row.textName);
         text.Append("\" message");
@@ -105,17 +107,17 @@ Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int6
     text.Append("Decoded using \"");
     text.Append(row.textName);
     text.Append("\".\n");
-    if (outcome.Failed()) {
+    if (decoded.outcome.Failed()) {
         text.Append("\n");
-        AppendErrorLine(text, outcome.Error());
+        AppendErrorLine(text, decoded.outcome.Error());
         text.Append("\n");
     }
-    const std::uint16_t type = binding.set->memberTypes[container.tag - 1];
-    const reflect::TypeTables& types = binding.family->types;
+    const std::uint16_t type = decoded.Type();
+    const reflect::TypeTables& types = decoded.binding.family->types;
     text.Append("MESSAGE: ");
     text.Append(types.types[type].name);
     text.Append("\n");
-    const bool ascii = reflect::AppendText(text, types, type, container.body);
+    const bool ascii = reflect::AppendText(text, types, type, decoded.container.body);
     return {true, ascii, text.View(), workspace.diagnostics.Lines()};
 }
 

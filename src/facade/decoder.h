@@ -10,9 +10,34 @@
 
 #include "bits/bit_reader.h"
 #include "bits/outcome.h"
+#include "facade/decodings.h"
+#include "iecodec/message_container.h"
 #include "quorvane/decode.h"
 
 namespace quorvane::facade {
+
+/// What `message` promises to be readable, as far as a decoder can look.
+bits::BitReader ReaderOf(const PaddedMessage& message);
+
+/// A decoded record, in the arena that it was decoded with.
+struct DecodedRecord {
+    Binding binding{};
+    iecodec::MessageContainer container;
+    bits::Outcome outcome = iecodec::kUnknownMessage;
+
+    [[nodiscard]] bool Found() const { return outcome != iecodec::kUnknownMessage; }
+
+    /// The type of the message that was found.
+    [[nodiscard]] std::uint16_t Type() const { return binding.set->memberTypes[container.tag - 1]; }
+};
+
+/// Decodes the message of `length` octets at the start of what `reader` may read into `decoded`.
+/// Any length is allowed.
+void DecodeRecord(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
+                  bits::Arena& arena, iecodec::Diagnostics& diagnostics, DecodedRecord& decoded);
+
+/// The text of `code`; empty if it has none.
+std::string_view ErrorText(bits::Code code);
 
 /// The views are valid until the thread's next call.
 struct Answer {
@@ -25,8 +50,7 @@ struct Answer {
     std::string_view diagnostics;
 };
 
-/// Decodes the message of `length` octets at the start of what `reader` may read. Any length is
-/// allowed.
+/// The same, with the record as text, in memory that the thread keeps from call to call.
 Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length);
 
 /// "Decoder reported the following error: ", the text of `code`, and CR LF.

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "bits/arena.h"
 #include "bits/bit_reader.h"
@@ -16,17 +17,50 @@ namespace quorvane::iecodec {
 
 using enum bits::Code;
 
-/// Collects the fault lines of a call, "<ERRID:n> text name\n" each. Every fault of the codec is
-/// told through Report and nowhere else.
+/// Where a decoder met a fault.
+struct FaultPlace {
+    /// The value that it was decoding; an item of a sequence may have moved since.
+    const bits::Cell* cell = nullptr;
+    /// The bit where it stood; below 0: not known.
+    std::int64_t position = -1;
+};
+
+/// A fault as its line tells of it, and its place.
+struct Fault {
+    std::uint32_t number;
+    std::size_t wordsBegin;  // "text name" in the lines
+    std::size_t wordsLength;
+    FaultPlace place;
+};
+
+/// Collects the faults of a call and their lines, "<ERRID:n> text name\n" each. Every fault of the
+/// codec is told through Report and nowhere else.
 class Diagnostics {
   public:
-    void Report(std::uint32_t number, std::string_view text, std::string_view name = {});
+    void Report(std::uint32_t number, std::string_view text, std::string_view name = {},
+                FaultPlace place = {});
+
+    /// The same of a value that is being decoded, which is marked as refused.
+    void Refuse(bits::Cell& cell, std::int64_t position, std::uint32_t number,
+                std::string_view text, std::string_view name = {}) {
+        cell.refused = true;
+        Report(number, text, name, {&cell, position});
+    }
 
     [[nodiscard]] const std::string& Lines() const { return lines_; }
-    void Clear() { lines_.clear(); }
+    [[nodiscard]] const std::vector<Fault>& Faults() const { return faults_; }
+    [[nodiscard]] std::string_view WordsOf(const Fault& fault) const {
+        return std::string_view(lines_).substr(fault.wordsBegin, fault.wordsLength);
+    }
+
+    /// Forgets all faults. Keeps the memory unless the lines have taken more than kMostKept octets.
+    void Clear();
+
+    static constexpr std::size_t kMostKept = std::size_t{1} << 16;
 
   private:
     std::string lines_;
+    std::vector<Fault> faults_;
 };
 
 struct DecodeContext {

@@ -88,7 +88,7 @@ class BodyDecoder {
         const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
         cursor_ += lengthWidth;
         if (octets < field.leastOctets || octets > field.mostOctets) {
-            context_.diagnostics.Report(field.sizeNumber, "Size error decoding IE", field.name);
+            Refuse(field, field.sizeNumber, "Size error decoding IE");
             return kSizeError;
         }
         return DecodeContents(field, 8 * octets);
@@ -102,7 +102,7 @@ class BodyDecoder {
             return kGoOn;
         }
         if (result.Failed() || result.Bits() != length) {
-            context_.diagnostics.Report(field.valueNumber, "Error decoding subfield", field.name);
+            Refuse(field, field.valueNumber, "Error decoding subfield");
             if (const Outcome failure = FailureOf(field); failure.Failed()) {
                 return failure;
             }
@@ -115,12 +115,19 @@ class BodyDecoder {
         if (cursor_ <= end_) {
             return kGoOn;
         }
-        context_.diagnostics.Report(field.shortNumber, "Message too short decoding subfield",
-                                    field.name);
+        Refuse(field, field.shortNumber, "Message too short decoding subfield");
         if (field.presence == Presence::kOptional) {
             cursor_ = end_;
         }
         return FailureOf(field);
+    }
+
+    void Refuse(const FieldRow& field, std::uint32_t number, std::string_view text) {
+        if (field.value == kNone) {
+            context_.diagnostics.Report(number, text, field.name, {nullptr, cursor_});
+        } else {
+            context_.diagnostics.Refuse(cells_[field.element], cursor_, number, text, field.name);
+        }
     }
 
     /// What a field's failure means: an optional one is taken for absent.
@@ -218,7 +225,9 @@ class HeaderDecoder {
 
   private:
     void Store(const HeaderItemRow& item, std::int64_t position) {
-        cells_[item.element].number = context_.reader.Read(position, item.width);
+        Cell& cell = cells_[item.element];
+        cell.number = context_.reader.Read(position, item.width);
+        cell.reached = true;
     }
 
     const DecodeContext& context_;

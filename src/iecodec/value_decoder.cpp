@@ -15,6 +15,7 @@ using bits::Outcome;
 
 void DecodeInteger(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell) {
     cell.number = context.reader.Read(position, row.width);
+    cell.reached = true;
     if (row.located) {
         MakeFieldLocator(cell.location, position, row.width);
     }
@@ -23,7 +24,8 @@ void DecodeInteger(DecodeContext& context, const ValueRow& row, std::int64_t pos
 Outcome DecodeBinary(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
                      std::int64_t length) {
     if (length < 0) {
-        context.diagnostics.Report(row.decodeNumber, "Error decoding subfield", row.name);
+        context.diagnostics.Refuse(cell, position, row.decodeNumber, "Error decoding subfield",
+                                   row.name);
         return kSyntaxError;
     }
     bits::StoreBinary(context.arena, cell, context.reader, position, length, row.capacity);
@@ -132,7 +134,8 @@ Outcome DecodeSequence(DecodeContext& context, const ValueRow& row, std::int64_t
         const Outcome result =
             DecodeValue(context, item, position + taken, cell.cells[count - 1], length - taken);
         if (result.Failed()) {
-            context.diagnostics.Report(row.decodeNumber, "Error decoding sequence", row.name);
+            context.diagnostics.Refuse(cell, position + taken, row.decodeNumber,
+                                       "Error decoding sequence", row.name);
             return kSyntaxError;
         }
         taken += result.Bits();
@@ -147,6 +150,7 @@ class ExtensionDecoder {
                      std::int64_t length)
         : context_(context),
           row_(row),
+          cell_(cell),
           cells_(bits::StructCells(context.arena, cell, row.members)),
           start_(position),
           end_(position + length),
@@ -158,14 +162,15 @@ class ExtensionDecoder {
                 if (!group.mandatory) {
                     return cursor_ - start_;
                 }
-                context_.diagnostics.Report(group.missingNumber,
+                context_.diagnostics.Refuse(cell_, cursor_, group.missingNumber,
                                             "Error decoding 0/1ext IE: missing mandatory group",
                                             std::to_string(group.number));
                 return kSyntaxError;
             }
             if (!DecodeGroup(group)) {
-                context_.diagnostics.Report(
-                    row_.shortNumber, "Error decoding 0/1ext IE: information element too short");
+                context_.diagnostics.Refuse(
+                    cell_, cursor_, row_.shortNumber,
+                    "Error decoding 0/1ext IE: information element too short");
                 return kSyntaxError;
             }
         }
@@ -175,8 +180,8 @@ class ExtensionDecoder {
         const Outcome result = DecodeValue(context_, RowAt(context_, row_.item), cursor_,
                                            cells_[row_.element], end_ - cursor_);
         if (result.Failed()) {
-            context_.diagnostics.Report(row_.decodeNumber, "Error decoding remainder of",
-                                        row_.name);
+            context_.diagnostics.Refuse(cells_[row_.element], cursor_, row_.decodeNumber,
+                                        "Error decoding remainder of", row_.name);
             return kSyntaxError;
         }
         return cursor_ - start_ + result.Bits();
@@ -218,6 +223,7 @@ class ExtensionDecoder {
 
     DecodeContext& context_;
     const ValueRow& row_;
+    Cell& cell_;
     Cell* cells_;
     std::int64_t start_;
     std::int64_t end_;
@@ -258,6 +264,7 @@ Outcome DecodeMessageSet(DecodeContext& context, const ValueRow& row, std::int64
 
 Outcome DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
                     std::int64_t length) {
+    cell.reached = true;
     switch (row.shape) {
         case Shape::kInteger:
             DecodeInteger(context, row, position, cell);

@@ -9,12 +9,14 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <quorvane/cstring.h>
 #include <quorvane/decode.h>
 #include <quorvane/engine.h>
 #include <quorvane/export.h>
+#include <quorvane/message.h>
 #include <quorvane/version.h>
 
 namespace {
@@ -109,6 +111,72 @@ bool AnswerIsRight() {
                                      : "Failed to decode \"EPC_UE2SS\" message");
 }
 
+// PDN CONNECTIVITY REQUEST, TS 24.301, with an option whose length is wrong.
+constexpr std::uint8_t kPdnRequest[] = {0x02, 0x01, 0xD0, 0x31, 0x27, 0x05,
+                                        0x80, 0x00, 0x0D, 0x03, 0xAB};
+
+bool FieldsAreRight(const quorvane::Message& message) {
+    const quorvane::Field type = message.Find("PDNType");
+    const std::optional<quorvane::Place> place = type.GetPlace();
+    bool right = message.Root().size() == 7 && type.Name() == "PDNType" && !type.IsOptional() &&
+                 type.Kind() == quorvane::FieldKind::kEnumerated && type.Number() == 3 &&
+                 type.Words() == "IPv4v6" && type.Status() == quorvane::FieldStatus::kDecoded &&
+                 place && place->offset == 24 && place->length == 4;
+
+    const quorvane::Field list = message.Find("ProtocolConfigurationOptions.ProtocolCfgs");
+    const quorvane::Field contents = list[0].Find("Contents");
+    std::string path;
+    right = right && message.AppendPath(contents, path) &&
+            path == "ProtocolConfigurationOptions.ProtocolCfgs[0].Contents" &&
+            contents.BitCount() <= 24 && contents.Octets().size() <= 3;
+
+    std::size_t seen = 0;
+    quorvane::Visit(message.Root(), [&seen](const quorvane::Field& field, unsigned depth) {
+        seen += field ? 1U : 0U;
+        return depth == 0;
+    });
+    const quorvane::Fault fault = message.GetFault(0);
+    return right && seen == 8 && std::distance(message.begin(), message.end()) == 7 &&
+           fault.number != 0 && !fault.words.empty() && fault.field && fault.offset;
+}
+
+bool TypesAreRight(const quorvane::Message& message) {
+    const quorvane::Type type = message.GetType();
+    const quorvane::Type pdn = type.Member(3).type;
+    const quorvane::Type list = message.Find("ProtocolConfigurationOptions.ProtocolCfgs").GetType();
+    bool known = false;
+    const std::size_t count = quorvane::MessageTypes::Count(quorvane::Decoding::EPS_SMUplink);
+    for (std::size_t index = 0; index < count; ++index) {
+        known =
+            known || quorvane::MessageTypes::At(quorvane::Decoding::EPS_SMUplink, index) == type;
+    }
+    return known && type.MemberCount() == 7 && type.Member(3).name == "PDNType" &&
+           pdn.Kind() == quorvane::FieldKind::kEnumerated && pdn.WordsOf(3) == "IPv4v6" &&
+           pdn.ValueCount() > 0 && !pdn.Value(0).words.empty() && pdn.OtherWords().size() < 100 &&
+           pdn.Bits() > 0 && !pdn.IsFixed() && list.MostItems() > 1 &&
+           !list.ItemType().Name().empty();
+}
+
+bool MessagesWork() {
+    const auto decoding = quorvane::Decoding::EPS_SMUplink;
+    quorvane::Message first;
+    const bool described = quorvane::Decodings()[static_cast<std::size_t>(decoding)].described;
+    if (first.Decode(decoding, kPdnRequest) != described || first.IsFound() != described) {
+        return false;
+    }
+    quorvane::Message message(std::move(first));
+    if (!described) {
+        return message.Code() == -2 && message.CodeWords() == "UNKNOWN MESSAGE";
+    }
+    bool right = message.TypeName() == "PDN_CONNECTIVITY_REQUEST" && message.Code() == 0 &&
+                 message.CodeWords().empty() && message.BitsConsumed() > 0 &&
+                 message.FaultCount() > 0 && FieldsAreRight(message) && TypesAreRight(message);
+    first = std::move(message);
+    const quorvane::PaddedMessage padded(kPdnRequest, 4, sizeof kPdnRequest);
+    right = right && first.Decode(decoding, padded) && first.BitsConsumed() == 32;
+    return right;
+}
+
 void AppendArguments(CString& text, const wchar_t* format, ...) {
     va_list arguments;
     va_start(arguments, format);
@@ -141,7 +209,7 @@ int main() {
     const std::string version = std::to_string(QUORVANE_VERSION_MAJOR) + "." +
                                 std::to_string(QUORVANE_VERSION_MINOR) + "." +
                                 std::to_string(QUORVANE_VERSION_PATCH);
-    const bool right =
-        AnswersAgree() && AnswerIsRight() && StringsWork() && quorvane::Version() == version;
+    const bool right = AnswersAgree() && AnswerIsRight() && MessagesWork() && StringsWork() &&
+                       quorvane::Version() == version;
     return right ? 0 : 1;
 }

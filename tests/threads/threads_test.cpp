@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "quorvane/decode.h"
+#include "quorvane/message.h"
 #include "support/entry_points.h"
 #include "support/golden_file.h"
 #include "support/random_messages.h"
@@ -96,6 +97,45 @@ TEST(Threads, PlainFunctions) {
     for (std::size_t at = 0; at < lines.size(); at = lines.find('\n', at) + 1) {
         ASSERT_EQ(lines.compare(at, 7, "<ERRID:"), 0) << lines.substr(at, 80);
         ASSERT_NE(lines.find('\n', at), std::string::npos);
+    }
+}
+
+/// All that a message says of its fields.
+std::string Told(const Message& message) {
+    std::string told(message.TypeName());
+    Visit(message.Root(), [&told](const Field& field, unsigned depth) {
+        told.append(depth, ' ').append(field.Name()).append(std::to_string(field.Number()));
+        told.append(field.Words()).append(std::to_string(field.BitCount()));
+        return field.Status() != FieldStatus::kAbsent;
+    });
+    return told;
+}
+
+TEST(Threads, Messages) {
+    const std::vector<Call> calls = MakeCalls();
+    std::vector<std::vector<std::string>> told(kThreads);
+    RunTogether([&](std::size_t index) {
+        Message own;
+        for (const Call& call : calls) {
+            own.Decode(call.decoding, call.octets);
+            told[index].push_back(Told(own));
+        }
+    });
+    for (std::size_t index = 1; index < kThreads; ++index) {
+        ASSERT_EQ(told[index], told[0]);
+    }
+}
+
+TEST(Threads, ReadOneMessageTogether) {
+    const std::vector<Call> calls = MakeCalls();
+    Message shared;
+    for (std::size_t count = 0; count < calls.size(); count += 100) {
+        shared.Decode(calls[count].decoding, calls[count].octets);
+        std::vector<std::string> told(kThreads);
+        RunTogether([&](std::size_t index) { told[index] = Told(shared); });
+        for (const std::string& one : told) {
+            ASSERT_EQ(one, told[0]);
+        }
     }
 }
 

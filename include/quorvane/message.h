@@ -1,0 +1,347 @@
+#pragma once
+
+// A decoded message as data: its fields to walk, with their values, words and places, and what a
+// message of a type could hold. quorvane/decode.h gives the same message as a text.
+//
+//     #include <quorvane/message.h>
+//
+//     const std::uint8_t octets[] = {0x02, 0x01, 0xD0, 0x31};
+//     quorvane::Message message;
+//     if (message.Decode(quorvane::Decoding::EPS_SMUplink, octets)) {
+//         const quorvane::Field type = message.Find("PDNType");
+//         std::cout << type.Words() << " (" << type.Number() << ")";  // IPv4v6 (3)
+//     }
+//
+// What goes in is what quorvane/decode.h takes, and the message found is the one it shows: the
+// fields, their order and their names are those of the text.
+//
+// Lifetime. A Message keeps what it decodes; the octets may go. A Field looks into its Message: it
+// is valid until that decodes again, is moved from or ends. A Type and all words and names look
+// into constant tables and are valid as long as the library is loaded.
+//
+// Cost. The first calls of Decode take memory, later ones use it again: a Message that has decoded
+// one like it before allocates nothing. It keeps at most 1 MiB of what a large message took, and
+// goes on without the rest. A Field is five words, made and copied without allocating. Nothing but
+// Decode needs memory, and it alone can throw: std::bad_alloc, which leaves the Message as one that
+// has found nothing.
+//
+// Words and names are ASCII, but for the words of one enumeration of the core network, which have
+// the octet DF for U+00DF.
+//
+// Nothing is undefined. A Field or Type that stands for nothing, such as that of a name not found,
+// answers every question: with no name, no contents, no members.
+//
+// Threads. A Message is used by one thread at a time; its const functions, and those of its fields,
+// may be called from several threads at once while none of them decodes.
+//
+// docs/message.md has more examples.
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "quorvane/decode.h"
+#include "quorvane/export.h"
+
+namespace quorvane {
+
+/// What a field is made of.
+enum class FieldKind : std::uint8_t {
+    kNumber,
+    kEnumerated,  // a number whose values have words
+    kBits,        // a bit string
+    kStruct,      // members, all of them side by side
+    kUnion,       // one of several alternatives
+    kSequence,    // items of one type
+};
+
+/// What became of a field.
+enum class FieldStatus : std::uint8_t {
+    /// The decoder came to it and took it.
+    kDecoded,
+    /// It has to be there, and holds its default contents as the decoder never came to it: decoding
+    /// stopped before, or the structure around it was cut short.
+    ///
+    /// In a few elements whose parts have no places (traffic flow templates, channel descriptions
+    /// and the like), a decoded 0 with nothing but such behind it in its structure cannot be told
+    /// from a default, and is called one.
+    kDefault,
+    /// A fault tells of it: its contents are wrong, or the message ended inside of it. It holds
+    /// what
+    /// the decoder had stored by then, also where the text shows MISSING as it is optional.
+    kRefused,
+    /// It is optional and not in the message, or decoding stopped ahead of it.
+    kAbsent,
+};
+
+class Type;
+struct TypeMember;
+
+/// A value of an enumeration.
+struct EnumeratedValue {
+    std::uint32_t number = 0;
+    std::string_view words;
+};
+
+/// What a field could hold. Two words, to be passed by value; constant data, never changed. The
+/// types of a family refer to each other without cycles.
+class QUORVANE_API Type {
+  public:
+    /// No type.
+    Type() noexcept = default;
+
+    /// Whether it is a type.
+    [[nodiscard]] explicit operator bool() const noexcept { return tables_ != nullptr; }
+
+    /// The name in the protocol's descriptions; a type that belongs to one member has a name made
+    /// of that member's path.
+    [[nodiscard]] std::string_view Name() const noexcept;
+    [[nodiscard]] FieldKind Kind() const noexcept;
+
+    /// kNumber, kEnumerated: the field's width in bits; 0 for what has no bits to show, such as
+    /// spare bits. kBits: the most bits. Else 0.
+    [[nodiscard]] std::uint32_t Bits() const noexcept;
+    /// kBits: whether it has always so many.
+    [[nodiscard]] bool IsFixed() const noexcept;
+
+    /// kSequence: the most items.
+    [[nodiscard]] std::uint32_t MostItems() const noexcept;
+    /// kSequence: the type of the items.
+    [[nodiscard]] Type ItemType() const noexcept;
+
+    /// kStruct: how many members; kUnion: how many alternatives. Else 0.
+    [[nodiscard]] std::size_t MemberCount() const noexcept;
+    /// Member or alternative `index`, from 0, in the order of the text.
+    [[nodiscard]] TypeMember Member(std::size_t index) const noexcept;
+
+    /// kEnumerated: how many values have words of their own.
+    [[nodiscard]] std::size_t ValueCount() const noexcept;
+    /// Value `index`, from 0, in the order of the standard's table.
+    [[nodiscard]] EnumeratedValue Value(std::size_t index) const noexcept;
+    /// kEnumerated: the words of every other value; empty if these have none.
+    [[nodiscard]] std::string_view OtherWords() const noexcept;
+    /// kEnumerated: the words of `number`; empty if it has none. Mostly one step, never more than
+    /// there are values.
+    [[nodiscard]] std::string_view WordsOf(std::uint32_t number) const noexcept;
+
+    friend bool operator==(const Type&, const Type&) noexcept = default;
+
+  private:
+    friend class Field;
+    friend class Message;
+    friend struct MessageTypes;
+    Type(const void* tables, std::uint16_t index) noexcept : tables_(tables), index_(index) {}
+
+    const void* tables_ = nullptr;
+    std::uint16_t index_ = 0;
+};
+
+/// A member of a struct or an alternative of a union.
+struct TypeMember {
+    std::string_view name;
+    Type type;
+    bool optional = false;  // alternatives always are
+};
+
+/// The types of the messages that a decoding knows.
+struct QUORVANE_API MessageTypes {
+    /// How many; 0 if this build does not describe them.
+    [[nodiscard]] static std::size_t Count(Decoding decoding) noexcept;
+    /// Number `index`, from 0. `Type::Name` is the message's name.
+    [[nodiscard]] static Type At(Decoding decoding, std::size_t index) noexcept;
+};
+
+/// Where a value stood in the message, in bits from its first bit, most significant bit of an octet
+/// first. Length is that in the message, even if the value kept is shorter.
+struct Place {
+    std::uint32_t offset = 0;
+    std::uint32_t length = 0;
+};
+
+/// A field of a decoded message: a member, the alternative that a union holds, an item, or the
+/// message itself.
+class QUORVANE_API Field {
+  public:
+    /// No field.
+    Field() noexcept = default;
+
+    /// Whether it is a field.
+    [[nodiscard]] explicit operator bool() const noexcept { return cell_ != nullptr; }
+
+    /// The name of the member or alternative; that of an item is empty, that of the message its
+    /// name.
+    [[nodiscard]] std::string_view Name() const noexcept;
+    [[nodiscard]] Type GetType() const noexcept;
+    [[nodiscard]] FieldKind Kind() const noexcept;
+    /// Whether a message can do without it.
+    [[nodiscard]] bool IsOptional() const noexcept;
+    /// Costs at most one look at each of the fields beside it.
+    [[nodiscard]] FieldStatus Status() const noexcept;
+
+    /// kNumber, kEnumerated: the value. The text shows a number of 32 bits with its top bit set as
+    /// negative; here it is as it stands on the wire. Else 0.
+    [[nodiscard]] std::uint32_t Number() const noexcept;
+    /// kEnumerated: the words of the value; empty if it has none.
+    [[nodiscard]] std::string_view Words() const noexcept;
+
+    /// kBits: how many bits there are. One of fixed length that was never decoded has 0, where the
+    /// text shows zeros.
+    [[nodiscard]] std::uint32_t BitCount() const noexcept;
+    /// kBits: the bits from the top of the first octet on; the low bits of the last octet that do
+    /// not belong to it are 0. Valid as long as the field.
+    [[nodiscard]] std::span<const std::uint8_t> Octets() const noexcept;
+
+    /// Where it stood, if that was noted: not for structures as a whole, header fields, digits and
+    /// a few other elements, nor behind bit 65535.
+    [[nodiscard]] std::optional<Place> GetPlace() const noexcept;
+
+    /// kStruct: how many members, absent ones included; kUnion: 1; kSequence: how many items. 0 for
+    /// all others and for what is absent.
+    [[nodiscard]] std::size_t size() const noexcept;
+    [[nodiscard]] bool empty() const noexcept { return size() == 0; }
+    /// Child `index`, from 0, in the order of the text; no field if there are not so many.
+    [[nodiscard]] Field operator[](std::size_t index) const noexcept;
+
+    /// The field below this one at `path`: names of members and alternatives behind dots, items as
+    /// [index] from 0, as in "EPSMobileIdentity.GUTI.MTMSI" or "ProtocolCfgs[1].Contents". No field
+    /// if the path leads nowhere, also to an alternative that was not chosen. Of members of one
+    /// name the first counts. An empty path gives the field itself. Costs a comparison for each
+    /// member passed over.
+    [[nodiscard]] Field Find(std::string_view path) const noexcept;
+
+    class Iterator;
+    [[nodiscard]] Iterator begin() const noexcept;
+    [[nodiscard]] Iterator end() const noexcept;
+
+  private:
+    friend class Message;
+    const void* message_ = nullptr;  // what the Message holds
+    const void* cell_ = nullptr;     // the value; null: no field
+    const void* around_ = nullptr;   // that of the field around it; null: the message itself
+    std::uint32_t index_ = 0;        // among the children of the field around it
+    std::uint16_t type_ = 0;
+    std::uint16_t typeAround_ = 0;
+};
+
+/// Goes over the children of a field, each made when it is looked at.
+class Field::Iterator {
+  public:
+    using iterator_category = std::input_iterator_tag;
+    using iterator_concept = std::forward_iterator_tag;
+    using value_type = Field;
+    using difference_type = std::ptrdiff_t;
+    using pointer = void;
+    using reference = Field;
+
+    Iterator() noexcept = default;
+
+    [[nodiscard]] Field operator*() const noexcept { return around_[index_]; }
+    Iterator& operator++() noexcept {
+        ++index_;
+        return *this;
+    }
+    Iterator operator++(int) noexcept {
+        Iterator before = *this;
+        ++index_;
+        return before;
+    }
+    /// Of iterators over the same field.
+    friend bool operator==(const Iterator& a, const Iterator& b) noexcept {
+        return a.index_ == b.index_;
+    }
+
+  private:
+    friend class Field;
+    Iterator(const Field& around, std::size_t index) noexcept : around_(around), index_(index) {}
+
+    Field around_;
+    std::size_t index_ = 0;
+};
+
+/// A fault that the decoder met.
+struct Fault {
+    std::uint32_t number = 0;  // that of its line "<ERRID:n> ...": the place in the decoder
+    std::string_view words;    // "Error decoding subfield PDNType"; valid as long as a field
+    Field field;               // what it tells of; no field if that is not known
+    std::optional<std::uint32_t> offset;  // the bit of the message where the decoder stood
+};
+
+/// One decoded message, used again from call to call.
+class QUORVANE_API Message {
+  public:
+    /// Without a message. Takes no memory.
+    Message() noexcept;
+    Message(Message&& other) noexcept;
+    Message& operator=(Message&& other) noexcept;
+    Message(const Message&) = delete;
+    Message& operator=(const Message&) = delete;
+    ~Message();
+
+    /// Replaces the message by the one in `octets`. Returns whether there is one that `decoding`
+    /// knows, also if it is cut short or malformed. `decoding` must be one of the enumerators. The
+    /// call does what DecodeInto does but for the text.
+    bool Decode(Decoding decoding, std::span<const std::uint8_t> octets);
+    bool Decode(Decoding decoding, PaddedMessage octets);
+
+    /// Whether the last call found a message.
+    [[nodiscard]] bool IsFound() const noexcept;
+    /// The message's name, as behind "MESSAGE: " in the text; empty if none was found.
+    [[nodiscard]] std::string_view TypeName() const noexcept;
+    /// Its type; no type if none was found.
+    [[nodiscard]] Type GetType() const noexcept;
+
+    /// 0 if it was decoded to its end; else what ended the decoding: -1 syntax error, -2 unknown
+    /// message, -3 unknown identifier, -4 message too short, -7 mandatory and -8 conditional
+    /// element in error, -12 length outside its limits, -13 too many items.
+    [[nodiscard]] int Code() const noexcept;
+    /// The words of that code in the text's error line, e.g. "MESSAGE TOO SHORT"; empty for 0 and
+    /// codes without.
+    [[nodiscard]] std::string_view CodeWords() const noexcept;
+    /// How many bits the decoder took, header included; 0 if the code is not 0.
+    [[nodiscard]] std::int64_t BitsConsumed() const noexcept;
+
+    /// How many faults the decoder met: as many as the text's diagnostics have lines.
+    [[nodiscard]] std::size_t FaultCount() const noexcept;
+    /// Fault `index`, from 0, in the order they were met; an empty one if there are not so many.
+    /// Looks through the message for the field.
+    [[nodiscard]] Fault GetFault(std::size_t index) const noexcept;
+
+    /// The message itself, a struct; no field if none was found.
+    [[nodiscard]] Field Root() const noexcept;
+    /// Root().Find(path).
+    [[nodiscard]] Field Find(std::string_view path) const noexcept;
+    /// Over the members of the message.
+    [[nodiscard]] Field::Iterator begin() const noexcept { return Root().begin(); }
+    [[nodiscard]] Field::Iterator end() const noexcept { return Root().end(); }
+
+    /// Appends the path that Find knows `field` by, and returns true; false, with nothing appended,
+    /// for a field of another message, and for members of a structure that was never decoded. Looks
+    /// through the message; throws std::bad_alloc if the string cannot grow.
+    bool AppendPath(const Field& field, std::string& path) const;
+
+  private:
+    friend class Field;
+    struct Contents;
+
+    std::unique_ptr<Contents> contents_;
+};
+
+/// Calls `visitor(field, depth)` for `field` at depth 0 and all fields below it, each ahead of its
+/// children, in the order of the text. The visitor returns whether to go into the field's children.
+template <typename Visitor>
+void Visit(const Field& field, Visitor&& visitor, unsigned depth = 0) {
+    if (!visitor(field, depth)) {
+        return;
+    }
+    for (const Field child : field) {
+        Visit(child, visitor, depth + 1);
+    }
+}
+
+}  // namespace quorvane

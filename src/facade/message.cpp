@@ -1,0 +1,525 @@
+// A decoded record, walked together with the type tables of its family: a Field is a cell with its
+// type, and where it stands in the cell around it.
+
+#include "quorvane/message.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "bits/arena.h"
+#include "facade/decoder.h"
+#include "facade/decodings.h"
+#include "reflect/record_values.h"
+#include "reflect/type_tables.h"
+
+namespace quorvane {
+
+using bits::Cell;
+using reflect::TypeKind;
+using reflect::TypeRow;
+using reflect::TypeTables;
+
+struct Message::Contents {
+    bits::Arena arena;
+    iecodec::Diagnostics diagnostics;
+    facade::DecodedRecord decoded;
+
+    bool Decode(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
+        // Should memory run out, nothing was found.
+        decoded = {};
+        arena.Reset();
+        diagnostics.Clear();
+        facade::DecodeRecord(decoding, reader, length, arena, diagnostics, decoded);
+        return decoded.Found();
+    }
+
+    [[nodiscard]] const TypeTables& Types() const { return decoded.binding.family->types; }
+};
+
+namespace {
+
+/// What `held` points at, made on first use.
+template <typename Contents>
+Contents& ReadyFor(std::unique_ptr<Contents>& held) {
+    if (held == nullptr) {
+        held = std::make_unique<Contents>();
+    }
+    return *held;
+}
+
+const TypeTables& TablesOf(const void* tables) {
+    return *static_cast<const TypeTables*>(tables);
+}
+
+const Cell& CellOf(const void* cell) {
+    return *static_cast<const Cell*>(cell);
+}
+
+FieldKind KindOf(TypeKind kind) {
+    switch (kind) {
+        case TypeKind::kInteger:
+            return FieldKind::kNumber;
+        case TypeKind::kEnumerated:
+            return FieldKind::kEnumerated;
+        case TypeKind::kBinary:
+            return FieldKind::kBits;
+        case TypeKind::kSequence:
+            return FieldKind::kSequence;
+        case TypeKind::kStruct:
+            return FieldKind::kStruct;
+        case TypeKind::kUnion:
+            break;
+    }
+    return FieldKind::kUnion;
+}
+
+bool IsNumber(const TypeRow& row) {
+    return row.kind == TypeKind::kInteger || row.kind == TypeKind::kEnumerated;
+}
+
+bool HasMembers(const TypeRow& row) {
+    return row.kind == TypeKind::kStruct || row.kind == TypeKind::kUnion;
+}
+
+/// Whether the record shows that a decoder came to the value.
+bool HasTrace(const Cell& cell) {
+    return cell.reached || cell.location != 0 || cell.number != 0 || cell.cells != nullptr ||
+           cell.present;
+}
+
+/// A step of a path: the name of a member, or the index of an item.
+struct Step {
+    std::string_view name;
+    std::optional<std::size_t> index;
+};
+
+/// Cuts the first step off `path`. Nothing if there is none that is well formed.
+std::optional<Step> CutStep(std::string_view& path, bool first) {
+    if (path.starts_with('[')) {
+        std::size_t index = 0;
+        const char* end = path.data() + path.size();
+        const auto [stop, error] = std::from_chars(path.data() + 1, end, index);
+        if (error != std::errc() || stop == end || *stop != ']') {
+            return std::nullopt;
+        }
+        path.remove_prefix(static_cast<std::size_t>(stop + 1 - path.data()));
+        return Step{{}, index};
+    }
+    if (!first) {
+        if (!path.starts_with('.')) {
+            return std::nullopt;
+        }
+        path.remove_prefix(1);
+    }
+    const Step step{path.substr(0, path.find_first_of(".[")), std::nullopt};
+    path.remove_prefix(step.name.size());
+    return step;
+}
+
+/// Whether `matches` takes a field below `around`, which is then in `found`. The path to it is
+/// appended to `path` unless that is null.
+template <typename Matches>
+bool Search(const Field& around, const Matches& matches, Field& found, std::string* path) {
+    std::size_t index = 0;
+    for (const Field child : around) {
+        const std::size_t before = path == nullptr ? 0 : path->size();
+        if (path != nullptr && around.Kind() == FieldKind::kSequence) {
+            path->append("[").append(std::to_string(index)).append("]");
+        } else if (path != nullptr) {
+            path->append(before == 0 ? "" : ".").append(child.Name());
+        }
+        if (matches(child)) {
+            found = child;
+            return true;
+        }
+        if (Search(child, matches, found, path)) {
+            return true;
+        }
+        if (path != nullptr) {
+            path->resize(before);
+        }
+        ++index;
+    }
+    return false;
+}
+
+}  // namespace
+
+// ---- Type
+// ----------------------------------------------------------------------------------------
+
+std::string_view Type::Name() const noexcept {
+    return tables_ == nullptr ? std::string_view() : TablesOf(tables_).types[index_].name;
+}
+
+FieldKind Type::Kind() const noexcept {
+    return tables_ == nullptr ? FieldKind::kNumber : KindOf(TablesOf(tables_).types[index_].kind);
+}
+
+std::uint32_t Type::Bits() const noexcept {
+    if (tables_ == nullptr) {
+        return 0;
+    }
+    const TypeRow& row = TablesOf(tables_).types[index_];
+    return IsNumber(row) || row.kind == TypeKind::kBinary ? row.size : 0;
+}
+
+bool Type::IsFixed() const noexcept {
+    return Kind() == FieldKind::kBits && TablesOf(tables_).types[index_].fixed;
+}
+
+std::uint32_t Type::MostItems() const noexcept {
+    return Kind() == FieldKind::kSequence ? TablesOf(tables_).types[index_].size : 0;
+}
+
+Type Type::ItemType() const noexcept {
+    return Kind() == FieldKind::kSequence ? Type(tables_, TablesOf(tables_).types[index_].first)
+                                          : Type();
+}
+
+std::size_t Type::MemberCount() const noexcept {
+    if (tables_ == nullptr) {
+        return 0;
+    }
+    const TypeRow& row = TablesOf(tables_).types[index_];
+    return HasMembers(row) ? row.count : 0;
+}
+
+TypeMember Type::Member(std::size_t index) const noexcept {
+    if (index >= MemberCount()) {
+        return {};
+    }
+    const TypeTables& tables = TablesOf(tables_);
+    const reflect::ElementRow& element = tables.ElementsOf(tables.types[index_])[index];
+    return {element.Name(), Type(tables_, element.type), element.optional};
+}
+
+std::size_t Type::ValueCount() const noexcept {
+    if (Kind() != FieldKind::kEnumerated) {
+        return 0;
+    }
+    const TypeTables& tables = TablesOf(tables_);
+    return tables.enums[tables.types[index_].first].valueCount;
+}
+
+EnumeratedValue Type::Value(std::size_t index) const noexcept {
+    if (index >= ValueCount()) {
+        return {};
+    }
+    const TypeTables& tables = TablesOf(tables_);
+    const reflect::EnumRow& values = tables.enums[tables.types[index_].first];
+    const reflect::EnumValueRow& value = tables.enumValues[values.firstValue + index];
+    return {value.value, value.Text()};
+}
+
+std::string_view Type::OtherWords() const noexcept {
+    if (Kind() != FieldKind::kEnumerated) {
+        return {};
+    }
+    const TypeTables& tables = TablesOf(tables_);
+    return tables.enums[tables.types[index_].first].otherText;
+}
+
+std::string_view Type::WordsOf(std::uint32_t number) const noexcept {
+    if (Kind() != FieldKind::kEnumerated) {
+        return {};
+    }
+    const TypeTables& tables = TablesOf(tables_);
+    const reflect::EnumRow& values = tables.enums[tables.types[index_].first];
+    const reflect::EnumValueRow* listed = tables.FindValue(values, number);
+    return listed == nullptr ? values.otherText : listed->Text();
+}
+
+std::size_t MessageTypes::Count(Decoding decoding) noexcept {
+    const facade::Binding binding = facade::BindingOf(decoding);
+    return binding.set == nullptr ? 0 : binding.set->memberTypes.size();
+}
+
+Type MessageTypes::At(Decoding decoding, std::size_t index) noexcept {
+    const facade::Binding binding = facade::BindingOf(decoding);
+    return index >= Count(decoding) ? Type()
+                                    : Type(&binding.family->types, binding.set->memberTypes[index]);
+}
+
+// ---- Field
+// ---------------------------------------------------------------------------------------
+
+Type Field::GetType() const noexcept {
+    return cell_ == nullptr
+               ? Type()
+               : Type(&static_cast<const Message::Contents*>(message_)->Types(), type_);
+}
+
+FieldKind Field::Kind() const noexcept {
+    return GetType().Kind();
+}
+
+std::string_view Field::Name() const noexcept {
+    if (around_ == nullptr) {
+        return GetType().Name();
+    }
+    return Type(GetType().tables_, typeAround_).Member(index_).name;
+}
+
+bool Field::IsOptional() const noexcept {
+    if (around_ == nullptr) {
+        return false;
+    }
+    const Type around(GetType().tables_, typeAround_);
+    return around.Kind() == FieldKind::kStruct && around.Member(index_).optional;
+}
+
+FieldStatus Field::Status() const noexcept {
+    if (cell_ == nullptr) {
+        return FieldStatus::kAbsent;
+    }
+    const Cell& cell = CellOf(cell_);
+    if (cell.refused) {
+        return FieldStatus::kRefused;
+    }
+    if (IsOptional()) {
+        return cell.present ? FieldStatus::kDecoded : FieldStatus::kAbsent;
+    }
+    if (around_ == nullptr) {
+        return FieldStatus::kDecoded;
+    }
+    if (HasTrace(cell)) {
+        return FieldStatus::kDecoded;
+    }
+    const TypeTables& tables = TablesOf(GetType().tables_);
+    const TypeRow& row = tables.types[typeAround_];
+    const Cell& around = CellOf(around_);
+    bool reached = false;
+    if (row.kind == TypeKind::kSequence) {
+        reached = true;  // no item stands there that was not decoded
+    } else if (row.kind == TypeKind::kUnion) {
+        reached = reflect::IsTagOf(row, around.number);
+    } else if (around.cells != nullptr) {
+        // What has no bits is passed by without a trace. Decoding goes on from member to member.
+        reached = (IsNumber(tables.types[type_]) && tables.types[type_].size == 0) ||
+                  std::any_of(around.cells + index_ + 1, around.cells + row.count, HasTrace);
+    }
+    return reached ? FieldStatus::kDecoded : FieldStatus::kDefault;
+}
+
+std::uint32_t Field::Number() const noexcept {
+    if (cell_ == nullptr) {
+        return 0;
+    }
+    const TypeRow& row = TablesOf(GetType().tables_).types[type_];
+    return IsNumber(row) ? reflect::NumberCell(row, CellOf(cell_)).number : 0;
+}
+
+std::string_view Field::Words() const noexcept {
+    return GetType().WordsOf(Number());
+}
+
+std::uint32_t Field::BitCount() const noexcept {
+    if (Kind() != FieldKind::kBits || cell_ == nullptr) {
+        return 0;
+    }
+    const TypeRow& row = TablesOf(GetType().tables_).types[type_];
+    const Cell& cell = CellOf(cell_);
+    return std::min(reflect::BitCount(cell), reflect::BitCount(row, cell));
+}
+
+std::span<const std::uint8_t> Field::Octets() const noexcept {
+    const std::uint32_t bits = BitCount();
+    return bits == 0 ? std::span<const std::uint8_t>()
+                     : std::span<const std::uint8_t>(CellOf(cell_).octets, bits::OctetsOf(bits));
+}
+
+std::optional<Place> Field::GetPlace() const noexcept {
+    if (cell_ == nullptr) {
+        return std::nullopt;
+    }
+    const TypeRow& row = TablesOf(GetType().tables_).types[type_];
+    const Cell& held = IsNumber(row) ? reflect::NumberCell(row, CellOf(cell_)) : CellOf(cell_);
+    if (held.location == 0) {
+        return std::nullopt;
+    }
+    return Place{held.location >> 16, held.location & 0xFFFFU};
+}
+
+std::size_t Field::size() const noexcept {
+    if (cell_ == nullptr) {
+        return 0;
+    }
+    const Cell& cell = CellOf(cell_);
+    if (IsOptional() && !cell.present && !cell.refused) {
+        return 0;
+    }
+    const TypeRow& row = TablesOf(GetType().tables_).types[type_];
+    switch (row.kind) {
+        case TypeKind::kSequence:
+            return reflect::ItemCount(cell);
+        case TypeKind::kStruct:
+            return row.count;
+        case TypeKind::kUnion:
+            return row.count == 0 ? 0 : 1;
+        case TypeKind::kInteger:
+        case TypeKind::kEnumerated:
+        case TypeKind::kBinary:
+            break;
+    }
+    return 0;
+}
+
+Field Field::operator[](std::size_t index) const noexcept {
+    if (index >= size()) {
+        return {};
+    }
+    const TypeTables& tables = TablesOf(GetType().tables_);
+    const TypeRow& row = tables.types[type_];
+    const Cell& cell = CellOf(cell_);
+    Field child = *this;
+    child.around_ = cell_;
+    child.typeAround_ = type_;
+    child.index_ = static_cast<std::uint32_t>(index);
+    if (row.kind == TypeKind::kSequence) {
+        child.cell_ = &cell.cells[index];
+        child.type_ = row.first;
+        return child;
+    }
+    child.cell_ = &reflect::CellAt(cell.cells, index);
+    if (row.kind == TypeKind::kUnion) {
+        const reflect::Choice choice = reflect::ChoiceOf(row, cell);
+        child.cell_ = choice.body;
+        child.index_ = choice.index;
+    }
+    child.type_ = tables.ElementsOf(row)[child.index_].type;
+    return child;
+}
+
+Field::Iterator Field::begin() const noexcept {
+    return {*this, 0};
+}
+
+Field::Iterator Field::end() const noexcept {
+    return {*this, size()};
+}
+
+Field Field::Find(std::string_view path) const noexcept {
+    Field field = *this;
+    for (bool first = true; !path.empty() && field; first = false) {
+        const std::optional<Step> step = CutStep(path, first);
+        if (!step) {
+            return {};
+        }
+        if (step->index) {
+            field = field.Kind() == FieldKind::kSequence ? field[*step->index] : Field();
+            continue;
+        }
+        const auto found = std::find_if(field.begin(), field.end(), [&](const Field& child) {
+            return child.Name() == step->name;
+        });
+        field = found != field.end() && field.Kind() != FieldKind::kSequence ? *found : Field();
+    }
+    return field;
+}
+
+// ---- Message
+// -------------------------------------------------------------------------------------
+
+Message::Message() noexcept = default;
+Message::Message(Message&& other) noexcept = default;
+Message& Message::operator=(Message&& other) noexcept = default;
+Message::~Message() = default;
+
+bool Message::Decode(Decoding decoding, std::span<const std::uint8_t> octets) {
+    const auto length = static_cast<std::int64_t>(octets.size());
+    return ReadyFor(contents_).Decode(decoding, {octets.data(), length}, length);
+}
+
+bool Message::Decode(Decoding decoding, PaddedMessage octets) {
+    return ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length);
+}
+
+bool Message::IsFound() const noexcept {
+    return contents_ != nullptr && contents_->decoded.Found();
+}
+
+std::string_view Message::TypeName() const noexcept {
+    return GetType().Name();
+}
+
+Type Message::GetType() const noexcept {
+    return IsFound() ? Type(&contents_->Types(), contents_->decoded.Type()) : Type();
+}
+
+int Message::Code() const noexcept {
+    if (!IsFound()) {
+        return static_cast<int>(bits::Code::kUnknownMessage);
+    }
+    const bits::Outcome outcome = contents_->decoded.outcome;
+    return outcome.Failed() ? static_cast<int>(outcome.Error()) : 0;
+}
+
+std::string_view Message::CodeWords() const noexcept {
+    return facade::ErrorText(static_cast<bits::Code>(Code()));
+}
+
+std::int64_t Message::BitsConsumed() const noexcept {
+    return Code() == 0 ? contents_->decoded.outcome.Bits() : 0;
+}
+
+std::size_t Message::FaultCount() const noexcept {
+    return IsFound() ? contents_->diagnostics.Faults().size() : 0;
+}
+
+Fault Message::GetFault(std::size_t index) const noexcept {
+    if (index >= FaultCount()) {
+        return {};
+    }
+    const iecodec::Fault& fault = contents_->diagnostics.Faults()[index];
+    Fault made{fault.number, contents_->diagnostics.WordsOf(fault), {}, std::nullopt};
+    if (fault.place.cell == &contents_->decoded.container.body) {
+        made.field = Root();
+    } else if (fault.place.cell != nullptr) {
+        Search(
+            Root(), [&](const Field& field) { return field.cell_ == fault.place.cell; }, made.field,
+            nullptr);
+    }
+    if (fault.place.position >= 0) {
+        made.offset = static_cast<std::uint32_t>(fault.place.position);
+    }
+    return made;
+}
+
+Field Message::Root() const noexcept {
+    Field root;
+    if (IsFound()) {
+        root.message_ = contents_.get();
+        root.cell_ = &contents_->decoded.container.body;
+        root.type_ = contents_->decoded.Type();
+    }
+    return root;
+}
+
+Field Message::Find(std::string_view path) const noexcept {
+    return Root().Find(path);
+}
+
+bool Message::AppendPath(const Field& field, std::string& path) const {
+    if (!field || field.message_ != contents_.get() || field.around_ == &bits::kEmptyCell) {
+        return false;
+    }
+    if (field.around_ == nullptr) {
+        return true;
+    }
+    std::string own;
+    Field found;
+    if (!Search(
+            Root(),
+            [&](const Field& candidate) {
+                return candidate.around_ == field.around_ && candidate.index_ == field.index_;
+            },
+            found, &own)) {
+        return false;
+    }
+    path += own;
+    return true;
+}
+
+}  // namespace quorvane
