@@ -177,6 +177,12 @@ TEST_F(MessageTest, HeaderFieldsAreDecodedWhateverBecomesOfTheBody) {
     EXPECT_EQ(message_.Find("ProcedureTransactionIdentity").Status(), FieldStatus::kDecoded);
 }
 
+TEST_F(MessageTest, AHeaderFieldOfZeroIsDecodedWithoutABody) {
+    Decode(Decoding::EPS_SMUplink, {0x02, 0x00, 0xCE});
+    EXPECT_EQ(message_.TypeName(), "DEACTIVATE_EPS_BEARER_CONTEXT_ACCEPT");
+    EXPECT_EQ(message_.Find("ProcedureTransactionIdentity").Status(), FieldStatus::kDecoded);
+}
+
 TEST_F(MessageTest, FaultsNameTheirFieldAndPlace) {
     Decode(Decoding::EPS_MMUplink, {0x07, 0x41, 0x71, 0x00});
     ASSERT_EQ(message_.FaultCount(), 1U);

@@ -181,6 +181,7 @@ TEST(Layering, IncludesPointDownwards) {
         {"compiler", {"bits", "csn", "iecodec", "reflect", "compiler"}},
         {"tools", {"bits", "csn", "iecodec", "reflect", "families", "facade", "quorvane", "tools"}},
         {"benchmarks", sources},
+        {"examples", {"quorvane"}},
         {"fuzz", sources},
         {"tests", tests},
     };
