@@ -73,8 +73,7 @@ enum class FieldStatus : std::uint8_t {
     /// from a default, and is called one.
     kDefault,
     /// A fault tells of it: its contents are wrong, or the message ended inside of it. It holds
-    /// what
-    /// the decoder had stored by then, also where the text shows MISSING as it is optional.
+    /// what the decoder had stored by then, also where the text shows MISSING as it is optional.
     kRefused,
     /// It is optional and not in the message, or decoding stopped ahead of it.
     kAbsent,
