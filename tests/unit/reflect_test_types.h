@@ -150,4 +150,29 @@ inline constexpr std::array<std::uint16_t, 7> kMixedNamed = {
 inline constexpr TypeTables kMixedTables{kMixedRows, kMixedElements, kMixedEnums, kMixedEnumValues,
                                          kMixedNamed};
 
+/// The text of kEverything before anything was decoded.
+inline constexpr const char* kDefaultText =
+    "{\n"
+    "  Plain: 0\n"
+    "  Spare: 0\n"
+    "  TypeOnly: MISSING\n"
+    "  Kind: reserved (0)\n"
+    "  Fixed: 00 00 00 00 00\n"
+    "  Octets: MISSING\n"
+    "  Numbers: [\n"
+    "  ]\n"
+    "  Smalls: [\n"
+    "  ]\n"
+    "  Choice: Num: 0\n"
+    "  Inner: {\n"
+    "    Wide: 0\n"
+    "    Grid: [\n"
+    "    ]\n"
+    "  }\n"
+    "\n"
+    "  MaybeSmall: MISSING\n"
+    "  Bare: 0\n"
+    "  Colour: MISSING\n"
+    "}\n";
+
 }  // namespace quorvane::reflect::test
