@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "quorvane/decode.h"
+#include "quorvane/json.h"
 #include "quorvane/message.h"
 #include "support/golden_file.h"
 
@@ -136,6 +137,25 @@ TEST(Allocation, NoneOfAMessageFromItsSecondDecodeOn) {
         EXPECT_EQ(message.Find(octets == 0 ? "A" : "A.B[1].C").size(), 0U);
         EXPECT_EQ(allocations, before) << golden.text;
     }
+}
+
+TEST(Allocation, NoneOfJsonThatHasRoom) {
+    const std::vector<test::GoldenFile> all = AllGolden();
+    Message message;
+    std::string json;
+    const auto allocationsOfAll = [&] {
+        long made = 0;
+        for (const test::GoldenFile& golden : all) {
+            DecodeOne(golden, message);
+            json.clear();
+            const long before = allocations;
+            AppendJson(message, json);
+            made += allocations - before;
+        }
+        return made;
+    };
+    EXPECT_GT(allocationsOfAll(), 0);
+    EXPECT_EQ(allocationsOfAll(), 0);
 }
 
 TEST(Allocation, AMessageThatGetsNoneHasFoundNothing) {

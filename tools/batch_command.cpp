@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "quorvane/decode.h"
+#include "quorvane/json.h"
 #include "tools/commands.h"
 #include "tools/hex.h"
 #include "tools/json_lines.h"
@@ -99,7 +100,7 @@ Request Split(std::string_view line) {
 
 class BatchRun {
   public:
-    explicit BatchRun(int descriptor) : reader_(descriptor) {}
+    BatchRun(int descriptor, MessageForm form) : reader_(descriptor), form_(form) {}
 
     /// Whether all lines were good.
     bool Run() {
@@ -160,8 +161,10 @@ class BatchRun {
         if (const std::string problem = ParseHex(request.hex, octets_); !problem.empty()) {
             return Refuse("HEX, " + problem);
         }
-        const bool found = DecodeInto(
-            *decoding, PaddedMessage(octets_.data(), length, octets_.size()), text_, diagnostics_);
+        const PaddedMessage octets(octets_.data(), length, octets_.size());
+        const bool found = form_ == MessageForm::kJson
+                               ? message_.Decode(*decoding, octets)
+                               : DecodeInto(*decoding, octets, text_, diagnostics_);
         json_.Begin();
         json_.Add("fn", request.function);
         json_.Add("length", length);
@@ -170,8 +173,14 @@ class BatchRun {
         if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
             json_.AddFlag("described", false);
         }
-        json_.Add("text", text_);
-        json_.AddLines("diagnostics", diagnostics_);
+        if (form_ == MessageForm::kJson) {
+            text_.clear();
+            AppendJson(message_, text_);
+            json_.AddJson("message", text_);
+        } else {
+            json_.Add("text", text_);
+            json_.AddLines("diagnostics", diagnostics_);
+        }
         json_.End();
     }
 
@@ -189,20 +198,22 @@ class BatchRun {
     }
 
     LineReader reader_;
+    MessageForm form_;
     Progress progress_;
     std::int64_t lineNumber_ = 0;
     bool good_ = true;
     JsonLines json_;
     std::vector<std::uint8_t> octets_;
+    Message message_;
     std::string text_;
     std::string diagnostics_;
 };
 
 }  // namespace
 
-int Batch(const std::string& file) {
+int Batch(const std::string& file, MessageForm form) {
     const File input(file);
-    return BatchRun(input.Descriptor()).Run() ? kDone : kNotFound;
+    return BatchRun(input.Descriptor(), form).Run() ? kDone : kNotFound;
 }
 
 }  // namespace quorvane::tool

@@ -31,12 +31,15 @@ std::string NotDescribed(std::string_view function);
 /// Prints the decodings and what each is for.
 int List();
 
-/// Prints the text of one message, whose octets the arguments `hex` hold.
-int Decode(const std::string& function, const std::vector<std::string>& hex);
+/// How decoded messages are shown.
+enum class MessageForm { kText, kJson };
+
+/// Prints one message, whose octets the arguments `hex` hold.
+int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form);
 
 /// Turns the lines "FUNCTION LENGTH HEX" of the file, of standard input if its name is "-", into
 /// JSON objects, one a line.
-int Batch(const std::string& file);
+int Batch(const std::string& file, MessageForm form);
 
 enum class CatalogueForm { kDefinitions, kCensus, kElements, kEnumerations };
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "quorvane/decode.h"
+#include "quorvane/json.h"
 #include "tools/commands.h"
 #include "tools/hex.h"
 
@@ -30,7 +31,27 @@ int List() {
     return kDone;
 }
 
-int Decode(const std::string& function, const std::vector<std::string>& hex) {
+namespace {
+
+bool PrintAsText(Decoding decoding, std::span<const std::uint8_t> octets) {
+    const Result result = quorvane::Decode(decoding, octets);
+    std::fwrite(result.diagnostics.data(), 1, result.diagnostics.size(), stderr);
+    Print(result.text);
+    return result.found;
+}
+
+bool PrintAsJson(Decoding decoding, std::span<const std::uint8_t> octets) {
+    Message message;
+    const bool found = message.Decode(decoding, octets);
+    std::string json;
+    AppendJson(message, json);
+    Print(json += '\n');
+    return found;
+}
+
+}  // namespace
+
+int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form) {
     const std::optional<Decoding> decoding = FindDecoding(function);
     if (!decoding) {
         throw UsageError("unknown function '" + function +
@@ -44,14 +65,13 @@ int Decode(const std::string& function, const std::vector<std::string>& hex) {
     if (const std::string problem = ParseHex(joined, octets); !problem.empty()) {
         throw UsageError("HEX, " + problem);
     }
-    const Result result = quorvane::Decode(*decoding, octets);
-    std::fwrite(result.diagnostics.data(), 1, result.diagnostics.size(), stderr);
-    Print(result.text);
+    const bool found = form == MessageForm::kJson ? PrintAsJson(*decoding, octets)
+                                                  : PrintAsText(*decoding, octets);
     if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
         std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
         return kNotDescribed;
     }
-    return result.found ? kDone : kNotFound;
+    return found ? kDone : kNotFound;
 }
 
 }  // namespace quorvane::tool

@@ -79,8 +79,12 @@ void JsonLines::Add(std::string_view key, std::int64_t number) {
 }
 
 void JsonLines::AddFlag(std::string_view key, bool flag) {
+    AddJson(key, flag ? "true" : "false");
+}
+
+void JsonLines::AddJson(std::string_view key, std::string_view value) {
     AddKey(key);
-    Put(flag ? "true" : "false");
+    Put(value);
 }
 
 void JsonLines::AddLines(std::string_view key, std::string_view text) {

@@ -21,6 +21,8 @@ class JsonLines {
     void Add(std::string_view key, std::string_view text);
     void Add(std::string_view key, std::int64_t number);
     void AddFlag(std::string_view key, bool flag);
+    /// Adds a value that is JSON already.
+    void AddJson(std::string_view key, std::string_view value);
     /// Adds an array of the lines of `text`, each of which ends in a line feed.
     void AddLines(std::string_view key, std::string_view text);
 

@@ -32,16 +32,21 @@ int Run(int argc, char** argv) {
     decode->add_option("HEX", hex, "The octets; blanks, colons and 0x may stand between")
         ->required();
 
+    bool json = false;
+    const auto addJson = [&json](CLI::App* command, const std::string& purpose) {
+        command->add_flag("--json", json, purpose);
+    };
+    addJson(decode, "Show the message as a JSON object on one line, with its faults");
+
     std::string file = "-";
     CLI::App* batch = app.add_subcommand(
         "batch",
         "Decode lines \"FUNCTION LENGTH HEX\" to JSON objects, one a line. LENGTH is the message's "
         "length in octets, HEX the readable buffer, which may be left out if LENGTH is 0. Answers "
-        "of "
-        "functions whose messages this build does not describe have \"described\":false. Exit "
-        "status "
-        "1 if a line was bad");
+        "of functions whose messages this build does not describe have \"described\":false. Exit "
+        "status 1 if a line was bad");
     batch->add_option("FILE", file, "Standard input if it is left out or -");
+    addJson(batch, "Answer with \"message\", an object, in place of text and diagnostics");
 
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
@@ -89,21 +94,21 @@ int Run(int argc, char** argv) {
     if (list->parsed()) {
         return List();
     }
+    const MessageForm form = json ? MessageForm::kJson : MessageForm::kText;
     if (decode->parsed()) {
-        return Decode(function, hex);
+        return Decode(function, hex, form);
     }
     if (batch->parsed()) {
-        return Batch(file);
+        return Batch(file, form);
     }
     if (generator->parsed()) {
         return Generate(generate);
     }
     if (catalogue->parsed()) {
-        const CatalogueForm form = census         ? CatalogueForm::kCensus
-                                   : elements     ? CatalogueForm::kElements
-                                   : enumerations ? CatalogueForm::kEnumerations
-                                                  : CatalogueForm::kDefinitions;
-        return Catalogue(family, form);
+        return Catalogue(family, census         ? CatalogueForm::kCensus
+                                 : elements     ? CatalogueForm::kElements
+                                 : enumerations ? CatalogueForm::kEnumerations
+                                                : CatalogueForm::kDefinitions);
     }
     return Disassemble(family, structure);
 }

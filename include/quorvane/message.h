@@ -209,9 +209,8 @@ class QUORVANE_API Field {
 
     /// The field below this one at `path`: names of members and alternatives behind dots, items as
     /// [index] from 0, as in "EPSMobileIdentity.GUTI.MTMSI" or "ProtocolCfgs[1].Contents". No field
-    /// if the path leads nowhere, also to an alternative that was not chosen. Of members of one
-    /// name the first counts. An empty path gives the field itself. Costs a comparison for each
-    /// member passed over.
+    /// if the path leads nowhere, also to an alternative that was not chosen. An empty path gives
+    /// the field itself. Costs a comparison for each member passed over.
     [[nodiscard]] Field Find(std::string_view path) const noexcept;
 
     class Iterator;
@@ -288,6 +287,8 @@ class QUORVANE_API Message {
     bool Decode(Decoding decoding, std::span<const std::uint8_t> octets);
     bool Decode(Decoding decoding, PaddedMessage octets);
 
+    /// What the last call of Decode was given; nothing before the first.
+    [[nodiscard]] std::optional<Decoding> GetDecoding() const noexcept;
     /// Whether the last call found a message.
     [[nodiscard]] bool IsFound() const noexcept;
     /// The message's name, as behind "MESSAGE: " in the text; empty if none was found.

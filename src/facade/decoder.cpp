@@ -5,7 +5,6 @@
 
 #include "bits/arena.h"
 #include "reflect/render.h"
-#include "reflect/text_buffer.h"
 
 namespace quorvane {
 namespace facade {
@@ -41,6 +40,12 @@ void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
 }
 
 }  // namespace
+
+reflect::TextBuffer& ThreadText() {
+    reflect::TextBuffer& text = ThreadWorkspace().text;
+    text.Clear();
+    return text;
+}
 
 std::string_view ErrorText(bits::Code code) {
     switch (code) {

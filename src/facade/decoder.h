@@ -13,6 +13,7 @@
 #include "facade/decodings.h"
 #include "iecodec/message_container.h"
 #include "quorvane/decode.h"
+#include "reflect/text_buffer.h"
 
 namespace quorvane::facade {
 
@@ -35,6 +36,9 @@ struct DecodedRecord {
 /// Any length is allowed.
 void DecodeRecord(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
                   bits::Arena& arena, iecodec::Diagnostics& diagnostics, DecodedRecord& decoded);
+
+/// An empty text in memory that the thread keeps. DecodeMessage writes to the same one.
+reflect::TextBuffer& ThreadText();
 
 /// The text of `code`; empty if it has none.
 std::string_view ErrorText(bits::Code code);

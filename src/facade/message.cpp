@@ -24,10 +24,12 @@ struct Message::Contents {
     bits::Arena arena;
     iecodec::Diagnostics diagnostics;
     facade::DecodedRecord decoded;
+    Decoding decoding{};
 
-    bool Decode(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
+    bool Decode(Decoding by, const bits::BitReader& reader, std::int64_t length) {
         // Should memory run out, nothing was found.
         decoded = {};
+        decoding = by;
         arena.Reset();
         diagnostics.Clear();
         facade::DecodeRecord(decoding, reader, length, arena, diagnostics, decoded);
@@ -118,22 +120,23 @@ std::optional<Step> CutStep(std::string_view& path, bool first) {
 }
 
 /// Whether `matches` takes a field below `around`, which is then in `found`. The path to it is
-/// appended to `path` unless that is null.
+/// appended to `path` unless that is null, with `separator` ahead of a name that comes first.
 template <typename Matches>
-bool Search(const Field& around, const Matches& matches, Field& found, std::string* path) {
+bool Search(const Field& around, const Matches& matches, Field& found, std::string* path,
+            std::string_view separator = "") {
     std::size_t index = 0;
     for (const Field child : around) {
         const std::size_t before = path == nullptr ? 0 : path->size();
         if (path != nullptr && around.Kind() == FieldKind::kSequence) {
             path->append("[").append(std::to_string(index)).append("]");
         } else if (path != nullptr) {
-            path->append(before == 0 ? "" : ".").append(child.Name());
+            path->append(separator).append(child.Name());
         }
         if (matches(child)) {
             found = child;
             return true;
         }
-        if (Search(child, matches, found, path)) {
+        if (Search(child, matches, found, path, ".")) {
             return true;
         }
         if (path != nullptr) {
@@ -436,6 +439,10 @@ bool Message::Decode(Decoding decoding, PaddedMessage octets) {
     return ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length);
 }
 
+std::optional<Decoding> Message::GetDecoding() const noexcept {
+    return contents_ == nullptr ? std::nullopt : std::optional(contents_->decoding);
+}
+
 bool Message::IsFound() const noexcept {
     return contents_ != nullptr && contents_->decoded.Found();
 }
@@ -508,18 +515,13 @@ bool Message::AppendPath(const Field& field, std::string& path) const {
     if (field.around_ == nullptr) {
         return true;
     }
-    std::string own;
     Field found;
-    if (!Search(
-            Root(),
-            [&](const Field& candidate) {
-                return candidate.around_ == field.around_ && candidate.index_ == field.index_;
-            },
-            found, &own)) {
-        return false;
-    }
-    path += own;
-    return true;
+    return Search(
+        Root(),
+        [&](const Field& candidate) {
+            return candidate.around_ == field.around_ && candidate.index_ == field.index_;
+        },
+        found, &path);
 }
 
 }  // namespace quorvane

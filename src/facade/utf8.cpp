@@ -10,8 +10,8 @@ void AssignAsUtf8(std::string& result, std::string_view text) {
         if (value < 0x80) {
             result += character;
         } else {
-            result += static_cast<char>(0xC0U | value >> 6U);
-            result += static_cast<char>(0x80U | (value & 0x3FU));
+            const std::array<char, 2> octets = Utf8Of(value);
+            result.append(octets.data(), octets.size());
         }
     }
 }

@@ -100,6 +100,12 @@ inline constexpr std::array<std::array<char, 4>, 256> kHexOctets = [] {
     return octets;
 }();
 
+/// Writes one octet as a pair of upper-case hexadecimal digits, and nothing behind it.
+inline char* PutHexPair(char* at, std::uint8_t octet) {
+    std::memcpy(at, kHexOctets[octet].data(), 2);
+    return at + 2;
+}
+
 /// Writes `count` octets as pairs of upper-case hexadecimal digits with one blank between octets.
 /// May overwrite 2 octets behind it.
 inline char* PutHex(char* at, const std::uint8_t* octets, std::size_t count) {

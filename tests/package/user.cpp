@@ -16,6 +16,7 @@
 #include <quorvane/decode.h>
 #include <quorvane/engine.h>
 #include <quorvane/export.h>
+#include <quorvane/json.h>
 #include <quorvane/message.h>
 #include <quorvane/version.h>
 
@@ -168,7 +169,10 @@ bool MessagesWork() {
     if (!described) {
         return message.Code() == -2 && message.CodeWords() == "UNKNOWN MESSAGE";
     }
+    std::string json;
+    quorvane::AppendJson(message, json);
     bool right = message.TypeName() == "PDN_CONNECTIVITY_REQUEST" && message.Code() == 0 &&
+                 message.GetDecoding() == decoding && json.find("IPv4v6") != json.npos &&
                  message.CodeWords().empty() && message.BitsConsumed() > 0 &&
                  message.FaultCount() > 0 && FieldsAreRight(message) && TypesAreRight(message);
     first = std::move(message);

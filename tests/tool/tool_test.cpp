@@ -25,6 +25,23 @@ TEST_F(ToolTest, DecodePrintsTheText) {
     EXPECT_EQ(outcome.errors, "");
 }
 
+TEST_F(ToolTest, DecodePrintsJson) {
+    const Outcome good = Run("decode --json EPC_UE2SS 0F87");
+    EXPECT_EQ(good.status, 0);
+    EXPECT_EQ(good.output,
+              R"({"decoding":"EPC_UE2SS","type":"DEACTIVATE_TEST_MODE_COMPLETE","code":0,)"
+              R"("bits":16,"fields":{}})"
+              "\n");
+    EXPECT_EQ(good.errors, "");
+    const Outcome faulty = Run("decode EPC_SS2UE 0F84 --json");
+    EXPECT_EQ(faulty.status, 0);
+    EXPECT_EQ(faulty.errors, "");  // its faults are in the object
+    EXPECT_EQ(JsonLines(faulty.output).at(0)["faults"].Size(), 1U);
+    const Outcome unknown = Run("decode --json EPC_UE2SS FF FF");
+    EXPECT_EQ(unknown.status, 1);
+    EXPECT_EQ(unknown.output, "{\"decoding\":\"EPC_UE2SS\",\"type\":null,\"code\":-2}\n");
+}
+
 TEST_F(ToolTest, DecodeTakesHexInManyForms) {
     const std::string expected = Run("decode EPC_UE2SS 0F87").output;
     for (const char* hex : {"0f 87", "'0F 87'", "0F:87", "0x0F 0x87", "0x0f87", "' 0X0F : 87 '"}) {
@@ -131,6 +148,22 @@ TEST_F(ToolTest, BatchAnswersEachLineInOrder) {
 
     EXPECT_EQ(lines[3]["ret"].GetInt(), 0);
     EXPECT_STREQ(lines[3]["text"].GetString(), "Failed to decode \"EPC_UE2SS\" message");
+}
+
+TEST_F(ToolTest, BatchAnswersWithMessagesAsJson) {
+    const Outcome outcome =
+        Run("batch --json", "EPC_UE2SS 2 0F87\nEPC_SS2UE 2 0F:84\nNOPE 2 00\nEPC_UE2SS 2 FFFF\n");
+    EXPECT_EQ(outcome.status, 1);
+    const auto lines = JsonLines(outcome.output);
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')),
+              R"({"fn":"EPC_UE2SS","length":2,"hex":"0F87","ret":1,"message":)"
+              R"({"decoding":"EPC_UE2SS","type":"DEACTIVATE_TEST_MODE_COMPLETE","code":0,)"
+              R"("bits":16,"fields":{}}})");
+    EXPECT_EQ(lines[1]["message"]["faults"].Size(), 1U);
+    EXPECT_STREQ(lines[2]["error"].GetString(), "unknown function 'NOPE'");
+    EXPECT_EQ(lines[3]["ret"].GetInt(), 0);
+    EXPECT_TRUE(lines[3]["message"]["type"].IsNull());
 }
 
 TEST_F(ToolTest, BatchGoesOnBehindBadLines) {

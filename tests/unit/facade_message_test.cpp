@@ -46,7 +46,9 @@ class MessageTest : public testing::Test {
 
 TEST_F(MessageTest, SaysWhatItIs) {
     EXPECT_FALSE(message_.IsFound());
+    EXPECT_FALSE(message_.GetDecoding());
     Decode(Decoding::EPS_SMUplink, kPdnRequest);
+    EXPECT_EQ(message_.GetDecoding(), Decoding::EPS_SMUplink);
     EXPECT_TRUE(message_.IsFound());
     EXPECT_EQ(message_.TypeName(), "PDN_CONNECTIVITY_REQUEST");
     EXPECT_EQ(message_.GetType().Name(), "PDN_CONNECTIVITY_REQUEST");
@@ -225,6 +227,8 @@ TEST_F(MessageTest, PathsOfFieldsLeadBack) {
     path.clear();
     EXPECT_TRUE(message_.AppendPath(message_.Find(deep), path));
     EXPECT_EQ(path, deep);
+    EXPECT_TRUE(message_.AppendPath(message_.Find(deep), path));
+    EXPECT_EQ(path, std::string(deep) + deep);
     EXPECT_FALSE(message_.AppendPath(Field(), path));
     Message other;
     EXPECT_FALSE(other.AppendPath(message_.Find(deep), path));
@@ -242,6 +246,7 @@ TEST_F(MessageTest, OfNothing) {
     EXPECT_EQ(message_.BitsConsumed(), 0);
     EXPECT_FALSE(message_.Decode(Decoding::EPS_SMUplink, Octets{0xFF, 0xFF, 0xFF}));
     EXPECT_FALSE(message_.IsFound());
+    EXPECT_EQ(message_.GetDecoding(), Decoding::EPS_SMUplink);
     EXPECT_EQ(message_.FaultCount(), 0U);
     const Field none;
     EXPECT_EQ(none.Name(), "");

@@ -106,6 +106,29 @@ bool IsAscii(std::string_view text) {
                        [](char octet) { return static_cast<unsigned char>(octet) < 0x80; });
 }
 
+bool IsName(std::string_view name) {
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return !name.empty() && !isDigit(name[0]) && std::all_of(name.begin(), name.end(), [&](char c) {
+        return isDigit(c) || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    });
+}
+
+// JSON has members by name, and paths lead to them.
+TEST(Families, HaveMembersWithPlainNamesOfTheirOwn) {
+    for (const Family* family : AllFamiliesAndTheSample()) {
+        for (const reflect::TypeRow& type : family->types.types) {
+            if (type.count == 0) {
+                continue;
+            }
+            std::set<std::string_view> names;
+            for (const reflect::ElementRow& element : family->types.ElementsOf(type)) {
+                EXPECT_TRUE(IsName(element.Name())) << element.Name();
+                EXPECT_TRUE(names.insert(element.Name()).second) << type.name << element.Name();
+            }
+        }
+    }
+}
+
 TEST(Families, HaveTheirTextsReadyForTheRendering) {
     for (const Family* family : AllFamiliesAndTheSample()) {
         const auto& tables = family->types;

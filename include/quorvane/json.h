@@ -1,0 +1,34 @@
+#pragma once
+
+// A decoded message as JSON. docs/json.md describes its form, docs/json.schema.json is its schema.
+//
+//     #include <quorvane/json.h>
+//
+//     const std::uint8_t octets[] = {0x02, 0x01, 0xD0, 0x31};
+//     quorvane::Message message;
+//     message.Decode(quorvane::Decoding::EPS_SMUplink, octets);
+//     std::string json;
+//     quorvane::AppendJson(message, json);
+//
+// gives, on one line,
+//
+//     {"decoding":"EPS_SMUplink","type":"PDN_CONNECTIVITY_REQUEST","code":0,"bits":32,"fields":{
+//     "EPSBearerIdentity":{"value":0},"ProcedureTransactionIdentity":{"value":1},
+//     "RequestType":{"value":1,"words":"initial attach","at":[28,4]},
+//     "PDNType":{"value":3,"words":"IPv4v6","at":[24,4]}}}
+//
+// The text is UTF-8 without line ends. Names and order are those of the fields of the message.
+
+#include <string>
+
+#include "quorvane/export.h"
+#include "quorvane/message.h"
+
+namespace quorvane {
+
+/// Appends one object that has all of `message`, also if it found none. Allocates nothing but what
+/// `json` needs to grow, from a thread's second call on. Memory that runs out leaves as
+/// std::bad_alloc; what stands in `json` is not specified then.
+QUORVANE_API void AppendJson(const Message& message, std::string& json);
+
+}  // namespace quorvane

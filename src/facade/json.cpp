@@ -1,0 +1,196 @@
+// A message as JSON, written into the thread's text. Each function makes sure of the room for what
+// it writes, and leaves some for a comma or a bracket.
+
+#include "quorvane/json.h"
+
+#include <charconv>
+
+#include "facade/decoder.h"
+#include "facade/json_string.h"
+#include "reflect/text_buffer.h"
+#include "reflect/text_pieces.h"
+
+namespace quorvane {
+namespace {
+
+using reflect::PutLiteral;
+using reflect::PutUnsigned;
+
+// What stands behind a value fits in the slack, with what a number overwrites and a comma.
+static_assert(sizeof R"(,"at":[65535,65535],"status":"refused"})" + 3 + 1 <=
+              reflect::TextBuffer::kSlack);
+
+constexpr std::ptrdiff_t kMostDigits = 20;  // of 64 bits
+
+class JsonWriter {
+  public:
+    JsonWriter(const Message& message, std::string& json)
+        : message_(message), json_(json), text_(facade::ThreadText()) {}
+
+    void Write() {
+        char* at = PutLiteral(text_.Room(0), R"({"decoding":)");
+        if (const std::optional<Decoding> decoding = message_.GetDecoding()) {
+            at = PutString(at, Decodings()[static_cast<std::size_t>(*decoding)].name);
+        } else {
+            at = PutLiteral(at, "null");
+        }
+        if (message_.IsFound()) {
+            at = PutMessage(at);
+        } else {
+            at = PutCode(PutLiteral(at, R"(,"type":null)"));
+        }
+        text_.Advance(PutLiteral(at, "}"));
+        json_.append(text_.View());
+    }
+
+  private:
+    char* PutMessage(char* at) {
+        at = PutCode(PutString(PutLiteral(at, R"(,"type":)"), message_.TypeName()));
+        if (const std::string_view words = message_.CodeWords(); !words.empty()) {
+            at = PutString(PutLiteral(at, R"(,"error":)"), words);
+        }
+        at = PutLiteral(text_.RoomAt(at, 0), R"(,"bits":)");
+        at = std::to_chars(at, at + kMostDigits, message_.BitsConsumed()).ptr;
+        at = PutMembers(PutLiteral(at, R"(,"fields":)"), message_.Root());
+        return message_.FaultCount() > 0 ? PutFaults(at) : at;
+    }
+
+    char* PutCode(char* at) {
+        at = PutLiteral(text_.RoomAt(at, 0), R"(,"code":)");
+        return reflect::PutSigned(at, message_.Code());
+    }
+
+    char* PutFaults(char* at) {
+        at = PutLiteral(text_.RoomAt(at, 0), R"(,"faults":[)");
+        for (std::size_t index = 0; index < message_.FaultCount(); ++index) {
+            at = PutFault(at, message_.GetFault(index));
+            *at++ = ',';
+        }
+        return PutEnd(at, ']');
+    }
+
+    char* PutFault(char* at, const Fault& fault) {
+        at = PutUnsigned(PutLiteral(text_.RoomAt(at, 0), R"({"number":)"), fault.number);
+        at = PutString(PutLiteral(at, R"(,"words":)"), fault.words);
+        // The caller's string has the path for a moment: it is going to grow by more than that.
+        const std::size_t size = json_.size();
+        if (message_.AppendPath(fault.field, json_)) {
+            at = PutLiteral(text_.RoomAt(at, 0), R"(,"path":)");
+            at = PutString(at, std::string_view(json_).substr(size));
+            json_.resize(size);
+        }
+        at = text_.RoomAt(at, 0);
+        if (fault.offset) {
+            at = PutUnsigned(PutLiteral(at, R"(,"at":)"), *fault.offset);
+        }
+        return PutLiteral(at, "}");
+    }
+
+    /// The members of a struct that are there.
+    char* PutMembers(char* at, const Field& around) {
+        at = PutLiteral(text_.RoomAt(at, 0), "{");
+        for (const Field field : around) {
+            if (const FieldStatus status = field.Status(); status != FieldStatus::kAbsent) {
+                at = PutField(PutKey(at, field.Name()), field, status);
+                *at++ = ',';
+            }
+        }
+        return PutEnd(at, '}');
+    }
+
+    char* PutField(char* at, const Field& field, FieldStatus status) {
+        at = PutContents(PutLiteral(text_.RoomAt(at, 0), "{"), field);
+        at = text_.RoomAt(at, 0);
+        if (const std::optional<Place> place = field.GetPlace()) {
+            at = PutUnsigned(PutLiteral(at, R"(,"at":[)"), place->offset);
+            *at++ = ',';
+            at = PutLiteral(PutUnsigned(at, place->length), "]");
+        }
+        if (status == FieldStatus::kDefault) {
+            at = PutLiteral(at, R"(,"status":"default")");
+        } else if (status == FieldStatus::kRefused) {
+            at = PutLiteral(at, R"(,"status":"refused")");
+        }
+        return PutLiteral(at, "}");
+    }
+
+    char* PutContents(char* at, const Field& field) {
+        switch (field.Kind()) {
+            case FieldKind::kNumber:
+                return PutUnsigned(PutLiteral(at, R"("value":)"), field.Number());
+            case FieldKind::kEnumerated:
+                return PutEnumerated(at, field);
+            case FieldKind::kBits:
+                return PutBits(at, field);
+            case FieldKind::kStruct:
+                return PutMembers(PutLiteral(at, R"("fields":)"), field);
+            case FieldKind::kUnion:
+                return PutChoice(PutLiteral(at, R"("choice":{)"), field[0]);
+            case FieldKind::kSequence:
+                break;
+        }
+        at = PutLiteral(at, R"("items":[)");
+        for (const Field item : field) {
+            at = PutField(at, item, item.Status());
+            *at++ = ',';
+        }
+        return PutEnd(at, ']');
+    }
+
+    char* PutEnumerated(char* at, const Field& field) {
+        const std::uint32_t number = field.Number();
+        at = PutUnsigned(PutLiteral(at, R"("value":)"), number);
+        if (const std::string_view words = field.GetType().WordsOf(number); !words.empty()) {
+            at = PutString(PutLiteral(at, R"(,"words":)"), words);
+        }
+        return at;
+    }
+
+    char* PutBits(char* at, const Field& field) {
+        const std::span<const std::uint8_t> octets = field.Octets();
+        at = PutLiteral(text_.RoomAt(at, 2 * octets.size()), R"("hex":")");
+        for (const std::uint8_t octet : octets) {
+            at = reflect::PutHexPair(at, octet);
+        }
+        return PutUnsigned(PutLiteral(at, R"(","bits":)"), field.BitCount());
+    }
+
+    char* PutChoice(char* at, const Field& chosen) {
+        if (chosen) {
+            at = PutField(PutKey(at, chosen.Name()), chosen, chosen.Status());
+        }
+        return PutEnd(at, '}');
+    }
+
+    /// The name of a member or an alternative: copied in whole steps, as its label may be.
+    char* PutKey(char* at, std::string_view name) {
+        at = PutLiteral(text_.RoomAt(at, name.size()), "\"");
+        return PutLiteral(reflect::PutPadded(at, name), "\":");
+    }
+
+    char* PutString(char* at, std::string_view words) {
+        return facade::PutJsonString(text_.RoomAt(at, facade::JsonStringRoom(words.size())), words);
+    }
+
+    /// Closes what ends at `at`, perhaps with a comma too many.
+    char* PutEnd(char* at, char bracket) {
+        if (at[-1] == ',') {
+            --at;
+        }
+        at = text_.RoomAt(at, 0);
+        *at++ = bracket;
+        return at;
+    }
+
+    const Message& message_;
+    std::string& json_;
+    reflect::TextBuffer& text_;
+};
+
+}  // namespace
+
+void AppendJson(const Message& message, std::string& json) {
+    JsonWriter(message, json).Write();
+}
+
+}  // namespace quorvane
