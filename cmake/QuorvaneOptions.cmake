@@ -61,6 +61,13 @@ function(quorvane_target target)
     endif()
 endfunction()
 
+# The same for a program in C.
+function(quorvane_c_target target)
+    quorvane_target(${target})
+    set_target_properties(${target} PROPERTIES C_STANDARD 11 C_STANDARD_REQUIRED ON
+                                               C_EXTENSIONS OFF)
+endfunction()
+
 # The same for what sees the sources' own headers: parts of the library, the compiler, tests.
 function(quorvane_internal_target target)
     quorvane_target(${target})

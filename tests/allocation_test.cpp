@@ -10,6 +10,7 @@
 #include "quorvane/decode.h"
 #include "quorvane/json.h"
 #include "quorvane/message.h"
+#include "quorvane/quorvane.h"
 #include "support/golden_file.h"
 
 namespace {
@@ -178,6 +179,25 @@ TEST(Allocation, AMessageThatGetsNoneHasFoundNothing) {
             EXPECT_EQ(message.FaultCount(), 0U);
         }
     }
+}
+
+// In C there are no exceptions.
+TEST(Allocation, TheInterfaceForCAnswersThatThereIsNone) {
+    const std::uint8_t octets[] = {0x0F, 0x87};
+    const int decoding = quorvane_find_decoding("EPC_UE2SS");
+    allocationsLeft = 0;
+    EXPECT_EQ(quorvane_message_create(), nullptr);
+    EXPECT_EQ(quorvane_decode_to_text(decoding, octets, sizeof octets, nullptr, 0),
+              QUORVANE_NO_MEMORY);
+    EXPECT_EQ(quorvane_decode_to_json(decoding, octets, sizeof octets, nullptr, 0),
+              QUORVANE_NO_MEMORY);
+    allocationsLeft = 1;
+    quorvane_message* message = quorvane_message_create();
+    EXPECT_EQ(quorvane_message_decode(message, decoding, octets, sizeof octets),
+              QUORVANE_NO_MEMORY);
+    allocationsLeft = -1;
+    EXPECT_FALSE(quorvane_field_exists(quorvane_message_root(message)));
+    quorvane_message_destroy(message);
 }
 
 }  // namespace

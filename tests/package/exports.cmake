@@ -1,7 +1,7 @@
-# The shared library shows what stands in the public headers, all of it and nothing else. PROGRAM
-# is linked with it and uses every public declaration: what it leaves open is the public interface.
+# The shared library shows what stands in the public headers, all of it and nothing else. PROGRAMS
+# are linked with it and use every public declaration: what they leave open is the public interface.
 #
-# cmake -DLIBRARY=... -DPROGRAM=... -DHEADERS=<folder> -DNM=... -P exports.cmake
+# cmake -DLIBRARY=... "-DPROGRAMS=<file>;..." -DHEADERS=<folder> -DNM=... -P exports.cmake
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -21,7 +21,7 @@ function(symbols variable)
 endfunction()
 
 symbols(exported --defined-only ${LIBRARY})
-symbols(used --undefined-only ${PROGRAM})
+symbols(used --undefined-only ${PROGRAMS})
 foreach(symbol IN LISTS exported)
     # The tables of a class with virtual functions come with it.
     if(NOT symbol IN_LIST used
@@ -36,6 +36,7 @@ set(count 0)
 foreach(header IN LISTS headers)
     file(READ ${header} text)
     string(REGEX REPLACE "//[^\n]*" "" text "${text}")
+    string(REGEX REPLACE " *QUORVANE_NOEXCEPT" "" text "${text}")
     string(REGEX REPLACE "[)] *(const)? *(noexcept)? *{[^{}]*}" "" text "${text}")
     string(REGEX MATCHALL "[A-Za-z_0-9]+( *[+]?=)?\\([^;{}()]*\\)( const)?( noexcept)?;" declarations
                           "${text}")

@@ -2,7 +2,8 @@
 # parent/, and used from there. One family is enough, and one folder for all builds: they differ in
 # what is linked and where it goes.
 #
-# cmake -DSOURCE=... -DWORK=... -DCOMPILER=... -DGENERATOR=... -DDESCRIBE=... -P forms.cmake
+# cmake -DSOURCE=... -DWORK=... -DCOMPILER=... -DC_COMPILER=... -DGENERATOR=... -DDESCRIBE=...
+#       -P forms.cmake
 
 include(${CMAKE_CURRENT_LIST_DIR}/steps.cmake)
 

@@ -1,7 +1,8 @@
 # Installs the build in BUILD below WORK and builds the project beside this file against it, by the
 # CMake package and by pkg-config.
 #
-# cmake -DBUILD=... -DWORK=... -DCOMPILER=... "-DFORMS=<library>;..." -DLIBDIR=... -P run.cmake
+# cmake -DBUILD=... -DWORK=... -DCOMPILER=... -DC_COMPILER=... "-DFORMS=<library>;..." -DLIBDIR=...
+#       -P run.cmake
 
 include(${CMAKE_CURRENT_LIST_DIR}/steps.cmake)
 

@@ -23,7 +23,7 @@ const fs::path kRoot = QUORVANE_SOURCE_DIR;
 
 bool IsSource(const fs::path& path) {
     const std::string ending = path.extension().string();
-    return ending == ".h" || ending == ".cpp" || ending == ".def";
+    return ending == ".c" || ending == ".h" || ending == ".cpp" || ending == ".def";
 }
 
 std::vector<fs::path> SourcesIn(const fs::path& folder) {
