@@ -25,7 +25,8 @@ struct Image {
     [[nodiscard]] csn::CsnProgram Program() const {
         return {code.data(),       static_cast<std::uint32_t>(code.size()),
                 fieldTable.data(), actions.data(),
-                functions.data(),  static_cast<std::uint32_t>(fieldTable.size())};
+                functions.data(),  static_cast<std::uint32_t>(fieldTable.size()),
+                nullptr};
     }
 
     /// What the verifier finds.

@@ -15,8 +15,18 @@ std::string NameOf(const std::map<std::uint32_t, std::string>& names, std::uint3
     return found == names.end() ? std::string() : found->second;
 }
 
-/// Reports what cannot be proven of the image at the rule whose code it is.
-void VerifyImage(Reporter& reporter, const CompiledCsn& csn) {
+/// Reports what is wrong with the code at `offset` at the rule whose code it is.
+void ErrorInCode(Reporter& reporter, const CompiledCsn& csn, std::uint32_t offset,
+                 const std::string& text) {
+    auto rule = csn.image.ruleSpans.upper_bound(offset);
+    if (rule != csn.image.ruleSpans.begin()) {
+        --rule;
+    }
+    reporter.Error(rule->second, "the code of this rule " + text);
+}
+
+/// Proves the image and makes its plan.
+void VerifyImage(Reporter& reporter, CompiledCsn& csn) {
     csn::VerifierInput input;
     input.code = csn.image.code;
     input.fieldTable = csn.image.fieldTable;
@@ -27,15 +37,19 @@ void VerifyImage(Reporter& reporter, const CompiledCsn& csn) {
                                  structure.firstTag,
                                  static_cast<std::uint16_t>(structure.fields.size())});
     }
-    for (const csn::VerifierFinding& finding : csn::Verify(input).findings) {
-        auto rule = csn.image.ruleSpans.upper_bound(finding.offset);
-        if (rule != csn.image.ruleSpans.begin()) {
-            --rule;
+    const csn::VerifierReport report = csn::Verify(input);
+    for (const csn::VerifierFinding& finding : report.findings) {
+        ErrorInCode(reporter, csn, finding.offset,
+                    "cannot be proven to run safely, at offset " + std::to_string(finding.offset) +
+                        ": " + finding.text);
+    }
+    if (report.findings.empty()) {
+        csn.plan = csn::MakePlan(csn.image.code, csn.image.fieldTable);
+        if (!csn.plan.error.empty()) {
+            ErrorInCode(reporter, csn, csn.plan.errorOffset,
+                        "is too large for the library, at offset " +
+                            std::to_string(csn.plan.errorOffset) + ": " + csn.plan.error);
         }
-        reporter.Error(rule->second,
-                       "the code of this rule cannot be proven to run safely, at "
-                       "offset " +
-                           std::to_string(finding.offset) + ": " + finding.text);
     }
 }
 

@@ -20,6 +20,7 @@
 #include "compiler/csn/csn_types.h"
 #include "compiler/model.h"
 #include "compiler/reporter.h"
+#include "csn/assembly/planner.h"
 #include "csn/csn_program.h"
 
 namespace quorvane::compiler {
@@ -39,6 +40,7 @@ struct CompiledCsnStructure {
 /// The descriptions of a family, compiled.
 struct CompiledCsn {
     CsnImage image;
+    csn::Plan plan;  // of the image
     std::vector<CompiledCsnStructure>
         structures;                   // in the order of the sources, those without mistakes
     std::vector<std::string> broken;  // names of the others

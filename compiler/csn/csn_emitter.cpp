@@ -23,12 +23,13 @@ class CsnEmitter {
     void Run() {
         Code();
         FieldTable();
+        PlanSteps();
         Functions("csn::CsnAction", "kCsnActions", csn_.image.actions);
         Functions("csn::CsnValueFunction", "kCsnFunctions", csn_.image.functions);
         out_ << "constexpr csn::CsnProgram kCsnProgram = {\n    kCsnCode.data(), "
              << csn_.image.code.size()
              << ", kCsnFieldTable.data(),\n    kCsnActions.data(), kCsnFunctions.data(), "
-             << csn_.image.fieldCount << "};\n\n";
+             << csn_.image.fieldCount << ", kCsnPlan.data()};\n\n";
         Fields();
         Structures();
     }
@@ -68,6 +69,17 @@ class CsnEmitter {
             offset += instruction->size;
         }
         Close(code.size());
+    }
+
+    void PlanSteps() {
+        Open("csn::PlanStep", "kCsnPlan", csn_.plan.steps.size());
+        std::size_t index = 0;
+        for (const csn::PlanStep& step : csn_.plan.steps) {
+            out_ << "    {csn::" << bits::EnumeratorText(step.op) << ", " << unsigned{step.width}
+                 << ", " << step.a << ", " << step.b << ", " << step.c << "},  // " << index++
+                 << "\n";
+        }
+        Close(csn_.plan.steps.size());
     }
 
     void FieldTable() {
@@ -120,8 +132,8 @@ class CsnEmitter {
         std::size_t first = 0;
         for (const CompiledCsnStructure& structure : csn_.structures) {
             out_ << "    {\"" << structure.name << "\", &kCsnProgram, " << structure.label << ", "
-                 << structure.rootTag << ", " << structure.firstTag << ", "
-                 << structure.type->elements.size()
+                 << csn_.plan.stepAt.at(structure.label) << ", " << structure.rootTag << ", "
+                 << structure.firstTag << ", " << structure.type->elements.size()
                  << ",\n     std::span<const csn::CsnFieldRow>(kCsnFields).subspan(" << first
                  << ", " << structure.fields.size() << ")},\n";
             first += structure.fields.size();

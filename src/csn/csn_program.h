@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "bits/named_enum.h"
+#include "csn/plan.h"
 
 namespace quorvane::csn {
 
@@ -28,6 +29,7 @@ struct CsnProgram {
     const CsnAction* actionTable;
     const CsnValueFunction* valueTable;
     std::uint32_t fieldCount;  // how many field identifiers the compiler numbered
+    const PlanStep* plan;      // the code made ready for decoding
 };
 
 QUORVANE_NAMED_ENUM(CsnFieldKind,
@@ -58,6 +60,7 @@ struct CsnStructure {
     std::string_view name;
     const CsnProgram* program;
     std::uint32_t label;     // offset of its rule in the image
+    std::uint16_t step;      // index of its rule in the plan
     std::uint16_t rootTag;   // parent tag of its outermost fields
     std::uint16_t firstTag;  // its field tags are firstTag .. firstTag + fields.size() - 1
     std::uint16_t memberCount;

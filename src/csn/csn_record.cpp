@@ -4,6 +4,7 @@
 #include <array>
 
 #include "csn/machine.h"
+#include "csn/runner.h"
 
 namespace quorvane::csn {
 namespace {
@@ -39,39 +40,41 @@ std::size_t IndexOf(const CsnMachine& machine, const CsnFieldRecord& record) {
     return static_cast<std::size_t>(&record - machine.records);
 }
 
-/// The members of a struct by the index of the record that opened it: where the fields inside go.
-template <typename CellType>
+/// The members of a struct by the index of the record that opened it: where the fields inside come
+/// from.
 class OpenStructs {
   public:
-    explicit OpenStructs(CellType* root) : root_(root) {}
+    explicit OpenStructs(const Cell* root) : root_(root) {}
 
     /// Members of the struct around `record`; null if it is no struct of this record.
-    CellType* Around(const CsnMachine& machine, const CsnFieldRecord& record) const {
+    const Cell* Around(const CsnMachine& machine, const CsnFieldRecord& record) const {
         return record.parent == nullptr ? root_ : members_[IndexOf(machine, *record.parent)];
     }
-    void Open(const CsnMachine& machine, const CsnFieldRecord& record, CellType* members) {
+    void Open(const CsnMachine& machine, const CsnFieldRecord& record, const Cell* members) {
         members_[IndexOf(machine, record)] = members;
     }
 
   private:
-    CellType* root_;
-    std::array<CellType*, kMostRecords> members_;  // set when a field opens, before those inside
+    const Cell* root_;
+    std::array<const Cell*, kMostRecords> members_;  // set when a field opens, before those inside
 };
 
-/// Walks the field records of a run and stores what they stand for.
+/// Walks the log of a run and stores what it tells of.
 class Sink {
   public:
-    Sink(const CsnStructure& structure, const CsnMachine& machine, bits::Arena& arena, Cell* root)
-        : structure_(structure), machine_(machine), arena_(arena), open_(root) {}
+    Sink(const CsnStructure& structure, const bits::BitReader& reader, const CsnLog& log,
+         bits::Arena& arena)
+        : structure_(structure), reader_(reader), log_(log), arena_(arena) {}
 
-    /// 0, or kSizeOutOfRange at the first item that its sequence refuses.
-    Outcome Walk() {
-        for (std::int32_t index = 0; index < machine_.recordCount; ++index) {
-            const CsnFieldRecord& record = machine_.records[index];
-            if (record.occurrence < 0) {
-                continue;
-            }
-            if (const Outcome result = Store(record); result.Failed()) {
+    /// Into the struct of `cell`: 0, or kSizeOutOfRange at the first item that its sequence
+    /// refuses.
+    Outcome Walk(Cell& cell) {
+        Open(StructOf(cell, structure_.memberCount), 0);
+        for (std::int32_t index = 0; index < log_.count; ++index) {
+            const CsnLogLine& line = log_.lines[index];
+            if (line.Closes()) {
+                --depth_;
+            } else if (const Outcome result = Store(line); result.Failed()) {
                 return result;
             }
         }
@@ -79,74 +82,127 @@ class Sink {
     }
 
   private:
-    Outcome Store(const CsnFieldRecord& record);
-    [[nodiscard]] std::int32_t LengthOf(const CsnFieldRecord& record) const;
+    /// Where the fields inside of an open one go.
+    struct Inside {
+        Cell* members;        // null: nowhere
+        bool counts;          // the sequences in it hold what this field has brought and no more
+        std::int32_t opened;  // its line in the log
+    };
+
+    void Open(Inside inside, std::int32_t line) {
+        inside.opened = line;
+        open_[depth_++] = inside;
+    }
+    Inside StructOf(Cell& cell, std::uint32_t memberCount) {
+        const bool isNew = cell.cells == nullptr;
+        return {StructCells(arena_, cell, memberCount), isNew, 0};
+    }
+    Outcome Store(const CsnLogLine& line);
+    Outcome StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow& row, Inside& inside);
+    [[nodiscard]] std::int32_t ItemOf(const CsnLogLine& line, const CsnFieldRow& row) const;
+    [[nodiscard]] std::int32_t LengthOf(const CsnLogLine& line) const;
 
     const CsnStructure& structure_;
-    const CsnMachine& machine_;
+    const bits::BitReader& reader_;
+    const CsnLog& log_;
     bits::Arena& arena_;
-    OpenStructs<Cell> open_;
+    std::int32_t depth_ = 0;
+    Inside open_[kMostRecords + 1];  // of the first `depth_`
 };
 
-Outcome Sink::Store(const CsnFieldRecord& record) {
-    const CsnFieldRow* row = RowOf(structure_, record.tag);
-    Cell* members = open_.Around(machine_, record);
-    if (row == nullptr || members == nullptr) {
-        open_.Open(machine_, record, nullptr);
+Outcome Sink::Store(const CsnLogLine& line) {
+    const CsnFieldRow* row = RowOf(structure_, line.tag);
+    Inside& around = open_[depth_ - 1];
+    Inside inside{nullptr, false, 0};
+    if (row != nullptr && around.members != nullptr) {
+        const Outcome result = StoreIn(around, line, *row, inside);
+        if (result.Failed()) {
+            return result;
+        }
+    }
+    if (line.Opens()) {
+        Open(inside, static_cast<std::int32_t>(&line - log_.lines));
+    }
+    return 0;
+}
+
+Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow& row,
+                      Inside& inside) {
+    if (row.kind == CsnFieldRow::Kind::kNone) {
+        // What it delimits goes where it stands itself.
+        inside.members = around.members;
+        around.counts = false;
         return 0;
     }
-    if (row->kind == CsnFieldRow::Kind::kNone) {
-        open_.Open(machine_, record, members);
-        return 0;
-    }
-    Cell* cell = &members[row->element];
+    Cell* cell = &around.members[row.element];
     cell->reached = true;
-    if (row->optional) {
-        cell->present = true;
-    }
-    if (row->bound > 0) {
-        const std::int32_t item = ItemOf(structure_, machine_, record, *row);
-        const Outcome result = SetSize(arena_, *cell, item + 1, row->bound);
+    cell->present = cell->present || row.optional;
+    if (row.bound > 0) {
+        const std::int32_t item =
+            around.counts ? static_cast<std::int32_t>(cell->number) : ItemOf(line, row);
+        const Outcome result = SetSize(arena_, *cell, item + 1, row.bound);
         if (result.Failed()) {
             return result;
         }
         cell = &cell->cells[item];
         cell->reached = true;
     }
-    Cell* inside = nullptr;
-    switch (row->kind) {
+    switch (row.kind) {
         case CsnFieldRow::Kind::kNone:
         case CsnFieldRow::Kind::kMarker:
             break;
         case CsnFieldRow::Kind::kInteger:
-            cell->number = machine_.reader.Read(record.bitPos, row->width);
-            if (row->located) {
-                bits::MakeFieldLocator(cell->location, record.bitPos, row->width);
+            cell->number = reader_.Read(line.bitPos, row.width);
+            if (row.located) {
+                bits::MakeFieldLocator(cell->location, line.bitPos, row.width);
             }
             break;
         case CsnFieldRow::Kind::kBinary:
-            StoreBinary(arena_, *cell, machine_.reader, record.bitPos, LengthOf(record),
-                        row->mostBits);
-            if (!row->located) {
+            StoreBinary(arena_, *cell, reader_, line.bitPos, LengthOf(line), row.mostBits);
+            if (!row.located) {
                 cell->location = 0;
             }
             break;
         case CsnFieldRow::Kind::kStruct:
-            if (row->repeats) {
+            if (row.repeats) {
                 cell->cells = nullptr;  // nothing is left of an earlier occurrence
             }
-            inside = StructCells(arena_, *cell, row->width);
+            inside = StructOf(*cell, row.width);
             break;
     }
-    open_.Open(machine_, record, inside);
     return 0;
 }
 
-/// How far it is to the next record. The last one, inside of whose field the run ended or the list
-/// was full, counts as empty.
-std::int32_t Sink::LengthOf(const CsnFieldRecord& record) const {
-    const auto next = static_cast<std::int32_t>(IndexOf(machine_, record)) + 1;
-    return next < machine_.recordCount ? machine_.records[next].bitPos - record.bitPos : 0;
+/// Which item of its sequence a field is: as many as came before under the same open field.
+std::int32_t Sink::ItemOf(const CsnLogLine& line, const CsnFieldRow& row) const {
+    const CsnLogLine* const first = log_.lines + (depth_ > 1 ? open_[depth_ - 1].opened + 1 : 0);
+    std::int32_t item = 0;
+    std::int32_t depth = 0;
+    for (const CsnLogLine* other = first; other != &line; ++other) {
+        if (other->Closes()) {
+            --depth;
+            continue;
+        }
+        if (depth == 0) {
+            const CsnFieldRow* otherRow = RowOf(structure_, other->tag);
+            item += otherRow != nullptr && otherRow->element == row.element &&
+                            (row.mixed || other->tag == line.tag)
+                        ? 1
+                        : 0;
+        }
+        depth += other->Opens() ? 1 : 0;
+    }
+    return item;
+}
+
+/// The width of a whole field; of one that opens, how far it is to the next line. The last one,
+/// inside of whose field the run ended or the list was full, counts as empty.
+std::int32_t Sink::LengthOf(const CsnLogLine& line) const {
+    if (!line.Opens()) {
+        return line.width;
+    }
+    const CsnLogLine* next = &line + 1;
+    return next < log_.lines + log_.count ? next->bitPos - line.bitPos : 0;
 }
 
 /// Supplies the fields of a record as the machine asks for them.
@@ -164,7 +220,7 @@ class Source {
     static void WriteBinary(CsnFieldEvent& event, const CsnFieldRow& row, const Cell& cell);
 
     const CsnStructure& structure_;
-    OpenStructs<const Cell> open_;
+    OpenStructs open_;
 };
 
 std::int32_t Source::Supply(CsnFieldEvent& event) {
@@ -241,12 +297,10 @@ void Source::WriteBinary(CsnFieldEvent& event, const CsnFieldRow& row, const Cel
 
 Outcome DecodeCsn(const CsnStructure& structure, const bits::BitReader& reader, bits::Arena& arena,
                   std::int32_t bitPos, std::int32_t bitLength, Cell& cell) {
-    CsnMachine machine;
-    CsnMachineInit(machine, *structure.program, structure.label, reader, bitPos, bitLength);
-    machine.rootTag = structure.rootTag;
-    const Outcome result = CsnMachineRun(machine, nullptr);
-    Cell* root = StructCells(arena, cell, structure.memberCount);
-    const Outcome stored = Sink(structure, machine, arena, root).Walk();
+    CsnLog log;
+    const Outcome result = RunPlan(*structure.program, structure.step, structure.rootTag, reader,
+                                   bitPos, bitLength, InstructionCeiling(bitLength), log);
+    const Outcome stored = Sink(structure, reader, log, arena).Walk(cell);
     return stored.Failed() ? stored : result;
 }
 

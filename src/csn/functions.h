@@ -161,7 +161,7 @@ void RaiseMaximum(CsnMachine& machine) {
 template <std::int32_t N>
 void RejectZero(CsnMachine& machine) {
     if (LastBits(machine, N) == 0) {
-        Backtrack(machine);
+        machine.flags |= kFlagRefused;
     }
 }
 
@@ -170,7 +170,7 @@ template <std::int32_t N>
 void RejectZeroAndOnes(CsnMachine& machine) {
     const std::uint32_t value = LastBits(machine, N);
     if (value == 0 || value == (1U << N) - 1) {
-        Backtrack(machine);
+        machine.flags |= kFlagRefused;
     }
 }
 

@@ -7,13 +7,6 @@
 namespace quorvane::csn {
 namespace {
 
-// The padding octet of GSM: the bit L equals the padding bit of its position, H differs.
-constexpr std::uint32_t kPadding = 0x2B;
-
-std::uint32_t PaddingBit(std::int32_t position) {
-    return kPadding >> (7 - (position & 7)) & 1U;
-}
-
 /// A number as the tag store holds it.
 std::int32_t AsTag(std::uint32_t number) {
     return static_cast<std::int32_t>(number);
@@ -68,6 +61,7 @@ class Stepper {
     Next Bit(std::uint32_t wanted) { return Fixed({wanted, 1}); }
     Next Fixed(Literal literal);
     Next Skip(std::uint32_t bits);
+    Next Act(std::uint32_t action);
     Next Alternative(std::uint32_t operand);
     Next Call(std::uint32_t label);
     Next Return(bool dropTags);
@@ -126,15 +120,11 @@ Next Stepper::Step() {
         case Opcode::kExcludeEnd:
             return ExcludeEnd();
         case Opcode::kAct:
-            machine_.program->actionTable[Operand()](machine_);
-            return Next::kOn;
+            return Act(Operand());
         case Opcode::kActDec:
         case Opcode::kActEnc: {
             const std::uint32_t action = Operand();
-            if (Encoding() == (OpcodeOf(first) == Opcode::kActEnc)) {
-                machine_.program->actionTable[action](machine_);
-            }
-            return Next::kOn;
+            return Encoding() == (OpcodeOf(first) == Opcode::kActEnc) ? Act(action) : Next::kOn;
         }
         case Opcode::kCall:
             return Call(Operand());
@@ -297,6 +287,15 @@ Next Stepper::Skip(std::uint32_t bits) {
         return Next::kBack;
     }
     return Pass(bits);
+}
+
+Next Stepper::Act(std::uint32_t action) {
+    machine_.program->actionTable[action](machine_);
+    if (Flag(kFlagRefused)) {
+        machine_.flags &= ~kFlagRefused;
+        Backtrack(machine_);  // without a choice point the run goes on
+    }
+    return Next::kOn;
 }
 
 Next Stepper::Alternative(std::uint32_t operand) {

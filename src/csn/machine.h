@@ -36,6 +36,10 @@ inline constexpr std::int32_t kMostPosition = 0x1FFFFFFF;
 /// A repetition without upper bound, as its count of iterations.
 inline constexpr std::uint32_t kOpenEndedCount = 0x3FFF;
 
+/// What a repetition's least and most iterations are cut to.
+inline constexpr std::uint32_t kMostLeast = 0x3FFF;
+inline constexpr std::uint32_t kMostCount = 0x7FFF;
+
 // What ends a run that would not end by itself, see docs/byte-code.md: no description comes near.
 inline constexpr std::uint64_t kMostInstructionsForABit = 64;
 inline constexpr std::uint64_t kMostInstructionsWithoutBits = 65536;
@@ -46,6 +50,9 @@ inline constexpr std::uint64_t kMostInstructionsWithoutBits = 65536;
            kMostInstructionsForABit * static_cast<std::uint64_t>(bits < 0 ? 0 : bits);
 }
 
+/// A value function's answer that there is no count: the run goes back. One above it fails.
+inline constexpr std::uint32_t kNoCount = 16384;
+
 /// `rootTag` of a run that keeps no field records.
 inline constexpr std::int32_t kNoRecords = 0xFFFF;
 
@@ -55,6 +62,7 @@ enum CsnFlags : std::uint32_t {
     kFlagAbort = 4,      // the run fails behind the current instruction
     kFlagPartialOk = 8,  // a run may end before `endPos`
     kFlagRunning = 16,
+    kFlagRefused = 32,  // an action refuses what was read: the run goes back behind it
 };
 
 enum CsnEntryKind : std::uint32_t {
@@ -101,14 +109,14 @@ struct CsnStackEntry {
     }
 
     // Counter entries.
-    [[nodiscard]] std::uint32_t MaxLeft() const { return value & 0x7FFFU; }
-    [[nodiscard]] std::uint32_t MinLeft() const { return value >> 15 & 0x3FFFU; }
+    [[nodiscard]] std::uint32_t MaxLeft() const { return value & kMostCount; }
+    [[nodiscard]] std::uint32_t MinLeft() const { return value >> 15 & kMostLeast; }
     [[nodiscard]] bool SkipWhenWriting() const { return (value >> 29 & 1U) != 0; }
     void SetMaxLeft(std::uint32_t count) {
-        value = ((value & ~0x7FFFU) | (count & 0x7FFFU)) & 0x3FFFFFFFU;
+        value = ((value & ~kMostCount) | (count & kMostCount)) & 0x3FFFFFFFU;
     }
     void SetMinLeft(std::uint32_t count) {
-        value = ((value & ~(0x3FFFU << 15)) | (count & 0x3FFFU) << 15) & 0x3FFFFFFFU;
+        value = ((value & ~(kMostLeast << 15)) | (count & kMostLeast) << 15) & 0x3FFFFFFFU;
     }
 
   private:
@@ -213,6 +221,11 @@ void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_
 bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback);
 
 // What the machine is made of; actions and value functions call some of it.
+
+/// The bit of GSM's padding octet 2B at `position`: the bit L equals it, H differs.
+[[nodiscard]] inline std::uint32_t PaddingBit(std::int32_t position) {
+    return 0x2BU >> (7 - (position & 7)) & 1U;
+}
 
 /// Pushes the current state with `value` cut to 30 bits and `kind` of CsnEntryKind. A full stack
 /// sets kFlagAbort instead.

@@ -244,7 +244,8 @@ void LoopEnter(CsnMachine& machine, std::uint32_t instr, std::uint32_t operand, 
                std::uint32_t max) {
     const std::uint32_t exit = instr + (operand >> 1);
     const std::uint32_t kind = max == kOpenEndedCount ? kOpenEnded : kPlainEntry;
-    const std::uint32_t counter = ((operand & 1U) << 14 | (min & 0x3FFFU)) << 15 | (max & 0x7FFFU);
+    const std::uint32_t counter =
+        ((operand & 1U) << 14 | (min & kMostLeast)) << 15 | (max & kMostCount);
     PushEntry(machine, exit, kind);
     PushEntry(machine, counter, kind);
     machine.loopExit = exit;
@@ -329,12 +330,11 @@ void RecordEnd(CsnMachine& machine, std::int32_t tag) {
 }
 
 bool ValueCall(CsnMachine& machine, std::uint32_t index, std::uint32_t& result) {
-    constexpr std::uint32_t kAbsent = 16384;
     result = machine.program->valueTable[index](machine);
-    if (result < kAbsent) {
+    if (result < kNoCount) {
         return true;
     }
-    if (result > kAbsent || !Backtrack(machine)) {
+    if (result > kNoCount || !Backtrack(machine)) {
         machine.flags |= kFlagAbort;
     }
     return false;

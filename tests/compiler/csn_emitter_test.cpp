@@ -54,6 +54,21 @@ constexpr std::array<std::uint16_t, 9> kCsnFieldTable = {{
     2, 1, 3, // 7: v
 }};
 
+constexpr std::array<csn::PlanStep, 12> kCsnPlan = {{
+    {csn::PlanOp::kBegin, 0, 1, 0, 0},  // 0
+    {csn::PlanOp::kBegin, 0, 4, 0, 0},  // 1
+    {csn::PlanOp::kSkip, 2, 0, 0, 0},  // 2
+    {csn::PlanOp::kEndTag, 0, 2, 0, 0},  // 3
+    {csn::PlanOp::kEnd, 0, 0, 0, 0},  // 4
+    {csn::PlanOp::kAct, 0, 0, 0, 0},  // 5
+    {csn::PlanOp::kBegin, 0, 7, 0, 0},  // 6
+    {csn::PlanOp::kRepeatFunction, 1, 10, 0, 0},  // 7
+    {csn::PlanOp::kSkip, 1, 0, 0, 0},  // 8
+    {csn::PlanOp::kLoop, 0, 8, 0, 0},  // 9
+    {csn::PlanOp::kEnd, 0, 0, 0, 0},  // 10
+    {csn::PlanOp::kReturnTags, 0, 0, 0, 0},  // 11
+}};
+
 constexpr std::array<csn::CsnAction, 1> kCsnActions = {{
     &csn::functions::NotePosition<1>,
 }};
@@ -64,7 +79,7 @@ constexpr std::array<csn::CsnValueFunction, 1> kCsnFunctions = {{
 
 constexpr csn::CsnProgram kCsnProgram = {
     kCsnCode.data(), 23, kCsnFieldTable.data(),
-    kCsnActions.data(), kCsnFunctions.data(), 3};
+    kCsnActions.data(), kCsnFunctions.data(), 3, kCsnPlan.data()};
 
 constexpr std::array<csn::CsnFieldRow, 3> kCsnFields = {{
     // Small, TS 1, 2.3
@@ -74,7 +89,7 @@ constexpr std::array<csn::CsnFieldRow, 3> kCsnFields = {{
 }};
 
 constexpr std::array<csn::CsnStructure, 1> kCsnStructures = {{
-    {"Small", &kCsnProgram, 0, 1, 2, 2,
+    {"Small", &kCsnProgram, 0, 0, 1, 2, 2,
      std::span<const csn::CsnFieldRow>(kCsnFields).subspan(0, 3)},
 }};
 

@@ -1,6 +1,7 @@
 #include "reference/csn_grammar.h"
 
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <map>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "csn/functions.h"
 #include "families/common/cell_information.h"
 #include "support/family_files.h"
+#include "support/plain_decode.h"
 
 namespace quorvane::reference {
 namespace {
@@ -218,9 +220,13 @@ void Grammar::Compile(const std::vector<std::uint32_t>& files,
 }
 
 void Grammar::Link() {
-    program_ = {image_.code.data(),       static_cast<std::uint32_t>(image_.code.size()),
-                image_.fieldTable.data(), actions_.data(),
-                functions_.data(),        image_.fieldCount};
+    program_ = {image_.code.data(),
+                static_cast<std::uint32_t>(image_.code.size()),
+                image_.fieldTable.data(),
+                actions_.data(),
+                functions_.data(),
+                image_.fieldCount,
+                nullptr};
     csn::VerifierInput input;
     input.code = image_.code;
     input.fieldTable = image_.fieldTable;
@@ -230,7 +236,7 @@ void Grammar::Link() {
         const compiler::CsnStructureTypes& types = types_.structures[index];
         const auto fieldCount = static_cast<std::uint16_t>(types.fields.size());
         structures_.push_back(
-            {types.type->name, &program_, image_.entries[index], types.rootTag, types.firstTag,
+            {types.type->name, &program_, image_.entries[index], 0, types.rootTag, types.firstTag,
              static_cast<std::uint16_t>(types.type->elements.size()), types.fields});
         std::vector<std::string>& names = names_.emplace_back();
         for (const std::string& path : types.paths) {
@@ -241,6 +247,14 @@ void Grammar::Link() {
             {types.type->name, image_.entries[index], types.rootTag, types.firstTag, fieldCount});
     }
     errors_ += csn::Verify(input).Text();
+    if (errors_.empty()) {
+        plan_ = csn::MakePlan(image_.code, image_.fieldTable);
+        errors_ = plan_.error;
+        program_.plan = plan_.steps.data();
+        for (csn::CsnStructure& structure : structures_) {
+            structure.step = plan_.stepAt.at(structure.label);
+        }
+    }
 }
 
 const compiler::CsnRule& Grammar::Entry(std::size_t structure) const {
@@ -255,7 +269,8 @@ Reading Grammar::Decode(const std::string& bits, std::int32_t start, std::size_t
                         static_cast<std::int32_t>(bits.size()) - start);
     machine_->rootTag = target.rootTag;
     Reading reading;
-    const bits::Outcome outcome = csn::CsnMachineRun(*machine_, nullptr);
+    bits::Outcome outcome = 0;
+    EXPECT_EQ(csn::test::DifferenceOfPlan(*machine_, target.step, outcome), "") << bits;
     reading.matches = !outcome.Failed();
     reading.taken = static_cast<std::int32_t>(outcome.Bits());
     reading.events = Events(structure);

@@ -11,6 +11,7 @@
 #include "compiler/csn/csn_syntax.h"
 #include "compiler/csn/csn_types.h"
 #include "compiler/reporter.h"
+#include "csn/assembly/planner.h"
 #include "csn/csn_program.h"
 #include "csn/machine.h"
 #include "families/family.h"
@@ -47,7 +48,7 @@ class Grammar {
         return structures_[structure];
     }
 
-    /// Runs the machine over `bits` from bit `start` on; the reading without matches has a result
+    /// Runs the machine, and the plan beside it, over `bits` from bit `start` on; the reading without matches has a result
     /// of -1 in `taken`.
     [[nodiscard]] Reading Decode(const std::string& bits, std::int32_t start = 0,
                                  std::size_t structure = 0);
@@ -71,6 +72,7 @@ class Grammar {
     compiler::CsnImage image_;
     std::vector<csn::CsnAction> actions_;
     std::vector<csn::CsnValueFunction> functions_;
+    csn::Plan plan_;
     csn::CsnProgram program_{};
     std::vector<csn::CsnStructure> structures_;
     std::vector<std::vector<std::string>> names_;  // of fields, by structure and tag

@@ -45,7 +45,7 @@ TEST(CsnInstruction, UndefinedCodesDoNothing) {
         const std::vector<std::uint8_t> octets = {static_cast<std::uint8_t>(code),
                                                   static_cast<std::uint8_t>(Opcode::kBit1),
                                                   static_cast<std::uint8_t>(Opcode::kRet)};
-        const CsnProgram program{octets.data(), 3, nullptr, nullptr, nullptr, 0};
+        const CsnProgram program{octets.data(), 3, nullptr, nullptr, nullptr, 0, nullptr};
         const std::uint8_t message = 0x80;
         const bits::BitReader reader(&message, 1);
         CsnMachine machine;

@@ -68,7 +68,7 @@ class Subject {
 
   private:
     CsnStructure Structure() {
-        return {"Subject", &image.Program(), 0, kRoot, 10, members_, rows_};
+        return {"Subject", &image.Program(), 0, 0, kRoot, 10, members_, rows_};
     }
 
     std::vector<CsnFieldRow> rows_;

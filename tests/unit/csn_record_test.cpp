@@ -118,7 +118,7 @@ TEST(CsnRecord, PositionsBeyondALocationAreLeftOut) {
     std::vector<std::uint8_t> octets(9000, 0xFF);
     const bits::BitReader reader(octets.data(), 9000);
     const std::vector<CsnFieldRow> rows = {Integer(0, 4)};
-    const CsnStructure structure{"S", &subject.image.Program(), 0, kRoot, 10, 1, rows};
+    const CsnStructure structure{"S", &subject.image.Program(), 0, 0, kRoot, 10, 1, rows};
     Arena arena;
     Cell cell{};
     EXPECT_EQ(DecodeCsn(structure, reader, arena, 65530, 100, cell), 64);
@@ -403,7 +403,7 @@ TEST(CsnRecord, WriterWithoutRoomSaysSo) {
     subject.image.code.Emit(Opcode::kField, {subject.image.Field({{kRoot, 10}}), 16});
     subject.image.code.Emit(Opcode::kRet);
     const std::vector<CsnFieldRow> rows = {Integer(0, 16)};
-    const CsnStructure structure{"S", &subject.image.Program(), 0, kRoot, 10, 1, rows};
+    const CsnStructure structure{"S", &subject.image.Program(), 0, 0, kRoot, 10, 1, rows};
     std::uint8_t octet = 0;
     bits::BitWriter writer(&octet, 1);
     EXPECT_EQ(EncodeCsn(structure, writer, 0, subject.cell), 16);

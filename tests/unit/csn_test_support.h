@@ -3,6 +3,7 @@
 // Small images, runs and bit strings for the tests of the CSN.1 machine.
 
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -11,7 +12,9 @@
 #include <vector>
 
 #include "csn/assembly/assembler.h"
+#include "csn/assembly/planner.h"
 #include "csn/machine.h"
+#include "support/plain_decode.h"
 #include "support/print_outcome.h"
 
 namespace quorvane::csn::test {
@@ -91,14 +94,25 @@ class Image {
     }
     const CsnProgram& Program() {
         const std::vector<std::uint8_t>& octets = Octets();
-        program_ = {octets.data(),    static_cast<std::uint32_t>(octets.size()),
-                    fields.data(),    actions.data(),
-                    functions.data(), static_cast<std::uint32_t>(fields.size())};
+        plan_ = MakePlan(octets, fields);
+        program_ = {octets.data(),
+                    static_cast<std::uint32_t>(octets.size()),
+                    fields.data(),
+                    actions.data(),
+                    functions.data(),
+                    static_cast<std::uint32_t>(fields.size()),
+                    plan_.steps.data()};
         return program_;
+    }
+
+    /// The plan's step for the code at `label`.
+    [[nodiscard]] std::uint16_t StepAt(std::uint32_t label) const {
+        return plan_.stepAt.at(label);
     }
 
   private:
     std::vector<std::uint8_t> octets_;
+    Plan plan_;
     CsnProgram program_{};
 };
 
@@ -110,7 +124,7 @@ struct DecodeRun {
     bits::Outcome result = 0;
 };
 
-/// Decodes all of `bits` from its first bit on.
+/// Decodes all of `bits` from its first bit on; without a callback by the plan too.
 inline DecodeRun Decode(Image& image, std::string_view bits, CsnCallback callback = nullptr,
                         std::uint32_t label = 0) {
     DecodeRun run;
@@ -118,7 +132,12 @@ inline DecodeRun Decode(Image& image, std::string_view bits, CsnCallback callbac
     const bits::BitReader reader(run.octets.data(), static_cast<std::int64_t>(run.octets.size()));
     CsnMachineInit(*run.machine, image.Program(), label, reader, 0, Count(bits));
     run.machine->rootTag = kRoot;
-    run.result = CsnMachineRun(*run.machine, callback);
+    if (callback == nullptr) {
+        const std::uint16_t step = image.StepAt(label);
+        EXPECT_EQ(DifferenceOfPlan(*run.machine, step, run.result), "");
+    } else {
+        run.result = CsnMachineRun(*run.machine, callback);
+    }
     return run;
 }
 

@@ -1,0 +1,523 @@
+#include "csn/runner.h"
+
+#include <algorithm>
+
+namespace quorvane::csn {
+namespace {
+
+/// A choice point, a return address, a loop's state or the start of a field, with the state of the
+/// run at that time. As many as the machine has entries, one for one.
+struct Entry {
+    std::uint32_t value;  // a step, a position or, in a loop's counter, least << 16 | most
+    std::int32_t bitPos;
+    std::int32_t logCount;
+    std::uint16_t records;  // as the machine counts them: two a field
+    std::uint16_t parentTag;
+    std::uint8_t tagCount;
+    bool isChoice;
+    bool restoresEnd;
+
+    [[nodiscard]] std::uint32_t Least() const { return value >> 16; }
+    [[nodiscard]] std::uint32_t Most() const { return value & 0xFFFFU; }
+    void SetCounts(std::uint32_t least, std::uint32_t most) { value = least << 16 | most; }
+};
+
+class Runner {
+  public:
+    Runner(const CsnProgram& program, std::uint16_t rootTag, const bits::BitReader& reader,
+           std::int32_t bitPos, std::int32_t bitLength, std::uint64_t instructions, CsnLog& log)
+        : log_(log), parentTag_(rootTag), left_(instructions) {
+        CsnMachineInit(machine_, program, 0, reader, bitPos, bitLength);
+        machine_.flags |= kFlagRunning;
+        machine_.startPos = machine_.bitPos;
+        machine_.endPos = static_cast<std::int32_t>(std::clamp<std::int64_t>(
+            std::int64_t{machine_.bitPos} + bitLength, -kMostPosition, kMostPosition));
+        log.count = 0;
+    }
+
+    bits::Outcome Run(std::uint32_t step) {
+        pc_ = step;
+        return Walk() ? bits::Outcome(machine_.bitPos - machine_.startPos) : kSyntaxError;
+    }
+
+  private:
+    /// Takes steps to the end of the outermost rule. False: the run fails.
+    bool Walk();
+
+    [[nodiscard]] bool IsLeft(std::int32_t bits) const {
+        return machine_.endPos - machine_.bitPos >= bits;
+    }
+    [[nodiscard]] bool IsNext(std::uint32_t value, std::int32_t width) const {
+        return IsLeft(width) && machine_.reader.Read(machine_.bitPos, width) == value;
+    }
+    /// Passes `width` bits if they have the value.
+    bool Pass(std::uint32_t value, std::int32_t width) {
+        const bool there = IsNext(value, width);
+        machine_.bitPos += there ? width : 0;
+        return there;
+    }
+    /// Takes `count` instructions more than the one that the loop counts. False: there are not so
+    /// many left.
+    bool Spend(std::uint64_t count) {
+        const bool enough = count <= left_;
+        left_ -= enough ? count : left_;
+        return enough;
+    }
+
+    bool Push(std::uint32_t value, bool isChoice = false, bool restoresEnd = false) {
+        if (depth_ >= kMostStackEntries) {
+            return false;
+        }
+        stack_[depth_++] = {value,    machine_.bitPos, log_.count,
+                            records_, parentTag_,      static_cast<std::uint8_t>(machine_.tagCount),
+                            isChoice, restoresEnd};
+        return true;
+    }
+    Entry& Top() { return stack_[depth_ - 1]; }
+    bool Pop() {
+        if (depth_ < 1) {
+            return false;
+        }
+        parentTag_ = stack_[--depth_].parentTag;
+        return true;
+    }
+    /// The entry popped last.
+    [[nodiscard]] const Entry& Popped() const { return stack_[depth_]; }
+    void SaveIn(Entry& entry) const {
+        entry.bitPos = machine_.bitPos;
+        entry.logCount = log_.count;
+        entry.records = records_;
+        entry.parentTag = parentTag_;
+        entry.tagCount = static_cast<std::uint8_t>(machine_.tagCount);
+    }
+
+    // False: the run fails. `there` is made false where it goes back instead.
+    bool Alternative(const PlanStep& step, std::uint32_t value, std::int32_t width);
+    bool Call(std::uint32_t function, std::uint32_t& result, bool& there);
+    bool Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there);
+    bool Skips(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there);
+    bool Require(std::uint32_t count);
+    bool Loop(std::uint32_t body);
+    bool Exclude(std::uint32_t otherwise);
+    bool ReadAgain(std::int32_t mark);
+    bool TakeField(std::uint16_t tag, std::uint16_t width);
+    bool Open(std::uint16_t tag);
+    bool Close();
+    bool GoBack();
+    bool Commit();
+
+    bool LeavesLoop(std::uint32_t target);
+    [[nodiscard]] bool IsAborted() const { return (machine_.flags & kFlagAbort) != 0; }
+    [[nodiscard]] std::uint16_t TagOf(std::uint32_t id) const {
+        const std::uint16_t* pair = machine_.program->fieldTable + id;
+        while (pair[0] != parentTag_) {
+            pair += 2;
+        }
+        return pair[1];
+    }
+    void Log(std::uint16_t tag, std::uint16_t width) {
+        log_.lines[log_.count++] = {tag, width, machine_.bitPos};
+    }
+    [[nodiscard]] bool IsBetween(std::uint32_t tag, std::uint32_t low, std::uint32_t high) const {
+        const std::int32_t from = TagValue(machine_, static_cast<std::int32_t>(tag));
+        const std::uint32_t number = ReadBetween(machine_.reader, from, machine_.bitPos);
+        return number >= low && number <= high;
+    }
+
+    CsnMachine machine_;  // what actions and value functions see of the run; nothing of its arrays
+                          // but the tags is used
+    CsnLog& log_;
+    std::int32_t depth_ = 0;
+    std::uint32_t pc_ = 0;        // the next step
+    std::uint32_t loopExit_ = 0;  // of the repetition entered last
+    std::uint16_t records_ = 0;
+    std::uint16_t parentTag_;  // of the innermost open field, or the root's
+    std::uint64_t left_;
+    Entry stack_[kMostStackEntries];
+};
+
+bool Runner::Walk() {
+    const PlanStep* const steps = machine_.program->plan;
+    while (left_ > 0) {
+        --left_;
+        const PlanStep& step = steps[pc_++];
+        bool there = true;  // false: go back
+        bool going = true;  // false: the run fails
+        std::uint32_t count = 0;
+        std::uint32_t other = 0;
+        switch (step.op) {
+            case PlanOp::kNone:
+                break;
+            case PlanOp::kBack:
+                there = false;
+                break;
+            case PlanOp::kBit0:
+                there = Pass(0, 1);
+                break;
+            case PlanOp::kBit1:
+                there = Pass(1, 1);
+                break;
+            case PlanOp::kBitL:
+                there = Pass(PaddingBit(machine_.bitPos), 1);
+                break;
+            case PlanOp::kBitH:
+                there = Pass(PaddingBit(machine_.bitPos) ^ 1U, 1);
+                break;
+            case PlanOp::kLiteral:
+                there = Pass(step.a, step.width);
+                break;
+            case PlanOp::kSkip:
+                there = IsLeft(step.width);
+                machine_.bitPos += there ? step.width : 0;
+                break;
+            case PlanOp::kField:
+                there = IsLeft(step.c);
+                going = !there || TakeField(step.a, step.c);
+                break;
+            case PlanOp::kFieldOf:
+                there = IsLeft(step.c);
+                going = !there || TakeField(TagOf(step.a), step.c);
+                break;
+            case PlanOp::kFieldLiteral:
+                there = IsNext(step.b, step.width);
+                going = !there || TakeField(TagOf(step.a), step.c);
+                break;
+            case PlanOp::kBegin:
+                going = Open(TagOf(step.a));
+                break;
+            case PlanOp::kEnd:
+                going = Close();
+                break;
+            case PlanOp::kEndTag:
+                if (going = Close(); going) {
+                    count = ReadBetween(machine_.reader, Popped().bitPos, machine_.bitPos);
+                    TagAdd(machine_, step.a, static_cast<std::int32_t>(count));
+                    going = !IsAborted();
+                }
+                break;
+            case PlanOp::kAlt:
+                going = Push(step.a, true);
+                break;
+            case PlanOp::kAlt0:
+                going = Alternative(step, 0, 1);
+                break;
+            case PlanOp::kAlt1:
+                going = Alternative(step, 1, 1);
+                break;
+            case PlanOp::kAltL:
+                going = Alternative(step, PaddingBit(machine_.bitPos), 1);
+                break;
+            case PlanOp::kAltH:
+                going = Alternative(step, PaddingBit(machine_.bitPos) ^ 1U, 1);
+                break;
+            case PlanOp::kAltLiteral:
+                going = Alternative(step, step.c, step.width);
+                break;
+            case PlanOp::kJumpPop:
+                going = Spend(1) && Pop();
+                pc_ = step.a;
+                break;
+            case PlanOp::kJump:
+                pc_ = step.a;
+                break;
+            case PlanOp::kPop:
+            case PlanOp::kRescanEnd:
+                going = Pop();
+                break;
+            case PlanOp::kCommit:
+                going = Commit();
+                break;
+            case PlanOp::kCall:
+                going = Push(pc_);
+                pc_ = step.a;
+                break;
+            case PlanOp::kReturn:
+            case PlanOp::kReturnTags:
+                if (!Pop()) {
+                    return machine_.bitPos == machine_.endPos ||
+                           (machine_.flags & kFlagPartialOk) != 0;
+                }
+                if (step.op == PlanOp::kReturnTags) {
+                    machine_.tagCount = Popped().tagCount;
+                }
+                pc_ = Popped().value;
+                break;
+            case PlanOp::kAct:
+                machine_.program->actionTable[step.a](machine_);
+                if ((machine_.flags & kFlagRefused) != 0) {
+                    machine_.flags &= ~kFlagRefused;
+                    GoBack();  // without a choice point the run goes on
+                }
+                if ((machine_.flags & (kFlagRunning | kFlagAbort)) != kFlagRunning) {
+                    return !IsAborted();
+                }
+                break;
+            case PlanOp::kTagPosition:
+                TagAdd(machine_, step.a, machine_.bitPos);
+                going = !IsAborted();
+                break;
+            case PlanOp::kRepeat:
+                going = Repeat(step, step.b, step.c, there);
+                break;
+            case PlanOp::kRepeatBit:
+                count = machine_.reader.Read(std::int64_t{TagValue(machine_, step.b)} + step.c, 1);
+                going = Repeat(step, count, count, there);
+                break;
+            case PlanOp::kRepeatTag:
+                count = static_cast<std::uint32_t>(TagValue(machine_, step.b));
+                going = Repeat(step, count & kMostLeast, count & kMostCount, there);
+                break;
+            case PlanOp::kRepeatFunction:
+                going = Call(step.b, count, there);
+                if (going && there) {
+                    going = Repeat(step, count & kMostLeast, count & kMostCount, there);
+                }
+                break;
+            case PlanOp::kLoop:
+                going = Loop(step.a);
+                break;
+            case PlanOp::kCount:
+                going = Require(step.a);
+                break;
+            case PlanOp::kCountFunction:
+                going = Call(step.a, count, there);
+                going = going && (!there || Require(count & kMostLeast));
+                break;
+            case PlanOp::kMark:
+                going = Push(static_cast<std::uint32_t>(machine_.bitPos));
+                break;
+            case PlanOp::kExclude:
+                going = Exclude(step.a);
+                break;
+            case PlanOp::kExcludeEnd:
+                if (going = depth_ > 1; going) {
+                    Pop();
+                    machine_.endPos = static_cast<std::int32_t>(Popped().value);
+                    Pop();
+                }
+                there = false;
+                break;
+            case PlanOp::kRescan:
+                going = Pop() && ReadAgain(static_cast<std::int32_t>(Popped().value));
+                break;
+            case PlanOp::kCompare:
+                there = IsBetween(step.a, step.b | std::uint32_t{steps[pc_].b} << 16,
+                                  step.c | std::uint32_t{steps[pc_].c} << 16);
+                ++pc_;
+                break;
+            case PlanOp::kCompareFunction:
+                going = Call(step.b, count, there);
+                there = there && IsBetween(step.a, count, count);
+                break;
+            case PlanOp::kCompareFunctions:
+                going = Call(step.b, count, there) && (!there || Call(step.c, other, there));
+                there = there && IsBetween(step.a, count, other);
+                break;
+            case PlanOp::kAtEnd:
+                there = machine_.bitPos >= machine_.endPos;
+                break;
+        }
+        if (!going || (!there && !GoBack())) {
+            return false;
+        }
+    }
+    return false;
+}
+
+bool Runner::Alternative(const PlanStep& step, std::uint32_t value, std::int32_t width) {
+    if (depth_ >= kMostStackEntries - 1) {
+        return Push(step.a, true);  // the choice point tells on a full stack
+    }
+    if (!IsNext(value, width)) {
+        pc_ = step.a;
+        return Spend(1);
+    }
+    if (step.b != 0) {
+        machine_.bitPos += width;
+        pc_ = step.b;
+        return Spend(3);
+    }
+    Push(step.a, true);
+    machine_.bitPos += width;
+    ++pc_;
+    return Spend(1);
+}
+
+bool Runner::Call(std::uint32_t function, std::uint32_t& result, bool& there) {
+    result = machine_.program->valueTable[function](machine_);
+    there = result < kNoCount;
+    return result <= kNoCount && !IsAborted();
+}
+
+bool Runner::Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there) {
+    loopExit_ = step.a;
+    const bool exact = least == most && most != kOpenEndedCount;
+    const bool any = least == 0 && most == kOpenEndedCount;
+    if (step.width != 0 && (exact || any) && depth_ + 2 < kMostStackEntries) {
+        // Nothing but bits of any value: all of it at once.
+        const auto left =
+            static_cast<std::uint32_t>(std::max(machine_.endPos - machine_.bitPos, 0));
+        const std::uint32_t fits = left / step.width;
+        const std::uint32_t count = any ? fits : most;
+        there = count <= fits;
+        if (!there) {
+            return Spend(2 * fits + 1);
+        }
+        machine_.bitPos += static_cast<std::int32_t>(count * step.width);
+        pc_ = step.a;
+        return Spend(exact ? 2 * count : count == 0 ? 1 : 3);
+    }
+    if (!Push(step.a) || !Push(0)) {
+        return false;
+    }
+    Top().SetCounts(least, most);
+    LeavesLoop(step.a);
+    return true;
+}
+
+bool Runner::LeavesLoop(std::uint32_t target) {
+    if (Top().Most() == 0) {
+        Pop();
+        Pop();
+        pc_ = target;
+        return true;
+    }
+    if (Top().Least() == 0) {
+        stack_[depth_ - 2].isChoice = true;
+    }
+    return false;
+}
+
+bool Runner::Require(std::uint32_t count) {
+    if (depth_ < 2) {
+        return false;
+    }
+    Top().SetCounts(count, Top().Most());
+    LeavesLoop(loopExit_);
+    return true;
+}
+
+bool Runner::Loop(std::uint32_t body) {
+    if (depth_ < 2) {
+        return false;
+    }
+    Entry& counter = Top();
+    const std::uint32_t least = counter.Least();
+    const std::uint32_t most = counter.Most();
+    if (most == 1) {
+        Pop();
+        Pop();
+        return true;
+    }
+    counter.SetCounts(least == 0 ? 0 : least - 1,
+                      most == 0 || most == kOpenEndedCount ? most : most - 1);
+    if (least > 0) {
+        if (LeavesLoop(pc_)) {
+            return true;
+        }
+    } else if (most == kOpenEndedCount && body + 2 == pc_) {
+        const PlanStep& skip = machine_.program->plan[body];
+        if (skip.op == PlanOp::kSkip && skip.width != 0) {
+            const std::int32_t left = std::max(machine_.endPos - machine_.bitPos, 0);
+            machine_.bitPos += left / skip.width * skip.width;
+        }
+    }
+    pc_ = body;
+    if (counter.Least() == 0) {
+        SaveIn(stack_[depth_ - 2]);  // a later iteration that fails is undone up to here
+    }
+    return true;
+}
+
+bool Runner::Exclude(std::uint32_t otherwise) {
+    if (!Pop()) {
+        return false;
+    }
+    const auto mark = static_cast<std::int32_t>(Popped().value);
+    return Push(otherwise, true) && ReadAgain(mark);
+}
+
+bool Runner::ReadAgain(std::int32_t mark) {
+    if (!Push(static_cast<std::uint32_t>(machine_.endPos), false, true)) {
+        return false;
+    }
+    machine_.endPos = machine_.bitPos;
+    machine_.bitPos = mark;
+    return true;
+}
+
+bool Runner::TakeField(std::uint16_t tag, std::uint16_t width) {
+    if (records_ + 2 > kMostRecords) {
+        if (records_ < kMostRecords) {
+            Log(tag, CsnLogLine::kOpens);
+        }
+        return false;
+    }
+    Log(tag, width);
+    records_ += 2;
+    machine_.bitPos += width;
+    return true;
+}
+
+bool Runner::Open(std::uint16_t tag) {
+    const bool pushed = Push(0);
+    if (records_ >= kMostRecords) {
+        return false;
+    }
+    Log(tag, CsnLogLine::kOpens);
+    ++records_;
+    parentTag_ = tag;
+    return pushed;
+}
+
+bool Runner::Close() {
+    if (depth_ < 1 || records_ >= kMostRecords) {
+        return false;
+    }
+    Log(0, CsnLogLine::kCloses);
+    ++records_;
+    return Pop();
+}
+
+bool Runner::GoBack() {
+    if (depth_ >= kMostStackEntries) {
+        return false;
+    }
+    for (std::int32_t index = depth_ - 1; index >= 0; --index) {
+        const Entry& entry = stack_[index];
+        if (entry.restoresEnd) {
+            machine_.endPos = static_cast<std::int32_t>(entry.value);
+        }
+        if (entry.isChoice) {
+            machine_.bitPos = entry.bitPos;
+            machine_.tagCount = entry.tagCount;
+            log_.count = entry.logCount;
+            records_ = entry.records;
+            parentTag_ = entry.parentTag;
+            pc_ = entry.value;
+            depth_ = index;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Runner::Commit() {
+    for (std::int32_t index = depth_ - 1; index >= 0; --index) {
+        if (stack_[index].isChoice) {
+            SaveIn(stack_[index]);
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+bits::Outcome RunPlan(const CsnProgram& program, std::uint32_t step, std::uint16_t rootTag,
+                      const bits::BitReader& reader, std::int32_t bitPos, std::int32_t bitLength,
+                      std::uint64_t instructions, CsnLog& log) {
+    return Runner(program, rootTag, reader, bitPos, bitLength, instructions, log).Run(step);
+}
+
+}  // namespace quorvane::csn

@@ -1,0 +1,339 @@
+// Plans: what the planner makes of the code, where it takes several instructions in one step, and
+// the limits of a run, at which the plan does what the machine does.
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "csn/functions.h"
+#include "csn/plan.h"
+#include "unit/csn_record_support.h"
+#include "unit/csn_test_support.h"
+
+namespace quorvane::csn::test {
+namespace {
+
+std::string TextOf(const Plan& plan) {
+    std::string text = plan.error;
+    for (const PlanStep& step : plan.steps) {
+        text += bits::EnumeratorText(step.op).substr(sizeof "PlanOp::k" - 1);
+        for (const unsigned operand :
+             {unsigned{step.width}, unsigned{step.a}, unsigned{step.b}, unsigned{step.c}}) {
+            text += " " + std::to_string(operand);
+        }
+        text += "\n";
+    }
+    return text;
+}
+
+std::string PlanOf(Image& image) {
+    return TextOf(MakePlan(image.Octets(), image.fields));
+}
+
+TEST(Plan, LooksUpFieldsOfSeveralParentsOnly) {
+    Image image;
+    const std::uint32_t one = image.Field({{kRoot, 10}});
+    const std::uint32_t two = image.Field({{kRoot, 11}, {12, 13}});
+    const std::uint32_t last = image.Field({{kRoot, 14}});
+    image.code.Emit(Opcode::kField, {one, 300});
+    image.code.Emit(Opcode::kField, {two, 5});
+    image.code.Emit(Opcode::kFieldLit, {two, Assembler::Literal(2, 3)});
+    image.code.Emit(Opcode::kField, {last, 1});
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(PlanOf(image),
+              "Field 0 10 0 300\n"
+              "FieldOf 0 4 0 5\n"
+              "FieldLiteral 3 4 2 3\n"
+              "Field 0 14 0 1\n"
+              "Return 0 0 0 0\n");
+}
+
+TEST(Plan, TakesAnAlternativeAndItsFirstBitsInOneStep) {
+    Image image;
+    const auto second = image.code.NewLabel();
+    const auto third = image.code.NewLabel();
+    const auto fourth = image.code.NewLabel();
+    const auto fail = image.code.NewLabel();
+    const auto join = image.code.NewLabel();
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(second, false)});
+    image.code.Emit(Opcode::kBit0);
+    image.code.Emit(Opcode::kJmp, {join});
+    image.code.Bind(second);
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(third, false)});
+    image.code.Emit(Opcode::kBitL);
+    image.code.Emit(Opcode::kSkip, {3});
+    image.code.Emit(Opcode::kJmp, {join});
+    image.code.Bind(third);
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(fourth, false)});
+    image.code.Emit(Opcode::kLit, {Assembler::Literal(6, 3)});
+    image.code.Emit(Opcode::kJmp, {join});
+    image.code.Bind(fourth);
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(fail, true)});
+    image.code.Emit(Opcode::kSkip, {1});
+    image.code.Emit(Opcode::kJmp, {join});
+    image.code.Bind(fail);
+    image.code.Emit(Opcode::kFail);
+    image.code.Bind(join);
+    image.code.Emit(Opcode::kPop);
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(PlanOf(image),
+              "Alt0 0 3 15 0\n"
+              "Bit0 0 0 0 0\n"
+              "JumpPop 0 15 0 0\n"
+              "AltL 0 7 0 0\n"
+              "BitL 0 0 0 0\n"
+              "Skip 3 0 0 0\n"
+              "JumpPop 0 15 0 0\n"
+              "AltLiteral 3 10 15 6\n"
+              "Literal 3 6 0 0\n"
+              "JumpPop 0 15 0 0\n"
+              "Alt 0 13 0 0\n"
+              "Skip 1 0 0 0\n"
+              "JumpPop 0 15 0 0\n"
+              "Back 0 0 0 0\n"
+              "Pop 0 0 0 0\n"
+              "Return 0 0 0 0\n");
+    // One message of each alternative, and none of any.
+    for (const std::string bits : {"0", "1000", "110", "11"}) {
+        EXPECT_FALSE(Decode(image, bits).result.Failed()) << bits;
+    }
+    EXPECT_TRUE(Decode(image, "").result.Failed());
+}
+
+TEST(Plan, PassesSkipsOfARepetitionAtOnce) {
+    Image image;
+    const std::uint32_t function = image.Function(functions::Constant<3>);
+    const auto exits = {image.code.NewLabel(), image.code.NewLabel(), image.code.NewLabel()};
+    auto exit = exits.begin();
+    image.code.Emit(Opcode::kRepFn, {Assembler::Exit(*exit, false), function});
+    auto body = image.code.BindNew();
+    image.code.Emit(Opcode::kSkip, {2});
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(*exit++);
+    image.code.Emit(Opcode::kRepAny, {Assembler::Exit(*exit, false)});
+    body = image.code.BindNew();
+    image.code.Emit(Opcode::kSkip, {3});
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(*exit++);
+    image.code.Emit(Opcode::kRep, {Assembler::Exit(*exit, false), 4});
+    body = image.code.BindNew();
+    image.code.Emit(Opcode::kBit1);
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(*exit++);
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(PlanOf(image),
+              "RepeatFunction 2 3 0 0\n"
+              "Skip 2 0 0 0\n"
+              "Loop 0 1 0 0\n"
+              "Repeat 3 6 0 16383\n"
+              "Skip 3 0 0 0\n"
+              "Loop 0 4 0 0\n"
+              "Repeat 0 9 4 4\n"
+              "Bit1 0 0 0 0\n"
+              "Loop 0 7 0 0\n"
+              "Return 0 0 0 0\n");
+    for (std::size_t length = 0; length < 20; ++length) {
+        Decode(image, std::string(length, '1'));
+    }
+}
+
+TEST(Plan, KeepsNumbersOf32Bits) {
+    Image image;
+    image.code.Emit(Opcode::kTagPos, {1});
+    image.code.Emit(Opcode::kSkip, {32});
+    image.code.Emit(Opcode::kValRange, {1, 0x12345678, 0x9ABCDEF0});
+    image.code.Emit(Opcode::kValEq, {1, 0x56781234});
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(PlanOf(image),
+              "TagPosition 0 1 0 0\n"
+              "Skip 32 0 0 0\n"
+              "Compare 0 1 22136 57072\n"
+              "None 0 0 4660 39612\n"
+              "Compare 0 1 4660 4660\n"
+              "None 0 0 22136 22136\n"
+              "Return 0 0 0 0\n");
+    EXPECT_EQ(Decode(image, "01010110011110000001001000110100").result, 32);
+    EXPECT_TRUE(Decode(image, "01010110011110000001001000110101").result.Failed());
+    EXPECT_TRUE(Decode(image, "10011010101111001101111011110001").result.Failed());
+}
+
+TEST(Plan, LeavesOutWhatEncodingAloneDoes) {
+    Image image;
+    const std::uint32_t action = image.Action(functions::NotePosition<1>);
+    const std::uint32_t encode = image.Function(functions::Constant<1>);
+    const std::uint32_t decode = image.Function(functions::Constant<2>);
+    const auto behind = image.code.NewLabel();
+    const auto exit = image.code.NewLabel();
+    image.code.Emit(Opcode::kActEnc, {action});
+    image.code.Emit(Opcode::kActDec, {action});
+    image.code.Emit(Opcode::kSkipEnc, {behind});
+    image.code.Bind(behind);
+    image.code.Emit(Opcode::kRepFn2, {Assembler::Exit(exit, false), encode, decode});
+    const auto body = image.code.BindNew();
+    image.code.Emit(Opcode::kBit1);
+    image.code.Emit(Opcode::kCountFn2, {encode, decode});
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(exit);
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(PlanOf(image),
+              "None 0 0 0 0\n"
+              "Act 0 0 0 0\n"
+              "None 0 0 0 0\n"
+              "RepeatFunction 0 7 1 0\n"
+              "Bit1 0 0 0 0\n"
+              "CountFunction 0 1 0 0\n"
+              "Loop 0 4 0 0\n"
+              "Return 0 0 0 0\n");
+}
+
+TEST(Plan, RefusesWhatItsOperandsCannotHold) {
+    const auto error = [](auto emit) {
+        Image image;
+        emit(image);
+        image.code.Emit(Opcode::kRet);
+        const Plan plan = MakePlan(image.Octets(), image.fields);
+        return std::to_string(plan.errorOffset) + ": " + plan.error;
+    };
+    EXPECT_EQ(error([](Image& image) {
+                  image.code.Emit(Opcode::kNop);
+                  image.code.Emit(Opcode::kTagPos, {65536});
+              }),
+              "1: the operand 65536 is above 65535");
+    EXPECT_EQ(error([](Image& image) { image.code.Emit(Opcode::kTagPos, {65535}); }), "0: ");
+    EXPECT_EQ(error([](Image& image) {
+                  image.code.Emit(Opcode::kField, {image.Field({{kRoot, 10}}), 65534});
+              }),
+              "0: a field has more than 65533 bits");
+    EXPECT_EQ(error([](Image& image) {
+                  for (int count = 0; count < 65535; ++count) {
+                      image.code.Emit(Opcode::kNop);
+                  }
+              }),
+              "0: the image has more than 65535 instructions");
+}
+
+// A refused number goes back to the nearest choice point; where there is none the run goes on.
+TEST(Plan, GoesBackBehindAnActionThatRefuses) {
+    for (const bool choice : {false, true}) {
+        Image image;
+        const auto read = [&] {
+            image.code.Emit(Opcode::kSkip, {4});
+            image.code.Emit(Opcode::kAct, {image.Action(functions::RejectZero<4>)});
+        };
+        const auto end = image.code.NewLabel();
+        if (choice) {
+            image.code.Emit(Opcode::kAlt, {Assembler::Branch(end, false)});
+        }
+        read();
+        if (choice) {
+            image.code.Emit(Opcode::kPop);
+        }
+        image.code.Bind(end);
+        image.code.Emit(Opcode::kRet);
+        EXPECT_EQ(Decode(image, "00011").result, 4);
+        EXPECT_EQ(Decode(image, "00001").result, choice ? 0 : 4);
+    }
+}
+
+// As many rules as the stack has room for call each other; one more fails.
+TEST(Plan, FailsAtTheMachinesStackLimit) {
+    for (const int calls : {254, 255, 256, 257}) {
+        for (const bool choice : {false, true}) {
+            Image image;
+            for (int call = 0; call < calls; ++call) {
+                const auto next = image.code.NewLabel();
+                image.code.Emit(Opcode::kCall, {next});
+                image.code.Emit(Opcode::kRet);
+                image.code.Bind(next);
+            }
+            if (choice) {
+                Optional(image, [&] { image.code.Emit(Opcode::kSkip, {1}); });
+            }
+            image.code.Emit(Opcode::kRet);
+            const int most = choice ? 255 : 256;
+            EXPECT_EQ(Decode(image, "10").result.Failed(), calls > most) << calls;
+            // The choice point of the first branch fills the stack: going back is refused.
+            EXPECT_EQ(Decode(image, "0").result.Failed(), calls > (choice ? 254 : 256)) << calls;
+        }
+    }
+}
+
+TEST(Plan, FailsAtTheMachinesStackLimitInRepetitions) {
+    for (const int calls : {252, 253, 254, 255, 256}) {
+        Image image;
+        for (int call = 0; call < calls; ++call) {
+            const auto next = image.code.NewLabel();
+            image.code.Emit(Opcode::kCall, {next});
+            image.code.Emit(Opcode::kRet);
+            image.code.Bind(next);
+        }
+        const auto exit = image.code.NewLabel();
+        image.code.Emit(Opcode::kRepAny, {Assembler::Exit(exit, false)});
+        const auto body = image.code.BindNew();
+        image.code.Emit(Opcode::kSkip, {2});
+        image.code.Emit(Opcode::kLoop, {body});
+        image.code.Bind(exit);
+        image.code.Emit(Opcode::kRet);
+        EXPECT_EQ(Decode(image, "11111").result.Failed(), calls > 253) << calls;
+    }
+}
+
+// 128 fields fill the list of records; what opens at its end is in the log, and the run fails.
+TEST(Plan, FailsAtTheMachinesRecordLimit) {
+    for (const int fields : {126, 127, 128, 129}) {
+        for (const bool open : {false, true}) {
+            Image image;
+            const std::uint32_t group = image.Field({{kRoot, 10}});
+            const std::uint32_t field = image.Field({{kRoot, 11}, {10, 12}});
+            const auto inside = [&] {
+                for (int count = 0; count < fields; ++count) {
+                    image.code.Emit(Opcode::kField, {field, 1});
+                }
+            };
+            if (open) {
+                Group(image, group, inside);
+            } else {
+                inside();
+            }
+            image.code.Emit(Opcode::kRet);
+            EXPECT_EQ(Decode(image, std::string(130, '1')).result.Failed(),
+                      fields + (open ? 1 : 0) > 128)
+                << fields;
+        }
+    }
+}
+
+// However few instructions a run may take, plan and machine end at the same one.
+TEST(Plan, CountsTheMachinesInstructions) {
+    Image image;
+    const std::uint32_t field = image.Field({{kRoot, 10}});
+    Optional(image, [&] { image.code.Emit(Opcode::kField, {field, 2}); });
+    const auto exit = image.code.NewLabel();
+    image.code.Emit(Opcode::kRep, {Assembler::Exit(exit, false), 3});
+    const auto body = image.code.BindNew();
+    image.code.Emit(Opcode::kSkip, {2});
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(exit);
+    const auto end = image.code.NewLabel();
+    image.code.Emit(Opcode::kRepAny, {Assembler::Exit(end, false)});
+    const auto padding = image.code.BindNew();
+    image.code.Emit(Opcode::kSkip, {1});
+    image.code.Emit(Opcode::kLoop, {padding});
+    image.code.Bind(end);
+    image.code.Emit(Opcode::kRet);
+    for (const std::string bits : {"0000000", "0000000000", "111000000", "11100000000", "000"}) {
+        const std::vector<std::uint8_t> octets = Octets(bits);
+        const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+        for (std::uint64_t instructions = 0; instructions < 40; ++instructions) {
+            CsnMachine machine;
+            CsnMachineInit(machine, image.Program(), 0, reader, 0, Count(bits));
+            machine.rootTag = kRoot;
+            machine.instructionsLeft = instructions;
+            bits::Outcome result = 0;
+            EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quorvane::csn::test
