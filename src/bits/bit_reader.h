@@ -21,14 +21,26 @@ class BitReader {
     /// buffer read as 0.
     [[nodiscard]] std::uint32_t Read(std::int64_t position, std::int32_t count) const {
         const std::int64_t index = position >> 3;
-        if (position < 0 || index + 8 > octetCount_) {
+        const std::int64_t over = index + kWindow - octetCount_;  // octets of the window behind it
+        if (position < 0 || over >= kWindow || octetCount_ < kWindow) {
             return ReadNearEdge(position, count);
         }
         if (count < 1) {
             return 0;
         }
-        const std::uint64_t window = Window(octets_ + index) << (position & 7);
+        // The last window of a buffer serves all bits up to its end.
+        const std::int64_t back = over > 0 ? over : 0;
+        const std::uint64_t window = Window(octets_ + index - back) << (8 * back) << (position & 7);
         return static_cast<std::uint32_t>(window >> (64 - count));
+    }
+
+    /// The bit at `position`; 0 outside the buffer.
+    [[nodiscard]] std::uint32_t ReadBit(std::int64_t position) const {
+        const std::int64_t index = position >> 3;
+        if (index < 0 || index >= octetCount_) {
+            return 0;
+        }
+        return octets_[index] >> (7 - (position & 7)) & 1U;
     }
 
     /// The octet at bit `position`.
@@ -45,6 +57,8 @@ class BitReader {
     [[nodiscard]] std::int64_t OctetCount() const { return octetCount_; }
 
   private:
+    static constexpr std::int64_t kWindow = 8;
+
     /// Eight octets as one number. Compilers make one load and a byte swap of this form.
     static std::uint64_t Window(const std::uint8_t* octets) {
         return std::uint64_t{octets[0]} << 56 | std::uint64_t{octets[1]} << 48 |

@@ -1,7 +1,7 @@
 #pragma once
 
-// A CSN.1 structure between its bits and its record: runs the machine and moves the fields, by the
-// rows of the structure, into cells or out of them.
+// A CSN.1 structure between its bits and its record: runs its plan or, to encode, the machine, and
+// moves the fields, by the rows of the structure, into cells or out of them.
 //
 // Tests: tests/unit/csn_record_test.cpp.
 

@@ -50,6 +50,15 @@ class Runner {
     [[nodiscard]] bool IsNext(std::uint32_t value, std::int32_t width) const {
         return IsLeft(width) && machine_.reader.Read(machine_.bitPos, width) == value;
     }
+    [[nodiscard]] bool IsNextBit(std::uint32_t bit) const {
+        return IsLeft(1) && machine_.reader.ReadBit(machine_.bitPos) == bit;
+    }
+    /// Passes a bit if it is the one.
+    bool PassBit(std::uint32_t bit) {
+        const bool there = IsNextBit(bit);
+        machine_.bitPos += there ? 1 : 0;
+        return there;
+    }
     /// Passes `width` bits if they have the value.
     bool Pass(std::uint32_t value, std::int32_t width) {
         const bool there = IsNext(value, width);
@@ -92,7 +101,7 @@ class Runner {
     }
 
     // False: the run fails. `there` is made false where it goes back instead.
-    bool Alternative(const PlanStep& step, std::uint32_t value, std::int32_t width);
+    bool Alternative(const PlanStep& step, bool begins, std::int32_t width);
     bool Call(std::uint32_t function, std::uint32_t& result, bool& there);
     bool Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there);
     bool Skips(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there);
@@ -152,16 +161,16 @@ bool Runner::Walk() {
                 there = false;
                 break;
             case PlanOp::kBit0:
-                there = Pass(0, 1);
+                there = PassBit(0);
                 break;
             case PlanOp::kBit1:
-                there = Pass(1, 1);
+                there = PassBit(1);
                 break;
             case PlanOp::kBitL:
-                there = Pass(PaddingBit(machine_.bitPos), 1);
+                there = PassBit(PaddingBit(machine_.bitPos));
                 break;
             case PlanOp::kBitH:
-                there = Pass(PaddingBit(machine_.bitPos) ^ 1U, 1);
+                there = PassBit(PaddingBit(machine_.bitPos) ^ 1U);
                 break;
             case PlanOp::kLiteral:
                 there = Pass(step.a, step.width);
@@ -199,19 +208,19 @@ bool Runner::Walk() {
                 going = Push(step.a, true);
                 break;
             case PlanOp::kAlt0:
-                going = Alternative(step, 0, 1);
+                going = Alternative(step, IsNextBit(0), 1);
                 break;
             case PlanOp::kAlt1:
-                going = Alternative(step, 1, 1);
+                going = Alternative(step, IsNextBit(1), 1);
                 break;
             case PlanOp::kAltL:
-                going = Alternative(step, PaddingBit(machine_.bitPos), 1);
+                going = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos)), 1);
                 break;
             case PlanOp::kAltH:
-                going = Alternative(step, PaddingBit(machine_.bitPos) ^ 1U, 1);
+                going = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos) ^ 1U), 1);
                 break;
             case PlanOp::kAltLiteral:
-                going = Alternative(step, step.c, step.width);
+                going = Alternative(step, IsNext(step.c, step.width), step.width);
                 break;
             case PlanOp::kJumpPop:
                 going = Spend(1) && Pop();
@@ -324,11 +333,12 @@ bool Runner::Walk() {
     return false;
 }
 
-bool Runner::Alternative(const PlanStep& step, std::uint32_t value, std::int32_t width) {
+/// An alternative whose first `width` bits are there, or not.
+bool Runner::Alternative(const PlanStep& step, bool begins, std::int32_t width) {
     if (depth_ >= kMostStackEntries - 1) {
         return Push(step.a, true);  // the choice point tells on a full stack
     }
-    if (!IsNext(value, width)) {
+    if (!begins) {
         pc_ = step.a;
         return Spend(1);
     }

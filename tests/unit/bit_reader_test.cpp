@@ -57,6 +57,29 @@ TEST(BitReader, BitsOutsideAreZero) {
     EXPECT_EQ(reader.Read(0, -3), 0U);
 }
 
+// Around both ends of buffers shorter and longer than a window of eight octets.
+TEST(BitReader, AgreesWithSingleBitsAnywhere) {
+    for (const std::size_t size : {0U, 1U, 7U, 8U, 9U, 20U}) {
+        const Octets octets = Pattern(size);
+        const Exact exact(octets);
+        const auto bitAt = [&](std::int32_t position) {
+            const bool inside = position >= 0 && position < static_cast<std::int32_t>(8 * size);
+            return inside ? octets[static_cast<std::size_t>(position / 8)] >> (7 - position % 8) & 1
+                          : 0;
+        };
+        for (std::int32_t position = -70; position < 240; ++position) {
+            EXPECT_EQ(exact.Reader().ReadBit(position), static_cast<std::uint32_t>(bitAt(position)))
+                << size << " " << position;
+            std::uint32_t number = 0;
+            for (std::int32_t count = 1; count <= 32; ++count) {
+                number = number << 1 | static_cast<std::uint32_t>(bitAt(position + count - 1));
+                EXPECT_EQ(exact.Reader().Read(position, count), number)
+                    << size << " " << position << " " << count;
+            }
+        }
+    }
+}
+
 TEST(BitReader, EmptyBuffer) {
     const BitReader reader(nullptr, 0);
     EXPECT_EQ(reader.Read(0, 32), 0U);
