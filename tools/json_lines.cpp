@@ -11,22 +11,27 @@
 namespace quorvane::tool {
 namespace {
 
-constexpr std::size_t kWord = sizeof(std::uint64_t);
 constexpr std::size_t kLongestEscape = 6;  // \u001F
 
-constexpr std::uint64_t Repeated(std::uint8_t octet) {
-    return std::uint64_t{octet} * 0x0101010101010101U;
-}
+// What is copied and looked through at once.
+using Step [[gnu::vector_size(16)]] = unsigned char;
+constexpr std::size_t kStep = sizeof(Step);
 
-// The top bit of each octet of `word` that has to be escaped. Above the lowest of them in value
-// there may be others that need not.
-std::uint64_t EscapeMask(std::uint64_t word) {
-    const std::uint64_t quotes = word ^ Repeated('"');
-    const std::uint64_t backslashes = word ^ Repeated('\\');
-    const std::uint64_t controls = (word - Repeated(0x20)) & ~word;
-    return (controls | ((quotes - Repeated(1)) & ~quotes) |
-            ((backslashes - Repeated(1)) & ~backslashes)) &
-           Repeated(0x80);
+/// How many of the next kStep characters stand for themselves, up to the first that does not.
+std::size_t PlainCharacters(const char* text) {
+    Step step;
+    std::memcpy(&step, text, kStep);
+    const auto escaped = (step < 0x20) | (step == '"') | (step == '\\');
+    std::array<std::uint64_t, 2> halves{};
+    std::memcpy(halves.data(), &escaped, kStep);
+    if ((halves[0] | halves[1]) == 0) {
+        return kStep;
+    }
+    const bool first = halves[0] != 0;
+    const std::uint64_t half = first ? halves[0] : halves[1];
+    const int ahead = std::endian::native == std::endian::little ? std::countr_zero(half)
+                                                                 : std::countl_zero(half);
+    return static_cast<std::size_t>(ahead) / 8 + (first ? 0 : kStep / 2);
 }
 
 // The letter behind the backslash; 0 for characters that stand for themselves or need \u.
@@ -108,28 +113,23 @@ void JsonLines::AddKey(std::string_view key) {
 }
 
 void JsonLines::PutString(std::string_view text) {
-    MakeRoom(kLongestEscape * text.size() + kWord + 2);
+    MakeRoom(kLongestEscape * text.size() + kStep + 2);
     char* at = buffer_.data() + used_;
     *at++ = '"';
     const char* next = text.data();
     std::size_t left = text.size();
-    // A word at a time: all of it is copied, and what stands ahead of an escape counts.
-    while (left >= kWord) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, next, kWord);
-        std::memcpy(at, &word, kWord);
-        const std::uint64_t mask = EscapeMask(word);
-        if (mask == 0) {
-            at += kWord;
-            next += kWord;
-            left -= kWord;
-            continue;
+    // All of a step is copied, and what stands ahead of an escape counts.
+    while (left >= kStep) {
+        std::memcpy(at, next, kStep);
+        const std::size_t plain = PlainCharacters(next);
+        at += plain;
+        next += plain;
+        left -= plain;
+        if (plain < kStep) {
+            at = PutCharacter(at, *next);
+            ++next;
+            --left;
         }
-        const bool little = std::endian::native == std::endian::little;
-        const std::size_t plain = little ? static_cast<std::size_t>(std::countr_zero(mask)) / 8 : 0;
-        at = PutCharacter(at + plain, next[plain]);
-        next += plain + 1;
-        left -= plain + 1;
     }
     for (; left > 0; ++next, --left) {
         at = PutCharacter(at, *next);

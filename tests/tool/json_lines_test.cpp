@@ -1,0 +1,60 @@
+#include "tools/json_lines.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace quorvane::tool {
+namespace {
+
+std::string LineOf(std::string_view text) {
+    JsonLines lines;
+    lines.Begin();
+    lines.Add("k", text);
+    lines.End();
+    return std::string(lines.View());
+}
+
+std::string Escaped(char character) {
+    switch (character) {
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        case '"':
+            return "\\\"";
+        case '\\':
+            return "\\\\";
+        default:
+            break;
+    }
+    const auto value = static_cast<unsigned char>(character);
+    if (value >= 0x20) {
+        return {character};
+    }
+    return std::string("\\u00") + (value < 0x10 ? '0' : '1') + "0123456789ABCDEF"[value % 16];
+}
+
+// Texts are looked through in steps of several characters: every character at every place of one,
+// beside others that are escaped or not.
+TEST(JsonLines, EscapesEveryCharacterAtEveryPlace) {
+    for (int value = 0; value < 256; ++value) {
+        const auto character = static_cast<char>(value);
+        for (std::size_t place = 0; place < 35; ++place) {
+            for (const char other : {'x', '\n', '!'}) {
+                std::string text(35, other);
+                text[place] = character;
+                std::string expected = "{\"k\":\"";
+                for (const char each : text) {
+                    expected += Escaped(each);
+                }
+                ASSERT_EQ(LineOf(text), expected + "\"}\n") << value << " " << place;
+            }
+        }
+    }
+    EXPECT_EQ(LineOf(""), "{\"k\":\"\"}\n");
+}
+
+}  // namespace
+}  // namespace quorvane::tool
