@@ -23,9 +23,12 @@ struct Image {
     std::vector<csn::VerifierEntry> entries;
 
     [[nodiscard]] csn::CsnProgram Program() const {
-        return {code.data(),       static_cast<std::uint32_t>(code.size()),
-                fieldTable.data(), actions.data(),
-                functions.data(),  static_cast<std::uint32_t>(fieldTable.size()),
+        return {code.data(),
+                static_cast<std::uint32_t>(code.size()),
+                fieldTable.data(),
+                actions.data(),
+                functions.data(),
+                static_cast<std::uint32_t>(fieldTable.size()),
                 nullptr};
     }
 

@@ -48,8 +48,8 @@ class Grammar {
         return structures_[structure];
     }
 
-    /// Runs the machine, and the plan beside it, over `bits` from bit `start` on; the reading without matches has a result
-    /// of -1 in `taken`.
+    /// Runs the machine, and the plan beside it, over `bits` from bit `start` on; the reading
+    /// without matches has a result of -1 in `taken`.
     [[nodiscard]] Reading Decode(const std::string& bits, std::int32_t start = 0,
                                  std::size_t structure = 0);
 

@@ -95,20 +95,15 @@ class Image {
     const CsnProgram& Program() {
         const std::vector<std::uint8_t>& octets = Octets();
         plan_ = MakePlan(octets, fields);
-        program_ = {octets.data(),
-                    static_cast<std::uint32_t>(octets.size()),
-                    fields.data(),
-                    actions.data(),
-                    functions.data(),
-                    static_cast<std::uint32_t>(fields.size()),
+        program_ = {octets.data(),     static_cast<std::uint32_t>(octets.size()),
+                    fields.data(),     actions.data(),
+                    functions.data(),  static_cast<std::uint32_t>(fields.size()),
                     plan_.steps.data()};
         return program_;
     }
 
     /// The plan's step for the code at `label`.
-    [[nodiscard]] std::uint16_t StepAt(std::uint32_t label) const {
-        return plan_.stepAt.at(label);
-    }
+    [[nodiscard]] std::uint16_t StepAt(std::uint32_t label) const { return plan_.stepAt.at(label); }
 
   private:
     std::vector<std::uint8_t> octets_;
