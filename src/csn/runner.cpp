@@ -22,6 +22,20 @@ struct Entry {
     void SetCounts(std::uint32_t least, std::uint32_t most) { value = least << 16 | most; }
 };
 
+/// How the run goes on behind a step.
+enum class Next : std::uint8_t {
+    kOn,    // at the next step
+    kBack,  // at the nearest choice point
+    kFail,  // not at all
+};
+
+constexpr Next OnIf(bool there) {
+    return there ? Next::kOn : Next::kBack;
+}
+constexpr Next FailUnless(bool good) {
+    return good ? Next::kOn : Next::kFail;
+}
+
 class Runner {
   public:
     Runner(const CsnProgram& program, std::uint16_t rootTag, const bits::BitReader& reader,
@@ -100,18 +114,16 @@ class Runner {
         entry.tagCount = static_cast<std::uint8_t>(machine_.tagCount);
     }
 
-    // False: the run fails. `there` is made false where it goes back instead.
-    bool Alternative(const PlanStep& step, bool begins, std::int32_t width);
-    bool Call(std::uint32_t function, std::uint32_t& result, bool& there);
-    bool Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there);
-    bool Skips(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there);
-    bool Require(std::uint32_t count);
-    bool Loop(std::uint32_t body);
-    bool Exclude(std::uint32_t otherwise);
+    Next Alternative(const PlanStep& step, bool begins, std::int32_t width);
+    Next Call(std::uint32_t function, std::uint32_t& result);
+    Next Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most);
+    Next Require(std::uint32_t count);
+    Next Loop(std::uint32_t body);
+    Next Exclude(std::uint32_t otherwise);
     bool ReadAgain(std::int32_t mark);
-    bool TakeField(std::uint16_t tag, std::uint16_t width);
-    bool Open(std::uint16_t tag);
-    bool Close();
+    Next TakeField(std::uint16_t tag, std::uint16_t width);
+    Next Open(std::uint16_t tag);
+    Next Close();
     bool GoBack();
     bool Commit();
 
@@ -150,80 +162,76 @@ bool Runner::Walk() {
     while (left_ > 0) {
         --left_;
         const PlanStep& step = steps[pc_++];
-        bool there = true;  // false: go back
-        bool going = true;  // false: the run fails
+        Next next = Next::kOn;
         std::uint32_t count = 0;
         std::uint32_t other = 0;
         switch (step.op) {
             case PlanOp::kNone:
                 break;
             case PlanOp::kBack:
-                there = false;
+                next = Next::kBack;
                 break;
             case PlanOp::kBit0:
-                there = PassBit(0);
+                next = OnIf(PassBit(0));
                 break;
             case PlanOp::kBit1:
-                there = PassBit(1);
+                next = OnIf(PassBit(1));
                 break;
             case PlanOp::kBitL:
-                there = PassBit(PaddingBit(machine_.bitPos));
+                next = OnIf(PassBit(PaddingBit(machine_.bitPos)));
                 break;
             case PlanOp::kBitH:
-                there = PassBit(PaddingBit(machine_.bitPos) ^ 1U);
+                next = OnIf(PassBit(PaddingBit(machine_.bitPos) ^ 1U));
                 break;
             case PlanOp::kLiteral:
-                there = Pass(step.a, step.width);
+                next = OnIf(Pass(step.a, step.width));
                 break;
             case PlanOp::kSkip:
-                there = IsLeft(step.width);
-                machine_.bitPos += there ? step.width : 0;
+                next = OnIf(IsLeft(step.width));
+                machine_.bitPos += next == Next::kOn ? step.width : 0;
                 break;
             case PlanOp::kField:
-                there = IsLeft(step.c);
-                going = !there || TakeField(step.a, step.c);
+                next = IsLeft(step.c) ? TakeField(step.a, step.c) : Next::kBack;
                 break;
             case PlanOp::kFieldOf:
-                there = IsLeft(step.c);
-                going = !there || TakeField(TagOf(step.a), step.c);
+                next = IsLeft(step.c) ? TakeField(TagOf(step.a), step.c) : Next::kBack;
                 break;
             case PlanOp::kFieldLiteral:
-                there = IsNext(step.b, step.width);
-                going = !there || TakeField(TagOf(step.a), step.c);
+                next = IsNext(step.b, step.width) ? TakeField(TagOf(step.a), step.c) : Next::kBack;
                 break;
             case PlanOp::kBegin:
-                going = Open(TagOf(step.a));
+                next = Open(TagOf(step.a));
                 break;
             case PlanOp::kEnd:
-                going = Close();
+                next = Close();
                 break;
             case PlanOp::kEndTag:
-                if (going = Close(); going) {
+                if (next = Close(); next == Next::kOn) {
                     count = ReadBetween(machine_.reader, Popped().bitPos, machine_.bitPos);
                     TagAdd(machine_, step.a, static_cast<std::int32_t>(count));
-                    going = !IsAborted();
+                    next = FailUnless(!IsAborted());
                 }
                 break;
             case PlanOp::kAlt:
-                going = Push(step.a, true);
+                next = FailUnless(Push(step.a, true));
                 break;
             case PlanOp::kAlt0:
-                going = Alternative(step, IsNextBit(0), 1);
+                next = Alternative(step, IsNextBit(0), 1);
                 break;
             case PlanOp::kAlt1:
-                going = Alternative(step, IsNextBit(1), 1);
+                next = Alternative(step, IsNextBit(1), 1);
                 break;
             case PlanOp::kAltL:
-                going = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos)), 1);
+                next = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos)), 1);
                 break;
             case PlanOp::kAltH:
-                going = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos) ^ 1U), 1);
+                next = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos) ^ 1U), 1);
                 break;
             case PlanOp::kAltLiteral:
-                going = Alternative(step, IsNext(step.c, step.width), step.width);
+                next = Alternative(step, IsNext(step.c, step.width), step.width);
                 break;
             case PlanOp::kJumpPop:
-                going = Spend(1) && Pop();
+                next = FailUnless(Spend(1) && Pop());
                 pc_ = step.a;
                 break;
             case PlanOp::kJump:
@@ -231,13 +239,13 @@ bool Runner::Walk() {
                 break;
             case PlanOp::kPop:
             case PlanOp::kRescanEnd:
-                going = Pop();
+                next = FailUnless(Pop());
                 break;
             case PlanOp::kCommit:
-                going = Commit();
+                next = FailUnless(Commit());
                 break;
             case PlanOp::kCall:
-                going = Push(pc_);
+                next = FailUnless(Push(pc_));
                 pc_ = step.a;
                 break;
             case PlanOp::kReturn:
@@ -263,70 +271,77 @@ bool Runner::Walk() {
                 break;
             case PlanOp::kTagPosition:
                 TagAdd(machine_, step.a, machine_.bitPos);
-                going = !IsAborted();
+                next = FailUnless(!IsAborted());
                 break;
             case PlanOp::kRepeat:
-                going = Repeat(step, step.b, step.c, there);
+                next = Repeat(step, step.b, step.c);
                 break;
             case PlanOp::kRepeatBit:
                 count = machine_.reader.Read(std::int64_t{TagValue(machine_, step.b)} + step.c, 1);
-                going = Repeat(step, count, count, there);
+                next = Repeat(step, count, count);
                 break;
             case PlanOp::kRepeatTag:
                 count = static_cast<std::uint32_t>(TagValue(machine_, step.b));
-                going = Repeat(step, count & kMostLeast, count & kMostCount, there);
+                next = Repeat(step, count & kMostLeast, count & kMostCount);
                 break;
             case PlanOp::kRepeatFunction:
-                going = Call(step.b, count, there);
-                if (going && there) {
-                    going = Repeat(step, count & kMostLeast, count & kMostCount, there);
+                if (next = Call(step.b, count); next == Next::kOn) {
+                    next = Repeat(step, count & kMostLeast, count & kMostCount);
                 }
                 break;
             case PlanOp::kLoop:
-                going = Loop(step.a);
+                next = Loop(step.a);
                 break;
             case PlanOp::kCount:
-                going = Require(step.a);
+                next = Require(step.a);
                 break;
             case PlanOp::kCountFunction:
-                going = Call(step.a, count, there);
-                going = going && (!there || Require(count & kMostLeast));
+                if (next = Call(step.a, count); next == Next::kOn) {
+                    next = Require(count & kMostLeast);
+                }
                 break;
             case PlanOp::kMark:
-                going = Push(static_cast<std::uint32_t>(machine_.bitPos));
+                next = FailUnless(Push(static_cast<std::uint32_t>(machine_.bitPos)));
                 break;
             case PlanOp::kExclude:
-                going = Exclude(step.a);
+                next = Exclude(step.a);
                 break;
             case PlanOp::kExcludeEnd:
-                if (going = depth_ > 1; going) {
-                    Pop();
-                    machine_.endPos = static_cast<std::int32_t>(Popped().value);
-                    Pop();
+                if (depth_ < 2) {
+                    return false;
                 }
-                there = false;
+                Pop();
+                machine_.endPos = static_cast<std::int32_t>(Popped().value);
+                Pop();
+                next = Next::kBack;
                 break;
             case PlanOp::kRescan:
-                going = Pop() && ReadAgain(static_cast<std::int32_t>(Popped().value));
+                next = FailUnless(Pop() && ReadAgain(static_cast<std::int32_t>(Popped().value)));
                 break;
             case PlanOp::kCompare:
-                there = IsBetween(step.a, step.b | std::uint32_t{steps[pc_].b} << 16,
-                                  step.c | std::uint32_t{steps[pc_].c} << 16);
+                next = OnIf(IsBetween(step.a, step.b | std::uint32_t{steps[pc_].b} << 16,
+                                      step.c | std::uint32_t{steps[pc_].c} << 16));
                 ++pc_;
                 break;
             case PlanOp::kCompareFunction:
-                going = Call(step.b, count, there);
-                there = there && IsBetween(step.a, count, count);
+                if (next = Call(step.b, count); next == Next::kOn) {
+                    next = OnIf(IsBetween(step.a, count, count));
+                }
                 break;
             case PlanOp::kCompareFunctions:
-                going = Call(step.b, count, there) && (!there || Call(step.c, other, there));
-                there = there && IsBetween(step.a, count, other);
+                next = Call(step.b, count);
+                if (next == Next::kOn) {
+                    next = Call(step.c, other);
+                }
+                if (next == Next::kOn) {
+                    next = OnIf(IsBetween(step.a, count, other));
+                }
                 break;
             case PlanOp::kAtEnd:
-                there = machine_.bitPos >= machine_.endPos;
+                next = OnIf(machine_.bitPos >= machine_.endPos);
                 break;
         }
-        if (!going || (!there && !GoBack())) {
+        if (next != Next::kOn && (next == Next::kFail || !GoBack())) {
             return false;
         }
     }
@@ -334,32 +349,31 @@ bool Runner::Walk() {
 }
 
 /// An alternative whose first `width` bits are there, or not.
-bool Runner::Alternative(const PlanStep& step, bool begins, std::int32_t width) {
+Next Runner::Alternative(const PlanStep& step, bool begins, std::int32_t width) {
     if (depth_ >= kMostStackEntries - 1) {
-        return Push(step.a, true);  // the choice point tells on a full stack
+        return FailUnless(Push(step.a, true));  // the choice point tells on a full stack
     }
     if (!begins) {
         pc_ = step.a;
-        return Spend(1);
+        return FailUnless(Spend(1));
     }
     if (step.b != 0) {
         machine_.bitPos += width;
         pc_ = step.b;
-        return Spend(3);
+        return FailUnless(Spend(3));
     }
     Push(step.a, true);
     machine_.bitPos += width;
     ++pc_;
-    return Spend(1);
+    return FailUnless(Spend(1));
 }
 
-bool Runner::Call(std::uint32_t function, std::uint32_t& result, bool& there) {
+Next Runner::Call(std::uint32_t function, std::uint32_t& result) {
     result = machine_.program->valueTable[function](machine_);
-    there = result < kNoCount;
-    return result <= kNoCount && !IsAborted();
+    return result > kNoCount || IsAborted() ? Next::kFail : OnIf(result < kNoCount);
 }
 
-bool Runner::Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most, bool& there) {
+Next Runner::Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most) {
     loopExit_ = step.a;
     const bool exact = least == most && most != kOpenEndedCount;
     const bool any = least == 0 && most == kOpenEndedCount;
@@ -369,20 +383,19 @@ bool Runner::Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t mos
             static_cast<std::uint32_t>(std::max(machine_.endPos - machine_.bitPos, 0));
         const std::uint32_t fits = left / step.width;
         const std::uint32_t count = any ? fits : most;
-        there = count <= fits;
-        if (!there) {
-            return Spend(2 * fits + 1);
+        if (count > fits) {
+            return Spend(2 * fits + 1) ? Next::kBack : Next::kFail;
         }
         machine_.bitPos += static_cast<std::int32_t>(count * step.width);
         pc_ = step.a;
-        return Spend(exact ? 2 * count : count == 0 ? 1 : 3);
+        return FailUnless(Spend(exact ? 2 * count : count == 0 ? 1 : 3));
     }
     if (!Push(step.a) || !Push(0)) {
-        return false;
+        return Next::kFail;
     }
     Top().SetCounts(least, most);
     LeavesLoop(step.a);
-    return true;
+    return Next::kOn;
 }
 
 bool Runner::LeavesLoop(std::uint32_t target) {
@@ -398,18 +411,18 @@ bool Runner::LeavesLoop(std::uint32_t target) {
     return false;
 }
 
-bool Runner::Require(std::uint32_t count) {
+Next Runner::Require(std::uint32_t count) {
     if (depth_ < 2) {
-        return false;
+        return Next::kFail;
     }
     Top().SetCounts(count, Top().Most());
     LeavesLoop(loopExit_);
-    return true;
+    return Next::kOn;
 }
 
-bool Runner::Loop(std::uint32_t body) {
+Next Runner::Loop(std::uint32_t body) {
     if (depth_ < 2) {
-        return false;
+        return Next::kFail;
     }
     Entry& counter = Top();
     const std::uint32_t least = counter.Least();
@@ -417,13 +430,13 @@ bool Runner::Loop(std::uint32_t body) {
     if (most == 1) {
         Pop();
         Pop();
-        return true;
+        return Next::kOn;
     }
     counter.SetCounts(least == 0 ? 0 : least - 1,
                       most == 0 || most == kOpenEndedCount ? most : most - 1);
     if (least > 0) {
         if (LeavesLoop(pc_)) {
-            return true;
+            return Next::kOn;
         }
     } else if (most == kOpenEndedCount && body + 2 == pc_) {
         const PlanStep& skip = machine_.program->plan[body];
@@ -436,15 +449,15 @@ bool Runner::Loop(std::uint32_t body) {
     if (counter.Least() == 0) {
         SaveIn(stack_[depth_ - 2]);  // a later iteration that fails is undone up to here
     }
-    return true;
+    return Next::kOn;
 }
 
-bool Runner::Exclude(std::uint32_t otherwise) {
+Next Runner::Exclude(std::uint32_t otherwise) {
     if (!Pop()) {
-        return false;
+        return Next::kFail;
     }
     const auto mark = static_cast<std::int32_t>(Popped().value);
-    return Push(otherwise, true) && ReadAgain(mark);
+    return FailUnless(Push(otherwise, true) && ReadAgain(mark));
 }
 
 bool Runner::ReadAgain(std::int32_t mark) {
@@ -456,37 +469,37 @@ bool Runner::ReadAgain(std::int32_t mark) {
     return true;
 }
 
-bool Runner::TakeField(std::uint16_t tag, std::uint16_t width) {
+Next Runner::TakeField(std::uint16_t tag, std::uint16_t width) {
     if (records_ + 2 > kMostRecords) {
         if (records_ < kMostRecords) {
             Log(tag, CsnLogLine::kOpens);
         }
-        return false;
+        return Next::kFail;
     }
     Log(tag, width);
     records_ += 2;
     machine_.bitPos += width;
-    return true;
+    return Next::kOn;
 }
 
-bool Runner::Open(std::uint16_t tag) {
+Next Runner::Open(std::uint16_t tag) {
     const bool pushed = Push(0);
     if (records_ >= kMostRecords) {
-        return false;
+        return Next::kFail;
     }
     Log(tag, CsnLogLine::kOpens);
     ++records_;
     parentTag_ = tag;
-    return pushed;
+    return FailUnless(pushed);
 }
 
-bool Runner::Close() {
+Next Runner::Close() {
     if (depth_ < 1 || records_ >= kMostRecords) {
-        return false;
+        return Next::kFail;
     }
     Log(0, CsnLogLine::kCloses);
     ++records_;
-    return Pop();
+    return FailUnless(Pop());
 }
 
 bool Runner::GoBack() {
