@@ -216,15 +216,20 @@ class Emitter {
     }
 
     void Codec() {
+        const auto fill = [](Table& table, const std::vector<iecodec::IeFormatRow>& rows) {
+            for (const auto& row : rows) {
+                table.Row(row.iei, row.mask, row.size);
+            }
+        };
         Table formats("IeFormatRow", "kFormats");
-        for (const auto& row : model_.formats) {
-            formats.Row(row.iei, row.mask, row.size);
-        }
+        fill(formats, model_.formats);
+        Table unknown("IeFormatRow", "kUnknownFormats");
+        fill(unknown, model_.unknownFormats);
         Table orders("IeOrderRow", "kOrders");
         for (const auto& row : model_.orders) {
             orders.Row(row.iei, row.mask, row.kind);
         }
-        out_ << formats << orders;
+        out_ << formats << unknown << orders;
         Fields();
         Values();
         Parts();
@@ -246,9 +251,10 @@ class Emitter {
         out_ << "extern const Family k" << variable << "Family;  // also where no header has it\n"
              << "const Family k" << variable << "Family = {\n    " << Quoted(family_.family.text)
              << ",\n    {kTypes, kElements, kEnums, kEnumValues, kNamed},\n"
-             << "    {kFormats, kOrders, kFields, kValues, kParts, kAlternatives, kGroups, "
-                "kOctets,\n"
-             << "     kHeaderItems, kMessages, kSets, " << csn.structures << ", kSpecials}};\n";
+             << "    {kFormats, kUnknownFormats, kOrders, kFields, kValues, kParts, "
+                "kAlternatives,\n"
+             << "     kGroups, kOctets, kHeaderItems, kMessages, kSets, " << csn.structures
+             << ", kSpecials}};\n";
     }
 
   private:

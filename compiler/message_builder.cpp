@@ -498,7 +498,7 @@ void MessageBuilder::CheckUses() {
 }
 
 void MessageBuilder::Finish() {
-    skipTable_.Build(family_.skipRows, model_.formats);
+    skipTable_.Build(family_.skipRows, model_.formats, model_.unknownFormats);
     NumberDiagnostics();
     if (!reporter_.HasErrors()) {  // a mistake may hide a use
         CheckUses();

@@ -176,14 +176,18 @@ class Parser : private TypeParser {
     void ParseSkipTable() {
         ParseBlock([&] {
             SkipRowSyntax row;
+            row.unknown = tokens_.Accept("unknown");
             if (tokens_.Accept("TLV")) {
                 row.size = -8;
                 if (tokens_.Accept("-")) {
                     tokens_.Expect("E");
                     row.size = -16;
                 }
+            } else if (row.unknown) {
+                tokens_.Expect("TLV");
             } else if (!tokens_.Accept("none")) {
-                const WideNumber bits = tokens_.ExpectNumber("TLV, TLV-E, none or a size in bits");
+                const WideNumber bits =
+                    tokens_.ExpectNumber("TLV, TLV-E, none, unknown or a size in bits");
                 row.half = tokens_.Accept("half");
                 row.size = Narrow<std::int32_t>(reporter_, bits,
                                                 {8, row.half ? 8U : kMostElementBits,

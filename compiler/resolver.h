@@ -37,6 +37,7 @@ struct FamilyModel {
     TypeStore store;
     std::vector<TypeModel*> named;  // in build order
     std::vector<iecodec::IeFormatRow> formats;
+    std::vector<iecodec::IeFormatRow> unknownFormats;
     std::vector<iecodec::IeOrderRow> orders;
     std::vector<iecodec::FieldRow> fields;
     std::vector<iecodec::ValueRow> values;

@@ -26,8 +26,12 @@ void SkipTable::Note(const FieldSyntax& field, const iecodec::FieldRow& row) {
     }
 }
 
+std::uint8_t SkipTable::IeiOf(const SkipRowSyntax& syntax) {
+    return Narrow<std::uint8_t>(reporter_, syntax.iei, {0, 0xFF, "of an identifier"});
+}
+
 void SkipTable::State(const SkipRowSyntax& syntax) {
-    const auto iei = Narrow<std::uint8_t>(reporter_, syntax.iei, {0, 0xFF, "of an identifier"});
+    const std::uint8_t iei = IeiOf(syntax);
     reporter_.ErrorIf(syntax.half && (iei & 0x0F) != 0, syntax.iei.span,
                       "the identifier of a half-octet row ends in 0");
     const IeFormatRow row = RowOf(iei, syntax.half, syntax.size);
@@ -43,9 +47,33 @@ void SkipTable::State(const SkipRowSyntax& syntax) {
     entry.stated = true;
 }
 
-void SkipTable::Build(const std::vector<SkipRowSyntax>& stated, std::vector<IeFormatRow>& rows) {
+void SkipTable::StateUnknown(const SkipRowSyntax& syntax) {
+    const std::uint8_t iei = IeiOf(syntax);
+    if (!unknown_.emplace(iei, RowOf(iei, false, syntax.size)).second) {
+        reporter_.Error(syntax.iei.span, "an unknown element has this identifier already");
+    } else if (syntax.size == iecodec::UnknownIeFormat(iei)) {
+        reporter_.Error(syntax.iei.span,
+                        "this follows from the identifier; only what differs is stated");
+    } else if (const auto known = entries_.find(iei);
+               known != entries_.end() && known->second.row.size != 0) {
+        reporter_.Error(syntax.iei.span, "the skip table has a row for this identifier");
+    }
+}
+
+void SkipTable::Build(const std::vector<SkipRowSyntax>& stated, std::vector<IeFormatRow>& rows,
+                      std::vector<IeFormatRow>& unknown) {
     for (const SkipRowSyntax& row : stated) {
-        State(row);
+        if (!row.unknown) {
+            State(row);
+        }
+    }
+    for (const SkipRowSyntax& row : stated) {
+        if (row.unknown) {
+            StateUnknown(row);
+        }
+    }
+    for (const auto& [iei, row] : unknown_) {
+        unknown.push_back(row);
     }
     const auto report = [&](const FieldSyntax& at, const FieldSyntax& other) {
         reporter_.Error(at.iei->span, "'" + other.name.text +

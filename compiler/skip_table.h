@@ -16,8 +16,10 @@ class SkipTable {
     /// Takes note of a field with an identifier.
     void Note(const FieldSyntax& field, const iecodec::FieldRow& row);
 
-    /// Puts the table in the order of its identifiers, as the binary search over it needs.
-    void Build(const std::vector<SkipRowSyntax>& stated, std::vector<iecodec::IeFormatRow>& rows);
+    /// Puts the tables in the order of their identifiers, as the binary search over them needs:
+    /// `rows`, and in `unknown` those of elements that no message knows.
+    void Build(const std::vector<SkipRowSyntax>& stated, std::vector<iecodec::IeFormatRow>& rows,
+               std::vector<iecodec::IeFormatRow>& unknown);
 
   private:
     struct Entry {
@@ -27,10 +29,13 @@ class SkipTable {
         bool stated = false;
     };
 
+    [[nodiscard]] std::uint8_t IeiOf(const SkipRowSyntax& syntax);
     void State(const SkipRowSyntax& syntax);
+    void StateUnknown(const SkipRowSyntax& syntax);
 
     Reporter& reporter_;
     std::map<std::uint8_t, Entry> entries_;
+    std::map<std::uint8_t, iecodec::IeFormatRow> unknown_;
 };
 
 }  // namespace quorvane::compiler

@@ -178,6 +178,7 @@ struct SetSyntax {
 struct SkipRowSyntax {
     WideNumber iei;
     bool half = false;
+    bool unknown = false;   // a form of elements that no message knows
     std::int32_t size = 0;  // as in IeFormatRow; 0: the identifier has no row
 };
 

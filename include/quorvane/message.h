@@ -21,9 +21,9 @@
 //
 // Cost. The first calls of Decode take memory, later ones use it again: a Message that has decoded
 // one like it before allocates nothing. It keeps at most 1 MiB of what a large message took, and
-// goes on without the rest. A Field is five words, made and copied without allocating. Nothing but
-// Decode needs memory, and it alone can throw: std::bad_alloc, which leaves the Message as one that
-// has found nothing.
+// goes on without the rest. A Field is five words, made and copied without allocating. Only Decode
+// and what appends to a string need memory and can throw: std::bad_alloc. A Decode that throws
+// leaves the Message as one that has found nothing.
 //
 // Words and names are ASCII, but for the words of one enumeration of the core network, which have
 // the octet DF for U+00DF.
@@ -262,6 +262,48 @@ class Field::Iterator {
     std::size_t index_ = 0;
 };
 
+/// How to read.
+struct DecodeOptions {
+    /// Tolerant reading goes on where a message of a later release ends strict reading: what the
+    /// descriptions have no place for is set aside, see Surplus. It also finds the message behind a
+    /// security header, see SecurityHeader. A message that strict reading takes without a fault
+    /// reads the same.
+    bool tolerant = false;
+    /// With `tolerant`: what stands behind a security header that says "ciphered" is plain, as it
+    /// was deciphered before or the null algorithm is in use.
+    bool deciphered = false;
+};
+
+/// Bits of a message that tolerant reading set aside to go on behind them.
+struct Surplus {
+    enum class Kind : std::uint8_t {
+        kRest,     // what a known element has behind all that its type takes, or behind its limit
+        kElement,  // an unknown element, whole: identifier, length if it has one, and contents
+    };
+
+    Kind kind = Kind::kRest;
+    /// kRest: the field whose element it is. kElement: the message that it stands in, which may be
+    /// one inside of the message found. No field if that is not known.
+    Field field;
+    /// The element's identifier, if it has one. Of an unknown element of one octet it is that
+    /// octet, as nothing tells whether its lower half is a value.
+    std::optional<std::uint8_t> iei;
+    /// The bits, from the top of the first octet on; the low bits of the last octet that do not
+    /// belong to them are 0. Valid as long as a field.
+    std::span<const std::uint8_t> octets;
+    std::uint32_t bitCount = 0;
+    Place place;
+};
+
+/// The header in front of a protected NAS message of EPS (TS 24.301, 9.1).
+struct SecurityHeader {
+    std::uint8_t type = 0;
+    std::uint32_t authenticationCode = 0;
+    std::uint8_t sequenceNumber = 0;
+
+    friend bool operator==(const SecurityHeader&, const SecurityHeader&) noexcept = default;
+};
+
 /// A fault that the decoder met.
 struct Fault {
     std::uint32_t number = 0;  // that of its line "<ERRID:n> ...": the place in the decoder
@@ -287,8 +329,20 @@ class QUORVANE_API Message {
     bool Decode(Decoding decoding, std::span<const std::uint8_t> octets);
     bool Decode(Decoding decoding, PaddedMessage octets);
 
+    /// The same as `options` say.
+    ///
+    /// Tolerant reading of EPS mobility management follows into messages behind a security header:
+    /// of type 1 or 3 (integrity protected), and of type 2 or 4 (ciphered as well) with
+    /// `deciphered`. The message found is the one inside, of mobility or session management, with
+    /// places and BitsConsumed counted from the header's first bit; a protected message in it is
+    /// not followed into. If there is none inside that is known, the protected message itself is
+    /// found, as in strict reading.
+    bool Decode(Decoding decoding, std::span<const std::uint8_t> octets, DecodeOptions options);
+    bool Decode(Decoding decoding, PaddedMessage octets, DecodeOptions options);
+
     /// What the last call of Decode was given; nothing before the first.
     [[nodiscard]] std::optional<Decoding> GetDecoding() const noexcept;
+
     /// Whether the last call found a message.
     [[nodiscard]] bool IsFound() const noexcept;
     /// The message's name, as behind "MESSAGE: " in the text; empty if none was found.
@@ -312,6 +366,15 @@ class QUORVANE_API Message {
     /// Looks through the message for the field.
     [[nodiscard]] Fault GetFault(std::size_t index) const noexcept;
 
+    /// How many pieces tolerant reading has set aside; 0 after strict reading. At most 1000: a
+    /// message with more ends as in strict reading.
+    [[nodiscard]] std::size_t SurplusCount() const noexcept;
+    /// Piece `index`, from 0, in the order they were met; an empty one if there are not so many.
+    /// Looks through the message for the field.
+    [[nodiscard]] Surplus GetSurplus(std::size_t index) const noexcept;
+    /// The header that the message stands behind, if tolerant reading has followed into it.
+    [[nodiscard]] std::optional<SecurityHeader> Security() const noexcept;
+
     /// The message itself, a struct; no field if none was found.
     [[nodiscard]] Field Root() const noexcept;
     /// Root().Find(path).
@@ -324,6 +387,11 @@ class QUORVANE_API Message {
     /// for a field of another message, and for members of a structure that was never decoded. Looks
     /// through the message; throws std::bad_alloc if the string cannot grow.
     bool AppendPath(const Field& field, std::string& path) const;
+
+    /// Appends the text that DecodeInto gives for the message, in UTF-8: "Failed to decode ..." if
+    /// the last call found none, nothing if there was no call. Surplus is no part of it. Throws
+    /// std::bad_alloc if memory runs out.
+    void AppendText(std::string& text) const;
 
   private:
     friend class Field;

@@ -39,6 +39,34 @@ void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
     text.Append("\r\n");
 }
 
+/// The record as text, in `text`, which is empty. Inline for the sake of DecodeMessage.
+inline Answer WriteText(reflect::TextBuffer& text, Decoding decoding, const DecodedRecord& decoded,
+                        std::string_view diagnostics) {
+    const std::string_view name = RowOf(decoding).textName;
+    if (!decoded.Found()) {
+        text.Append("Failed to decode \"");
+        text.Append(name);
+        text.Append("\" message");
+        return {false, true, text.View(), diagnostics};
+    }
+
+    text.Append("Decoded using \"");
+    text.Append(name);
+    text.Append("\".\n");
+    if (decoded.outcome.Failed()) {
+        text.Append("\n");
+        AppendErrorLine(text, decoded.outcome.Error());
+        text.Append("\n");
+    }
+    const std::uint16_t type = decoded.Type();
+    const reflect::TypeTables& types = decoded.binding.family->types;
+    text.Append("MESSAGE: ");
+    text.Append(types.types[type].name);
+    text.Append("\n");
+    const bool ascii = reflect::AppendText(text, types, type, decoded.container.body);
+    return {true, ascii, text.View(), diagnostics};
+}
+
 }  // namespace
 
 reflect::TextBuffer& ThreadText() {
@@ -95,35 +123,15 @@ void DecodeRecord(Decoding decoding, const bits::BitReader& reader, std::int64_t
 }
 
 Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
-    const DecodingRow& row = RowOf(decoding);
     Workspace& workspace = ThreadWorkspace();
     workspace.Clear();
-    reflect::TextBuffer& text = workspace.text;
-
     DecodedRecord decoded;
     DecodeRecord(decoding, reader, length, workspace.arena, workspace.diagnostics, decoded);
-    if (!decoded.Found()) {
-        text.Append("Failed to decode \"");
-        text.Append(row.textName);
-        text.Append("\" message");
-        return {false, true, text.View(), workspace.diagnostics.Lines()};
-    }
+    return WriteText(workspace.text, decoding, decoded, workspace.diagnostics.Lines());
+}
 
-    text.Append("Decoded using \"");
-    text.Append(row.textName);
-    text.Append("\".\n");
-    if (decoded.outcome.Failed()) {
-        text.Append("\n");
-        AppendErrorLine(text, decoded.outcome.Error());
-        text.Append("\n");
-    }
-    const std::uint16_t type = decoded.Type();
-    const reflect::TypeTables& types = decoded.binding.family->types;
-    text.Append("MESSAGE: ");
-    text.Append(types.types[type].name);
-    text.Append("\n");
-    const bool ascii = reflect::AppendText(text, types, type, decoded.container.body);
-    return {true, ascii, text.View(), workspace.diagnostics.Lines()};
+Answer TextOf(Decoding decoding, const DecodedRecord& decoded) {
+    return WriteText(ThreadText(), decoding, decoded, {});
 }
 
 std::string ErrorLine(bits::Code code) {

@@ -54,8 +54,11 @@ struct Answer {
     std::string_view diagnostics;
 };
 
-/// The same, with the record as text, in memory that the thread keeps from call to call.
+/// Strict reading, with the record as text, in memory that the thread keeps from call to call.
 Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length);
+
+/// The same of a record that was decoded before, without diagnostics.
+Answer TextOf(Decoding decoding, const DecodedRecord& decoded);
 
 /// "Decoder reported the following error: ", the text of `code`, and CR LF.
 std::string ErrorLine(bits::Code code);

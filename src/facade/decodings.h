@@ -5,6 +5,7 @@
 // Tests: tests/unit/facade_decodings_test.cpp.
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "families/family.h"
@@ -22,6 +23,9 @@ struct DecodingRow {
     std::string_view set;
     /// What the decoder is given as the message's length in bits; 0: the caller's length.
     std::int32_t fixedBits;
+    /// If messages may stand behind a security header: what session management messages there are
+    /// decoded as.
+    std::optional<Decoding> sessionManagement = std::nullopt;
 
     /// The same of a message of `octets` octets.
     [[nodiscard]] std::int64_t BitsOf(std::int64_t octets) const {

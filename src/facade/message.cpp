@@ -10,6 +10,8 @@
 #include "bits/arena.h"
 #include "facade/decoder.h"
 #include "facade/decodings.h"
+#include "facade/tolerant_decoder.h"
+#include "facade/utf8.h"
 #include "reflect/record_values.h"
 #include "reflect/type_tables.h"
 
@@ -24,15 +26,23 @@ struct Message::Contents {
     bits::Arena arena;
     iecodec::Diagnostics diagnostics;
     facade::DecodedRecord decoded;
+    facade::Tolerated tolerated;
     Decoding decoding{};
 
-    bool Decode(Decoding by, const bits::BitReader& reader, std::int64_t length) {
+    bool Decode(Decoding by, const bits::BitReader& reader, std::int64_t length,
+                DecodeOptions options) {
         // Should memory run out, nothing was found.
         decoded = {};
         decoding = by;
         arena.Reset();
         diagnostics.Clear();
-        facade::DecodeRecord(decoding, reader, length, arena, diagnostics, decoded);
+        tolerated.Clear();
+        if (options.tolerant) {
+            facade::DecodeTolerantly(decoding, reader, length, options.deciphered, arena,
+                                     diagnostics, decoded, tolerated);
+        } else {
+            facade::DecodeRecord(decoding, reader, length, arena, diagnostics, decoded);
+        }
         return decoded.Found();
     }
 
@@ -145,6 +155,17 @@ bool Search(const Field& around, const Matches& matches, Field& found, std::stri
         ++index;
     }
     return false;
+}
+
+/// The first of `root` and the fields below it that `matches` takes; no field if there is none.
+template <typename Matches>
+Field FirstOf(const Field& root, const Matches& matches) {
+    if (matches(root)) {
+        return root;
+    }
+    Field found;
+    Search(root, matches, found, nullptr);
+    return found;
 }
 
 }  // namespace
@@ -431,12 +452,21 @@ Message& Message::operator=(Message&& other) noexcept = default;
 Message::~Message() = default;
 
 bool Message::Decode(Decoding decoding, std::span<const std::uint8_t> octets) {
-    const auto length = static_cast<std::int64_t>(octets.size());
-    return ReadyFor(contents_).Decode(decoding, {octets.data(), length}, length);
+    return Decode(decoding, octets, DecodeOptions());
 }
 
 bool Message::Decode(Decoding decoding, PaddedMessage octets) {
-    return ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length);
+    return Decode(decoding, octets, DecodeOptions());
+}
+
+bool Message::Decode(Decoding decoding, std::span<const std::uint8_t> octets,
+                     DecodeOptions options) {
+    const auto length = static_cast<std::int64_t>(octets.size());
+    return ReadyFor(contents_).Decode(decoding, {octets.data(), length}, length, options);
+}
+
+bool Message::Decode(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
+    return ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length, options);
 }
 
 std::optional<Decoding> Message::GetDecoding() const noexcept {
@@ -481,17 +511,37 @@ Fault Message::GetFault(std::size_t index) const noexcept {
     }
     const iecodec::Fault& fault = contents_->diagnostics.Faults()[index];
     Fault made{fault.number, contents_->diagnostics.WordsOf(fault), {}, std::nullopt};
-    if (fault.place.cell == &contents_->decoded.container.body) {
-        made.field = Root();
-    } else if (fault.place.cell != nullptr) {
-        Search(
-            Root(), [&](const Field& field) { return field.cell_ == fault.place.cell; }, made.field,
-            nullptr);
+    if (fault.place.cell != nullptr) {
+        made.field =
+            FirstOf(Root(), [&](const Field& field) { return field.cell_ == fault.place.cell; });
     }
     if (fault.place.position >= 0) {
         made.offset = static_cast<std::uint32_t>(fault.place.position);
     }
     return made;
+}
+
+std::size_t Message::SurplusCount() const noexcept {
+    return IsFound() ? contents_->tolerated.surplus.Items().size() : 0;
+}
+
+Surplus Message::GetSurplus(std::size_t index) const noexcept {
+    if (index >= SurplusCount()) {
+        return {};
+    }
+    // All of it lies ahead of bit 2^32.
+    const iecodec::Surplus& kept = contents_->tolerated.surplus.Items()[index];
+    const auto bits = static_cast<std::uint32_t>(kept.bitCount);
+    return {kept.element ? Surplus::Kind::kElement : Surplus::Kind::kRest,
+            FirstOf(Root(), [&](const Field& field) { return field.cell_ == kept.cell; }),
+            kept.iei,
+            {kept.octets, bits::OctetsOf(bits)},
+            bits,
+            {static_cast<std::uint32_t>(kept.position), bits}};
+}
+
+std::optional<SecurityHeader> Message::Security() const noexcept {
+    return IsFound() ? contents_->tolerated.security : std::nullopt;
 }
 
 Field Message::Root() const noexcept {
@@ -522,6 +572,18 @@ bool Message::AppendPath(const Field& field, std::string& path) const {
             return candidate.around_ == field.around_ && candidate.index_ == field.index_;
         },
         found, &path);
+}
+
+void Message::AppendText(std::string& text) const {
+    if (contents_ == nullptr) {
+        return;
+    }
+    const facade::Answer answer = facade::TextOf(contents_->decoding, contents_->decoded);
+    if (answer.ascii) {
+        text.append(answer.text);
+    } else {
+        facade::AppendAsUtf8(text, answer.text);
+    }
 }
 
 }  // namespace quorvane

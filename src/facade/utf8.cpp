@@ -4,7 +4,11 @@ namespace quorvane::facade {
 
 void AssignAsUtf8(std::string& result, std::string_view text) {
     result.clear();
-    result.reserve(text.size() + 16);
+    AppendAsUtf8(result, text);
+}
+
+void AppendAsUtf8(std::string& result, std::string_view text) {
+    result.reserve(result.size() + text.size() + 16);
     for (const char character : text) {
         const auto value = static_cast<unsigned char>(character);
         if (value < 0x80) {

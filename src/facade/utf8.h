@@ -19,4 +19,7 @@ constexpr std::array<char, 2> Utf8Of(unsigned char character) {
 /// Replaces `result` by `text` in UTF-8.
 void AssignAsUtf8(std::string& result, std::string_view text);
 
+/// Appends `text` to `result` in UTF-8.
+void AppendAsUtf8(std::string& result, std::string_view text);
+
 }  // namespace quorvane::facade

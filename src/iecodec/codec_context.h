@@ -11,6 +11,7 @@
 #include "bits/bit_reader.h"
 #include "bits/bit_writer.h"
 #include "bits/outcome.h"
+#include "iecodec/surplus.h"
 #include "iecodec/tables.h"
 
 namespace quorvane::iecodec {
@@ -68,6 +69,7 @@ struct DecodeContext {
     bits::BitReader reader{nullptr, 0};
     bits::Arena& arena;
     Diagnostics& diagnostics;
+    SurplusList* surplus = nullptr;  // tolerant reading; null: strict reading
 };
 
 struct EncodeContext {

@@ -16,6 +16,15 @@ bool IsClaimed(std::uint8_t octet, const IeOrderRow* order) {
     return false;
 }
 
+/// The bits of the element at `position`, identifier included; `size` as in its row.
+std::int64_t SizeOf(std::int32_t size, const bits::BitReader& reader, std::int64_t position) {
+    if (size > 0) {
+        return size;
+    }
+    const std::int32_t width = -size;
+    return 8 + width + 8 * std::int64_t{reader.Read(position + 8, width)};
+}
+
 }  // namespace
 
 const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRow> formats) {
@@ -42,13 +51,15 @@ bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
     if (row == nullptr || row->size == 0) {
         return false;
     }
-    if (row->size > 0) {
-        cursor += row->size;
-        return true;
-    }
-    const std::int32_t width = -row->size;
-    cursor += 8 + width + 8 * std::int64_t{reader.Read(cursor + 8, width)};
+    cursor += SizeOf(row->size, reader, cursor);
     return true;
+}
+
+std::int64_t UnknownIeSize(const bits::BitReader& reader, std::int64_t position,
+                           std::span<const IeFormatRow> unknown) {
+    const std::uint8_t octet = reader.ReadOctet(position);
+    const IeFormatRow* row = LookupIeFormat(octet, unknown);
+    return SizeOf(row == nullptr ? UnknownIeFormat(octet) : row->size, reader, position);
 }
 
 IeSearch FindIe(std::uint8_t iei, std::int32_t ieiWidth, const bits::BitReader& reader,

@@ -21,6 +21,11 @@ const IeFormatRow* LookupIeFormat(std::uint8_t octet, std::span<const IeFormatRo
 bool SkipIe(const bits::BitReader& reader, std::int64_t& cursor,
             std::span<const IeFormatRow> formats);
 
+/// The bits of the element at `position`, which has no row in a family's skip table, identifier
+/// included. `unknown` has the rows of those that differ from UnknownIeFormat.
+[[nodiscard]] std::int64_t UnknownIeSize(const bits::BitReader& reader, std::int64_t position,
+                                         std::span<const IeFormatRow> unknown);
+
 /// What a search came to.
 enum class IeSearch : std::uint8_t {
     kFound,    // the cursor is on the element's identifier

@@ -1,6 +1,7 @@
 #include "iecodec/message_container.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "iecodec/message_decoder.h"
 #include "iecodec/transaction_identifier.h"
@@ -14,13 +15,22 @@ struct MessageKey {
     std::uint32_t type;
 };
 
-/// The position of the message type octet behind a transaction identifier that may be extended.
-std::int64_t TypeBehindIdentifier(const bits::BitReader& reader) {
-    return reader.Read(1, 3) == kIdentifierExtended ? PastIdentifierExtension(reader, 8) : 8;
+/// The start of nearly all messages. What is read there takes a constant `Start`, so that a start
+/// elsewhere costs them nothing.
+using AtFirstBit = std::integral_constant<std::int64_t, 0>;
+
+/// The position of the message type octet of the message at `start`, behind a transaction
+/// identifier that may be extended.
+template <typename Start>
+std::int64_t TypeBehindIdentifier(const bits::BitReader& reader, Start start) {
+    return reader.Read(start + 1, 3) == kIdentifierExtended
+               ? PastIdentifierExtension(reader, start + 8)
+               : start + 8;
 }
 
-MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
-    const std::uint32_t first = reader.ReadOctet(8 * std::int64_t{set.highOctet});
+template <typename Start>
+MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set, Start start) {
+    const std::uint32_t first = reader.ReadOctet(start + 8 * std::int64_t{set.highOctet});
     const std::uint32_t pd = first & 15U;
     switch (set.keyForm) {
         case KeyForm::kTwoOctets:
@@ -28,15 +38,15 @@ MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set) {
         case KeyForm::kSixBits:
             return {first >> 2, 0, first >> 2};
         case KeyForm::kExtendedIdentifier: {
-            const std::uint32_t type = reader.ReadOctet(TypeBehindIdentifier(reader));
+            const std::uint32_t type = reader.ReadOctet(TypeBehindIdentifier(reader, start));
             return {(first << 8 | type) & MaskFor(set.masks, first), pd, type};
         }
         case KeyForm::kKeyless:
             return {0, 0, 0};
     }
-    const std::uint32_t low = reader.ReadOctet(8 * std::int64_t{set.lowOctet});
+    const std::uint32_t low = reader.ReadOctet(start + 8 * std::int64_t{set.lowOctet});
     return {(first << 8 | low) & MaskFor(set.masks, first), pd,
-            reader.ReadOctet(8 * std::int64_t{set.typeOctet})};
+            reader.ReadOctet(start + 8 * std::int64_t{set.typeOctet})};
 }
 
 /// The message with this key; 0 if there is none.
@@ -50,6 +60,22 @@ std::uint32_t TagOf(const MessageSetRow& set, std::uint32_t key) {
     return row != set.keys.end() && row->key == key ? row->tag : 0U;
 }
 
+template <typename Start>
+bits::Outcome Dispatch(DecodeContext& context, const MessageSetRow& set, Start start,
+                       std::int64_t bitLength, MessageContainer& container) {
+    const MessageKey key = ReadKey(context.reader, set, start);
+    container.pd = key.pd;
+    container.messageType = key.type;
+    const std::uint32_t tag = TagOf(set, key.key);
+    SetTag(container, tag);
+    if (tag == 0) {
+        return kUnknownMessage;
+    }
+    container.body = {};
+    const MessageRow& message = context.tables.messages[set.messages[tag - 1U]];
+    return DecodeMessage(context, message, start, container.body, bitLength);
+}
+
 }  // namespace
 
 void SetTag(MessageContainer& container, std::uint32_t tag) {
@@ -61,17 +87,13 @@ void SetTag(MessageContainer& container, std::uint32_t tag) {
 
 bits::Outcome DispatchMessage(DecodeContext& context, const MessageSetRow& set,
                               std::int64_t bitLength, MessageContainer& container) {
-    const MessageKey key = ReadKey(context.reader, set);
-    container.pd = key.pd;
-    container.messageType = key.type;
-    const std::uint32_t tag = TagOf(set, key.key);
-    SetTag(container, tag);
-    if (tag == 0) {
-        return kUnknownMessage;
-    }
-    container.body = {};
-    const MessageRow& message = context.tables.messages[set.messages[tag - 1U]];
-    return DecodeMessage(context, message, 0, container.body, bitLength);
+    return Dispatch(context, set, AtFirstBit(), bitLength, container);
+}
+
+bits::Outcome DispatchMessageAt(DecodeContext& context, const MessageSetRow& set,
+                                std::int64_t position, std::int64_t bitLength,
+                                MessageContainer& container) {
+    return Dispatch(context, set, position, bitLength, container);
 }
 
 }  // namespace quorvane::iecodec

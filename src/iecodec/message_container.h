@@ -25,6 +25,11 @@ struct MessageContainer {
 bits::Outcome DispatchMessage(DecodeContext& context, const MessageSetRow& set,
                               std::int64_t bitLength, MessageContainer& container);
 
+/// The same of the message that starts at bit `position`.
+bits::Outcome DispatchMessageAt(DecodeContext& context, const MessageSetRow& set,
+                                std::int64_t position, std::int64_t bitLength,
+                                MessageContainer& container);
+
 /// Gives the container the tag and an empty record, unless it has that tag.
 void SetTag(MessageContainer& container, std::uint32_t tag);
 

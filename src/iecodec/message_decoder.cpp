@@ -1,6 +1,7 @@
 #include "iecodec/message_decoder.h"
 
 #include "iecodec/ie_search.h"
+#include "iecodec/tolerance.h"
 #include "iecodec/transaction_identifier.h"
 #include "iecodec/value_decoder.h"
 
@@ -18,11 +19,13 @@ constexpr Outcome kGoOn{0};
 /// message, or kGoOn.
 class BodyDecoder {
   public:
+    /// The members of `cell` are there.
     BodyDecoder(DecodeContext& context, const MessageRow& message, std::int64_t position,
-                Cell* cells, std::int64_t length)
+                const Cell& cell, std::int64_t length)
         : context_(context),
           fields_(context.tables.fields.subspan(message.firstField, message.fieldCount)),
-          cells_(cells),
+          cell_(cell),
+          cells_(cell.cells),
           start_(position),
           end_(position + length),
           cursor_(position) {}
@@ -88,6 +91,11 @@ class BodyDecoder {
         const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
         cursor_ += lengthWidth;
         if (octets < field.leastOctets || octets > field.mostOctets) {
+            if (octets > field.mostOctets && context_.surplus != nullptr &&
+                cursor_ + 8 * octets <= end_) {
+                return TakeResult(field, ValueOf(field, 8 * std::int64_t{field.mostOctets}),
+                                  8 * octets);
+            }
             Refuse(field, field.sizeNumber, "Size error decoding IE");
             return kSizeError;
         }
@@ -95,13 +103,23 @@ class BodyDecoder {
     }
 
     Outcome DecodeContents(const FieldRow& field, std::int64_t length) {
-        const Outcome result = DecodeValue(context_, RowAt(context_, field.value), cursor_,
-                                           cells_[field.element], length);
+        const Outcome result = ValueOf(field, length);
         if (field.unchecked) {
             cursor_ += length;
             return kGoOn;
         }
-        if (result.Failed() || result.Bits() != length) {
+        return TakeResult(field, result, length);
+    }
+
+    Outcome ValueOf(const FieldRow& field, std::int64_t length) {
+        return DecodeValue(context_, RowAt(context_, field.value), cursor_, cells_[field.element],
+                           length);
+    }
+
+    /// Behind a value that came to `result`: passes the `length` bits of its element.
+    Outcome TakeResult(const FieldRow& field, Outcome result, std::int64_t length) {
+        if ((result.Failed() || result.Bits() != length) &&
+            !KeepsRest(context_, field, cells_[field.element], result, cursor_, length, end_)) {
             Refuse(field, field.valueNumber, "Error decoding subfield");
             if (const Outcome failure = FailureOf(field); failure.Failed()) {
                 return failure;
@@ -149,8 +167,11 @@ class BodyDecoder {
         const std::int32_t width = InfoOf(field.format).ieiWidth;
         const auto iei = static_cast<std::uint8_t>(field.iei >> (8 - width));
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
-        const IeSearch found =
-            FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order);
+        IeSearch found = IeSearch::kBlocked;
+        do {
+            found =
+                FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order);
+        } while (found == IeSearch::kBlocked && KeepsUnknown(context_, cell_, cursor_, end_));
         if (found == IeSearch::kBlocked) {
             return kUnknownIei;
         }
@@ -164,6 +185,7 @@ class BodyDecoder {
 
     DecodeContext& context_;
     std::span<const FieldRow> fields_;
+    const Cell& cell_;
     Cell* cells_;
     std::int64_t start_;
     std::int64_t end_;
@@ -247,7 +269,7 @@ Outcome DecodeMessage(DecodeContext& context, const MessageRow& message, std::in
     HeaderDecoder header(context, message, position, cells);
     const std::int64_t width = header.ReadFields();
     const Outcome result =
-        BodyDecoder(context, message, position + width, cells, length - width).Run();
+        BodyDecoder(context, message, position + width, cell, length - width).Run();
     if (!result.Failed()) {
         header.ReadFieldsAfterBody();
     }
@@ -256,8 +278,8 @@ Outcome DecodeMessage(DecodeContext& context, const MessageRow& message, std::in
 
 Outcome DecodeMessageBody(DecodeContext& context, const MessageRow& message, std::int64_t position,
                           Cell& cell, std::int64_t length) {
-    Cell* cells = bits::StructCells(context.arena, cell, message.members);
-    return BodyDecoder(context, message, position, cells, length).Run();
+    static_cast<void>(bits::StructCells(context.arena, cell, message.members));
+    return BodyDecoder(context, message, position, cell, length).Run();
 }
 
 }  // namespace quorvane::iecodec

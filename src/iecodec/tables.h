@@ -31,6 +31,12 @@ struct IeFormatRow {
                         // length field behind the identifier; 0: cannot be skipped
 };
 
+/// The `size` of an element that no row tells of: its identifier says whether it is one octet or a
+/// length of one octet follows (TS 24.007, 11.2.4).
+constexpr std::int32_t UnknownIeFormat(std::uint8_t iei) {
+    return (iei & 0x80U) != 0 ? 8 : -8;
+}
+
 QUORVANE_NAMED_ENUM(IeOrderKind, kWithIei,
                     kWithoutIei,  // mandatory, iei and mask 0: whatever stands there belongs to it
                     kEnd)
@@ -304,6 +310,7 @@ struct MessageSetRow {
 /// All tables of a family's codec.
 struct CodecTables {
     std::span<const IeFormatRow> formats;
+    std::span<const IeFormatRow> unknownFormats;  // identifiers that UnknownIeFormat is wrong about
     std::span<const IeOrderRow> orders;
     std::span<const FieldRow> fields;
     std::span<const ValueRow> values;

@@ -365,6 +365,14 @@ const Refusal kSets[] = {
      Error("22:10", "this follows from the messages; only what differs is stated")},
     {"SkipNothing", "skip {\n    none : 12\n}\n",
      Error("15:12", "this follows from the messages; only what differs is stated")},
+    {"UnknownAsItFollows", "skip {\n    unknown TLV : 12\n}\n",
+     Error("15:19", "this follows from the identifier; only what differs is stated")},
+    {"UnknownTwice", "skip {\n    unknown TLV-E : 79 79\n}\n",
+     Error("15:24", "an unknown element has this identifier already")},
+    {"UnknownWithARow", "skip {\n    16 : 79\n    unknown TLV-E : 79\n}\n",
+     Error("16:21", "the skip table has a row for this identifier")},
+    {"UnknownWithoutALength", "skip {\n    unknown none : 79\n}\n",
+     Error("15:13", "'TLV' is expected here, not 'none'")},
 };
 
 INSTANTIATE_TEST_SUITE_P(Sets, DescribeRefusals, testing::ValuesIn(kSets),
@@ -564,6 +572,21 @@ TEST(DescribeRefusals, SkipRowsFollowFromTheMessages) {
                                "    {22, 255, -8},  // 4\n"
                                "    {113, 255, -8},  // 5\n"
                                "    {144, 240, 8},  // 6\n"
+                               "}};\n"),
+              std::string::npos);
+}
+
+TEST(DescribeRefusals, UnknownElementsHaveATableOfTheirOwn) {
+    const std::string source = Message("    a 12 TV 1  : int8\n",
+                                       "set s {\n    key octets 0 1\n    m = 0101\n}\n"
+                                       "skip {\n    unknown TLV-E : 7A 79\n    none : 12\n"
+                                       "    unknown TLV : 90\n}\n");
+    const Description result = Describe({{"f.qd", kPrelude + source}});
+    EXPECT_EQ(result.errors, "");
+    EXPECT_NE(result.code.find("constexpr std::array<IeFormatRow, 3> kUnknownFormats{{\n"
+                               "    {121, 255, -16},  // 0\n"
+                               "    {122, 255, -16},  // 1\n"
+                               "    {144, 255, -8},  // 2\n"
                                "}};\n"),
               std::string::npos);
 }
