@@ -15,6 +15,7 @@
 #include "tools/hex.h"
 #include "tools/json_lines.h"
 #include "tools/line_reader.h"
+#include "tools/tolerant.h"
 #include "tools/utf8.h"
 
 namespace quorvane::tool {
@@ -100,7 +101,8 @@ Request Split(std::string_view line) {
 
 class BatchRun {
   public:
-    BatchRun(int descriptor, MessageForm form) : reader_(descriptor), form_(form) {}
+    BatchRun(int descriptor, MessageForm form, DecodeOptions options)
+        : reader_(descriptor), form_(form), options_(options) {}
 
     /// Whether all lines were good.
     bool Run() {
@@ -162,9 +164,7 @@ class BatchRun {
             return Refuse("HEX, " + problem);
         }
         const PaddedMessage octets(octets_.data(), length, octets_.size());
-        const bool found = form_ == MessageForm::kJson
-                               ? message_.Decode(*decoding, octets)
-                               : DecodeInto(*decoding, octets, text_, diagnostics_);
+        const bool found = DecodeMessage(*decoding, octets);
         json_.Begin();
         json_.Add("fn", request.function);
         json_.Add("length", length);
@@ -184,6 +184,16 @@ class BatchRun {
         json_.End();
     }
 
+    /// Into the message or the text, as the form says.
+    bool DecodeMessage(Decoding decoding, PaddedMessage octets) {
+        if (form_ == MessageForm::kJson) {
+            return message_.Decode(decoding, octets, options_);
+        }
+        return options_.tolerant
+                   ? DecodeAsText(message_, decoding, octets, options_, text_, diagnostics_)
+                   : DecodeInto(decoding, octets, text_, diagnostics_);
+    }
+
     void Refuse(const std::string& problem) {
         good_ = false;
         json_.Begin();
@@ -199,6 +209,7 @@ class BatchRun {
 
     LineReader reader_;
     MessageForm form_;
+    DecodeOptions options_;
     Progress progress_;
     std::int64_t lineNumber_ = 0;
     bool good_ = true;
@@ -211,9 +222,9 @@ class BatchRun {
 
 }  // namespace
 
-int Batch(const std::string& file, MessageForm form) {
+int Batch(const std::string& file, MessageForm form, DecodeOptions options) {
     const File input(file);
-    return BatchRun(input.Descriptor(), form).Run() ? kDone : kNotFound;
+    return BatchRun(input.Descriptor(), form, options).Run() ? kDone : kNotFound;
 }
 
 }  // namespace quorvane::tool

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "quorvane/message.h"
+
 namespace quorvane::tool {
 
 enum ExitStatus : int {
@@ -35,11 +37,12 @@ int List();
 enum class MessageForm { kText, kJson };
 
 /// Prints one message, whose octets the arguments `hex` hold.
-int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form);
+int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form,
+           DecodeOptions options);
 
 /// Turns the lines "FUNCTION LENGTH HEX" of the file, of standard input if its name is "-", into
 /// JSON objects, one a line.
-int Batch(const std::string& file, MessageForm form);
+int Batch(const std::string& file, MessageForm form, DecodeOptions options);
 
 enum class CatalogueForm { kDefinitions, kCensus, kElements, kEnumerations };
 

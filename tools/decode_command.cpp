@@ -7,6 +7,7 @@
 #include "quorvane/json.h"
 #include "tools/commands.h"
 #include "tools/hex.h"
+#include "tools/tolerant.h"
 
 namespace quorvane::tool {
 
@@ -33,16 +34,19 @@ int List() {
 
 namespace {
 
-bool PrintAsText(Decoding decoding, std::span<const std::uint8_t> octets) {
-    const Result result = quorvane::Decode(decoding, octets);
-    std::fwrite(result.diagnostics.data(), 1, result.diagnostics.size(), stderr);
-    Print(result.text);
-    return result.found;
+bool PrintAsText(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
+    Message message;
+    std::string text;
+    std::string diagnostics;
+    const bool found = DecodeAsText(message, decoding, octets, options, text, diagnostics);
+    std::fwrite(diagnostics.data(), 1, diagnostics.size(), stderr);
+    Print(text);
+    return found;
 }
 
-bool PrintAsJson(Decoding decoding, std::span<const std::uint8_t> octets) {
+bool PrintAsJson(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
     Message message;
-    const bool found = message.Decode(decoding, octets);
+    const bool found = message.Decode(decoding, octets, options);
     std::string json;
     AppendJson(message, json);
     Print(json += '\n');
@@ -51,7 +55,8 @@ bool PrintAsJson(Decoding decoding, std::span<const std::uint8_t> octets) {
 
 }  // namespace
 
-int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form) {
+int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form,
+           DecodeOptions options) {
     const std::optional<Decoding> decoding = FindDecoding(function);
     if (!decoding) {
         throw UsageError("unknown function '" + function +
@@ -65,8 +70,10 @@ int Decode(const std::string& function, const std::vector<std::string>& hex, Mes
     if (const std::string problem = ParseHex(joined, octets); !problem.empty()) {
         throw UsageError("HEX, " + problem);
     }
-    const bool found = form == MessageForm::kJson ? PrintAsJson(*decoding, octets)
-                                                  : PrintAsText(*decoding, octets);
+    const PaddedMessage message(octets.data(), static_cast<std::int32_t>(octets.size()),
+                                octets.size());
+    const bool found = form == MessageForm::kJson ? PrintAsJson(*decoding, message, options)
+                                                  : PrintAsText(*decoding, message, options);
     if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
         std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
         return kNotDescribed;

@@ -31,6 +31,17 @@ int Run(int argc, char** argv) {
     decode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
     decode->add_option("HEX", hex, "The octets; blanks, colons and 0x may stand between")
         ->required();
+    DecodeOptions options;
+    const auto addOptions = [&](CLI::App* command) {
+        CLI::Option* tolerant = command->add_flag(
+            "--tolerant", options.tolerant,
+            "Set aside what a later release has added, and follow into protected NAS messages");
+        command
+            ->add_flag("--deciphered", options.deciphered,
+                       "Also behind headers that say \"ciphered\": the octets are plain")
+            ->needs(tolerant);
+    };
+    addOptions(decode);
 
     bool json = false;
     const auto addJson = [&json](CLI::App* command, const std::string& purpose) {
@@ -47,6 +58,7 @@ int Run(int argc, char** argv) {
         "status 1 if a line was bad");
     batch->add_option("FILE", file, "Standard input if it is left out or -");
     addJson(batch, "Answer with \"message\", an object, in place of text and diagnostics");
+    addOptions(batch);
 
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
@@ -96,10 +108,10 @@ int Run(int argc, char** argv) {
     }
     const MessageForm form = json ? MessageForm::kJson : MessageForm::kText;
     if (decode->parsed()) {
-        return Decode(function, hex, form);
+        return Decode(function, hex, form, options);
     }
     if (batch->parsed()) {
-        return Batch(file, form);
+        return Batch(file, form, options);
     }
     if (generator->parsed()) {
         return Generate(generate);

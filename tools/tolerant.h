@@ -1,0 +1,18 @@
+#pragma once
+
+// Tolerant reading as a text.
+//
+// Tests: tests/tool/tolerant_test.cpp.
+
+#include <string>
+
+#include "quorvane/message.h"
+
+namespace quorvane::tool {
+
+/// As DecodeInto, by `message` as `options` say. Behind the text stands a line for the security
+/// header that the message was found behind, and one for each piece that was set aside.
+bool DecodeAsText(Message& message, Decoding decoding, PaddedMessage octets, DecodeOptions options,
+                  std::string& text, std::string& diagnostics);
+
+}  // namespace quorvane::tool
