@@ -45,13 +45,9 @@ void RequireSame(const Result& padded, int value, const CString& text) {
     RequireEqual(test::ToUtf8(text), padded.text, "the plain function has another text");
 }
 
-/// The message as data: as many fields as it says, each with contents that can be read and a path
-/// that leads to it.
-void CheckMessage(Decoding decoding, Octets octets, const Result& result) {
-    static Message message;
-    Require(message.Decode(decoding, octets) == result.found, "a message differs from its text");
-    const auto lines = std::count(result.diagnostics.begin(), result.diagnostics.end(), '\n');
-    Require(message.FaultCount() == static_cast<std::size_t>(lines), "a fault has no line");
+/// As many fields as a message says, each with contents that can be read and a path that leads to
+/// it.
+void CheckFields(const Message& message) {
     constexpr std::size_t kFewFaults = 20;
     for (std::size_t index = 0; index < std::min(message.FaultCount(), kFewFaults); ++index) {
         const Fault fault = message.GetFault(index);
@@ -78,11 +74,76 @@ void CheckMessage(Decoding decoding, Octets octets, const Result& result) {
     static_cast<void>(used);
 }
 
+std::string TextOf(const Message& message) {
+    std::string text;
+    message.AppendText(text);
+    return text;
+}
+
+/// The message as data is that of its text.
+void CheckMessage(const Message& message, const Result& result) {
+    Require(message.IsFound() == result.found, "a message differs from its text");
+    const auto lines = std::count(result.diagnostics.begin(), result.diagnostics.end(), '\n');
+    Require(message.FaultCount() == static_cast<std::size_t>(lines), "a fault has no line");
+    RequireEqual(TextOf(message), result.text, "a message has another text");
+    Require(message.SurplusCount() == 0 && !message.Security(), "strict reading is tolerant");
+    CheckFields(message);
+}
+
+/// Whether `surplus` is bits of the message, and those that stood there.
+bool IsOf(const Surplus& surplus, Octets octets) {
+    const std::size_t end = std::size_t{surplus.place.offset} + surplus.place.length;
+    if (surplus.bitCount == 0 || surplus.place.length != surplus.bitCount ||
+        end > 8 * octets.size() || surplus.octets.size() != (surplus.bitCount + 7) / 8) {
+        return false;
+    }
+    for (std::size_t bit = 0; bit < 8 * surplus.octets.size(); ++bit) {
+        const std::size_t at = surplus.place.offset + bit;
+        const bool own = bit < surplus.bitCount;
+        const int there = own ? octets[at / 8] >> (7 - at % 8) & 1 : 0;
+        if ((surplus.octets[bit / 8] >> (7 - bit % 8) & 1) != there) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Tolerant reading differs from strict reading only where that has a fault or a security header
+/// stands in front. What it sets aside are bits of the message, one behind the other.
+void CheckTolerant(Decoding decoding, Octets octets, const Message& strict, bool deciphered) {
+    static Message message;
+    const DecodeOptions options{.tolerant = true, .deciphered = deciphered};
+    Require(message.Decode(decoding, octets, options) == strict.IsFound(),
+            "tolerant reading knows other messages");
+    CheckFields(message);
+    const bool good = strict.IsFound() && strict.Code() == 0 && strict.FaultCount() == 0;
+    if (!message.Security()) {
+        Require(message.TypeName() == strict.TypeName(), "tolerant reading finds another message");
+        if (good) {
+            RequireEqual(TextOf(message), TextOf(strict), "tolerant reading has another record");
+            Require(message.SurplusCount() == 0 && message.FaultCount() == 0 &&
+                        message.BitsConsumed() == strict.BitsConsumed(),
+                    "tolerant reading sets aside what strict reading takes");
+        }
+    }
+    std::size_t passed = 0;
+    for (std::size_t index = 0; index < message.SurplusCount(); ++index) {
+        const Surplus surplus = message.GetSurplus(index);
+        Require(IsOf(surplus, octets), "what is set aside did not stand there");
+        Require(surplus.place.offset >= passed, "what is set aside stands twice");
+        passed = std::size_t{surplus.place.offset} + surplus.place.length;
+    }
+}
+
 void CheckSpan(Decoding decoding, Octets octets) {
     const ExactOctets message(octets);
     const Result result = Decode(decoding, message.View());
     CheckForm(decoding, result);
-    CheckMessage(decoding, message.View(), result);
+    static Message strict;
+    strict.Decode(decoding, message.View());
+    CheckMessage(strict, result);
+    CheckTolerant(decoding, message.View(), strict, false);
+    CheckTolerant(decoding, message.View(), strict, true);
 
     Result again{false, "what stood here before", "and here"};
     again.found = DecodeInto(decoding, message.View(), again.text, again.diagnostics);

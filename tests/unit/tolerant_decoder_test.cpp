@@ -170,6 +170,18 @@ TEST_F(ToleratedMessage, KeepsNothingThatCannotBeRead) {
     EXPECT_TRUE(surplus_.Items().empty());
 }
 
+TEST_F(ToleratedMessage, EndsWhereTheMessageEndsThoughMoreCanBeRead) {
+    const test::Octets octets = test::FromHex("20 02 AB CD 31 02 AA BB");
+    const auto readable = static_cast<std::int64_t>(octets.size());
+    EXPECT_EQ(Decode({octets.data(), readable}, 8 * 3, &surplus_), 24);
+    EXPECT_FALSE(HasPair());
+    EXPECT_TRUE(surplus_.Items().empty());
+    for (const std::int64_t length : {1, 2, 3}) {
+        EXPECT_EQ(Decode({octets.data() + 4, readable - 4}, 8 * length, &surplus_), kUnknownIei);
+        EXPECT_TRUE(surplus_.Items().empty()) << length;
+    }
+}
+
 TEST_F(ToleratedMessage, KeepsOnlySoManyPieces) {
     std::string octets;
     for (std::size_t element = 0; element < SurplusList::kMostItems; ++element) {

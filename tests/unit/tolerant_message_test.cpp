@@ -359,6 +359,7 @@ TEST_F(TolerantReading, LeavesOtherMessagesAsTheyAre) {
         {EPS_MMUplink, "17 AA BB CC DD 01 07 FF", "SECURITY_PROTECTED_NAS_MESSAGE"},  // unknown
         {EPS_MMUplink, "17 AA BB CC DD 01 05 24", "SECURITY_PROTECTED_NAS_MESSAGE"},  // another's
         {EPS_MMDownlink, "57 AA BB CC DD 01 07 54", ""},
+        {EPS_MMDownlink, "12 AA BB CC DD 01 07 54", ""},
         {EPS_SMDownlink, "17 AA BB CC DD 01 02 13 D9", ""},
         {L3Downlink, "17 AA BB CC DD 01 07 54", ""},
     };
@@ -370,6 +371,10 @@ TEST_F(TolerantReading, LeavesOtherMessagesAsTheyAre) {
         EXPECT_FALSE(message_.Security()) << octets;
         EXPECT_EQ(message_.SurplusCount(), 0U) << octets;
     }
+    // What lies behind the message's length is none inside.
+    const std::vector<std::uint8_t> octets = FromHex("17 AA BB CC DD 01 07 54");
+    EXPECT_TRUE(message_.Decode(EPS_MMDownlink, PaddedMessage(octets.data(), 6, 8), kTolerant));
+    EXPECT_EQ(message_.TypeName(), "SECURITY_PROTECTED_NAS_MESSAGE");
 }
 
 TEST_F(TolerantReading, HasTheTextOfTheFunctions) {
