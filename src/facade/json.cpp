@@ -52,7 +52,14 @@ class JsonWriter {
         at = PutLiteral(text_.RoomAt(at, 0), R"(,"bits":)");
         at = std::to_chars(at, at + kMostDigits, message_.BitsConsumed()).ptr;
         at = PutMembers(PutLiteral(at, R"(,"fields":)"), message_.Root());
-        return message_.FaultCount() > 0 ? PutFaults(at) : at;
+        if (message_.FaultCount() > 0) {
+            at = PutFaults(at);
+        }
+        if (message_.SurplusCount() > 0) {
+            at = PutAllSurplus(at);
+        }
+        const std::optional<SecurityHeader> security = message_.Security();
+        return security ? PutSecurity(at, *security) : at;
     }
 
     char* PutCode(char* at) {
@@ -71,18 +78,57 @@ class JsonWriter {
 
     char* PutFault(char* at, const Fault& fault) {
         at = PutUnsigned(PutLiteral(text_.RoomAt(at, 0), R"({"number":)"), fault.number);
-        at = PutString(PutLiteral(at, R"(,"words":)"), fault.words);
+        at = PutPath(PutString(PutLiteral(at, R"(,"words":)"), fault.words), fault.field);
+        if (fault.offset) {
+            at = PutUnsigned(PutLiteral(at, R"(,"at":)"), *fault.offset);
+        }
+        return PutLiteral(at, "}");
+    }
+
+    /// The path of a field, if there is one. Makes sure of room for what stands behind.
+    char* PutPath(char* at, const Field& field) {
         // The caller's string has the path for a moment: it is going to grow by more than that.
         const std::size_t size = json_.size();
-        if (message_.AppendPath(fault.field, json_)) {
+        if (message_.AppendPath(field, json_)) {
             at = PutLiteral(text_.RoomAt(at, 0), R"(,"path":)");
             at = PutString(at, std::string_view(json_).substr(size));
             json_.resize(size);
         }
-        at = text_.RoomAt(at, 0);
-        if (fault.offset) {
-            at = PutUnsigned(PutLiteral(at, R"(,"at":)"), *fault.offset);
+        return text_.RoomAt(at, 0);
+    }
+
+    char* PutAllSurplus(char* at) {
+        at = PutLiteral(text_.RoomAt(at, 0), R"(,"surplus":[)");
+        for (std::size_t index = 0; index < message_.SurplusCount(); ++index) {
+            at = PutSurplus(at, message_.GetSurplus(index));
+            *at++ = ',';
         }
+        return PutEnd(at, ']');
+    }
+
+    char* PutSurplus(char* at, const Surplus& surplus) {
+        at = PutLiteral(text_.RoomAt(at, 0), R"({"kind":)");
+        at = surplus.kind == Surplus::Kind::kRest ? PutLiteral(at, R"("rest")")
+                                                  : PutLiteral(at, R"("element")");
+        if (surplus.iei) {
+            at = reflect::PutHexPair(PutLiteral(at, R"(,"iei":")"), *surplus.iei);
+            *at++ = '"';
+        }
+        at = PutPath(at, surplus.field);
+        *at++ = ',';
+        at = PutBits(at, surplus.octets, surplus.bitCount);
+        return PutLiteral(PutPlace(text_.RoomAt(at, 0), surplus.place), "}");
+    }
+
+    char* PutSecurity(char* at, const SecurityHeader& security) {
+        at = PutLiteral(text_.RoomAt(at, 0), R"(,"security":{"type":)");
+        at = PutLiteral(PutUnsigned(at, security.type), R"(,"authenticationCode":")");
+        at = text_.RoomAt(at, 0);
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            const auto octet = static_cast<std::uint8_t>(security.authenticationCode >> shift);
+            at = reflect::PutHexPair(at, octet);
+        }
+        at = PutUnsigned(PutLiteral(at, R"(","sequenceNumber":)"), security.sequenceNumber);
         return PutLiteral(at, "}");
     }
 
@@ -102,9 +148,7 @@ class JsonWriter {
         at = PutContents(PutLiteral(text_.RoomAt(at, 0), "{"), field);
         at = text_.RoomAt(at, 0);
         if (const std::optional<Place> place = field.GetPlace()) {
-            at = PutUnsigned(PutLiteral(at, R"(,"at":[)"), place->offset);
-            *at++ = ',';
-            at = PutLiteral(PutUnsigned(at, place->length), "]");
+            at = PutPlace(at, *place);
         }
         if (status == FieldStatus::kDefault) {
             at = PutLiteral(at, R"(,"status":"default")");
@@ -114,6 +158,12 @@ class JsonWriter {
         return PutLiteral(at, "}");
     }
 
+    static char* PutPlace(char* at, const Place& place) {
+        at = PutUnsigned(PutLiteral(at, R"(,"at":[)"), place.offset);
+        *at++ = ',';
+        return PutLiteral(PutUnsigned(at, place.length), "]");
+    }
+
     char* PutContents(char* at, const Field& field) {
         switch (field.Kind()) {
             case FieldKind::kNumber:
@@ -121,7 +171,7 @@ class JsonWriter {
             case FieldKind::kEnumerated:
                 return PutEnumerated(at, field);
             case FieldKind::kBits:
-                return PutBits(at, field);
+                return PutBits(at, field.Octets(), field.BitCount());
             case FieldKind::kStruct:
                 return PutMembers(PutLiteral(at, R"("fields":)"), field);
             case FieldKind::kUnion:
@@ -146,13 +196,12 @@ class JsonWriter {
         return at;
     }
 
-    char* PutBits(char* at, const Field& field) {
-        const std::span<const std::uint8_t> octets = field.Octets();
+    char* PutBits(char* at, std::span<const std::uint8_t> octets, std::uint32_t bitCount) {
         at = PutLiteral(text_.RoomAt(at, 2 * octets.size()), R"("hex":")");
         for (const std::uint8_t octet : octets) {
             at = reflect::PutHexPair(at, octet);
         }
-        return PutUnsigned(PutLiteral(at, R"(","bits":)"), field.BitCount());
+        return PutUnsigned(PutLiteral(at, R"(","bits":)"), bitCount);
     }
 
     char* PutChoice(char* at, const Field& chosen) {

@@ -13,9 +13,9 @@ namespace quorvane::test {
 
 using Octets = std::vector<std::uint8_t>;
 
-inline std::string JsonOf(Decoding decoding, const Octets& octets) {
+inline std::string JsonOf(Decoding decoding, const Octets& octets, DecodeOptions options = {}) {
     Message message;
-    message.Decode(decoding, octets);
+    message.Decode(decoding, octets, options);
     std::string json;
     AppendJson(message, json);
     return json;

@@ -38,9 +38,10 @@ class JsonSchemaTest : public testing::Test {
     }
 
     /// The JSON of the message, which is left in `message_`.
-    std::string JsonOf(const test::GoldenFile& golden) {
+    std::string JsonOf(const test::GoldenFile& golden, DecodeOptions options = {}) {
         message_.Decode(golden.decoding,
-                        PaddedMessage(golden.octets.data(), golden.length, golden.octets.size()));
+                        PaddedMessage(golden.octets.data(), golden.length, golden.octets.size()),
+                        options);
         std::string json;
         AppendJson(message_, json);
         return json;
@@ -199,6 +200,35 @@ void ExpectSameFault(const Message& message, const Fault& fault, const Value& js
     EXPECT_TRUE(members.AllTaken());
 }
 
+void ExpectSameSurplus(const Message& message, const Surplus& surplus, const Value& json) {
+    Members members(json);
+    EXPECT_EQ(TextOf(*members.Take("kind")),
+              surplus.kind == Surplus::Kind::kRest ? "rest" : "element");
+    const Value* iei = members.Take("iei");
+    ASSERT_EQ(iei != nullptr, surplus.iei.has_value());
+    if (surplus.iei) {
+        EXPECT_EQ(TextOf(*iei), tool::ToHex({&*surplus.iei, 1}, ""));
+    }
+    std::string path;
+    ASSERT_TRUE(message.AppendPath(surplus.field, path));
+    EXPECT_EQ(TextOf(*members.Take("path")), path);
+    EXPECT_EQ(TextOf(*members.Take("hex")), tool::ToHex(surplus.octets, ""));
+    EXPECT_EQ(members.Take("bits")->GetUint(), surplus.bitCount);
+    const Value& at = *members.Take("at");
+    EXPECT_EQ(at[0].GetUint(), surplus.place.offset);
+    EXPECT_EQ(at[1].GetUint(), surplus.place.length);
+    EXPECT_TRUE(members.AllTaken());
+}
+
+void ExpectSame(const SecurityHeader& header, const Value& json) {
+    Members members(json);
+    EXPECT_EQ(members.Take("type")->GetUint(), header.type);
+    EXPECT_EQ(std::stoul(std::string(TextOf(*members.Take("authenticationCode"))), nullptr, 16),
+              header.authenticationCode);
+    EXPECT_EQ(members.Take("sequenceNumber")->GetUint(), header.sequenceNumber);
+    EXPECT_TRUE(members.AllTaken());
+}
+
 void ExpectSame(const Message& message, Decoding decoding, const Value& json) {
     Members members(json);
     EXPECT_EQ(TextOf(*members.Take("decoding")),
@@ -217,6 +247,16 @@ void ExpectSame(const Message& message, Decoding decoding, const Value& json) {
         for (rapidjson::SizeType index = 0; index < message.FaultCount(); ++index) {
             ExpectSameFault(message, message.GetFault(index), (*faults)[index]);
         }
+        const Value* surplus = members.Take("surplus");
+        ASSERT_EQ(surplus == nullptr ? 0 : surplus->Size(), message.SurplusCount());
+        for (rapidjson::SizeType index = 0; index < message.SurplusCount(); ++index) {
+            ExpectSameSurplus(message, message.GetSurplus(index), (*surplus)[index]);
+        }
+        const Value* security = members.Take("security");
+        ASSERT_EQ(security != nullptr, message.Security().has_value());
+        if (security != nullptr) {
+            ExpectSame(*message.Security(), *security);
+        }
     }
     EXPECT_TRUE(members.AllTaken());
 }
@@ -224,15 +264,17 @@ void ExpectSame(const Message& message, Decoding decoding, const Value& json) {
 TEST_F(JsonSchemaTest, AllGoldenMessagesHaveTheFormAndTellWhatTheirFieldsTell) {
     ASSERT_FALSE(golden_.empty());
     for (const test::GoldenFile& golden : golden_) {
-        const std::string json = JsonOf(golden);
-        Document document;
-        document.Parse(json.c_str());
-        ASSERT_FALSE(document.HasParseError()) << json;
-        EXPECT_EQ(Problem(document), "") << json;
-        ExpectSame(message_, golden.decoding, document);
-        EXPECT_EQ(json.find('\n'), std::string::npos);
-        if (HasFailure()) {
-            FAIL() << golden.text << json;
+        for (const bool tolerant : {false, true}) {
+            const std::string json = JsonOf(golden, {.tolerant = tolerant, .deciphered = tolerant});
+            Document document;
+            document.Parse(json.c_str());
+            ASSERT_FALSE(document.HasParseError()) << json;
+            EXPECT_EQ(Problem(document), "") << json;
+            ExpectSame(message_, golden.decoding, document);
+            EXPECT_EQ(json.find('\n'), std::string::npos);
+            if (HasFailure()) {
+                FAIL() << golden.text << json;
+            }
         }
     }
 }
@@ -369,6 +411,49 @@ TEST_F(JsonSchemaTest, IncompleteOrContradictoryDocumentsAreRefused) {
           R"("faults":[{"number":1,"words":"x","path":"A..B"}]})"}) {
         EXPECT_TRUE(refused(bad)) << bad;
     }
+}
+
+TEST_F(JsonSchemaTest, DamagedSurplusAndSecurityAreRefused) {
+    const std::string good =
+        R"({"decoding":"RRSPD","type":"T","code":0,"bits":1,"fields":{},)"
+        R"("surplus":[{"kind":"rest","iei":"0F","path":"A[1].B","hex":"F0","bits":4,)"
+        R"("at":[4294967291,4]},{"kind":"element","hex":"80","bits":8,"at":[0,8]}],)"
+        R"("security":{"type":4,"authenticationCode":"00112233","sequenceNumber":255}})";
+    const auto problem = [&](const std::string& json) {
+        Document document;
+        document.Parse(json.c_str());
+        EXPECT_FALSE(document.HasParseError()) << json;
+        return Problem(document);
+    };
+    EXPECT_EQ(problem(good), "");
+    const std::pair<const char*, const char*> damages[] = {
+        {R"("kind":"rest",)", ""},
+        {R"("kind":"rest")", R"("kind":"other")"},
+        {R"("iei":"0F")", R"("iei":15)"},
+        {R"("iei":"0F")", R"("iei":"F")"},
+        {R"("path":"A[1].B")", R"("path":"A..B")"},
+        {R"("hex":"F0",)", ""},
+        {R"("hex":"F0")", R"("hex":"f0")"},
+        {R"("bits":4,)", ""},
+        {R"(,"at":[0,8])", ""},
+        {R"("at":[0,8])", R"("at":[0])"},
+        {R"("at":[0,8])", R"("at":[0,8],"status":"refused")"},
+        {R"("type":4)", R"("type":12)"},
+        {R"("type":4,)", ""},
+        {R"("00112233")", R"("0011223")"},
+        {R"("sequenceNumber":255)", R"("sequenceNumber":256)"},
+        {R"(,"sequenceNumber":255)", ""},
+        {R"("sequenceNumber":255)", R"("sequenceNumber":255,"x":1)"},
+    };
+    for (const auto& [part, damaged] : damages) {
+        std::string json = good;
+        ASSERT_NE(json.find(part), std::string::npos) << part;
+        json.replace(json.find(part), std::string(part).size(), damaged);
+        EXPECT_NE(problem(json), "") << json;
+    }
+    EXPECT_NE(
+        problem(R"({"decoding":"RRSPD","type":"T","code":0,"bits":1,"fields":{},"surplus":[]})"),
+        "");
 }
 
 TEST_F(JsonSchemaTest, NamesEveryDecoding) {

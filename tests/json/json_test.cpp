@@ -71,6 +71,32 @@ TEST(Json, TellsTheErrorInWords) {
                     R"(,"code":-7,"error":"MANDATORY IE SYNTAX ERROR","bits":0,"fields":{)"));
 }
 
+// SERVICE REJECT, TS 24.301, 8.2.24, with an unknown element; ATTACH COMPLETE, 8.2.2, whose
+// container has an octet behind ESM STATUS.
+TEST(Json, TellsWhatTolerantReadingSetAside) {
+    const DecodeOptions tolerant{.tolerant = true};
+    EXPECT_EQ(JsonOf(Decoding::EPS_MMDownlink, {0x07, 0x4E, 0x27, 0x6A, 0x01, 0x21}, tolerant),
+              R"({"decoding":"EPS_MMDownlink","type":"SERVICE_REJECT","code":0,"bits":48,)"
+              R"("fields":{"SecurityHeaderType":{"value":0},"EMMCause":{"value":39,)"
+              R"("words":"CS domain temporarily not available","at":[16,8]}},)"
+              R"("surplus":[{"kind":"element","iei":"6A","path":"","hex":"6A0121","bits":24,)"
+              R"("at":[24,24]}]})");
+    const std::string json = JsonOf(
+        Decoding::EPS_MMUplink, {0x07, 0x43, 0x00, 0x05, 0x52, 0x01, 0xE8, 0x6F, 0x27}, tolerant);
+    EXPECT_TRUE(json.ends_with(R"(}},"surplus":[{"kind":"rest","path":"ESMMessageContainer",)"
+                               R"("hex":"27","bits":8,"at":[64,8]}]})"))
+        << json;
+}
+
+// AUTHENTICATION REJECT behind a security header.
+TEST(Json, TellsTheSecurityHeader) {
+    EXPECT_EQ(JsonOf(Decoding::EPS_MMDownlink, {0x17, 0x0A, 0xBB, 0xCC, 0xDD, 0xFE, 0x07, 0x54},
+                     {.tolerant = true}),
+              R"({"decoding":"EPS_MMDownlink","type":"AUTHENTICATION_REJECT","code":0,"bits":64,)"
+              R"("fields":{"SecurityHeaderType":{"value":0}},)"
+              R"("security":{"type":1,"authenticationCode":"0ABBCCDD","sequenceNumber":254}})");
+}
+
 TEST(Json, OfNoMessage) {
     EXPECT_EQ(JsonOf(Decoding::EPS_SMUplink, {0xFF, 0xFF, 0xFF}),
               R"({"decoding":"EPS_SMUplink","type":null,"code":-2})");

@@ -75,6 +75,17 @@ TEST_F(ToolTest, TolerantDecodeLeavesExitStatusAndDiagnostics) {
     }
 }
 
+TEST_F(ToolTest, JsonTellsWhatIsSetAside) {
+    const Outcome outcome = Run("decode --json --tolerant EPS_MMDownlink " + kReject);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.output.find(R"("surplus":[{"kind":"element","iei":"6A",)"), std::string::npos)
+        << outcome.output;
+    const auto answers =
+        JsonLines(Run("batch --json --tolerant", "EPS_MMDownlink 8 " + kReject + "\n").output);
+    ASSERT_EQ(answers.size(), 1U);
+    EXPECT_EQ(answers[0]["message"]["surplus"].Size(), 1U);
+}
+
 TEST_F(ToolTest, BatchNamesWhatIsSetAside) {
     const std::string lines = "EPS_MMDownlink 8 " + kReject +
                               "\n"
