@@ -3,6 +3,7 @@
 // What a decode or an encode carries along: tables, octets, memory and the way faults are reported.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -72,10 +73,68 @@ struct DecodeContext {
     SurplusList* surplus = nullptr;  // tolerant reading; null: strict reading
 };
 
+/// Why an encoder did not write a value.
+struct Refusal {
+    enum class Reason : std::uint8_t {
+        kNotWritten,  // its encoder refused it
+        kMissing,     // it has to be there and was never set
+        kNoChoice,    // a union of which nothing is chosen
+        kSelector,    // the selector in a default alternative chooses another one
+        kCondition,   // it is there, or not, against the field that decides
+        kLength,      // its bits are not within its limits
+    };
+
+    Reason reason;
+    const bits::Cell* cell;
+    // kLength: the bits that it takes, and the limits.
+    std::int64_t bits = 0;
+    std::int64_t leastBits = 0;
+    std::int64_t mostBits = 0;
+};
+
 struct EncodeContext {
     const CodecTables& tables;
     bits::BitWriter& writer;
     Diagnostics& diagnostics;
+    /// Whether a record is refused that no decoder makes: with a mandatory value that was never
+    /// set, which is written as its default otherwise, with lengths outside of their limits, or
+    /// with conditional fields against their condition.
+    bool checked = false;
+    std::optional<Refusal> refusal{};  // the first one
+    /// The selector of a choice, which is written in any case, around the value that is written.
+    std::int64_t selectorBegin = 0;
+    std::int64_t selectorEnd = 0;
+
+    void Refuse(const Refusal& refused) {
+        if (!refusal) {
+            refusal = refused;
+        }
+    }
+
+    /// Whether the value is set if it has to be.
+    bool Demand(const bits::Cell& cell) {
+        if (checked && !cell.reached) {
+            Refuse({Refusal::Reason::kMissing, &cell});
+            return false;
+        }
+        return true;
+    }
+
+    /// The same of one that lies at bit `position`.
+    bool DemandAt(std::int64_t position, const bits::Cell& cell) {
+        return (position >= selectorBegin && position < selectorEnd) || Demand(cell);
+    }
+
+    /// Whether a value takes bits within the limits and, if it is `counted` by a length, whole
+    /// octets.
+    bool CheckLength(const bits::Cell& cell, std::int64_t bits, std::int64_t least,
+                     std::int64_t most, bool counted) {
+        if (bits < least || bits > most || (counted && bits % 8 != 0)) {
+            Refuse({Refusal::Reason::kLength, &cell, bits, least, most});
+            return false;
+        }
+        return true;
+    }
 };
 
 }  // namespace quorvane::iecodec

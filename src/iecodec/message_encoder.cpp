@@ -1,5 +1,7 @@
 #include "iecodec/message_encoder.h"
 
+#include <algorithm>
+
 #include "iecodec/transaction_identifier.h"
 #include "iecodec/value_encoder.h"
 
@@ -54,6 +56,17 @@ std::int64_t EncodeHeader(EncodeContext& context, const MessageRow& message, std
     return cursor - position;
 }
 
+/// Whether all members in the header are set that have to be.
+bool HeaderIsSet(EncodeContext& context, const MessageRow& message, const Cell& cell) {
+    const auto isSet = [&](const HeaderItemRow& item) {
+        const bool stored = item.kind == Item::kField || item.kind == Item::kFieldAfterBody ||
+                            item.kind == Item::kExtendedIdentifier;
+        return !stored || context.Demand(MemberOf(cell, item.element));
+    };
+    const auto items = HeaderOf(context.tables, message);
+    return std::all_of(items.begin(), items.end(), isSet);
+}
+
 class BodyEncoder {
   public:
     BodyEncoder(EncodeContext& context, const MessageRow& message, std::int64_t position,
@@ -67,7 +80,8 @@ class BodyEncoder {
         for (const FieldRow& field : fields) {
             const Cell& cell = MemberOf(cell_, field.element);
             const bool written = field.presence == FieldRow::Presence::kMandatory || cell.present;
-            if (written && !EncodeField(field, cell)) {
+            if (!MeetsItsCondition(field, cell) || (written && !EncodeField(field, cell))) {
+                context_.Refuse({Refusal::Reason::kNotWritten, &cell});
                 context_.diagnostics.Report(field.encodeNumber, "Error encoding subfield",
                                             field.name);
                 return kSyntaxError;
@@ -83,7 +97,20 @@ class BodyEncoder {
     [[nodiscard]] std::int64_t CountedEnd() const { return countedEnd_; }
 
   private:
+    /// Whether a conditional field is there if, and only if, the field that decides says so.
+    bool MeetsItsCondition(const FieldRow& field, const Cell& cell) {
+        if (!context_.checked || field.presence != FieldRow::Presence::kConditional ||
+            cell_.cells == nullptr || cell.present == ConditionHolds(field, cell_.cells)) {
+            return true;
+        }
+        context_.Refuse({Refusal::Reason::kCondition, &cell});
+        return false;
+    }
+
     bool EncodeField(const FieldRow& field, const Cell& cell) {
+        if (field.value != kNone && !context_.Demand(cell)) {
+            return false;
+        }
         const FieldFormatInfo& info = InfoOf(field.format);
         if (info.ieiWidth != 0) {
             context_.writer.Write(cursor_,
@@ -129,6 +156,12 @@ class BodyEncoder {
         if (result.Failed()) {
             return false;
         }
+        const bool hasWidth =
+            InfoOf(field.format).valueEnd == FieldFormatInfo::ValueEnd::kWidth && !field.unchecked;
+        if (context_.checked && hasWidth &&
+            !context_.CheckLength(cell, result.Bits(), field.width, field.width, false)) {
+            return false;
+        }
         const std::int64_t behind = cursor_ + result.Bits();
         cursor_ = field.unchecked ? cursor_ + field.width : behind;
         WriteZeros(context_, behind, cursor_);
@@ -142,9 +175,26 @@ class BodyEncoder {
         if (!EncodeContents(field, cell)) {
             return false;
         }
-        const std::int64_t octets = (cursor_ - lengthAt - lengthWidth) >> 3;
-        context_.writer.Write(lengthAt, static_cast<std::uint32_t>(octets), lengthWidth);
-        return true;
+        const std::int64_t start = lengthAt + lengthWidth;
+        FillUp(field, start);
+        const std::int64_t bits = cursor_ - start;
+        context_.writer.Write(lengthAt, static_cast<std::uint32_t>(bits >> 3), lengthWidth);
+        const std::int64_t longest = (std::int64_t{1} << lengthWidth) - 1;
+        const std::int64_t least = context_.checked ? field.leastOctets : 0;
+        const std::int64_t most = context_.checked ? field.mostOctets : longest;
+        return context_.CheckLength(cell, bits, 8 * least, 8 * most, context_.checked);
+    }
+
+    /// Zeros behind a CSN.1 structure that ends ahead of its octets, or of the fewest that the
+    /// field has: the spare bits that such structures end in.
+    void FillUp(const FieldRow& field, std::int64_t start) {
+        if (RowAt(context_, field.value).shape != Shape::kCsn) {
+            return;
+        }
+        const std::int64_t octets =
+            std::max<std::int64_t>((cursor_ - start + 7) / 8, field.leastOctets);
+        WriteZeros(context_, cursor_, start + 8 * octets);
+        cursor_ = start + 8 * octets;
     }
 
     EncodeContext& context_;
@@ -176,6 +226,9 @@ Outcome EncodeMessage(EncodeContext& context, const MessageRow& message, std::in
     const std::int64_t width = EncodeHeader(context, message, position, cell);
     BodyEncoder body(context, message, position + width, cell);
     const Outcome result = body.Run();
+    if (!result.Failed() && !HeaderIsSet(context, message, cell)) {
+        return kSyntaxError;
+    }
     EncodePseudoLength(context, message, position, body.CountedEnd());
     return result.Plus(width);
 }

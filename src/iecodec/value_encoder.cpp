@@ -36,6 +36,11 @@ Outcome EncodePart(EncodeContext& context, const PartRow& part, std::int64_t pos
             if (result.Failed()) {
                 return result;
             }
+            constexpr std::int64_t kMostBits = 8 * std::int64_t{255};
+            if (!context.CheckLength(MemberOf(owner, part.element), result.Bits(), 0, kMostBits,
+                                     context.checked)) {
+                return kSyntaxError;
+            }
             context.writer.Write(position, static_cast<std::uint32_t>(result.Bits() >> 3), 8);
             return result.Plus(8);
         }
@@ -47,10 +52,29 @@ Outcome EncodePart(EncodeContext& context, const PartRow& part, std::int64_t pos
     return encodeAt(position);
 }
 
+/// How many of the parts have to be set: those of a structure that may be cut short up to the last
+/// one that is.
+std::size_t DemandedParts(std::span<const PartRow> parts, const ValueRow& row, const Cell& cell) {
+    std::size_t count = parts.size();
+    while (row.shape == Shape::kTruncatable && count > 0 &&
+           (parts[count - 1].kind == PartKind::kSkip ||
+            !MemberOf(cell, parts[count - 1].element).reached)) {
+        --count;
+    }
+    return count;
+}
+
 Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t position,
                     const Cell& cell) {
+    const auto parts = context.tables.parts.subspan(row.first, row.count);
+    const std::size_t demanded = DemandedParts(parts, row, cell);
     std::int64_t cursor = position;
-    for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
+    for (const PartRow& part : parts) {
+        const bool isDemanded = static_cast<std::size_t>(&part - parts.data()) < demanded &&
+                                part.kind != PartKind::kSkip;
+        if (isDemanded && !context.DemandAt(cursor, MemberOf(cell, part.element))) {
+            return kSyntaxError;
+        }
         const Outcome result = EncodePart(context, part, cursor, cell);
         if (result.Failed()) {
             return result;
@@ -72,17 +96,43 @@ const AlternativeRow* ChosenAlternative(const EncodeContext& context, const Valu
     return found == rows.end() ? nullptr : &*found;
 }
 
+/// Whether `selector` chooses an alternative that is not the default one.
+bool IsSelector(const EncodeContext& context, const ValueRow& row, std::uint32_t selector) {
+    const auto rows = context.tables.alternatives.subspan(row.first, row.count);
+    return std::any_of(rows.begin(), rows.end(), [&](const AlternativeRow& alternative) {
+        return !alternative.isDefault && alternative.selector == selector;
+    });
+}
+
 Outcome EncodeChoice(EncodeContext& context, const ValueRow& row, std::int64_t position,
                      const Cell& cell) {
     const AlternativeRow* chosen = ChosenAlternative(context, row, cell);
     if (chosen == nullptr) {
+        if (context.checked) {
+            context.Refuse({Refusal::Reason::kNoChoice, &cell});
+            return kSyntaxError;
+        }
         return 0;
     }
+    const std::int64_t selectorAt = position + row.selectorOffset;
+    if (!chosen->isDefault) {
+        context.selectorBegin = selectorAt;
+        context.selectorEnd = selectorAt + row.selectorWidth;
+    }
     const Outcome result =
-        EncodeValue(context, RowAt(context, chosen->value), position, *cell.cells);
+        context.Demand(*cell.cells)
+            ? EncodeValue(context, RowAt(context, chosen->value), position, *cell.cells)
+            : Outcome(kSyntaxError);
+    if (result.Failed()) {
+        return result;
+    }
     // The alternative may hold the selector as spare bits; a default one writes what it knows.
-    if (!result.Failed() && !chosen->isDefault) {
-        context.writer.Write(position + row.selectorOffset, chosen->selector, row.selectorWidth);
+    if (!chosen->isDefault) {
+        context.writer.Write(selectorAt, chosen->selector, row.selectorWidth);
+    } else if (IsSelector(context, row,
+                          context.writer.Reader().Read(selectorAt, row.selectorWidth))) {
+        context.Refuse({Refusal::Reason::kSelector, &cell});
+        return kSyntaxError;
     }
     return result;
 }
@@ -92,8 +142,11 @@ Outcome EncodeSequence(EncodeContext& context, const ValueRow& row, std::int64_t
     const ValueRow& item = RowAt(context, row.item);
     std::int64_t cursor = position;
     for (std::uint32_t index = 0; index < cell.number; ++index) {
-        const Outcome result = EncodeValue(context, item, cursor, cell.cells[index]);
+        const Outcome result = context.Demand(cell.cells[index])
+                                   ? EncodeValue(context, item, cursor, cell.cells[index])
+                                   : Outcome(kSyntaxError);
         if (result.Failed()) {
+            context.Refuse({Refusal::Reason::kNotWritten, &cell.cells[index]});
             context.diagnostics.Report(row.encodeNumber, "Error encoding sequence", row.name);
             return kSyntaxError;
         }
@@ -115,13 +168,18 @@ class ExtensionEncoder {
             if (!IsPresent(octets.front())) {
                 return cursor_ - start_;
             }
-            WriteGroup(octets);
+            if (!WriteGroup(octets)) {
+                return kSyntaxError;
+            }
         }
         if (row_.item == kNone) {
             return cursor_ - start_;
         }
-        const Outcome result = EncodeValue(context_, RowAt(context_, row_.item), cursor_,
-                                           MemberOf(cell_, row_.element));
+        const Cell& remainder = MemberOf(cell_, row_.element);
+        const Outcome result =
+            context_.Demand(remainder)
+                ? EncodeValue(context_, RowAt(context_, row_.item), cursor_, remainder)
+                : Outcome(kSyntaxError);
         if (result.Failed()) {
             context_.diagnostics.Report(row_.encodeNumber, "Error encoding remainder of",
                                         row_.name);
@@ -135,19 +193,25 @@ class ExtensionEncoder {
         return octet.flagElement == kNone || MemberOf(cell_, octet.flagElement).present;
     }
 
-    void WriteGroup(std::span<const OctetRow> octets) {
+    /// Whether the parts of the octets that are there are set.
+    bool WriteGroup(std::span<const OctetRow> octets) {
         for (std::size_t index = 0; index < octets.size() && IsPresent(octets[index]); ++index) {
             const bool followed = index + 1 < octets.size() && IsPresent(octets[index + 1]);
             context_.writer.Write(cursor_, followed ? 0 : 1, 1);
             std::int64_t position = cursor_ + 1;
             for (const PartRow& part :
                  context_.tables.parts.subspan(octets[index].firstPart, octets[index].partCount)) {
+                if (part.kind != PartKind::kSkip &&
+                    !context_.Demand(MemberOf(cell_, part.element))) {
+                    return false;
+                }
                 // Integers, which never fail.
                 static_cast<void>(EncodePart(context_, part, position, cell_));
                 position += part.width;
             }
             cursor_ += 8;
         }
+        return true;
     }
 
     EncodeContext& context_;

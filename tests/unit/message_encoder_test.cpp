@@ -271,6 +271,36 @@ TEST(EncodeFields, LengthsAreKnownBehindTheirValues) {
     EXPECT_EQ(up.Encode().hex, "07 53 01 11 2F");
 }
 
+TEST(EncodeFields, AValueLongerThanItsLengthFieldIsRefused) {
+    SetUnderTest up = Eps("MM_Uplink");
+    ASSERT_FALSE(up.Decode("07 5C 15 30 0E 01 02 03 04 05 06 07 08 09 0A 0B 0C 0D 0E").Failed());
+    std::array<std::uint8_t, 300> octets{};
+    Cell& parameter = up.Member("AuthenticationFailureParameter");
+    parameter.octets = octets.data();
+    parameter.number = 8 * 255;
+    EXPECT_EQ(up.Encode().hex.substr(0, 14), "07 5C 15 30 FF");
+    for (const std::uint32_t count : {256U, 300U}) {
+        parameter.number = 8 * count;
+        const Written written = up.Encode();
+        EXPECT_EQ(written.bits, kSyntaxError);
+        EXPECT_EQ(written.diagnostics,
+                  "<ERRID:*> Error encoding subfield AuthenticationFailureParameter\n");
+    }
+}
+
+// TS 24.008, 9.4.1: the MS radio access capability has 5 octets at least, the last ones spare here.
+TEST(EncodeFields, ACsnStructureIsFilledUpWithZeros) {
+    SetUnderTest up(families::kL3Family, "Message_set_L3Uplink");
+    const std::string request =
+        "08 01 02 E5 E0 71 0A 00 05 F4 C0 00 00 01 62 F2 10 12 34 05 05 11 25 80 00 00";
+    EXPECT_FALSE(up.Decode(request).Failed());
+    EXPECT_EQ(up.Diagnostics(), "");
+    const Written written = up.Encode();
+    EXPECT_EQ(written.bits.Bits() % 8, 0);
+    EXPECT_FALSE(up.Decode(written.hex).Failed());
+    EXPECT_EQ(up.Diagnostics(), "");
+}
+
 TEST(EncodeFields, LongLengthsTakeTwoOctets) {
     SetUnderTest up = Eps("MM_Uplink");
     // An ESM message has its own header, and the outer length counts it.
