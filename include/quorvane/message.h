@@ -1,7 +1,7 @@
 #pragma once
 
-// A decoded message as data: its fields to walk, with their values, words and places, and what a
-// message of a type could hold. quorvane/decode.h gives the same message as a text.
+// A message as data: its fields to walk, with their values, words and places, to set, and to write
+// as octets; and what a message of a type could hold. quorvane/decode.h gives a message as a text.
 //
 //     #include <quorvane/message.h>
 //
@@ -16,14 +16,17 @@
 // fields, their order and their names are those of the text.
 //
 // Lifetime. A Message keeps what it decodes; the octets may go. A Field looks into its Message: it
-// is valid until that decodes again, is moved from or ends. A Type and all words and names look
+// is valid until that decodes again, is made anew, is moved from or ends; the fields in a list or
+// union also until that is resized or chosen. A Type and all words and names look
 // into constant tables and are valid as long as the library is loaded.
 //
 // Cost. The first calls of Decode take memory, later ones use it again: a Message that has decoded
 // one like it before allocates nothing. It keeps at most 1 MiB of what a large message took, and
-// goes on without the rest. A Field is five words, made and copied without allocating. Only Decode
-// and what appends to a string need memory and can throw: std::bad_alloc. A Decode that throws
-// leaves the Message as one that has found nothing.
+// goes on without the rest. A Field is five words, made and copied without allocating. Nothing that
+// is const needs memory but Encode and what appends to a string. What needs memory can throw
+// std::bad_alloc, and nothing else throws: Decode leaves the Message as one that has found nothing
+// then, what sets a field leaves that field as it was. What is replaced is given back with the whole
+// message only.
 //
 // Words and names are ASCII, but for the words of one enumeration of the core network, which have
 // the octet DF for U+00DF.
@@ -45,6 +48,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "quorvane/decode.h"
 #include "quorvane/export.h"
@@ -63,7 +67,7 @@ enum class FieldKind : std::uint8_t {
 
 /// What became of a field.
 enum class FieldStatus : std::uint8_t {
-    /// The decoder came to it and took it.
+    /// The decoder came to it and took it, or it was set.
     kDecoded,
     /// It has to be there, and holds its default contents as the decoder never came to it: decoding
     /// stopped before, or the structure around it was cut short.
@@ -208,7 +212,7 @@ class QUORVANE_API Field {
     [[nodiscard]] Field operator[](std::size_t index) const noexcept;
 
     /// The field below this one at `path`: names of members and alternatives behind dots, items as
-    /// [index] from 0, as in "EPSMobileIdentity.GUTI.MTMSI" or "ProtocolCfgs[1].Contents". No field
+    /// [index] from 0, as in "EPSMobileIdentity.GUTI.M_TMSI" or "ProtocolCfgs[1].Contents". No field
     /// if the path leads nowhere, also to an alternative that was not chosen. An empty path gives
     /// the field itself. Costs a comparison for each member passed over.
     [[nodiscard]] Field Find(std::string_view path) const noexcept;
@@ -304,6 +308,69 @@ struct SecurityHeader {
     friend bool operator==(const SecurityHeader&, const SecurityHeader&) noexcept = default;
 };
 
+/// Why a message cannot be changed or written as asked.
+enum class MessageErrorKind : std::uint8_t {
+    kNone,
+    kNoMessage,        // there is no message, or this build does not describe those of the decoding
+    kUnknownName,      // no message, member, alternative or value has that name
+    kIndexOutOfRange,  // the list has not so many items
+    kWrongKind,        // the field is of a kind that this cannot be done with
+    kNotThere,  // the field is of another message or was replaced, or a structure around it was
+                // never made
+    kOtherAlternative,  // the union holds another alternative
+    kNotOptional,       // the message cannot do without the field
+    kValueTooLarge,     // the number has more bits than the field
+    kTooManyItems,
+    kTooManyBits,
+    kWrongBitCount,  // the bit string has always the same count, or fewer bits are given than said
+    kMissing,        // a field that has to be there was never set
+    kRefused,        // the decoder refused the field, and it was not set since
+    kWrongLength,    // the value is shorter or longer than its place in the message allows
+    kContradiction,  // one field says otherwise than another: a count, a length, a selector, a flag
+    kNotWritable,    // the structure has no form for such a value
+    kNoRoom,         // the octets do not fit
+};
+
+/// An error, or none. Most errors have a path.
+struct [[nodiscard]] MessageError {
+    MessageErrorKind kind = MessageErrorKind::kNone;
+    std::string path;   // of the field, as Message::Find takes it; empty: the message itself
+    std::string words;  // what is wrong and what would be right, in English, without a full stop
+
+    /// Whether it is one.
+    [[nodiscard]] explicit operator bool() const noexcept {
+        return kind != MessageErrorKind::kNone;
+    }
+};
+
+/// What was written.
+struct [[nodiscard]] EncodeResult {
+    MessageError error;
+    std::size_t octets = 0;  // with kNoRoom how many it would take; else 0 if there is an error
+    std::int64_t bits = 0;   // of the message, which need not end with an octet
+};
+
+/// Which field is meant: one of the message, or the one at a path, see Field::Find.
+class FieldAt {
+  public:
+    // All conversions are meant.
+    // NOLINTBEGIN(google-explicit-constructor)
+    FieldAt(std::string_view path) noexcept : path_(path) {}
+    FieldAt(const std::string& path) noexcept : path_(path) {}
+    FieldAt(const char* path) noexcept : path_(path) {}
+    FieldAt(const Field& field) noexcept : field_(field), isPath_(false) {}
+    // NOLINTEND(google-explicit-constructor)
+
+    [[nodiscard]] bool IsPath() const noexcept { return isPath_; }
+    [[nodiscard]] std::string_view Path() const noexcept { return path_; }
+    [[nodiscard]] const Field& GetField() const noexcept { return field_; }
+
+  private:
+    std::string_view path_;
+    Field field_;
+    bool isPath_ = true;
+};
+
 /// A fault that the decoder met.
 struct Fault {
     std::uint32_t number = 0;  // that of its line "<ERRID:n> ...": the place in the decoder
@@ -312,7 +379,7 @@ struct Fault {
     std::optional<std::uint32_t> offset;  // the bit of the message where the decoder stood
 };
 
-/// One decoded message, used again from call to call.
+/// One message, used again from call to call.
 class QUORVANE_API Message {
   public:
     /// Without a message. Takes no memory.
@@ -393,9 +460,47 @@ class QUORVANE_API Message {
     /// std::bad_alloc if memory runs out.
     void AppendText(std::string& text) const;
 
+    /// Replaces the message by one of the type with that name, no field of which is set. An error
+    /// leaves the message as it is.
+    MessageError New(Decoding decoding, std::string_view name);
+
+    // What follows sets one field. Structures around it that are not there are made and the
+    // optional ones among them are there then, and so are alternatives of unions that hold nothing
+    // yet. An error changes nothing. The place of what was set is not known any more; those of
+    // other fields, Code, BitsConsumed and the faults go on to tell of what was decoded.
+
+    /// A number or enumerated value. What has no bits takes 0 alone.
+    MessageError Set(FieldAt field, std::uint32_t number);
+    /// An enumerated value by its words; of several values with the same words the first.
+    MessageError SetWords(FieldAt field, std::string_view words);
+    /// The first `bits` bits of `octets`, which are copied.
+    MessageError SetBits(FieldAt field, std::span<const std::uint8_t> octets, std::uint32_t bits);
+    /// The alternative of that name; contents of another one are dropped.
+    MessageError Choose(FieldAt field, std::string_view alternative);
+    /// So many items; new ones are not set.
+    MessageError Resize(FieldAt field, std::size_t items);
+    /// One item more, which is not set.
+    MessageError Append(FieldAt field);
+    /// An optional field is there, a structure is made; members and contents stay as they are.
+    MessageError Add(FieldAt field);
+    /// An optional field is absent, with all that it held.
+    MessageError Clear(FieldAt field);
+
+    /// Writes the message: what is decoded from the octets again has the same fields, or there is
+    /// an error and nothing is written. Fields that have to be there have to be set, but for those
+    /// that the encoder works out (selectors of alternatives, lengths), the end of structures that
+    /// may be cut short, and parts of CSN.1 structures and of elements with a hand-written encoder,
+    /// which are 0 then. Spare bits are 0, padding is not written. Bits behind the message in its
+    /// last octet are 0. Takes memory for the octets and for decoding them.
+    EncodeResult Encode(std::span<std::uint8_t> octets) const;
+    /// Appends the octets.
+    EncodeResult Encode(std::vector<std::uint8_t>& octets) const;
+
   private:
     friend class Field;
     struct Contents;
+    class Editor;
+    class Writer;
 
     std::unique_ptr<Contents> contents_;
 };

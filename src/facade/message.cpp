@@ -4,13 +4,9 @@
 #include "quorvane/message.h"
 
 #include <algorithm>
-#include <charconv>
-#include <limits>
 
-#include "bits/arena.h"
-#include "facade/decoder.h"
-#include "facade/decodings.h"
-#include "facade/tolerant_decoder.h"
+#include "facade/field_path.h"
+#include "facade/message_contents.h"
 #include "facade/utf8.h"
 #include "reflect/record_values.h"
 #include "reflect/type_tables.h"
@@ -22,43 +18,7 @@ using reflect::TypeKind;
 using reflect::TypeRow;
 using reflect::TypeTables;
 
-struct Message::Contents {
-    bits::Arena arena;
-    iecodec::Diagnostics diagnostics;
-    facade::DecodedRecord decoded;
-    facade::Tolerated tolerated;
-    Decoding decoding{};
-
-    bool Decode(Decoding by, const bits::BitReader& reader, std::int64_t length,
-                DecodeOptions options) {
-        // Should memory run out, nothing was found.
-        decoded = {};
-        decoding = by;
-        arena.Reset();
-        diagnostics.Clear();
-        tolerated.Clear();
-        if (options.tolerant) {
-            facade::DecodeTolerantly(decoding, reader, length, options.deciphered, arena,
-                                     diagnostics, decoded, tolerated);
-        } else {
-            facade::DecodeRecord(decoding, reader, length, arena, diagnostics, decoded);
-        }
-        return decoded.Found();
-    }
-
-    [[nodiscard]] const TypeTables& Types() const { return decoded.binding.family->types; }
-};
-
 namespace {
-
-/// What `held` points at, made on first use.
-template <typename Contents>
-Contents& ReadyFor(std::unique_ptr<Contents>& held) {
-    if (held == nullptr) {
-        held = std::make_unique<Contents>();
-    }
-    return *held;
-}
 
 const TypeTables& TablesOf(const void* tables) {
     return *static_cast<const TypeTables*>(tables);
@@ -100,72 +60,26 @@ bool HasTrace(const Cell& cell) {
            cell.present;
 }
 
-/// A step of a path: the name of a member, or the index of an item.
-struct Step {
-    std::string_view name;
-    std::optional<std::size_t> index;
-};
-
-/// Cuts the first step off `path`. Nothing if there is none that is well formed.
-std::optional<Step> CutStep(std::string_view& path, bool first) {
-    if (path.starts_with('[')) {
-        std::size_t index = 0;
-        const char* end = path.data() + path.size();
-        const auto [stop, error] = std::from_chars(path.data() + 1, end, index);
-        if (error != std::errc() || stop == end || *stop != ']') {
-            return std::nullopt;
-        }
-        path.remove_prefix(static_cast<std::size_t>(stop + 1 - path.data()));
-        return Step{{}, index};
-    }
-    if (!first) {
-        if (!path.starts_with('.')) {
-            return std::nullopt;
-        }
-        path.remove_prefix(1);
-    }
-    const Step step{path.substr(0, path.find_first_of(".[")), std::nullopt};
-    path.remove_prefix(step.name.size());
-    return step;
-}
-
-/// Whether `matches` takes a field below `around`, which is then in `found`. The path to it is
-/// appended to `path` unless that is null, with `separator` ahead of a name that comes first.
+/// Whether `matches` takes a field below `around`. The path to it is appended to `path`, with
+/// `separator` ahead of a name that comes first.
 template <typename Matches>
-bool Search(const Field& around, const Matches& matches, Field& found, std::string* path,
-            std::string_view separator = "") {
+bool AppendPathOf(const Matches& matches, const Field& around, std::string& path,
+                  std::string_view separator = "") {
     std::size_t index = 0;
     for (const Field child : around) {
-        const std::size_t before = path == nullptr ? 0 : path->size();
-        if (path != nullptr && around.Kind() == FieldKind::kSequence) {
-            path->append("[").append(std::to_string(index)).append("]");
-        } else if (path != nullptr) {
-            path->append(separator).append(child.Name());
+        const std::size_t before = path.size();
+        if (around.Kind() == FieldKind::kSequence) {
+            path.append("[").append(std::to_string(index)).append("]");
+        } else {
+            path.append(separator).append(child.Name());
         }
-        if (matches(child)) {
-            found = child;
+        if (matches(child) || AppendPathOf(matches, child, path, ".")) {
             return true;
         }
-        if (Search(child, matches, found, path, ".")) {
-            return true;
-        }
-        if (path != nullptr) {
-            path->resize(before);
-        }
+        path.resize(before);
         ++index;
     }
     return false;
-}
-
-/// The first of `root` and the fields below it that `matches` takes; no field if there is none.
-template <typename Matches>
-Field FirstOf(const Field& root, const Matches& matches) {
-    if (matches(root)) {
-        return root;
-    }
-    Field found;
-    Search(root, matches, found, nullptr);
-    return found;
 }
 
 }  // namespace
@@ -321,8 +235,10 @@ FieldStatus Field::Status() const noexcept {
         reached = reflect::IsTagOf(row, around.number);
     } else if (around.cells != nullptr) {
         // What has no bits is passed by without a trace. Decoding goes on from member to member.
-        reached = (IsNumber(tables.types[type_]) && tables.types[type_].size == 0) ||
-                  std::any_of(around.cells + index_ + 1, around.cells + row.count, HasTrace);
+        const bool decoded = !static_cast<const Message::Contents*>(message_)->made;
+        reached =
+            (IsNumber(tables.types[type_]) && tables.types[type_].size == 0) ||
+            (decoded && std::any_of(around.cells + index_ + 1, around.cells + row.count, HasTrace));
     }
     return reached ? FieldStatus::kDecoded : FieldStatus::kDefault;
 }
@@ -427,7 +343,7 @@ Field::Iterator Field::end() const noexcept {
 Field Field::Find(std::string_view path) const noexcept {
     Field field = *this;
     for (bool first = true; !path.empty() && field; first = false) {
-        const std::optional<Step> step = CutStep(path, first);
+        const std::optional<facade::PathStep> step = facade::CutStep(path, first);
         if (!step) {
             return {};
         }
@@ -462,11 +378,11 @@ bool Message::Decode(Decoding decoding, PaddedMessage octets) {
 bool Message::Decode(Decoding decoding, std::span<const std::uint8_t> octets,
                      DecodeOptions options) {
     const auto length = static_cast<std::int64_t>(octets.size());
-    return ReadyFor(contents_).Decode(decoding, {octets.data(), length}, length, options);
+    return facade::ReadyFor(contents_).Decode(decoding, {octets.data(), length}, length, options);
 }
 
 bool Message::Decode(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
-    return ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length, options);
+    return facade::ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length, options);
 }
 
 std::optional<Decoding> Message::GetDecoding() const noexcept {
@@ -511,10 +427,7 @@ Fault Message::GetFault(std::size_t index) const noexcept {
     }
     const iecodec::Fault& fault = contents_->diagnostics.Faults()[index];
     Fault made{fault.number, contents_->diagnostics.WordsOf(fault), {}, std::nullopt};
-    if (fault.place.cell != nullptr) {
-        made.field =
-            FirstOf(Root(), [&](const Field& field) { return field.cell_ == fault.place.cell; });
-    }
+    made.field = contents_->FieldOf(fault.place.cell);
     if (fault.place.position >= 0) {
         made.offset = static_cast<std::uint32_t>(fault.place.position);
     }
@@ -533,7 +446,7 @@ Surplus Message::GetSurplus(std::size_t index) const noexcept {
     const iecodec::Surplus& kept = contents_->tolerated.surplus.Items()[index];
     const auto bits = static_cast<std::uint32_t>(kept.bitCount);
     return {kept.element ? Surplus::Kind::kElement : Surplus::Kind::kRest,
-            FirstOf(Root(), [&](const Field& field) { return field.cell_ == kept.cell; }),
+            contents_->FieldOf(kept.cell),
             kept.iei,
             {kept.octets, bits::OctetsOf(bits)},
             bits,
@@ -545,13 +458,7 @@ std::optional<SecurityHeader> Message::Security() const noexcept {
 }
 
 Field Message::Root() const noexcept {
-    Field root;
-    if (IsFound()) {
-        root.message_ = contents_.get();
-        root.cell_ = &contents_->decoded.container.body;
-        root.type_ = contents_->decoded.Type();
-    }
-    return root;
+    return IsFound() ? contents_->Root() : Field();
 }
 
 Field Message::Find(std::string_view path) const noexcept {
@@ -565,13 +472,10 @@ bool Message::AppendPath(const Field& field, std::string& path) const {
     if (field.around_ == nullptr) {
         return true;
     }
-    Field found;
-    return Search(
-        Root(),
-        [&](const Field& candidate) {
-            return candidate.around_ == field.around_ && candidate.index_ == field.index_;
-        },
-        found, &path);
+    const auto matches = [&](const Field& candidate) {
+        return candidate.around_ == field.around_ && candidate.index_ == field.index_;
+    };
+    return AppendPathOf(matches, Root(), path);
 }
 
 void Message::AppendText(std::string& text) const {

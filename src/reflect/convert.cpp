@@ -221,12 +221,17 @@ class RecordComparer {
     RecordComparer(const TypeTables& tables, bool compareLocations)
         : tables_(tables), compareLocations_(compareLocations) {}
 
+    /// One for which numbers never set in the first record equal any, and that notes in `path`
+    /// where the records differ.
+    RecordComparer(const TypeTables& tables, std::string& path) : tables_(tables), path_(&path) {}
+
     [[nodiscard]] bool Equal(std::uint16_t type, const bits::Cell& a, const bits::Cell& b) const {
         const TypeRow& row = tables_.types[type];
         switch (row.kind) {
             case TypeKind::kInteger:
             case TypeKind::kEnumerated:
-                return row.size == 0 || (a.number == b.number && SameLocation(a, b));
+                return row.size == 0 || (path_ != nullptr && !a.reached && a.number == 0) ||
+                       (a.number == b.number && SameLocation(a, b));
             case TypeKind::kBinary:
                 return SameBits(row, a, b) && SameLocation(a, b);
             case TypeKind::kSequence:
@@ -268,7 +273,7 @@ class RecordComparer {
         }
         for (std::uint32_t index = 0; index < ItemCount(a); ++index) {
             if (!Equal(row.first, a.cells[index], b.cells[index])) {
-                return false;
+                return DiffersAt("[" + std::to_string(index) + "]");
             }
         }
         return true;
@@ -281,13 +286,13 @@ class RecordComparer {
             const bits::Cell& memberOfA = CellAt(a.cells, index);
             const bits::Cell& memberOfB = CellAt(b.cells, index);
             if (elements[index].optional && memberOfA.present != memberOfB.present) {
-                return false;
+                return DiffersAt(elements[index].Name());
             }
             if (elements[index].optional && !memberOfA.present) {
                 continue;
             }
             if (!Equal(elements[index].type, memberOfA, memberOfB)) {
-                return false;
+                return DiffersAt(elements[index].Name());
             }
         }
         return true;
@@ -298,12 +303,28 @@ class RecordComparer {
         if (a.number != b.number) {
             return false;
         }
-        return !IsTagOf(row, a.number) || Equal(tables_.ElementsOf(row)[a.number - 1].type,
-                                                CellAt(a.cells, 0), CellAt(b.cells, 0));
+        if (!IsTagOf(row, a.number)) {
+            return true;
+        }
+        const ElementRow& chosen = tables_.ElementsOf(row)[a.number - 1];
+        return Equal(chosen.type, CellAt(a.cells, 0), CellAt(b.cells, 0)) ||
+               DiffersAt(chosen.Name());
+    }
+
+    /// False, with a step put in front of the path.
+    [[nodiscard]] bool DiffersAt(std::string_view step) const {
+        if (path_ != nullptr) {
+            if (!path_->empty() && !path_->starts_with('[')) {
+                path_->insert(0, ".");
+            }
+            path_->insert(0, step);
+        }
+        return false;
     }
 
     const TypeTables& tables_;
-    bool compareLocations_;
+    bool compareLocations_ = false;
+    std::string* path_ = nullptr;
 };
 
 }  // namespace
@@ -359,6 +380,12 @@ bool FromSet(const Catalogue& catalogue, std::uint16_t setType, std::int32_t& ta
 bool RecordsEqual(const TypeTables& tables, std::uint16_t type, const bits::Cell& a,
                   const bits::Cell& b, bool compareLocations) {
     return RecordComparer(tables, compareLocations).Equal(type, a, b);
+}
+
+bool RecordsAgree(const TypeTables& tables, std::uint16_t type, const bits::Cell& set,
+                  const bits::Cell& read, std::string& path) {
+    path.clear();
+    return RecordComparer(tables, path).Equal(type, set, read);
 }
 
 }  // namespace quorvane::reflect

@@ -6,6 +6,7 @@
 // Tests: tests/unit/reflect_convert_test.cpp, tests/unit/reflect_from_tree_test.cpp.
 
 #include <cstdint>
+#include <string>
 
 #include "bits/arena.h"
 #include "bits/record.h"
@@ -58,5 +59,10 @@ bool FromSet(const Catalogue& catalogue, std::uint16_t setType, std::int32_t& ta
 /// of width 0 does not count; a value that was never reached equals its default.
 [[nodiscard]] bool RecordsEqual(const TypeTables& tables, std::uint16_t type, const bits::Cell& a,
                                 const bits::Cell& b, bool compareLocations);
+
+/// Whether `read` holds what `set` does, locations aside; numbers of `set` that were never set may
+/// be any. If not, `path` is that of the first difference.
+[[nodiscard]] bool RecordsAgree(const TypeTables& tables, std::uint16_t type, const bits::Cell& set,
+                                const bits::Cell& read, std::string& path);
 
 }  // namespace quorvane::reflect

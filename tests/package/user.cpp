@@ -210,6 +210,34 @@ bool ToleranceWorks() {
     return right && text == quorvane::Decode(decoding, std::span(later).first(3)).text;
 }
 
+// The same request without the option, made and changed.
+bool MessagesCanBeWritten() {
+    const auto decoding = quorvane::Decoding::EPS_SMUplink;
+    quorvane::Message message;
+    const quorvane::MessageError made = message.New(decoding, "PDN_CONNECTIVITY_REQUEST");
+    if (!quorvane::Decodings()[static_cast<std::size_t>(decoding)].described) {
+        return made.kind == quorvane::MessageErrorKind::kNoMessage;
+    }
+    const std::string list = "ProtocolConfigurationOptions.ProtocolCfgs";
+    const std::uint8_t octets[] = {0xAB};
+    bool right = !made && !message.Set("EPSBearerIdentity", 0) &&
+                 !message.Set("ProcedureTransactionIdentity", 1) &&
+                 !message.Set(message.Find("RequestType"), 1) &&
+                 !message.SetWords("PDNType", "IPv4v6") && !message.Append(list) &&
+                 !message.Resize(list, 2) && !message.SetBits(list + "[1].Contents", octets, 8) &&
+                 !message.Add("AccessPointName") && !message.Clear("AccessPointName") &&
+                 !message.Clear("ProtocolConfigurationOptions");
+    const quorvane::MessageError error = message.Choose("PDNType", "IPv4");
+    right = right && error && error.path == "PDNType" && !error.words.empty();
+    std::vector<std::uint8_t> written;
+    std::uint8_t room[4];
+    const quorvane::EncodeResult result = message.Encode(written);
+    return right && !result.error && result.octets == 4 && result.bits == 32 &&
+           !message.Encode(room).error &&
+           std::equal(written.begin(), written.end(), room, room + 4) &&
+           std::equal(written.begin(), written.end(), kPdnRequest, kPdnRequest + 4);
+}
+
 void AppendArguments(CString& text, const wchar_t* format, ...) {
     va_list arguments;
     va_start(arguments, format);
@@ -243,6 +271,6 @@ int main() {
                                 std::to_string(QUORVANE_VERSION_MINOR) + "." +
                                 std::to_string(QUORVANE_VERSION_PATCH);
     const bool right = AnswersAgree() && AnswerIsRight() && MessagesWork() && ToleranceWorks() &&
-                       StringsWork() && quorvane::Version() == version;
+                       MessagesCanBeWritten() && StringsWork() && quorvane::Version() == version;
     return right ? 0 : 1;
 }
