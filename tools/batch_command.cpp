@@ -1,20 +1,16 @@
 // Many messages: lines in, JSON objects out, in constant memory.
 
-#include <algorithm>
-#include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <cstdint>
-#include <cstring>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include "quorvane/decode.h"
 #include "quorvane/json.h"
 #include "tools/commands.h"
-#include "tools/hex.h"
+#include "tools/input_file.h"
 #include "tools/json_lines.h"
 #include "tools/line_reader.h"
+#include "tools/message_line.h"
 #include "tools/tolerant.h"
 #include "tools/utf8.h"
 
@@ -52,125 +48,50 @@ class Progress {
     std::chrono::steady_clock::time_point last_;
 };
 
-class File {
-  public:
-    explicit File(const std::string& name)
-        : descriptor_(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (descriptor_ < 0) {
-            throw UsageError("cannot open '" + name + "': " + std::strerror(errno));
-        }
-    }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-    ~File() {
-        if (descriptor_ != STDIN_FILENO) {
-            close(descriptor_);
-        }
-    }
-
-    [[nodiscard]] int Descriptor() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
-/// The words of a line; the last one is all that is left.
-struct Request {
-    std::string_view function;
-    std::string_view length;
-    std::string_view hex;
-};
-
-constexpr std::string_view kBlanks = " \t\r";
-
-std::string_view CutWord(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
-    text.remove_prefix(word.size());
-    return word;
-}
-
-Request Split(std::string_view line) {
-    Request request;
-    request.function = CutWord(line);
-    request.length = CutWord(line);
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
-    request.hex = line.substr(0, line.find_last_not_of(kBlanks) + 1);  // npos + 1 is 0
-    return request;
-}
-
 class BatchRun {
   public:
-    BatchRun(int descriptor, MessageForm form, DecodeOptions options)
-        : reader_(descriptor), form_(form), options_(options) {}
+    BatchRun(MessageForm form, DecodeOptions options) : form_(form), options_(options) {}
 
-    /// Whether all lines were good.
-    bool Run() {
-        for (;;) {
-            std::string_view line;
-            switch (reader_.Next(line)) {
-                case LineReader::Outcome::kLine:
-                    ++lineNumber_;
-                    Answer(line);
-                    break;
-                case LineReader::Outcome::kTooLong:
-                    ++lineNumber_;
-                    Refuse("the line is longer than " + std::to_string(LineReader::kLongestLine) +
-                           " characters");
-                    break;
-                case LineReader::Outcome::kNeedsInput:
-                    Flush();
-                    progress_.Show(lineNumber_);
-                    reader_.Fill();
-                    break;
-                case LineReader::Outcome::kEnd:
-                    Flush();
-                    return good_;
-                case LineReader::Outcome::kError:
-                    Flush();
-                    throw UsageError(std::string("cannot read: ") + std::strerror(errno));
-            }
-            if (json_.View().size() >= kMostHeld) {
-                Flush();
-                progress_.Show(lineNumber_);
-            }
-        }
+    void Line(std::string_view line) {
+        ++lineNumber_;
+        Answer(line);
+        FlushIfFull();
+    }
+
+    void TooLong() {
+        ++lineNumber_;
+        Refuse(LineReader::TooLongWords());
+        FlushIfFull();
+    }
+
+    void Pause() {
+        Flush();
+        progress_.Show(lineNumber_);
+    }
+
+    /// Shows what is left. Whether all lines were good.
+    bool Finish() {
+        Flush();
+        return good_;
     }
 
   private:
     static constexpr std::size_t kMostHeld = std::size_t{64} << 10;
-    static constexpr const char* kForm = "expected FUNCTION LENGTH HEX";
 
     void Answer(std::string_view line) {
-        const Request request = Split(line);
-        if (request.length.empty()) {
-            return Refuse(kForm);
+        MessageLine request;
+        if (const std::string problem = ParseMessageLine(line, request, octets_);
+            !problem.empty()) {
+            return Refuse(problem);
         }
-        const std::optional<Decoding> decoding = FindDecoding(request.function);
-        if (!decoding) {
-            return Refuse("unknown function '" + std::string(request.function) + "'");
-        }
-        std::int32_t length = 0;
-        const char* lengthEnd = request.length.data() + request.length.size();
-        const auto [parsedEnd, status] = std::from_chars(request.length.data(), lengthEnd, length);
-        if (status != std::errc() || parsedEnd != lengthEnd) {
-            return Refuse("LENGTH, '" + std::string(request.length) +
-                          "' is not a whole number of 32 bits");
-        }
-        if (request.hex.empty() && length > 0) {
-            return Refuse(kForm);
-        }
-        if (const std::string problem = ParseHex(request.hex, octets_); !problem.empty()) {
-            return Refuse("HEX, " + problem);
-        }
-        const PaddedMessage octets(octets_.data(), length, octets_.size());
-        const bool found = DecodeMessage(*decoding, octets);
+        const PaddedMessage octets(octets_.data(), request.length, octets_.size());
+        const bool found = DecodeMessage(request.decoding, octets);
         json_.Begin();
         json_.Add("fn", request.function);
-        json_.Add("length", length);
+        json_.Add("length", request.length);
         json_.Add("hex", request.hex);
         json_.Add("ret", found ? 1 : 0);
-        if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
+        if (!Decodings()[static_cast<std::size_t>(request.decoding)].described) {
             json_.AddFlag("described", false);
         }
         if (form_ == MessageForm::kJson) {
@@ -202,12 +123,17 @@ class BatchRun {
         json_.End();
     }
 
+    void FlushIfFull() {
+        if (json_.View().size() >= kMostHeld) {
+            Pause();
+        }
+    }
+
     void Flush() {
         Print(json_.View());
         json_.Clear();
     }
 
-    LineReader reader_;
     MessageForm form_;
     DecodeOptions options_;
     Progress progress_;
@@ -223,8 +149,14 @@ class BatchRun {
 }  // namespace
 
 int Batch(const std::string& file, MessageForm form, DecodeOptions options) {
-    const File input(file);
-    return BatchRun(input.Descriptor(), form, options).Run() ? kDone : kNotFound;
+    const InputFile input(file);
+    BatchRun run(form, options);
+    const int error = ReadLines(input.Descriptor(), run);
+    const bool good = run.Finish();
+    if (error != 0) {
+        ThrowReadError(error);
+    }
+    return good ? kDone : kNotFound;
 }
 
 }  // namespace quorvane::tool

@@ -16,9 +16,9 @@ namespace quorvane::tool {
 
 enum ExitStatus : int {
     kDone = 0,
-    kNotFound = 1,  // decode: no message; batch: a bad line
+    kNotFound = 1,  // decode: no message; batch, encode: a bad line
     kWrongUse = 2,
-    kNotDescribed = 3,  // decode: this build does not describe the function's messages
+    kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
 };
 
 /// What is wrong and where, in words for the user.
@@ -26,6 +26,9 @@ class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+
+/// The decoding of that name; throws UsageError if there is none.
+Decoding DecodingNamed(const std::string& function);
 
 /// What to say of a function whose messages this build does not describe.
 std::string NotDescribed(std::string_view function);
@@ -43,6 +46,10 @@ int Decode(const std::string& function, const std::vector<std::string>& hex, Mes
 /// Turns the lines "FUNCTION LENGTH HEX" of the file, of standard input if its name is "-", into
 /// JSON objects, one a line.
 int Batch(const std::string& file, MessageForm form, DecodeOptions options);
+
+/// Writes the octets of the JSON objects in the file, of standard input if its name is "-", as
+/// lines of hexadecimal digits.
+int Encode(const std::string& function, const std::string& file);
 
 enum class CatalogueForm { kDefinitions, kCensus, kElements, kEnumerations };
 

@@ -15,6 +15,15 @@ std::string NotDescribed(std::string_view function) {
     return "the messages of " + std::string(function) + " are not described in this build";
 }
 
+Decoding DecodingNamed(const std::string& function) {
+    const std::optional<Decoding> decoding = FindDecoding(function);
+    if (!decoding) {
+        throw UsageError("unknown function '" + function +
+                         "'; the command \"quorvane list\" shows all");
+    }
+    return *decoding;
+}
+
 int List() {
     std::size_t widest = 0;
     for (const DecodingInfo& info : Decodings()) {
@@ -57,11 +66,7 @@ bool PrintAsJson(Decoding decoding, PaddedMessage octets, DecodeOptions options)
 
 int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form,
            DecodeOptions options) {
-    const std::optional<Decoding> decoding = FindDecoding(function);
-    if (!decoding) {
-        throw UsageError("unknown function '" + function +
-                         "'; the command \"quorvane list\" shows all");
-    }
+    const Decoding decoding = DecodingNamed(function);
     std::string joined;
     for (const std::string& piece : hex) {
         joined += joined.empty() ? piece : " " + piece;
@@ -72,9 +77,9 @@ int Decode(const std::string& function, const std::vector<std::string>& hex, Mes
     }
     const PaddedMessage message(octets.data(), static_cast<std::int32_t>(octets.size()),
                                 octets.size());
-    const bool found = form == MessageForm::kJson ? PrintAsJson(*decoding, message, options)
-                                                  : PrintAsText(*decoding, message, options);
-    if (!Decodings()[static_cast<std::size_t>(*decoding)].described) {
+    const bool found = form == MessageForm::kJson ? PrintAsJson(decoding, message, options)
+                                                  : PrintAsText(decoding, message, options);
+    if (!Decodings()[static_cast<std::size_t>(decoding)].described) {
         std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
         return kNotDescribed;
     }

@@ -2,7 +2,9 @@
 
 // Lines of a file or a pipe in constant memory.
 
+#include <cerrno>
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +27,9 @@ class LineReader {
 
     /// 65,535 octets as "0xNN " each, and as much again.
     static constexpr std::size_t kLongestLine = std::size_t{640} << 10;
+    static std::string TooLongWords() {
+        return "the line is longer than " + std::to_string(kLongestLine) + " characters";
+    }
 
   private:
     static constexpr std::size_t kBuffer = kLongestLine + (std::size_t{64} << 10);
@@ -38,5 +43,31 @@ class LineReader {
     bool atEnd_ = false;
     bool failed_ = false;
 };
+
+/// Hands all lines to `handler`: `Line(line)`, `TooLong()` for one that is passed over, and
+/// `Pause()` ahead of what may wait for input. Returns 0, or the errno of a read that failed.
+template <typename Handler>
+int ReadLines(int descriptor, Handler& handler) {
+    LineReader reader(descriptor);
+    for (;;) {
+        std::string_view line;
+        switch (reader.Next(line)) {
+            case LineReader::Outcome::kLine:
+                handler.Line(line);
+                break;
+            case LineReader::Outcome::kTooLong:
+                handler.TooLong();
+                break;
+            case LineReader::Outcome::kNeedsInput:
+                handler.Pause();
+                reader.Fill();
+                break;
+            case LineReader::Outcome::kEnd:
+                return 0;
+            case LineReader::Outcome::kError:
+                return errno;
+        }
+    }
+}
 
 }  // namespace quorvane::tool

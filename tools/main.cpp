@@ -60,6 +60,16 @@ int Run(int argc, char** argv) {
     addJson(batch, "Answer with \"message\", an object, in place of text and diagnostics");
     addOptions(batch);
 
+    CLI::App* encode = app.add_subcommand(
+        "encode",
+        "Write the octets of messages, a line of hexadecimal digits each. They are read from the "
+        "JSON "
+        "objects that \"decode --json\" prints, one a line, or one over many lines. Exit status 1 "
+        "if "
+        "one could not be written, 3 if this build does not describe the function's messages");
+    encode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
+    encode->add_option("FILE", file, "Standard input if it is left out or -");
+
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
     const auto addFamily = [&](CLI::App* command) {
@@ -112,6 +122,9 @@ int Run(int argc, char** argv) {
     }
     if (batch->parsed()) {
         return Batch(file, form, options);
+    }
+    if (encode->parsed()) {
+        return Encode(function, file);
     }
     if (generator->parsed()) {
         return Generate(generate);

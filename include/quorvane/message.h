@@ -212,9 +212,9 @@ class QUORVANE_API Field {
     [[nodiscard]] Field operator[](std::size_t index) const noexcept;
 
     /// The field below this one at `path`: names of members and alternatives behind dots, items as
-    /// [index] from 0, as in "EPSMobileIdentity.GUTI.M_TMSI" or "ProtocolCfgs[1].Contents". No field
-    /// if the path leads nowhere, also to an alternative that was not chosen. An empty path gives
-    /// the field itself. Costs a comparison for each member passed over.
+    /// [index] from 0, as in "EPSMobileIdentity.GUTI.M_TMSI" or "ProtocolCfgs[1].Contents". No
+    /// field if the path leads nowhere, also to an alternative that was not chosen. An empty path
+    /// gives the field itself. Costs a comparison for each member passed over.
     [[nodiscard]] Field Find(std::string_view path) const noexcept;
 
     class Iterator;

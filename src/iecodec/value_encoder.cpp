@@ -1,6 +1,7 @@
 #include "iecodec/value_encoder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "csn/csn_record.h"
 #include "iecodec/message_encoder.h"
@@ -230,6 +231,15 @@ Outcome EncodeMessageSet(EncodeContext& context, const ValueRow& row, std::int64
     return EncodeMessage(context, context.tables.messages[chosen->value], position, *cell.cells);
 }
 
+/// A special element. Which of its parts were set is not noted, so that none can be demanded.
+Outcome EncodeSpecial(EncodeContext& context, const ValueRow& row, std::int64_t position,
+                      const Cell& cell) {
+    const bool checked = std::exchange(context.checked, false);
+    const Outcome result = context.tables.specials[row.item]->encode(context, row, position, cell);
+    context.checked = checked;
+    return result;
+}
+
 }  // namespace
 
 const Cell& MemberOf(const Cell& cell, std::size_t element) {
@@ -262,7 +272,7 @@ Outcome EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t po
         case Shape::kMessageBody:
             return EncodeMessageBody(context, context.tables.messages[row.item], position, cell);
         case Shape::kSpecial:
-            return context.tables.specials[row.item]->encode(context, row, position, cell);
+            return EncodeSpecial(context, row, position, cell);
     }
     return kSyntaxError;
 }
