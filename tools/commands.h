@@ -16,7 +16,7 @@ namespace quorvane::tool {
 
 enum ExitStatus : int {
     kDone = 0,
-    kNotFound = 1,  // decode: no message; batch, encode: a bad line
+    kNotFound = 1,  // decode: no message; batch, encode: a bad line; diff: they differ
     kWrongUse = 2,
     kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
 };
@@ -50,6 +50,10 @@ int Batch(const std::string& file, MessageForm form, DecodeOptions options);
 /// Writes the octets of the JSON objects in the file, of standard input if its name is "-", as
 /// lines of hexadecimal digits.
 int Encode(const std::string& function, const std::string& file);
+
+/// Prints what is different in two messages, each the name of a file with a line "FUNCTION LENGTH
+/// HEX" or a JSON object, or "FUNCTION HEX" itself.
+int Diff(const std::string& before, const std::string& after);
 
 enum class CatalogueForm { kDefinitions, kCensus, kElements, kEnumerations };
 

@@ -70,6 +70,18 @@ int Run(int argc, char** argv) {
     encode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
     encode->add_option("FILE", file, "Standard input if it is left out or -");
 
+    std::string before;
+    std::string after;
+    CLI::App* diff = app.add_subcommand("diff",
+                                        "Show two messages field by field where they differ. Exit "
+                                        "status 0 if they are the same, 1 if "
+                                        "they differ, 2 if there is trouble");
+    const std::string message =
+        "A file with a line \"FUNCTION LENGTH HEX\" or a JSON object, - for standard input, or "
+        "\"FUNCTION HEX\" itself";
+    diff->add_option("A", before, message)->required();
+    diff->add_option("B", after, message)->required();
+
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
     const auto addFamily = [&](CLI::App* command) {
@@ -125,6 +137,9 @@ int Run(int argc, char** argv) {
     }
     if (encode->parsed()) {
         return Encode(function, file);
+    }
+    if (diff->parsed()) {
+        return Diff(before, after);
     }
     if (generator->parsed()) {
         return Generate(generate);
