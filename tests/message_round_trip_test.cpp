@@ -1,6 +1,7 @@
 // Messages decoded, written as octets again, and the same by way of JSON: golden messages come back
-// as tests/golden/not_canonical.txt says, generated messages of each type to their octets. One test
-// for each golden file and each type; `--messages=10000` draws so many of each type.
+// unless tests/golden/not_canonical.txt says why not, generated messages of each type to their
+// octets. One test for each golden file and each type; `--messages=10000` draws so many of each
+// type.
 
 #include <algorithm>
 #include <charconv>
@@ -59,20 +60,20 @@ class GoldenRoundTrip : public testing::Test {
             file.decoding, PaddedMessage(file.octets.data(), file.length, file.octets.size())));
         bool refused = false;
         const std::string written = Written(message, refused);
-        EXPECT_EQ(refused, golden_.IsLost() || golden_.IsRefused()) << written << golden_.reason;
-        const std::string fromJson = WrittenFromJson(message, refused);
-        EXPECT_EQ(refused,
-                  golden_.IsLost() || golden_.IsRefused() || HoldsMoreThanItsFields(message))
-            << fromJson << golden_.reason;
-        if (refused) {
+        EXPECT_FALSE(refused && !golden_.IsLost() && !golden_.IsRefused()) << written;
+        bool refusedFromJson = false;
+        const std::string fromJson = WrittenFromJson(message, refusedFromJson);
+        EXPECT_EQ(refusedFromJson, refused || HoldsMoreThanItsFields(message)) << fromJson;
+        if (refusedFromJson) {
             return;
         }
         EXPECT_EQ(fromJson, written);
+        // What else comes back with its octets is cut short as it was, unlike by EncodeMessage.
         Octets back;
         ASSERT_EQ(tool::ParseHex(written, back), "");
-        EXPECT_EQ(WithoutPadding(back) == WithoutPadding(golden_.Octets()), golden_.reason.empty())
-            << written << "\n"
-            << tool::ToHex(golden_.Octets(), " ");
+        const bool same = WithoutPadding(back) == WithoutPadding(golden_.Octets());
+        EXPECT_TRUE(same || !golden_.reason.empty()) << written << "\n"
+                                                     << tool::ToHex(golden_.Octets(), " ");
     }
 
   private:

@@ -25,8 +25,8 @@
 // goes on without the rest. A Field is five words, made and copied without allocating. Nothing that
 // is const needs memory but Encode and what appends to a string. What needs memory can throw
 // std::bad_alloc, and nothing else throws: Decode leaves the Message as one that has found nothing
-// then, what sets a field leaves that field as it was. What is replaced is given back with the whole
-// message only.
+// then; a field that was to be set, and optional ones around it, may be there without contents. What
+// is replaced is given back with the whole message only.
 //
 // Words and names are ASCII, but for the words of one enumeration of the core network, which have
 // the octet DF for U+00DF.
@@ -487,11 +487,11 @@ class QUORVANE_API Message {
     MessageError Clear(FieldAt field);
 
     /// Writes the message: what is decoded from the octets again has the same fields, or there is
-    /// an error and nothing is written. Fields that have to be there have to be set, but for those
-    /// that the encoder works out (selectors of alternatives, lengths), the end of structures that
-    /// may be cut short, and parts of CSN.1 structures and of elements with a hand-written encoder,
-    /// which are 0 then. Spare bits are 0, padding is not written. Bits behind the message in its
-    /// last octet are 0. Takes memory for the octets and for decoding them.
+    /// an error and nothing is written. Fields that have to be there have to be set, but for
+    /// selectors of alternatives and lengths, which the encoder works out, the end of structures
+    /// that may be cut short, which is left out, and parts of CSN.1 structures and of elements with
+    /// a hand-written encoder, which are 0. Spare bits are 0, padding is not written. Bits behind
+    /// the message in its last octet are 0. Takes memory for the octets and for decoding them.
     EncodeResult Encode(std::span<std::uint8_t> octets) const;
     /// Appends the octets.
     EncodeResult Encode(std::vector<std::uint8_t>& octets) const;

@@ -53,27 +53,27 @@ Outcome EncodePart(EncodeContext& context, const PartRow& part, std::int64_t pos
     return encodeAt(position);
 }
 
-/// How many of the parts have to be set: those of a structure that may be cut short up to the last
-/// one that is.
-std::size_t DemandedParts(std::span<const PartRow> parts, const ValueRow& row, const Cell& cell) {
-    std::size_t count = parts.size();
-    while (row.shape == Shape::kTruncatable && count > 0 &&
-           (parts[count - 1].kind == PartKind::kSkip ||
-            !MemberOf(cell, parts[count - 1].element).reached)) {
-        --count;
+/// The parts that are written: of a record that is checked, those of a structure that may be cut
+/// short up to the last one that is set.
+std::span<const PartRow> WrittenParts(const EncodeContext& context, const ValueRow& row,
+                                      const Cell& cell) {
+    const auto parts = context.tables.parts.subspan(row.first, row.count);
+    if (!context.checked || row.shape != Shape::kTruncatable) {
+        return parts;
     }
-    return count;
+    const auto last = std::find_if(parts.rbegin(), parts.rend(), [&](const PartRow& part) {
+        return part.kind != PartKind::kSkip && MemberOf(cell, part.element).reached;
+    });
+    return parts.first(static_cast<std::size_t>(parts.rend() - last));
 }
 
 Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t position,
                     const Cell& cell) {
-    const auto parts = context.tables.parts.subspan(row.first, row.count);
-    const std::size_t demanded = DemandedParts(parts, row, cell);
+    const auto parts = WrittenParts(context, row, cell);
     std::int64_t cursor = position;
     for (const PartRow& part : parts) {
-        const bool isDemanded = static_cast<std::size_t>(&part - parts.data()) < demanded &&
-                                part.kind != PartKind::kSkip;
-        if (isDemanded && !context.DemandAt(cursor, MemberOf(cell, part.element))) {
+        if (part.kind != PartKind::kSkip &&
+            !context.DemandAt(cursor, MemberOf(cell, part.element))) {
             return kSyntaxError;
         }
         const Outcome result = EncodePart(context, part, cursor, cell);
@@ -84,6 +84,12 @@ Outcome EncodeParts(EncodeContext& context, const ValueRow& row, std::int64_t po
         // A fixed place stays as wide as it is, whatever its value came to.
         cursor = row.shape == Shape::kFixed ? cursor + part.width : behind;
         WriteZeros(context, behind, cursor);
+    }
+    if (parts.size() < row.count) {
+        // It ends with the octet.
+        const std::int64_t end = position + ((cursor - position + 7) & ~std::int64_t{7});
+        WriteZeros(context, cursor, end);
+        cursor = end;
     }
     return cursor - position;
 }

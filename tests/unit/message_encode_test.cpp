@@ -87,6 +87,7 @@ TEST_F(MessageEncode, ASelectorNeedNotBeSet) {
     EXPECT_FALSE(message_.Add("MobileId"));
     EXPECT_EQ(Written(message_), "MobileId: has to hold one of its alternatives; choose one");
     EXPECT_FALSE(message_.Choose("MobileId", "TMGI"));
+    EXPECT_EQ(Written(message_), "MobileId: takes 0 octets, which have to be at least 1 octet");
     for (const auto& [name, value] :
          {std::pair("MBMSSessIdIndic", 1U), std::pair("MCCMNCIndic", 1U), std::pair("MCC2", 6U),
           std::pair("MCC1", 2U), std::pair("MNC3", 15U), std::pair("MCC3", 2U),
@@ -104,6 +105,17 @@ TEST_F(MessageEncode, ASelectorNeedNotBeSet) {
               "MobileId.TMGI.IdentityType: is 1, but is read back as 5 from what the message says");
     EXPECT_FALSE(message_.Set("MobileId.TMGI.IdentityType", 5));
     EXPECT_EQ(Written(message_), "05 19 08 35 01 02 03 62 F2 10 07");
+}
+
+// The same cut short behind its service identity, TS 24.008, 10.5.1.4: what ends early goes back as
+// it was, until something behind its end is set.
+TEST_F(MessageEncode, AStructureCutShortStaysSo) {
+    Decode(Decoding::L3Uplink, "05 19 04 05 01 02 03");
+    EXPECT_EQ(Written(message_), "05 19 04 05 01 02 03");
+    EXPECT_FALSE(message_.Set("MobileId.TMGI.MCC1", 2));
+    EXPECT_EQ(Written(message_), "MobileId.TMGI.MCC2: has to be there and was never set");
+    EXPECT_FALSE(message_.Set("MobileId.TMGI.MCC2", 6));
+    EXPECT_EQ(Written(message_), "05 19 05 05 01 02 03 62");
 }
 
 // The same with the IMSI 262011234567890, which is of the alternative for all other types.
