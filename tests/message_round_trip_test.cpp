@@ -30,7 +30,7 @@ std::string Written(const Message& message, bool& refused) {
     Octets octets;
     const EncodeResult result = message.Encode(octets);
     refused = static_cast<bool>(result.error);
-    return refused ? result.error.path + ": " + result.error.words : tool::ToHex(octets, " ");
+    return refused ? tool::WordsOf(result.error) : tool::ToHex(octets, " ");
 }
 
 /// The same by way of JSON.

@@ -79,8 +79,7 @@ class EncodeRun {
         octets_.clear();
         const EncodeResult result = message_.Encode(octets_);
         if (result.error) {
-            const std::string& path = result.error.path;
-            return Refuse(where, (path.empty() ? path : path + ": ") + result.error.words);
+            return Refuse(where, WordsOf(result.error));
         }
         hex_ += ToHex(octets_, "") + "\n";
         constexpr std::size_t kMostHeld = std::size_t{64} << 10;

@@ -25,38 +25,35 @@ std::string Quoted(std::string_view text) {
     return "\"" + std::string(text) + "\"";
 }
 
-/// The members of a JSON object that a place knows.
-class Members {
-  public:
-    struct Known {
-        std::string_view name;
-        const Json*& value;
-    };
-
-    /// Looks up those that are known, and names what is wrong with the others.
-    static std::string Read(const Json& object, std::initializer_list<Known> known) {
-        if (!object.IsObject()) {
-            return "is no JSON object";
-        }
-        for (const auto& member : object.GetObject()) {
-            const auto* found = std::find_if(known.begin(), known.end(), [&](const Known& one) {
-                return one.name == TextOf(member.name);
-            });
-            if (found == known.end()) {
-                std::string names;
-                for (const Known& one : known) {
-                    names.append(names.empty() ? "" : ", ").append(one.name);
-                }
-                return "has an unknown key " + Quoted(TextOf(member.name)) + "; known are " + names;
-            }
-            if (found->value != nullptr) {
-                return "has the key " + Quoted(TextOf(member.name)) + " twice";
-            }
-            found->value = &member.value;
-        }
-        return {};
-    }
+/// A key that an object may have, and where its value goes.
+struct KnownKey {
+    std::string_view name;
+    const Json*& value;
 };
+
+/// Looks up the values of the keys that are known. Returns what is wrong with others, or nothing.
+std::string ReadKeys(const Json& object, std::initializer_list<KnownKey> known) {
+    if (!object.IsObject()) {
+        return "is no JSON object";
+    }
+    for (const auto& member : object.GetObject()) {
+        const auto* found = std::find_if(known.begin(), known.end(), [&](const KnownKey& key) {
+            return key.name == TextOf(member.name);
+        });
+        if (found == known.end()) {
+            std::string names;
+            for (const KnownKey& key : known) {
+                names.append(names.empty() ? "" : ", ").append(key.name);
+            }
+            return "has an unknown key " + Quoted(TextOf(member.name)) + "; known are " + names;
+        }
+        if (found->value != nullptr) {
+            return "has the key " + Quoted(TextOf(member.name)) + " twice";
+        }
+        found->value = &member.value;
+    }
+    return {};
+}
 
 /// Goes over the fields of a message and their JSON side by side. The functions return what is
 /// wrong, with `path_` where it is, or nothing.
@@ -71,28 +68,23 @@ class FieldReader {
         return path_.empty() ? std::string(words) : path_ + ": " + std::string(words);
     }
 
-    static std::string Problem(const MessageError& error) {
-        return !error ? "" : error.path.empty() ? error.words : error.path + ": " + error.words;
-    }
-
     std::string ReadField(const Field& field, const Json& json) {
         const Json* contents = nullptr;
         const Json* words = nullptr;
         const Json* bits = nullptr;
         const Json* place = nullptr;
         const Json* status = nullptr;
-        const auto read = [&](std::initializer_list<Members::Known> known) {
-            return Members::Read(json, known);
-        };
         const FieldKind kind = field.Kind();
         const std::string_view key = KeyOf(kind);
         std::string problem;
         if (kind == FieldKind::kEnumerated) {
-            problem = read({{key, contents}, {"words", words}, {"at", place}, {"status", status}});
+            problem = ReadKeys(
+                json, {{key, contents}, {"words", words}, {"at", place}, {"status", status}});
         } else if (kind == FieldKind::kBits) {
-            problem = read({{key, contents}, {"bits", bits}, {"at", place}, {"status", status}});
+            problem = ReadKeys(
+                json, {{key, contents}, {"bits", bits}, {"at", place}, {"status", status}});
         } else {
-            problem = read({{key, contents}, {"at", place}, {"status", status}});
+            problem = ReadKeys(json, {{key, contents}, {"at", place}, {"status", status}});
         }
         if (problem.empty() && contents == nullptr && words == nullptr) {
             problem = "has to have the key " + Quoted(key);
@@ -152,7 +144,7 @@ class FieldReader {
         if (!value.IsUint()) {
             return Problem("has a value that is no whole number from 0 to 4294967295");
         }
-        return Problem(message_.Set(field, value.GetUint()));
+        return WordsOf(message_.Set(field, value.GetUint()));
     }
 
     std::string ReadEnumerated(const Field& field, const Json* value, const Json* words) {
@@ -181,10 +173,10 @@ class FieldReader {
             const EnumeratedValue value = type.Value(index);
             facade::AssignAsUtf8(inUtf8, value.words);
             if (inUtf8 == words) {
-                return Problem(message_.Set(field, value.number));
+                return WordsOf(message_.Set(field, value.number));
             }
         }
-        return Problem(message_.SetWords(field, words));
+        return WordsOf(message_.SetWords(field, words));
     }
 
     std::string ReadBits(const Field& field, const Json& hex, const Json* bits) {
@@ -207,11 +199,11 @@ class FieldReader {
             }
             count = bits->GetUint();
         }
-        return Problem(message_.SetBits(field, octets, count));
+        return WordsOf(message_.SetBits(field, octets, count));
     }
 
     std::string ReadStruct(const Field& field, const Json& fields) {
-        if (std::string problem = Problem(message_.Add(field)); !problem.empty()) {
+        if (std::string problem = WordsOf(message_.Add(field)); !problem.empty()) {
             return problem;
         }
         return ReadMembers(field, fields);
@@ -257,11 +249,11 @@ class FieldReader {
         }
         // One that holds nothing is shown with the contents of an alternative by default.
         if (choice.ObjectEmpty() || IsByDefault(choice.MemberBegin()->value)) {
-            return Problem(message_.Add(field));
+            return WordsOf(message_.Add(field));
         }
         const auto& alternative = *choice.MemberBegin();
         const std::string_view name = TextOf(alternative.name);
-        if (std::string problem = Problem(message_.Choose(field, name)); !problem.empty()) {
+        if (std::string problem = WordsOf(message_.Choose(field, name)); !problem.empty()) {
             return problem;
         }
         const std::size_t before = Enter(name);
@@ -274,7 +266,7 @@ class FieldReader {
         if (!items.IsArray()) {
             return Problem("has items that are no JSON array");
         }
-        if (std::string problem = Problem(message_.Resize(field, items.Size())); !problem.empty()) {
+        if (std::string problem = WordsOf(message_.Resize(field, items.Size())); !problem.empty()) {
             return problem;
         }
         for (rapidjson::SizeType index = 0; index < items.Size(); ++index) {
@@ -323,6 +315,10 @@ std::optional<Decoding> DecodingOf(std::optional<Decoding> told, const Json* jso
 
 }  // namespace
 
+std::string WordsOf(const MessageError& error) {
+    return error.path.empty() ? error.words : error.path + ": " + error.words;
+}
+
 std::string ReadMessage(std::string_view json, std::optional<Decoding> decoding, Message& message) {
     rapidjson::Document document;
     constexpr unsigned kFlags =
@@ -336,15 +332,15 @@ std::string ReadMessage(std::string_view json, std::optional<Decoding> decoding,
     const Json* type = nullptr;
     const Json* fields = nullptr;
     std::array<const Json*, 6> reports{};
-    std::string problem = Members::Read(document, {{"decoding", named},
-                                                   {"type", type},
-                                                   {"fields", fields},
-                                                   {"code", reports[0]},
-                                                   {"error", reports[1]},
-                                                   {"bits", reports[2]},
-                                                   {"faults", reports[3]},
-                                                   {"surplus", reports[4]},
-                                                   {"security", reports[5]}});
+    std::string problem = ReadKeys(document, {{"decoding", named},
+                                              {"type", type},
+                                              {"fields", fields},
+                                              {"code", reports[0]},
+                                              {"error", reports[1]},
+                                              {"bits", reports[2]},
+                                              {"faults", reports[3]},
+                                              {"surplus", reports[4]},
+                                              {"security", reports[5]}});
     if (!problem.empty()) {
         return "the object " + problem;
     }

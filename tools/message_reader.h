@@ -14,6 +14,9 @@
 
 namespace quorvane::tool {
 
+/// The words of an error, with the path of its field in front; empty if it is none.
+std::string WordsOf(const MessageError& error);
+
 /// Makes `message` the one that the JSON object `json` tells of, of the decoding `decoding`, or of
 /// the one that the object names. Returns what is wrong and what would be right, with the path of
 /// the field in front if it is about one, or nothing. With an error the message is one that holds

@@ -25,7 +25,7 @@ std::string Read(const std::string& json,
     }
     Octets octets;
     const EncodeResult result = message.Encode(octets);
-    return result.error ? result.error.path + ": " + result.error.words : ToHex(octets, " ");
+    return result.error ? WordsOf(result.error) : ToHex(octets, " ");
 }
 
 std::string ReadFields(const std::string& fields) {
