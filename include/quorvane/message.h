@@ -491,7 +491,8 @@ class QUORVANE_API Message {
     /// selectors of alternatives and lengths, which the encoder works out, the end of structures
     /// that may be cut short, which is left out, and parts of CSN.1 structures and of elements with
     /// a hand-written encoder, which are 0. Spare bits are 0, padding is not written. Bits behind
-    /// the message in its last octet are 0. Takes memory for the octets and for decoding them.
+    /// the message in its last octet are 0. Surplus and a security header are not written. Takes
+    /// memory for the octets and for decoding them.
     EncodeResult Encode(std::span<std::uint8_t> octets) const;
     /// Appends the octets.
     EncodeResult Encode(std::vector<std::uint8_t>& octets) const;

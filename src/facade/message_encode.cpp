@@ -162,8 +162,9 @@ class Message::Writer {
     /// What a decoder makes of the octets that is not as in the message.
     [[nodiscard]] MessageError DifferenceIn(std::span<const std::uint8_t> octets) const {
         Message read;
-        read.Decode(message_.contents_->decoding, octets);
-        const facade::DecodedRecord& own = message_.contents_->decoded;
+        const Message::Contents& contents = *message_.contents_;
+        read.Decode(contents.tolerated.inside.value_or(contents.decoding), octets);
+        const facade::DecodedRecord& own = contents.decoded;
         if (!read.IsFound() || read.contents_->decoded.container.tag != own.container.tag) {
             return {kContradiction, "",
                     "its octets are those of " +
@@ -178,7 +179,7 @@ class Message::Writer {
             return {kContradiction, "", "cannot be read back: " + std::string(read.CodeWords())};
         }
         std::string path;
-        if (reflect::RecordsAgree(message_.contents_->Types(), own.Type(), own.container.body,
+        if (reflect::RecordsAgree(contents.Types(), own.Type(), own.container.body,
                                   read.contents_->decoded.container.body, path)) {
             return {};
         }

@@ -70,6 +70,7 @@ void DecodeTolerantly(Decoding decoding, const bits::BitReader& reader, std::int
         if (decoded.Found()) {
             tolerated.security = SecurityHeader{static_cast<std::uint8_t>(reader.Read(0, 4)),
                                                 reader.Read(8, 32), reader.ReadOctet(40)};
+            tolerated.inside = inside;
             return;
         }
     }

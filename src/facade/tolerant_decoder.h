@@ -19,10 +19,13 @@ struct Tolerated {
     iecodec::SurplusList surplus;
     /// The header that the message found stands behind.
     std::optional<SecurityHeader> security;
+    /// What that message was decoded as.
+    std::optional<Decoding> inside;
 
     void Clear() {
         surplus.Clear();
         security.reset();
+        inside.reset();
     }
 };
 
