@@ -25,8 +25,8 @@
 // goes on without the rest. A Field is five words, made and copied without allocating. Nothing that
 // is const needs memory but Encode and what appends to a string. What needs memory can throw
 // std::bad_alloc, and nothing else throws: Decode leaves the Message as one that has found nothing
-// then; a field that was to be set, and optional ones around it, may be there without contents. What
-// is replaced is given back with the whole message only.
+// then; a field that was to be set, and optional ones around it, may be there without contents.
+// What is replaced is given back with the whole message only.
 //
 // Words and names are ASCII, but for the words of one enumeration of the core network, which have
 // the octet DF for U+00DF.

@@ -382,7 +382,8 @@ bool Message::Decode(Decoding decoding, std::span<const std::uint8_t> octets,
 }
 
 bool Message::Decode(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
-    return facade::ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length, options);
+    return facade::ReadyFor(contents_).Decode(decoding, facade::ReaderOf(octets), octets.length,
+                                              options);
 }
 
 std::optional<Decoding> Message::GetDecoding() const noexcept {

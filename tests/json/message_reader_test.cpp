@@ -123,7 +123,7 @@ TEST(MessageReader, TheMessage) {
     EXPECT_EQ(
         Read(R"({"type":"PDN_CONNECTIVITY_REQUEST","text":""})"),
         "the object has an unknown key \"text\"; known are decoding, type, fields, code, error, "
-        "bits, faults");
+        "bits, faults, surplus, security");
     EXPECT_EQ(Read(R"({"type":"PDN","fields":{}})").substr(0, 24), "there is no message PDN;");
     EXPECT_EQ(ReadFields(std::string(kPdnTypes)), "02 01 D0 31");
 }

@@ -206,8 +206,8 @@ TEST_F(MessageEncode, AConditionalFieldFollowsItsCondition) {
 // REJECT with an element that nobody knows. The octets are those of what the message holds.
 TEST_F(MessageEncode, LeavesOutWhatTolerantReadingSetAside) {
     const DecodeOptions tolerant{.tolerant = true};
-    ASSERT_TRUE(message_.Decode(Decoding::EPS_MMUplink, FromHex("17 AABBCCDD 01 0201D031"),
-                                tolerant));
+    ASSERT_TRUE(
+        message_.Decode(Decoding::EPS_MMUplink, FromHex("17 AABBCCDD 01 0201D031"), tolerant));
     ASSERT_TRUE(message_.Security());
     EXPECT_EQ(Written(message_), "02 01 D0 31");
     ASSERT_TRUE(message_.Decode(Decoding::EPS_MMDownlink, FromHex("07 4E 27 6A 01 21"), tolerant));
