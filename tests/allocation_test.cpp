@@ -221,5 +221,38 @@ TEST(Allocation, TheInterfaceForCAnswersThatThereIsNone) {
     quorvane_message_destroy(message);
 }
 
+TEST(Allocation, TheInterfaceForCAnswersThatThereIsNoneToSetAndToWrite) {
+    const int decoding = quorvane_find_decoding("EPC_UE2SS");
+    const char* type = "DEACTIVATE_TEST_MODE_COMPLETE";
+    const char* unknown = "NoFieldHasSuchALongName";
+    if (!quorvane_decoding_is_described(decoding)) {
+        return;
+    }
+    allocationsLeft = 1;
+    quorvane_message* message = quorvane_message_create();
+    EXPECT_EQ(quorvane_message_make(message, decoding, type), QUORVANE_NO_MEMORY);
+    EXPECT_EQ(quorvane_message_error(message).kind, QUORVANE_ERROR_NONE);
+    EXPECT_FALSE(quorvane_field_exists(quorvane_message_root(message)));
+    allocationsLeft = -1;
+    EXPECT_EQ(quorvane_message_make(message, decoding, type), 0);
+    EXPECT_EQ(quorvane_message_set_number(message, unknown, 0), QUORVANE_ERROR_UNKNOWN_NAME);
+    allocationsLeft = 0;
+    EXPECT_EQ(quorvane_message_set_number(message, unknown, 0), QUORVANE_NO_MEMORY);
+    EXPECT_EQ(quorvane_message_error(message).kind, QUORVANE_ERROR_NONE);
+    EXPECT_EQ(quorvane_message_error(message).words.size, 0U);
+    std::uint8_t octets[2] = {7, 7};
+    std::int64_t bits = 7;
+    EXPECT_EQ(quorvane_message_encode(message, octets, 2, &bits), QUORVANE_NO_MEMORY);
+    EXPECT_EQ(octets[0], 7);
+    EXPECT_EQ(bits, 7);
+    EXPECT_EQ(quorvane_message_to_text(message, nullptr, 0), QUORVANE_NO_MEMORY);
+    allocationsLeft = -1;
+    EXPECT_EQ(quorvane_message_encode(message, octets, 2, &bits), 2);
+    EXPECT_EQ(octets[0], 0x0F);
+    EXPECT_EQ(octets[1], 0x87);
+    EXPECT_EQ(bits, 16);
+    quorvane_message_destroy(message);
+}
+
 }  // namespace
 }  // namespace quorvane

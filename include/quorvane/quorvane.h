@@ -1,6 +1,7 @@
 #pragma once
 
-// The library for C, and for languages that call C: a message's text, JSON and fields.
+// The library for C, and for languages that call C: a message's text, JSON and fields, to read, to
+// set and to write as octets.
 //
 //     #include <quorvane/quorvane.h>
 //
@@ -21,12 +22,13 @@
 // question: with no name, no contents, no children. No C++ exception leaves; memory that runs out
 // is QUORVANE_NO_MEMORY (it ends the program if the library was built without exceptions).
 //
-// Threads. All functions may be called from any number of threads at once, but a message is used by
-// one at a time while it decodes or is destroyed.
+// Threads. All functions may be called from any number of threads at once, but a message that is
+// handed over as not const is used by that call alone, with its fields.
 //
-// Lifetime. A field looks into its message: it is valid until that decodes again or is destroyed.
-// Names and words are valid as long as the library is loaded, but for those of faults, which are
-// valid as long as a field.
+// Lifetime. A field looks into its message: it is valid until that decodes again, is made anew or
+// is destroyed; the fields in a list or union also until that is resized or chosen. Names and words
+// are valid as long as the library is loaded, but for those of faults, which are valid as long as a
+// field, and those of an error, see quorvane_message_error.
 //
 // The binary interface is stable: within a major version functions and constants are added, none is
 // changed.
@@ -73,7 +75,8 @@ typedef enum quorvane_result {
     QUORVANE_FOUND = 1,
     QUORVANE_NOT_FOUND = 0,  // the octets start no message that the decoding knows
     QUORVANE_NO_MEMORY = -1,
-    QUORVANE_WRONG_ARGUMENT = -2  // no such decoding, or null where something has to be
+    QUORVANE_WRONG_ARGUMENT = -2,  // no such decoding or option, or null where something has to be
+    QUORVANE_ERROR = -3            // the message has an error, see quorvane_message_error
 } quorvane_result;
 
 /// Writes the text of the message of `length` octets, UTF-8 with a null character behind it, into
@@ -88,7 +91,7 @@ QUORVANE_API ptrdiff_t quorvane_decode_to_json(int decoding, const uint8_t* octe
 
 // ---- Messages.
 
-/// Holds one decoded message, and is used again for the next.
+/// Holds one message, decoded or made, and is used again for the next.
 typedef struct quorvane_message quorvane_message;
 
 /// A message that has decoded nothing; null if there is no memory. The caller destroys it.
@@ -102,9 +105,22 @@ QUORVANE_API quorvane_result quorvane_message_decode(quorvane_message* message, 
                                                      const uint8_t* octets,
                                                      size_t length) QUORVANE_NOEXCEPT;
 
+/// How to read, as bits of a number.
+typedef enum quorvane_option {
+    QUORVANE_TOLERANT = 1,   // sets aside what the descriptions have no place for and goes on, and
+                             // finds the message behind a security header
+    QUORVANE_DECIPHERED = 2  // with that: what stands behind a header that says "ciphered" is plain
+} quorvane_option;
+
+/// The same as `options` say, see DecodeOptions of quorvane/message.h. Bits that this version does
+/// not know are QUORVANE_WRONG_ARGUMENT.
+QUORVANE_API quorvane_result quorvane_message_decode_with(quorvane_message* message, int decoding,
+                                                          const uint8_t* octets, size_t length,
+                                                          uint32_t options) QUORVANE_NOEXCEPT;
+
 /// The message's name; empty if there is none.
 QUORVANE_API quorvane_text quorvane_message_type(const quorvane_message* message) QUORVANE_NOEXCEPT;
-/// What it was decoded as; -1 if nothing was.
+/// What it was decoded as, or made for; -1 if nothing was.
 QUORVANE_API int quorvane_message_decoding(const quorvane_message* message) QUORVANE_NOEXCEPT;
 /// 0 if it was decoded to its end; else what ended the decoding, -2 if there is no message.
 QUORVANE_API int quorvane_message_code(const quorvane_message* message) QUORVANE_NOEXCEPT;
@@ -114,6 +130,9 @@ QUORVANE_API quorvane_text quorvane_message_code_words(const quorvane_message* m
 /// How many bits the decoder took; 0 if the code is not 0.
 QUORVANE_API int64_t quorvane_message_bits(const quorvane_message* message) QUORVANE_NOEXCEPT;
 
+/// The message's text, written as quorvane_decode_to_text writes it; empty if nothing was decoded.
+QUORVANE_API ptrdiff_t quorvane_message_to_text(const quorvane_message* message, char* buffer,
+                                                size_t size) QUORVANE_NOEXCEPT;
 /// The message as JSON, written as quorvane_decode_to_json writes it.
 QUORVANE_API ptrdiff_t quorvane_message_to_json(const quorvane_message* message, char* buffer,
                                                 size_t size) QUORVANE_NOEXCEPT;
@@ -214,6 +233,122 @@ QUORVANE_API size_t quorvane_message_fault_count(const quorvane_message* message
 /// Fault `index`, from 0, in `fault`. False, with `fault` as it was, if there are not so many.
 QUORVANE_API bool quorvane_message_fault(const quorvane_message* message, size_t index,
                                          quorvane_fault* fault) QUORVANE_NOEXCEPT;
+
+// ---- What tolerant reading has found besides.
+
+typedef enum quorvane_surplus_kind {
+    QUORVANE_REST = 0,    // what a known element has behind all that is taken of it
+    QUORVANE_ELEMENT = 1  // an unknown element, whole
+} quorvane_surplus_kind;
+
+/// Bits that were set aside.
+typedef struct quorvane_surplus {
+    quorvane_surplus_kind kind;
+    int iei;               // the element's identifier; -1 if it has none
+    quorvane_field field;  // of a rest that of its element, else the message around it; no field if
+                           // that is not known
+    quorvane_octets octets;  // as those of a field
+    uint32_t bit_count;
+    quorvane_place place;
+} quorvane_surplus;
+
+/// How many pieces were set aside.
+QUORVANE_API size_t quorvane_message_surplus_count(const quorvane_message* message)
+    QUORVANE_NOEXCEPT;
+/// Piece `index`, from 0, in `surplus`. False, with `surplus` as it was, if there are not so many.
+QUORVANE_API bool quorvane_message_surplus(const quorvane_message* message, size_t index,
+                                           quorvane_surplus* surplus) QUORVANE_NOEXCEPT;
+
+/// The header in front of a protected NAS message of EPS (TS 24.301, 9.1).
+typedef struct quorvane_security_header {
+    uint8_t type;
+    uint8_t sequence_number;
+    uint32_t authentication_code;
+} quorvane_security_header;
+
+/// The header that the message was found behind, in `header`, which may be null. False, with
+/// `header` as it was, if there is none.
+QUORVANE_API bool quorvane_message_security(const quorvane_message* message,
+                                            quorvane_security_header* header) QUORVANE_NOEXCEPT;
+
+// ---- Setting fields and writing octets.
+//
+// The functions from quorvane_message_make to quorvane_message_clear return 0 if they have done
+// what they say. Else they change nothing and return a quorvane_error_kind or
+// QUORVANE_WRONG_ARGUMENT; or QUORVANE_NO_MEMORY, after which the field may be there without
+// contents. What is around a field is made with it, but no items of lists, nor another alternative
+// of a union than the one that it holds.
+
+/// Why a message cannot be changed or written as asked.
+typedef enum quorvane_error_kind {
+    QUORVANE_ERROR_NONE = 0,
+    QUORVANE_ERROR_NO_MESSAGE = 1,          // there is none, or this build does not describe it
+    QUORVANE_ERROR_UNKNOWN_NAME = 2,        // no message, field, alternative or value is named so
+    QUORVANE_ERROR_INDEX_OUT_OF_RANGE = 3,  // the list has not so many items
+    QUORVANE_ERROR_WRONG_KIND = 4,          // this cannot be done with fields of the kind
+    QUORVANE_ERROR_NOT_THERE = 5,           // the field is none of this message
+    QUORVANE_ERROR_OTHER_ALTERNATIVE = 6,   // the union holds another alternative
+    QUORVANE_ERROR_NOT_OPTIONAL = 7,        // the message cannot do without the field
+    QUORVANE_ERROR_VALUE_TOO_LARGE = 8,     // the number has more bits than the field
+    QUORVANE_ERROR_TOO_MANY_ITEMS = 9,
+    QUORVANE_ERROR_TOO_MANY_BITS = 10,
+    QUORVANE_ERROR_WRONG_BIT_COUNT = 11,  // the bit string has always the same count
+    QUORVANE_ERROR_MISSING = 12,          // a field that has to be there was never set
+    QUORVANE_ERROR_REFUSED = 13,          // the decoder refused the field, and it was not set since
+    QUORVANE_ERROR_WRONG_LENGTH = 14,     // shorter or longer than its place in the message allows
+    QUORVANE_ERROR_CONTRADICTION = 15,    // one field says otherwise than another
+    QUORVANE_ERROR_NOT_WRITABLE = 16,     // the structure has no form for such a value
+    QUORVANE_ERROR_NO_ROOM = 17           // the octets do not fit
+} quorvane_error_kind;
+
+typedef struct quorvane_error {
+    quorvane_error_kind kind;
+    quorvane_text path;   // of the field; empty: the message itself
+    quorvane_text words;  // what is wrong and what would be right
+} quorvane_error;
+
+/// The error of the last function of this section that was called for `message`; none if that did
+/// what it says, or failed otherwise. Path and words are valid until the next of them is called or
+/// the message is destroyed.
+QUORVANE_API quorvane_error quorvane_message_error(const quorvane_message* message)
+    QUORVANE_NOEXCEPT;
+
+/// Replaces what `message` holds by a message of the type with that name, no field of which is set.
+QUORVANE_API int quorvane_message_make(quorvane_message* message, int decoding,
+                                       const char* type) QUORVANE_NOEXCEPT;
+
+/// Sets a number or the value of an enumeration.
+QUORVANE_API int quorvane_message_set_number(quorvane_message* message, const char* path,
+                                             uint32_t number) QUORVANE_NOEXCEPT;
+/// Sets the value of an enumeration by its words.
+QUORVANE_API int quorvane_message_set_words(quorvane_message* message, const char* path,
+                                            const char* words) QUORVANE_NOEXCEPT;
+/// Sets a bit string to the first `bits` bits of `octets`, which are copied. Null `octets` need
+/// `bits` of 0.
+QUORVANE_API int quorvane_message_set_bits(quorvane_message* message, const char* path,
+                                           const uint8_t* octets, uint32_t bits) QUORVANE_NOEXCEPT;
+/// Lets a union hold the alternative of that name; contents of another one are dropped.
+QUORVANE_API int quorvane_message_choose(quorvane_message* message, const char* path,
+                                         const char* alternative) QUORVANE_NOEXCEPT;
+/// Gives a list so many items; new ones are not set.
+QUORVANE_API int quorvane_message_resize(quorvane_message* message, const char* path,
+                                         size_t items) QUORVANE_NOEXCEPT;
+/// Gives a list one item more, which is not set.
+QUORVANE_API int quorvane_message_append(quorvane_message* message,
+                                         const char* path) QUORVANE_NOEXCEPT;
+/// Makes an optional field one that is there, and a structure one that is set.
+QUORVANE_API int quorvane_message_add(quorvane_message* message,
+                                      const char* path) QUORVANE_NOEXCEPT;
+/// Makes an optional field absent, with all that it held.
+QUORVANE_API int quorvane_message_clear(quorvane_message* message,
+                                        const char* path) QUORVANE_NOEXCEPT;
+
+/// Writes the message as octets into `octets`, which has room for `size`, and returns how many they
+/// are, or a failure. If they are more than `size`, nothing is written. A null `octets` needs a
+/// `size` of 0. How many bits the message has, which need not end with an octet, comes into `bits`,
+/// which may be null; it stays as it was if nothing is written.
+QUORVANE_API ptrdiff_t quorvane_message_encode(quorvane_message* message, uint8_t* octets,
+                                               size_t size, int64_t* bits) QUORVANE_NOEXCEPT;
 
 #ifdef __cplusplus
 }
