@@ -108,7 +108,7 @@ bool IsOf(const Surplus& surplus, Octets octets) {
     return true;
 }
 
-/// Tolerant reading differs from strict reading only where that has a fault or a security header
+/// Tolerant reading has another record only where strict reading has a fault or a security header
 /// stands in front. What it sets aside are bits of the message, one behind the other.
 void CheckTolerant(Decoding decoding, Octets octets, const Message& strict, bool deciphered) {
     static Message message;
@@ -121,9 +121,9 @@ void CheckTolerant(Decoding decoding, Octets octets, const Message& strict, bool
         Require(message.TypeName() == strict.TypeName(), "tolerant reading finds another message");
         if (good) {
             RequireEqual(TextOf(message), TextOf(strict), "tolerant reading has another record");
-            Require(message.SurplusCount() == 0 && message.FaultCount() == 0 &&
+            Require(message.Code() == 0 && message.FaultCount() == 0 &&
                         message.BitsConsumed() == strict.BitsConsumed(),
-                    "tolerant reading sets aside what strict reading takes");
+                    "tolerant reading comes to something else");
         }
     }
     std::size_t passed = 0;

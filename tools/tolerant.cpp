@@ -23,10 +23,12 @@ void AppendSurplus(const Message& message, const Surplus& surplus, std::string& 
     text.append(ToHex(surplus.octets, " "));
     std::string path;
     message.AppendPath(surplus.field, path);
-    if (surplus.kind == Surplus::Kind::kRest) {
+    if (surplus.kind == Surplus::Kind::kElement) {
+        text.append(", element").append(path.empty() ? "" : " in ").append(path);
+    } else if (surplus.field) {
         text.append(", rest of ").append(path);
     } else {
-        text.append(", unknown element").append(path.empty() ? "" : " in ").append(path);
+        text.append(", no whole element");
     }
     if (surplus.iei) {
         text.append(" (IEI ").append(ToHex({&*surplus.iei, 1}, "")).append(")");

@@ -269,28 +269,32 @@ class Field::Iterator {
 /// How to read.
 struct DecodeOptions {
     /// Tolerant reading goes on where a message of a later release ends strict reading: what the
-    /// descriptions have no place for is set aside, see Surplus. It also finds the message behind a
-    /// security header, see SecurityHeader. A message that strict reading takes without a fault
-    /// reads the same.
+    /// descriptions have no place for is set aside, see Surplus; so is what strict reading passes
+    /// over without a word. It also finds the message behind a security header, see
+    /// SecurityHeader. A message that strict reading takes without a fault has the same fields and
+    /// code.
     bool tolerant = false;
     /// With `tolerant`: what stands behind a security header that says "ciphered" is plain, as it
     /// was deciphered before or the null algorithm is in use.
     bool deciphered = false;
 };
 
-/// Bits of a message that tolerant reading set aside to go on behind them.
+/// Bits of a message that tolerant reading set aside, as no field has them.
 struct Surplus {
     enum class Kind : std::uint8_t {
-        kRest,     // what a known element has behind all that its type takes, or behind its limit
-        kElement,  // an unknown element, whole: identifier, length if it has one, and contents
+        kRest,     // what a known element has behind all that its type takes, or behind its limit;
+                   // or, with no field, what is left of a message and is no whole element
+        kElement,  // an element that is unknown, of other messages, out of order or repeated,
+                   // whole: identifier, length if it has one, and contents
     };
 
     Kind kind = Kind::kRest;
     /// kRest: the field whose element it is. kElement: the message that it stands in, which may be
     /// one inside of the message found. No field if that is not known.
     Field field;
-    /// The element's identifier, if it has one. Of an unknown element of one octet it is that
-    /// octet, as nothing tells whether its lower half is a value.
+    /// The element's identifier, if it has one; of half an octet it is the upper one, and the lower
+    /// one is 0. Of an unknown element of one octet it is that octet, as nothing tells whether its
+    /// lower half is a value.
     std::optional<std::uint8_t> iei;
     /// The bits, from the top of the first octet on; the low bits of the last octet that do not
     /// belong to them are 0. Valid as long as a field.
@@ -433,8 +437,8 @@ class QUORVANE_API Message {
     /// Looks through the message for the field.
     [[nodiscard]] Fault GetFault(std::size_t index) const noexcept;
 
-    /// How many pieces tolerant reading has set aside; 0 after strict reading. At most 1000: a
-    /// message with more ends as in strict reading.
+    /// How many pieces tolerant reading has set aside; 0 after strict reading. At most 1000: of a
+    /// message with more it passes over the others.
     [[nodiscard]] std::size_t SurplusCount() const noexcept;
     /// Piece `index`, from 0, in the order they were met; an empty one if there are not so many.
     /// Looks through the message for the field.

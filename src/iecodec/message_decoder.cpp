@@ -36,6 +36,10 @@ class BodyDecoder {
                 return outcome;
             }
         }
+        if (context_.surplus != nullptr && !fields_.empty() &&
+            InfoOf(fields_.back().format).ieiWidth != 0) {
+            KeepPassed(context_, cell_, cursor_, end_, end_);
+        }
         return cursor_ - start_;
     }
 
@@ -141,6 +145,10 @@ class BodyDecoder {
     }
 
     void Refuse(const FieldRow& field, std::uint32_t number, std::string_view text) {
+        if (context_.surplus != nullptr) {
+            // The element may reach behind the message, and a message inside with it.
+            context_.surplus->DropPast(end_);
+        }
         if (field.value == kNone) {
             context_.diagnostics.Report(number, text, field.name, {nullptr, cursor_});
         } else {
@@ -167,11 +175,10 @@ class BodyDecoder {
         const std::int32_t width = InfoOf(field.format).ieiWidth;
         const auto iei = static_cast<std::uint8_t>(field.iei >> (8 - width));
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
-        IeSearch found = IeSearch::kBlocked;
-        do {
-            found =
-                FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order);
-        } while (found == IeSearch::kBlocked && KeepsUnknown(context_, cell_, cursor_, end_));
+        const IeSearch found =
+            context_.surplus == nullptr
+                ? FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order)
+                : FindIeTolerantly(context_, cell_, iei, width, cursor_, end_, order);
         if (found == IeSearch::kBlocked) {
             return kUnknownIei;
         }

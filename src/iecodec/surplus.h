@@ -17,8 +17,8 @@ namespace quorvane::iecodec {
 
 struct Surplus {
     std::optional<std::uint8_t> iei;  // 8-bit form
-    const bits::Cell* cell;  // the value that leaves them; of an unknown element the message around
-    bool element;            // a whole element that is unknown, identifier and length included
+    const bits::Cell* cell;  // the value that leaves them, the message around an element, or null
+    bool element;            // a whole element, identifier and length included
     std::int64_t position;
     std::int64_t bitCount;
     const std::uint8_t* octets = nullptr;  // a copy of the bits, from the top of the first octet on
@@ -26,11 +26,19 @@ struct Surplus {
 
 class SurplusList {
   public:
-    /// Adds `surplus` with a copy of its bits. Returns false, with nothing added, if the reader
-    /// does not hold all of them, they reach past bit 2^32, or the list is full.
+    /// Adds `surplus` with a copy of its bits, if the list is not full. Returns false, with nothing
+    /// added, if the reader does not hold all of them or they reach past bit 2^32.
     bool Keep(bits::Arena& arena, const bits::BitReader& reader, Surplus surplus);
 
     [[nodiscard]] const std::vector<Surplus>& Items() const { return items_; }
+
+    /// Where the last one ends; 0 if there is none.
+    [[nodiscard]] std::int64_t End() const {
+        return items_.empty() ? 0 : items_.back().position + items_.back().bitCount;
+    }
+
+    /// Forgets those at the list's end that pass bit `end`.
+    void DropPast(std::int64_t end);
 
     /// Forgets all items. Keeps the memory.
     void Clear() { items_.clear(); }

@@ -1,13 +1,14 @@
 #pragma once
 
-// Where tolerant reading goes on and strict reading ends. Apart from the decoder, whose usual way
-// comes by none of it.
+// What tolerant reading does beside strict reading: it keeps what that passes over, and goes on
+// where it ends. Apart from the decoder, whose usual way comes by none of it.
 //
 // Tests: tests/unit/tolerant_decoder_test.cpp.
 
 #include <cstdint>
 
 #include "iecodec/codec_context.h"
+#include "iecodec/ie_search.h"
 
 namespace quorvane::iecodec {
 
@@ -17,9 +18,17 @@ namespace quorvane::iecodec {
 bool KeepsRest(DecodeContext& context, const FieldRow& field, const bits::Cell& cell,
                bits::Outcome result, std::int64_t position, std::int64_t length, std::int64_t end);
 
-/// Whether tolerant reading sets aside the element at the cursor, which has no row in the skip
-/// table. The cursor is then behind it. `message` is the struct that it stands in.
-bool KeepsUnknown(DecodeContext& context, const bits::Cell& message, std::int64_t& cursor,
-                  std::int64_t end);
+/// Keeps what stands in the struct `message` from bit `from` on: element by element up to bit `to`,
+/// and from the first that passes `end` all that is left. Padding is none of it. In tolerant
+/// reading alone.
+void KeepPassed(DecodeContext& context, const bits::Cell& message, std::int64_t from,
+                std::int64_t to, std::int64_t end);
+
+/// As FindIe, in tolerant reading: keeps what it skips, and goes on behind what has no row in the
+/// skip table.
+[[nodiscard]] IeSearch FindIeTolerantly(DecodeContext& context, const bits::Cell& message,
+                                        std::uint8_t iei, std::int32_t ieiWidth,
+                                        std::int64_t& cursor, std::int64_t end,
+                                        const IeOrderRow* order);
 
 }  // namespace quorvane::iecodec

@@ -210,8 +210,11 @@ void ExpectSameSurplus(const Message& message, const Surplus& surplus, const Val
         EXPECT_EQ(TextOf(*iei), tool::ToHex({&*surplus.iei, 1}, ""));
     }
     std::string path;
-    ASSERT_TRUE(message.AppendPath(surplus.field, path));
-    EXPECT_EQ(TextOf(*members.Take("path")), path);
+    const Value* known = members.Take("path");
+    ASSERT_EQ(known != nullptr, message.AppendPath(surplus.field, path));
+    if (known != nullptr) {
+        EXPECT_EQ(TextOf(*known), path);
+    }
     EXPECT_EQ(TextOf(*members.Take("hex")), tool::ToHex(surplus.octets, ""));
     EXPECT_EQ(members.Take("bits")->GetUint(), surplus.bitCount);
     const Value& at = *members.Take("at");

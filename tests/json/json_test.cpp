@@ -86,6 +86,10 @@ TEST(Json, TellsWhatTolerantReadingSetAside) {
     EXPECT_TRUE(json.ends_with(R"(}},"surplus":[{"kind":"rest","path":"ESMMessageContainer",)"
                                R"("hex":"27","bits":8,"at":[64,8]}]})"))
         << json;
+    // Behind the last field, cut short.
+    EXPECT_TRUE(
+        JsonOf(Decoding::EPS_MMDownlink, {0x07, 0x4E, 0x27, 0x5B, 0x2A, 0x31, 0x05}, tolerant)
+            .ends_with(R"(}},"surplus":[{"kind":"rest","hex":"3105","bits":16,"at":[40,16]}]})"));
 }
 
 // AUTHENTICATION REJECT behind a security header.

@@ -32,9 +32,13 @@ TEST_F(ToolTest, DecodeNamesWhatIsSetAside) {
     EXPECT_EQ(tolerant.errors, "");
     EXPECT_TRUE(tolerant.output.starts_with("Decoded using \"EPS_MMDownlink\".\n" + kRejectText))
         << tolerant.output;
-    EXPECT_TRUE(
-        tolerant.output.ends_with("}\nSet aside: LOC:[24,24] 6A 01 21, unknown element (IEI 6A)\n"))
+    EXPECT_TRUE(tolerant.output.ends_with("}\nSet aside: LOC:[24,24] 6A 01 21, element (IEI 6A)\n"))
         << tolerant.output;
+
+    // Without a field for it, and then cut short.
+    EXPECT_TRUE(Run("decode --tolerant EPS_MMDownlink 07 4E 27 5B 2A E1 31 05")
+                    .output.ends_with("}\nSet aside: LOC:[40,8] E1, element (IEI E1)\n"
+                                      "Set aside: LOC:[48,16] 31 05, no whole element\n"));
 
     EXPECT_TRUE(
         Run("decode --tolerant EPS_MMUplink " + kComplete)
@@ -42,7 +46,7 @@ TEST_F(ToolTest, DecodeNamesWhatIsSetAside) {
     EXPECT_TRUE(
         Run("decode --tolerant EPS_MMUplink 07 43 00 07 52 00 C2 7B 00 01 55")
             .output.ends_with(
-                "}\nSet aside: LOC:[56,32] 7B 00 01 55, unknown element in "
+                "}\nSet aside: LOC:[56,32] 7B 00 01 55, element in "
                 "ESMMessageContainer.pACTIVATE_DEFAULT_EPS_BEARER_CONTEXT_ACCEPT (IEI 7B)\n"));
 }
 
@@ -57,7 +61,7 @@ TEST_F(ToolTest, DecodeFollowsIntoProtectedMessages) {
     EXPECT_TRUE(outcome.output.ends_with(
         "}\nBehind a security header: type 2, message authentication code 0ABBCCDD, sequence "
         "number "
-        "254\nSet aside: LOC:[72,24] 6A 01 21, unknown element (IEI 6A)\n"))
+        "254\nSet aside: LOC:[72,24] 6A 01 21, element (IEI 6A)\n"))
         << outcome.output;
     EXPECT_EQ(Run("decode --deciphered " + octets).status, 2);
 }
@@ -96,8 +100,7 @@ TEST_F(ToolTest, BatchNamesWhatIsSetAside) {
     const auto answers = JsonLines(outcome.output);
     ASSERT_EQ(answers.size(), 3U);
     const std::string text = answers[0]["text"].GetString();
-    EXPECT_TRUE(text.ends_with("}\nSet aside: LOC:[24,24] 6A 01 21, unknown element (IEI 6A)\n"))
-        << text;
+    EXPECT_TRUE(text.ends_with("}\nSet aside: LOC:[24,24] 6A 01 21, element (IEI 6A)\n")) << text;
     EXPECT_EQ(answers[0]["ret"].GetInt(), 1);
     EXPECT_EQ(answers[1]["diagnostics"].Size(), 1U);
     EXPECT_NE(std::string(answers[2]["text"].GetString()).find("SECURITY_PROTECTED_NAS_MESSAGE"),

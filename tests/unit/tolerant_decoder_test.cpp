@@ -35,6 +35,7 @@ class ToleratedMessage : public testing::Test {
         tables_.parts = parts_;
         tables_.orders = orders_;
         tables_.fields = {&field_, 1};
+        tables_.formats = formats_;
         tables_.unknownFormats = unknown_;
     }
 
@@ -63,6 +64,22 @@ class ToleratedMessage : public testing::Test {
         EXPECT_EQ(item.iei, iei);
         EXPECT_EQ(item.element, element);
         EXPECT_EQ(item.cell, element ? &cell_ : &cell_.cells[0]);
+        ExpectBits(item, position, bitCount, hex);
+    }
+
+    /// The last piece is all that is left of the message, of no element.
+    void ExpectLast(std::size_t count, std::int64_t position, std::int64_t bitCount,
+                    std::string_view hex) {
+        ASSERT_EQ(surplus_.Items().size(), count);
+        const Surplus& item = surplus_.Items().back();
+        EXPECT_FALSE(item.iei);
+        EXPECT_FALSE(item.element);
+        EXPECT_EQ(item.cell, nullptr);
+        ExpectBits(item, position, bitCount, hex);
+    }
+
+    static void ExpectBits(const Surplus& item, std::int64_t position, std::int64_t bitCount,
+                           std::string_view hex) {
         EXPECT_EQ(item.position, position);
         EXPECT_EQ(item.bitCount, bitCount);
         const std::size_t size = bits::OctetsOf(static_cast<std::uint32_t>(bitCount));
@@ -72,14 +89,19 @@ class ToleratedMessage : public testing::Test {
     SurplusList surplus_;
     Diagnostics diagnostics_;
     bits::Cell cell_{};
+    FieldRow field_{};
 
   private:
     std::array<ValueRow, 2> values_{};
     std::array<PartRow, 1> parts_{{{PartRow::Kind::kInteger, 0, 0, 12, 1}}};
     std::array<IeOrderRow, 2> orders_{
         {{kPairIei, 0xFF, IeOrderRow::kWithIei}, {0, 0, IeOrderRow::kEnd}}};
+    std::array<IeFormatRow, 5> formats_{{{kPairIei, 0xFF, -8},
+                                         {0x2B, 0xFF, -8},
+                                         {0x33, 0xFF, 24},
+                                         {0x40, 0xF0, 8},
+                                         {0x90, 0xFF, 0}}};
     std::array<IeFormatRow, 1> unknown_{{{0x7A, 0xFF, -16}}};
-    FieldRow field_{};
     MessageRow message_{};
     CodecTables tables_{};
     bits::Arena arena_;
@@ -145,11 +167,85 @@ TEST_F(ToleratedMessage, KeepsUnknownElementsAsLongAsTheySay) {
     }
 }
 
-TEST_F(ToleratedMessage, KeepsAnElementThatComesAgainIfNothingTellsHowToSkipIt) {
-    EXPECT_EQ(DecodeTolerantly("81 82 20 02 AB CD 20 02 12 34"), 48);
-    ASSERT_EQ(surplus_.Items().size(), 3U);
+TEST_F(ToleratedMessage, KeepsElementsThatTheSearchSkips) {
+    // Between two that have no row.
+    EXPECT_EQ(DecodeTolerantly("81 33 AA BB 47 82 20 02 AB CD"), 80);
+    EXPECT_TRUE(HasPair());
+    ASSERT_EQ(surplus_.Items().size(), 5U);
     ExpectItem(0, 0x81, true, 0, 8, "81");
-    ExpectItem(1, 0x82, true, 8, 8, "82");
+    ExpectItem(1, 0x33, true, 8, 24, "33 AA BB");
+    ExpectItem(2, 0x40, true, 32, 8, "47");
+    ExpectItem(3, 0x82, true, 40, 8, "82");
+    ExpectItem(4, kPairIei, false, 76, 4, "D0");
+
+    EXPECT_EQ(Decode("33 AA BB 47", nullptr), 32);
+    EXPECT_EQ(DecodeTolerantly("33 AA BB 47"), 32);
+    EXPECT_FALSE(HasPair());
+    ASSERT_EQ(surplus_.Items().size(), 2U);
+    ExpectItem(1, 0x40, true, 24, 8, "47");
+}
+
+TEST_F(ToleratedMessage, KeepsElementsBehindTheLastField) {
+    const char* const octets = "20 02 AB CD 20 02 12 34 33 AA BB 90 7A 00 01 AA 31 00";
+    EXPECT_EQ(Decode(octets, nullptr), 32);
+    EXPECT_EQ(DecodeTolerantly(octets), 32);
+    ASSERT_EQ(surplus_.Items().size(), 6U);
+    ExpectItem(0, kPairIei, false, 28, 4, "D0");
+    ExpectItem(1, kPairIei, true, 32, 32, "20 02 12 34");
+    ExpectItem(2, 0x33, true, 64, 24, "33 AA BB");
+    ExpectItem(3, 0x90, true, 88, 8, "90");
+    ExpectItem(4, 0x7A, true, 96, 32, "7A 00 01 AA");
+    ExpectItem(5, 0x31, true, 128, 16, "31 00");
+}
+
+TEST_F(ToleratedMessage, KeepsWhatIsNoWholeElementAsOnePiece) {
+    EXPECT_EQ(DecodeTolerantly("20 02 AB CD 80 31 05 80 80"), 32);
+    ExpectLast(3, 40, 32, "31 05 80 80");
+    ExpectItem(1, 0x80, true, 32, 8, "80");
+    EXPECT_EQ(DecodeTolerantly("20 02 AB CD 31"), 32);
+    ExpectLast(2, 32, 8, "31");
+    // The search skips it, and is past the end then.
+    for (SurplusList* surplus : {static_cast<SurplusList*>(nullptr), &surplus_}) {
+        EXPECT_EQ(Decode("47 33 AA", surplus), 32);
+        EXPECT_FALSE(HasPair());
+        EXPECT_EQ(diagnostics_.Lines(), "");
+    }
+    ExpectLast(2, 8, 16, "33 AA");
+}
+
+TEST_F(ToleratedMessage, KeepsNoPadding) {
+    EXPECT_EQ(DecodeTolerantly("20 02 AB CD 2B 2B 2B"), 32);
+    EXPECT_EQ(surplus_.Items().size(), 1U);
+    EXPECT_EQ(DecodeTolerantly("20 02 AB CD 33 AA 2B 2B"), 32);
+    ASSERT_EQ(surplus_.Items().size(), 2U);
+    ExpectItem(1, 0x33, true, 32, 24, "33 AA 2B");
+    EXPECT_EQ(DecodeTolerantly("20 02 AB CD 2B 2B 31"), 32);
+    ExpectLast(2, 32, 24, "2B 2B 31");
+    EXPECT_EQ(DecodeTolerantly("20 02 AB CD 2B 01 2B 80"), 32);
+    ASSERT_EQ(surplus_.Items().size(), 3U);
+    ExpectItem(1, 0x2B, true, 32, 24, "2B 01 2B");
+    // The search skips it: 2 octets and 43.
+    EXPECT_EQ(DecodeTolerantly("2B 2B 2B"), 45 * 8);
+    EXPECT_TRUE(surplus_.Items().empty());
+}
+
+TEST_F(ToleratedMessage, KeepsNothingBehindAFieldWithoutIdentifier) {
+    field_.format = FieldRow::Format::kLv;
+    field_.presence = FieldRow::Presence::kMandatory;
+    EXPECT_EQ(DecodeTolerantly("02 AB CD 31 00"), 24);
+    ASSERT_EQ(surplus_.Items().size(), 1U);
+    EXPECT_EQ(surplus_.Items()[0].position, 20);
+}
+
+TEST_F(ToleratedMessage, KeepsNothingBehindAFault) {
+    EXPECT_EQ(DecodeTolerantly("20 00 31 00"), kSizeError);
+    EXPECT_TRUE(surplus_.Items().empty());
+    // Any length is allowed.
+    field_.format = FieldRow::Format::kLv;
+    field_.presence = FieldRow::Presence::kMandatory;
+    const test::Octets octets = test::FromHex("02 AB CD");
+    EXPECT_EQ(Decode({octets.data(), 3}, -8, &surplus_), kMandatoryError);
+    EXPECT_TRUE(surplus_.Items().empty());
 }
 
 TEST_F(ToleratedMessage, EndsAtAnUnknownElementThatPassesTheEnd) {
@@ -189,11 +285,12 @@ TEST_F(ToleratedMessage, KeepsOnlySoManyPieces) {
     }
     EXPECT_EQ(DecodeTolerantly(octets), 8000);
     EXPECT_EQ(surplus_.Items().size(), SurplusList::kMostItems);
-    EXPECT_EQ(DecodeTolerantly(octets + "9F"), kUnknownIei);
+    // It reads the same without more room.
+    EXPECT_EQ(DecodeTolerantly(octets + "9F 20 02 AB CD 31 00"), 8040);
+    EXPECT_TRUE(HasPair());
+    EXPECT_EQ(diagnostics_.Lines(), "");
     EXPECT_EQ(surplus_.Items().size(), SurplusList::kMostItems);
-    EXPECT_EQ(DecodeTolerantly(octets + "20 02 AB CD"), 8032);
-    EXPECT_FALSE(HasPair());
-    EXPECT_EQ(diagnostics_.Lines(), "<ERRID:0> Error decoding subfield Pair\n");
+    ExpectItem(SurplusList::kMostItems - 1, 0x9F, true, 7992, 8, "9F");
 }
 
 TEST(UnknownIeSize, FollowsFromTheIdentifierOrTheRow) {
