@@ -53,7 +53,9 @@ bool KeepsRest(DecodeContext& context, const FieldRow& field, const bits::Cell& 
 
 void KeepPassed(DecodeContext& context, const bits::Cell& message, std::int64_t from,
                 std::int64_t to, std::int64_t end) {
-    const std::int64_t stop = std::min(to, PaddingAt(context.reader, from, end));
+    const bool maybePadding = to == end || context.reader.ReadOctet(from) == kFillOctet;
+    const std::int64_t stop =
+        maybePadding ? std::min(to, PaddingAt(context.reader, from, end)) : to;
     while (from < stop) {
         if (!KeepsElement(context, message, from, end)) {
             static_cast<void>(context.surplus->Keep(
