@@ -38,15 +38,18 @@
 //
 // What is guaranteed. Any octets of any length give a result; the same octets give the same
 // result. Nothing outside the span is read: the decoders behave as if zeros followed its end.
-// All functions may be called from any number of threads at once, first calls included. Nothing
-// is read from files or the environment, and nothing is written anywhere but to the result.
+// All functions may be called from any number of threads at once, first calls included, and until
+// the very end: from destructors of static and thread_local objects, from functions given to
+// std::atexit, and in a child process that was made while threads were calling. Nothing is read
+// from files or the environment, and nothing is written anywhere but to the result.
 //
 // What is not. Memory that runs out leaves as std::bad_alloc; nothing is leaked then, but the
 // contents of the strings handed in are not specified.
 //
 // A call needs less than 64 KiB of stack. A thread keeps some working memory for its next call
 // until it ends (mostly below 100 KiB, never more than 3 MiB), so that a call on a used thread
-// allocates nothing but what the caller's strings need to grow.
+// allocates nothing but what the caller's strings need to grow. A call that comes when an ending
+// thread has given it back takes memory for itself alone.
 
 #include <cstddef>
 #include <cstdint>

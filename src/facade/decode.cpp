@@ -11,7 +11,8 @@ namespace {
 
 bool DecodeRun(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
                std::string& text, std::string& diagnostics) {
-    const facade::Answer answer = facade::DecodeMessage(decoding, reader, length);
+    facade::CallMemory memory;
+    const facade::Answer answer = facade::DecodeMessage(memory, decoding, reader, length);
     if (answer.ascii) {
         text.assign(answer.text);
     } else {

@@ -3,29 +3,33 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "bits/arena.h"
 #include "reflect/render.h"
 
 namespace quorvane {
 namespace facade {
 namespace {
 
-/// What a thread keeps from call to call. All give back what a very large message made them take.
-struct Workspace {
-    bits::Arena arena;
-    reflect::TextBuffer text;
-    iecodec::Diagnostics diagnostics;
+// The workspace that the thread keeps. Nothing runs at the end of these, so that they can be read
+// as long as the thread runs.
+constinit thread_local Workspace* threadWorkspace = nullptr;
+constinit thread_local bool threadIsEnding = false;
 
-    void Clear() {
-        arena.Reset();
-        text.Clear();
-        diagnostics.Clear();
+struct ThreadWorkspace : Workspace {
+    ThreadWorkspace() { threadWorkspace = this; }
+    ThreadWorkspace(const ThreadWorkspace&) = delete;
+    ThreadWorkspace& operator=(const ThreadWorkspace&) = delete;
+    ~ThreadWorkspace() {
+        threadWorkspace = nullptr;
+        threadIsEnding = true;
     }
 };
 
-Workspace& ThreadWorkspace() {
-    thread_local Workspace workspace;
-    return workspace;
+/// Null when the thread has given it back already.
+Workspace* FindThreadWorkspace() {
+    if (threadWorkspace == nullptr && !threadIsEnding) {
+        thread_local ThreadWorkspace made;
+    }
+    return threadWorkspace;
 }
 
 void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
@@ -69,10 +73,18 @@ inline Answer WriteText(reflect::TextBuffer& text, Decoding decoding, const Deco
 
 }  // namespace
 
-reflect::TextBuffer& ThreadText() {
-    reflect::TextBuffer& text = ThreadWorkspace().text;
+void Workspace::Clear() {
+    arena.Reset();
     text.Clear();
-    return text;
+    diagnostics.Clear();
+}
+
+CallMemory::CallMemory() : workspace_(FindThreadWorkspace()) {
+    if (workspace_ == nullptr) {
+        own_ = std::make_unique<Workspace>();
+        workspace_ = own_.get();
+    }
+    workspace_->Clear();
 }
 
 std::string_view ErrorText(bits::Code code) {
@@ -122,16 +134,15 @@ void DecodeRecord(Decoding decoding, const bits::BitReader& reader, std::int64_t
     }
 }
 
-Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length) {
-    Workspace& workspace = ThreadWorkspace();
-    workspace.Clear();
+Answer DecodeMessage(CallMemory& memory, Decoding decoding, const bits::BitReader& reader,
+                     std::int64_t length) {
     DecodedRecord decoded;
-    DecodeRecord(decoding, reader, length, workspace.arena, workspace.diagnostics, decoded);
-    return WriteText(workspace.text, decoding, decoded, workspace.diagnostics.Lines());
+    DecodeRecord(decoding, reader, length, memory->arena, memory->diagnostics, decoded);
+    return WriteText(memory->text, decoding, decoded, memory->diagnostics.Lines());
 }
 
-Answer TextOf(Decoding decoding, const DecodedRecord& decoded) {
-    return WriteText(ThreadText(), decoding, decoded, {});
+Answer TextOf(CallMemory& memory, Decoding decoding, const DecodedRecord& decoded) {
+    return WriteText(memory->text, decoding, decoded, {});
 }
 
 std::string ErrorLine(bits::Code code) {

@@ -5,9 +5,11 @@
 // Tests: tests/unit/facade_*_test.cpp, tests/golden_test.cpp.
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "bits/arena.h"
 #include "bits/bit_reader.h"
 #include "bits/outcome.h"
 #include "facade/decodings.h"
@@ -16,6 +18,31 @@
 #include "reflect/text_buffer.h"
 
 namespace quorvane::facade {
+
+/// What a call works with. All give back what a very large message made them take.
+struct Workspace {
+    bits::Arena arena;
+    reflect::TextBuffer text;
+    iecodec::Diagnostics diagnostics;
+
+    void Clear();
+};
+
+/// The empty workspace of a call: the one that the thread keeps from call to call, so that a thread
+/// has one CallMemory at a time. A thread that is ending may have given it back before its last
+/// call, which then has a workspace of its own.
+class CallMemory {
+  public:
+    CallMemory();
+    CallMemory(const CallMemory&) = delete;
+    CallMemory& operator=(const CallMemory&) = delete;
+
+    Workspace* operator->() { return workspace_; }
+
+  private:
+    std::unique_ptr<Workspace> own_;
+    Workspace* workspace_;
+};
 
 /// What `message` promises to be readable, as far as a decoder can look.
 bits::BitReader ReaderOf(const PaddedMessage& message);
@@ -37,13 +64,10 @@ struct DecodedRecord {
 void DecodeRecord(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
                   bits::Arena& arena, iecodec::Diagnostics& diagnostics, DecodedRecord& decoded);
 
-/// An empty text in memory that the thread keeps. DecodeMessage writes to the same one.
-reflect::TextBuffer& ThreadText();
-
 /// The text of `code`; empty if it has none.
 std::string_view ErrorText(bits::Code code);
 
-/// The views are valid until the thread's next call.
+/// The views are valid as long as the memory of the call.
 struct Answer {
     bool found;
     /// Whether `text` is all ASCII, as nearly all texts are.
@@ -54,11 +78,12 @@ struct Answer {
     std::string_view diagnostics;
 };
 
-/// Strict reading, with the record as text, in memory that the thread keeps from call to call.
-Answer DecodeMessage(Decoding decoding, const bits::BitReader& reader, std::int64_t length);
+/// Strict reading, with the record as text. `memory` serves one call.
+Answer DecodeMessage(CallMemory& memory, Decoding decoding, const bits::BitReader& reader,
+                     std::int64_t length);
 
 /// The same of a record that was decoded before, without diagnostics.
-Answer TextOf(Decoding decoding, const DecodedRecord& decoded);
+Answer TextOf(CallMemory& memory, Decoding decoding, const DecodedRecord& decoded);
 
 /// "Decoder reported the following error: ", the text of `code`, and CR LF.
 std::string ErrorLine(bits::Code code);

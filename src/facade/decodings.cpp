@@ -82,6 +82,28 @@ constexpr bool InOrder() {
 }
 static_assert(InOrder());
 
+constexpr bool IsBuilt(std::string_view family) {
+#define QUORVANE_FAMILY(variable, name, ...) family == name ||
+#define QUORVANE_LEFT_OUT_FAMILY(...)
+    return
+#include "families/family_list.def"
+        false;
+#undef QUORVANE_FAMILY
+#undef QUORVANE_LEFT_OUT_FAMILY
+}
+
+// Made by the compiler: a table that the first call makes would need a lock, which a child process
+// might find locked.
+constexpr auto kInfos = [] {
+    std::array<DecodingInfo, kEntries.size()> made{};
+    std::transform(kEntries.begin(), kEntries.end(), made.begin(), [](const Entry& entry) {
+        DecodingInfo info = entry.info;
+        info.described = IsBuilt(entry.row.family);
+        return info;
+    });
+    return made;
+}();
+
 // Where the messages of `row` are described.
 Binding Find(const DecodingRow& row) {
     for (const families::Family* family : families::AllFamilies()) {
@@ -124,17 +146,7 @@ Binding BindingOf(Decoding decoding) {
 }  // namespace facade
 
 std::span<const DecodingInfo> Decodings() noexcept {
-    static const auto infos = [] {
-        std::array<DecodingInfo, facade::kEntries.size()> made{};
-        std::transform(facade::kEntries.begin(), facade::kEntries.end(), made.begin(),
-                       [](const facade::Entry& entry) {
-                           DecodingInfo info = entry.info;
-                           info.described = facade::Find(entry.row).set != nullptr;
-                           return info;
-                       });
-        return made;
-    }();
-    return infos;
+    return facade::kInfos;
 }
 
 std::optional<Decoding> FindDecoding(std::string_view name) noexcept {

@@ -24,8 +24,9 @@ int DecodeWide(Decoding decoding, const std::uint8_t* buffer, std::int32_t lengt
                CString& result) {
     const std::int64_t readable =
         std::int64_t{std::max(length, 0)} + static_cast<std::int64_t>(quorvane::kReadAhead);
+    quorvane::facade::CallMemory memory;
     const quorvane::facade::Answer answer =
-        quorvane::facade::DecodeMessage(decoding, {buffer, readable}, length);
+        quorvane::facade::DecodeMessage(memory, decoding, {buffer, readable}, length);
     if (!answer.diagnostics.empty()) {
         std::fwrite(answer.diagnostics.data(), 1, answer.diagnostics.size(), stderr);
     }

@@ -1,5 +1,5 @@
-// A message as JSON, written into the thread's text. Each function makes sure of the room for what
-// it writes, and leaves some for a comma or a bracket.
+// A message as JSON, written into the text that the thread keeps. Each function makes sure of the
+// room for what it writes, and leaves some for a comma or a bracket.
 
 #include "quorvane/json.h"
 
@@ -24,8 +24,7 @@ constexpr std::ptrdiff_t kMostDigits = 20;  // of 64 bits
 
 class JsonWriter {
   public:
-    JsonWriter(const Message& message, std::string& json)
-        : message_(message), json_(json), text_(facade::ThreadText()) {}
+    JsonWriter(const Message& message, std::string& json) : message_(message), json_(json) {}
 
     void Write() {
         char* at = PutLiteral(text_.Room(0), R"({"decoding":)");
@@ -233,7 +232,8 @@ class JsonWriter {
 
     const Message& message_;
     std::string& json_;
-    reflect::TextBuffer& text_;
+    facade::CallMemory memory_;
+    reflect::TextBuffer& text_ = memory_->text;
 };
 
 }  // namespace

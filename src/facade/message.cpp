@@ -483,7 +483,8 @@ void Message::AppendText(std::string& text) const {
     if (contents_ == nullptr) {
         return;
     }
-    const facade::Answer answer = facade::TextOf(contents_->decoding, contents_->decoded);
+    facade::CallMemory memory;
+    const facade::Answer answer = facade::TextOf(memory, contents_->decoding, contents_->decoded);
     if (answer.ascii) {
         text.append(answer.text);
     } else {
