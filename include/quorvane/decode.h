@@ -132,7 +132,8 @@ struct PaddedMessage {
     std::size_t capacity;        // how many octets may be read
 };
 
-/// Decodes `message`. `decoding` must be one of the enumerators.
+/// Decodes `message`. A `decoding` that is none of the enumerators finds no message and has an
+/// empty name in the text.
 [[nodiscard]] QUORVANE_API Result Decode(Decoding decoding, std::span<const std::uint8_t> message);
 [[nodiscard]] QUORVANE_API Result Decode(Decoding decoding, PaddedMessage message);
 

@@ -411,7 +411,8 @@ class QUORVANE_API Message {
     bool Decode(Decoding decoding, std::span<const std::uint8_t> octets, DecodeOptions options);
     bool Decode(Decoding decoding, PaddedMessage octets, DecodeOptions options);
 
-    /// What the last call of Decode was given; nothing before the first.
+    /// What the last call of Decode was given; nothing before the first, and if that was none of
+    /// the enumerators.
     [[nodiscard]] std::optional<Decoding> GetDecoding() const noexcept;
 
     /// Whether the last call found a message.

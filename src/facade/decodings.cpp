@@ -75,6 +75,9 @@ constexpr std::size_t IndexOf(Decoding decoding) {
     return static_cast<std::size_t>(decoding);
 }
 
+// That of a value that is no enumerator: it has no messages.
+constexpr DecodingRow kNoRow{};
+
 constexpr bool InOrder() {
     std::size_t index = 0;
     return std::all_of(kEntries.begin(), kEntries.end(),
@@ -128,11 +131,18 @@ constinit std::array<KnownBinding, kEntries.size()> knownBindings{};
 
 }  // namespace
 
+bool IsDecoding(Decoding decoding) {
+    return IndexOf(decoding) < kEntries.size();
+}
+
 const DecodingRow& RowOf(Decoding decoding) {
-    return kEntries[IndexOf(decoding)].row;
+    return IsDecoding(decoding) ? kEntries[IndexOf(decoding)].row : kNoRow;
 }
 
 Binding BindingOf(Decoding decoding) {
+    if (!IsDecoding(decoding)) {
+        return {nullptr, nullptr};
+    }
     KnownBinding& known = knownBindings[IndexOf(decoding)];
     if (const families::Family* family = known.family.load(std::memory_order_acquire)) {
         return {family, known.set.load(std::memory_order_relaxed)};

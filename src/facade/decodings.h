@@ -22,7 +22,7 @@ struct DecodingRow {
     /// one.
     std::string_view set;
     /// What the decoder is given as the message's length in bits; 0: the caller's length.
-    std::int32_t fixedBits;
+    std::int32_t fixedBits = 0;
     /// If messages may stand behind a security header: what session management messages there are
     /// decoded as.
     std::optional<Decoding> sessionManagement = std::nullopt;
@@ -33,9 +33,13 @@ struct DecodingRow {
     }
 };
 
+/// Whether it is one of the enumerators.
+bool IsDecoding(Decoding decoding);
+
+/// An empty row if it is none of the enumerators.
 const DecodingRow& RowOf(Decoding decoding);
 
-/// Where a decoding's messages are described. All are null while they are not.
+/// Where a decoding's messages are described. All are null if they are not.
 struct Binding {
     const families::Family* family;
     const iecodec::MessageSetRow* set;

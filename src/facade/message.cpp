@@ -387,7 +387,8 @@ bool Message::Decode(Decoding decoding, PaddedMessage octets, DecodeOptions opti
 }
 
 std::optional<Decoding> Message::GetDecoding() const noexcept {
-    return contents_ == nullptr ? std::nullopt : std::optional(contents_->decoding);
+    const bool known = contents_ != nullptr && facade::IsDecoding(contents_->decoding);
+    return known ? std::optional(contents_->decoding) : std::nullopt;
 }
 
 bool Message::IsFound() const noexcept {

@@ -90,7 +90,10 @@ void TEDDataBinary::MakeWritable(std::uint32_t octets) {
 
 void TEDDataBinary::SetBits(const std::uint8_t* source, std::uint32_t bits) {
     MakeWritable(OctetsOf(bits));
-    bits::BitBufferCopy(owned_, 0, source, 0, static_cast<std::int32_t>(bits));
+    // BitBufferCopy counts in fewer bits.
+    const std::uint32_t whole = bits / 8;
+    std::copy_n(source, whole, owned_);
+    bits::BitBufferCopy(owned_ + whole, 0, source + whole, 0, static_cast<std::int32_t>(bits % 8));
     bitCount_ = bits;
 }
 
@@ -177,8 +180,10 @@ void TEDDataStruct::SetMember(std::uint32_t i, TEDDataBase* node) {
     if (members_ == nullptr) {
         AllocateMembers();
     }
-    delete members_[i];
-    members_[i] = node;
+    if (members_[i] != node) {
+        delete members_[i];
+        members_[i] = node;
+    }
 }
 
 TEDDataUnion::TEDDataUnion(const TEDClassUnion* descriptor)
@@ -201,8 +206,10 @@ TEDDataUnion& TEDDataUnion::operator=(const TEDDataUnion& other) {
 }
 
 void TEDDataUnion::SetChoice(std::uint32_t i, TEDDataBase* node) {
-    delete choice_;
-    choice_ = node;
+    if (choice_ != node) {
+        delete choice_;
+        choice_ = node;
+    }
     choiceIndex_ = i;
 }
 

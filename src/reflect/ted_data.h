@@ -178,7 +178,8 @@ class TEDDataSequence : public TEDDataBase {
     [[nodiscard]] const TEDClassBase* GetClass() const override { return descriptor_; }
     void Print(TextBuffer& stream, std::uint32_t indent) const override;
 
-    /// Appends `node`, which is taken over, and returns its index. The bound is not looked at.
+    /// Appends `node`, which is taken over, and returns its index. The bound is not looked at. Null
+    /// is an item that is missing.
     std::uint32_t Append(TEDDataBase* node) { return items_.PushBack(node); }
     [[nodiscard]] std::uint32_t GetCount() const { return items_.GetCount(); }
     [[nodiscard]] TEDDataBase* GetItem(std::uint32_t i) const { return items_[i]; }
@@ -207,7 +208,8 @@ class TEDDataStruct : public TEDDataBase {
     [[nodiscard]] const TEDClassBase* GetClass() const override { return descriptor_; }
     void Print(TextBuffer& stream, std::uint32_t indent) const override;
 
-    /// Stores `node`, which is taken over, as member `i`; deletes what was there.
+    /// Stores `node`, which is taken over, as member `i`; deletes what was there, if it is another
+    /// node.
     void SetMember(std::uint32_t i, TEDDataBase* node);
     /// Member `i`, null if it is absent.
     [[nodiscard]] TEDDataBase* GetMember(std::uint32_t i) const {
@@ -251,7 +253,7 @@ class TEDDataUnion : public TEDDataBase {
     void Print(TextBuffer& stream, std::uint32_t indent) const override;
 
     /// Chooses alternative `i` with the value `node`, which is taken over; null leaves the union
-    /// without a choice. Deletes the choice before.
+    /// without a choice. Deletes the choice before, if it is another node.
     void SetChoice(std::uint32_t i, TEDDataBase* node);
     [[nodiscard]] TEDDataBase* GetChoice() const { return choice_; }
     [[nodiscard]] std::uint32_t GetChoiceIndex() const { return choiceIndex_; }

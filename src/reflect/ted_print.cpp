@@ -63,6 +63,10 @@ char* PutNode(TextBuffer& stream, char* at, const TEDDataBase& node, std::uint32
     return stream.Room(0);
 }
 
+char* PutIfThere(TextBuffer& stream, char* at, const TEDDataBase* node, std::uint32_t indent) {
+    return node == nullptr ? PutLiteral(at, "MISSING") : PutNode(stream, at, *node, indent);
+}
+
 }  // namespace
 
 void PrintLocation(const TEDDataBase& node, TextBuffer& stream) {
@@ -89,12 +93,7 @@ void TEDDataStruct::Print(TextBuffer& stream, std::uint32_t indent) const {
         const std::string_view label = descriptor_->GetElement(index)->GetLabel();
         char* at = PutIndent(stream.Room(2 * inner + label.size()), inner);
         at = PutPadded(at, label);
-        const TEDDataBase* member = GetMember(index);
-        if (member == nullptr) {
-            at = PutLiteral(at, "MISSING");
-        } else {
-            at = PutNode(stream, at, *member, indent + 1);
-        }
+        at = PutIfThere(stream, at, GetMember(index), indent + 1);
         stream.Advance(PutLiteral(at, "\n"));
     }
     char* at = PutIndent(stream.Room(2 * std::size_t{indent}), indent);
@@ -106,7 +105,7 @@ void TEDDataSequence::Print(TextBuffer& stream, std::uint32_t indent) const {
     const std::size_t inner = std::size_t{indent} + 1;
     for (std::uint32_t index = 0; index < GetCount(); ++index) {
         char* at = PutIndent(stream.Room(2 * inner), inner);
-        at = PutNode(stream, at, *GetItem(index), indent + 2);
+        at = PutIfThere(stream, at, GetItem(index), indent + 2);
         if (index + 1 < GetCount()) {
             *at++ = ',';
         }

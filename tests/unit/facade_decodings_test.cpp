@@ -4,6 +4,8 @@
 #include <string>
 
 #include "facade/decodings.h"
+#include "quorvane/json.h"
+#include "quorvane/message.h"
 #include "support/entry_points.h"
 
 namespace quorvane {
@@ -111,6 +113,30 @@ TEST(Decodings, AreBoundToTheSetsOfTheirNames) {
         if (binding.set != nullptr) {
             EXPECT_EQ(binding.set->name, facade::RowOf(info.decoding).set);
         }
+    }
+}
+
+// Out of range by one, and by all.
+TEST(Decodings, WhatIsNoneFindsNoMessage) {
+    const std::uint8_t octets[] = {0x0F, 0x87};
+    for (const int number : {17, 255}) {
+        const auto none = static_cast<Decoding>(number);
+        const Result result = Decode(none, octets);
+        EXPECT_FALSE(result.found);
+        EXPECT_EQ(result.text, "Failed to decode \"\" message");
+        EXPECT_EQ(result.diagnostics, "");
+
+        Message message;
+        for (const bool tolerant : {false, true}) {
+            EXPECT_FALSE(message.Decode(none, octets, {.tolerant = tolerant}));
+            EXPECT_EQ(message.GetDecoding(), std::nullopt);
+            std::string json;
+            AppendJson(message, json);
+            EXPECT_EQ(json, R"({"decoding":null,"type":null,"code":-2})");
+        }
+        EXPECT_TRUE(message.New(none, "ACTIVATE_TEST_MODE"));
+        EXPECT_EQ(MessageTypes::Count(none), 0U);
+        EXPECT_FALSE(MessageTypes::At(none, 0));
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <memory>
+#include <vector>
 
 #include "reflect/ted_class.h"
 #include "reflect/ted_data.h"
@@ -112,6 +113,19 @@ TEST_F(DataTest, SetBitsTakesMoreThanTheDescriptorAllows) {
     EXPECT_EQ(node.GetBitCount(), 32U);
     EXPECT_GE(node.GetByteCapacity(), 4U);
     EXPECT_TRUE(std::equal(source.begin(), source.end(), node.GetData()));
+}
+
+// The first count that is negative as a number of 32 bits with sign.
+TEST_F(DataTest, SetBitsTakesMoreThanHalfOfAllCounts) {
+    constexpr std::uint32_t kBits = 0x80000004;
+    std::vector<std::uint8_t> octets(kBits / 8 + 1);
+    octets.front() = 0x12;
+    octets.back() = 0xFF;
+    const TEDClassBinary type("b", 8, false);
+    const TEDDataBinary node(&type, octets.data(), kBits);
+    EXPECT_EQ(node.GetBitCount(), kBits);
+    EXPECT_EQ(node.GetData()[0], 0x12);
+    EXPECT_EQ(node.GetData()[kBits / 8], 0xF0);
 }
 
 TEST_F(DataTest, ClearBitsStartsAfresh) {
@@ -233,6 +247,25 @@ TEST_F(DataTest, SetChoiceDeletesTheDefault) {
     node.SetChoice(1, nullptr);
     EXPECT_EQ(CountedNode::alive, 0);
     EXPECT_EQ(node.GetChoice(), nullptr);
+}
+
+TEST_F(DataTest, AMemberSetToItselfStays) {
+    TEDClassStruct type("s");
+    type.AddMember("a", toCounted_, false);
+    TEDDataStruct node(&type);
+    node.SetMember(0, node.GetMember(0));
+    EXPECT_EQ(CountedNode::alive, 1);
+    EXPECT_TRUE(node.HasMember(0));
+}
+
+TEST_F(DataTest, AChoiceSetToItselfStays) {
+    TEDClassUnion type("u");
+    type.AddAlternative("a", toCounted_);
+    type.AddAlternative("b", toCounted_);
+    TEDDataUnion node(&type);
+    node.SetChoice(1, node.GetChoice());
+    EXPECT_EQ(CountedNode::alive, 1);
+    EXPECT_EQ(node.GetChoiceIndex(), 1U);
 }
 
 TEST_F(DataTest, CopiesOfNumbersHaveNoDescriptor) {

@@ -239,6 +239,15 @@ TEST_F(PrintTest, SequencesOfStructs) {
               "]");
 }
 
+TEST_F(PrintTest, AnItemThatIsNotThereIsMissing) {
+    const TEDClassSequence type("list", toNumber_, 20, false);
+    TEDDataSequence node(&type);
+    node.Append(nullptr);
+    node.Append(Number(1));
+    node.Append(nullptr);
+    EXPECT_EQ(Printed(node), "[\n  MISSING,\n  1,\n  MISSING\n]");
+}
+
 TEST_F(PrintTest, SequencesOfSequences) {
     const TEDClassReference inner(new TEDClassSequence("i", toNumber_, 20, false), true);
     const TEDClassSequence type("q", inner, 20, false);
