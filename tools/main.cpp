@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -14,6 +16,16 @@ namespace quorvane::tool {
 namespace {
 
 const std::string kCannotWrite = "cannot write to standard output: ";
+
+/// What is wrong with `text` as a number without sign, or nothing: where it is read, a negative or
+/// larger number wraps around.
+std::string CountProblem(const std::string& text) {
+    std::uint64_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [parsedEnd, status] = std::from_chars(text.data(), end, number);
+    const bool good = status == std::errc() && parsedEnd == end;
+    return good ? "" : "'" + text + "' is not a number from 0 to 18446744073709551615";
+}
 
 int Run(int argc, char** argv) {
     CLI::App app("Decodes cellular signalling messages into text.", "quorvane");
@@ -108,12 +120,10 @@ int Run(int argc, char** argv) {
         "generate", "Print lines for \"batch\" of valid messages, drawn at random");
     generator->add_option("FUNCTION", generate.function, "A name that \"quorvane list\" shows")
         ->required();
-    // In floating point, where a negative or larger number does not wrap around.
-    constexpr double kMostMessages = 1e15;
-    generator->add_option("COUNT", generate.count, "How many messages")
-        ->required()
-        ->check(CLI::Range(0.0, kMostMessages));
-    generator->add_option("--seed", generate.seed, "The same seed gives the same messages");
+    const CLI::Validator isCount(CountProblem, "");
+    generator->add_option("COUNT", generate.count, "How many messages")->required()->check(isCount);
+    generator->add_option("--seed", generate.seed, "The same seed gives the same messages")
+        ->check(isCount);
     generator->add_option("--message", generate.message, "Of this type alone");
 
     try {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <utility>
 
 #include "tools/hex.h"
 
@@ -17,6 +18,21 @@ std::string_view CutWord(std::string_view& text) {
     const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
     text.remove_prefix(word.size());
     return word;
+}
+
+/// Whether `length` may be octets that no LENGTH goes ahead of: the groups of digits behind it are
+/// as long as it is, but for the last one.
+bool ReadsAsHex(std::string_view length, std::string_view hex) {
+    if (length.size() % 2 != 0 || length.front() == '-') {
+        return false;
+    }
+    while (!hex.empty()) {
+        const std::size_t size = CutWord(hex).size();
+        if (hex.empty() ? size > length.size() : size != length.size()) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace
@@ -44,7 +60,15 @@ std::string ParseMessageLine(std::string_view line, MessageLine& message,
         return kForm;
     }
     const std::string problem = ParseHex(message.hex, octets);
-    return problem.empty() ? problem : "HEX, " + problem;
+    if (!problem.empty()) {
+        return "HEX, " + problem;
+    }
+    const bool isCount = length.front() != '0' && std::cmp_equal(message.length, octets.size());
+    if (!isCount && ReadsAsHex(length, message.hex)) {
+        return "LENGTH, '" + std::string(length) +
+               "' reads as the first octets of HEX; the length in octets goes ahead of them";
+    }
+    return {};
 }
 
 }  // namespace quorvane::tool

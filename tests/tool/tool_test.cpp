@@ -92,7 +92,8 @@ TEST_F(ToolTest, WrongArgumentsExitWith2) {
     for (const char* arguments :
          {"", "nonsense", "decode", "decode EPS_SMUplink", "catalogue", "catalogue eps --nonsense",
           "catalogue eps --census --elements", "batch a b", "list more", "generate EPC_UE2SS -1",
-          "generate EPC_UE2SS 18446744073709551616"}) {
+          "generate EPC_UE2SS 18446744073709551616", "generate EPC_UE2SS 1 --seed -1",
+          "generate EPC_UE2SS 1 --seed 18446744073709551616"}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 2) << arguments;
         EXPECT_NE(outcome.errors, "") << arguments;
@@ -192,6 +193,32 @@ TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
         EXPECT_STREQ(lines[index]["error"].GetString(), errors[index]);
     }
     EXPECT_EQ(lines[6]["ret"].GetInt(), 1);
+}
+
+// The first octet of the message would be taken for it otherwise.
+TEST_F(ToolTest, BatchRefusesLinesWhoseLengthIsMissing) {
+    const char* const forgotten[] = {
+        "07 41",    "10 41 00", "10 41 00 00 00 00 00 00 00 00 00 00", "0741", "1741 0000 00", "00",
+        "02 01 D0", "0F87"};
+    const char* const given[] = {"2 0F87",
+                                 "10 0F87",
+                                 "2 0F 87 00",
+                                 "02 0F87 00 00",
+                                 "12 00 00 00 00 00 00 00 00 00 00 00 00",
+                                 "0"};
+    for (const char* const line : forgotten) {
+        const Outcome outcome = Run("batch", std::string("EPC_UE2SS ") + line + "\n");
+        EXPECT_EQ(outcome.status, 1) << line;
+        EXPECT_TRUE(JsonLines(outcome.output)[0].HasMember("error")) << line;
+    }
+    for (const char* const line : given) {
+        EXPECT_EQ(Run("batch", std::string("EPC_UE2SS ") + line + "\n").status, 0) << line;
+    }
+    const Outcome outcome = Run("batch", "EPC_UE2SS 07 41\n");
+    EXPECT_STREQ(
+        JsonLines(outcome.output)[0]["error"].GetString(),
+        "LENGTH, '07' reads as the first octets of HEX; the length in octets goes ahead of "
+        "them");
 }
 
 TEST_F(ToolTest, BatchTakesMessagesOfNoOctets) {
