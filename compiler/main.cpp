@@ -6,49 +6,35 @@
 
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "compiler/describe.h"
-
-namespace {
-
-bool ReadFile(const std::string& name, std::string& text) {
-    std::ifstream in(name, std::ios::binary);
-    std::ostringstream content;
-    content << in.rdbuf();
-    text = content.str();
-    return in.good() || (in.eof() && !in.bad());
-}
-
-}  // namespace
+#include "compiler/description_files.h"
 
 int main(int argc, char** argv) {
-    using quorvane::compiler::Source;
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (arguments.size() < 2) {
         std::cerr << "usage: quorvane_describe OUTPUT DESCRIPTION...\n";
         return 2;
     }
-    std::vector<Source> sources;
-    for (std::size_t index = 1; index < arguments.size(); ++index) {
-        Source source{arguments[index], ""};
-        if (!ReadFile(source.name, source.text)) {
-            std::cerr << "quorvane_describe: cannot read " << source.name << "\n";
-            return 2;
-        }
-        sources.push_back(source);
+    const std::string& output = arguments.front();
+    std::vector<quorvane::compiler::Source> sources;
+    const std::string problem = quorvane::compiler::ReadDescriptions(
+        output, {arguments.begin() + 1, arguments.end()}, sources);
+    if (!problem.empty()) {
+        std::cerr << "quorvane_describe: " << problem << "\n";
+        return 2;
     }
     const quorvane::compiler::Description result = quorvane::compiler::Describe(sources);
     std::cerr << result.errors;
     if (!result.errors.empty()) {
         return 1;
     }
-    std::ofstream out(arguments[0], std::ios::binary);
+    std::ofstream out(output, std::ios::binary);
     out << result.code;
     if (!out.flush()) {
-        std::cerr << "quorvane_describe: cannot write " << arguments[0] << "\n";
+        std::cerr << "quorvane_describe: cannot write " << output << "\n";
         return 2;
     }
     return 0;

@@ -30,11 +30,23 @@ std::string Reporter::Text() const {
         ordered.emplace(entry.span.file, entry.span.begin, entry.message);
     }
     std::string result;
+    std::size_t searched = 0;  // the file's line ends ahead of this are counted
+    std::size_t line = 1;
+    std::size_t lineStart = 0;
+    std::uint32_t lastFile = 0;
     for (const auto& [file, begin, message] : ordered) {
         const auto& [name, text] = files_[file];
-        const std::string_view before = std::string_view(text).substr(0, begin);
-        const auto line = 1 + std::count(before.begin(), before.end(), '\n');
-        const std::size_t lineStart = before.rfind('\n') + 1;  // 0 in the first line
+        if (file != lastFile) {
+            lastFile = file;
+            searched = lineStart = 0;
+            line = 1;
+        }
+        for (; searched < std::min<std::size_t>(begin, text.size()); ++searched) {
+            if (text[searched] == '\n') {
+                ++line;
+                lineStart = searched + 1;
+            }
+        }
         result += name + ":" + std::to_string(line) + ":" + std::to_string(begin - lineStart + 1) +
                   ": error: ";
         result.append(message).append("\n");

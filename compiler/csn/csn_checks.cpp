@@ -1,6 +1,7 @@
 // Static checks of resolved CSN.1.
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <set>
 #include <utility>
@@ -13,6 +14,9 @@ namespace {
 
 using NodeKind = CsnNode::Kind;
 using RepetitionForm = CsnNode::Repetition::Form;
+
+/// How many times rules may be entered at one place of a message at most.
+constexpr std::uint64_t kMostCalls = 1U << 16;
 
 /// Whether an iteration over `node` may be followed by any number of others.
 bool IsOpen(const CsnNode& node) {
@@ -35,6 +39,7 @@ class Checker {
         }
         CheckLeftRecursion();
         DropBroken(reporter_, syntax_);  // the walks below would not end
+        CheckCalls();
         for (const CsnSection& section : syntax_.sections) {
             if (section.structure && !section.runs) {
                 CheckIntersections(*EntryRule(section).body, false);
@@ -178,6 +183,58 @@ class Checker {
         }
     }
 
+    // ---- Calls without a bit ---------------------------------------------------------------
+
+    /// How often `node` is run at most where it stands.
+    static std::uint64_t MostTimes(const CsnNode& node) {
+        if (node.kind != NodeKind::kRepeat || IsOpen(node) || !MayBeEmpty(*node.children.front())) {
+            return 1;
+        }
+        const CsnNode::Repetition& repetition = node.repetition;
+        return repetition.form == RepetitionForm::kRange ? node.high
+               : repetition.count.form == CsnCount::Form::kNumber
+                   ? static_cast<std::uint64_t>(repetition.count.number)
+                   : 1;
+    }
+
+    /// How many times a run of `node` may enter rules before it reads a bit, kMostCalls + 1 for all
+    /// that is more.
+    std::uint64_t CallsOf(const CsnNode& node) {
+        if (node.kind == NodeKind::kReference) {
+            return std::min(kMostCalls, CallsOf(*node.rule)) + 1;
+        }
+        const bool isRow = node.kind == NodeKind::kConcat || node.kind == NodeKind::kTruncate;
+        std::uint64_t calls = 0;
+        for (const CsnNode* child : node.children) {
+            calls = std::min(kMostCalls + 1, calls + MostTimes(node) * CallsOf(*child));
+            if (isRow && !MayBeEmpty(*child)) {
+                break;
+            }
+        }
+        return calls;
+    }
+
+    std::uint64_t CallsOf(const CsnRule& rule) {
+        const auto known = calls_.find(&rule);
+        return known != calls_.end() ? known->second : calls_[&rule] = CallsOf(*rule.body);
+    }
+
+    /// Tells of the rules that are the first to have too many.
+    void CheckCalls() {
+        for (const CsnRule& rule : syntax_.rules) {
+            const auto& first = edges_[&rule];
+            reporter_.ErrorIf(
+                CallsOf(rule) > kMostCalls && std::all_of(first.begin(), first.end(),
+                                                          [&](const CsnRule* callee) {
+                                                              return CallsOf(*callee) <= kMostCalls;
+                                                          }),
+                rule.name.span,
+                "a run of the rule '< " + rule.name.text + " >' may enter rules more than " +
+                    std::to_string(kMostCalls) +
+                    " times before it reads a bit; let it read bits in between");
+        }
+    }
+
     // ---- Variables are set before they are used ---------------------------------------------
 
     void CheckVariables(const CsnRule& entry, CsnNode::Direction direction) {
@@ -316,6 +373,7 @@ class Checker {
     std::set<const CsnRule*> under_;
     std::set<const CsnNode*> intersections_;            // reported
     std::set<std::pair<const CsnRule*, bool>> walked_;  // for them
+    std::map<const CsnRule*, std::uint64_t> calls_;     // CallsOf
 };
 
 }  // namespace

@@ -48,6 +48,7 @@ class Resolver {
             rule_ = &rule;
             BindVariables(*rule.body);
         }
+        RefuseDeepRules(reporter_, syntax_);
         DropBroken(reporter_, syntax_);  // what follows takes names for bound
         FindUnused();
         for (CsnRule& rule : syntax_.rules) {

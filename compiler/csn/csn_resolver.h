@@ -16,8 +16,13 @@ namespace quorvane::compiler {
 /// structures in common files those with the names `wanted` stay.
 void ResolveCsn(Reporter& reporter, CsnSyntax& syntax, const std::set<std::string>& wanted = {});
 
+/// Refuses rules that are nested too deeply with those that they refer to: the passes behind go
+/// down by recursion.
+void RefuseDeepRules(Reporter& reporter, CsnSyntax& syntax);
+
 /// Refuses resolved descriptions that could not run: repetitions that never end, rules that call
-/// themselves without reading on, counts that are not known where they are used.
+/// themselves, or others for ever, without reading on, counts that are not known where they are
+/// used.
 void CheckCsn(Reporter& reporter, CsnSyntax& syntax);
 
 /// The rule of a structure.

@@ -125,6 +125,49 @@ TEST(CsnErrors, ARoundOfLeftRecursiveRulesIsToldOnce) {
               "must be set before\n");
 }
 
+/// A structure whose rule refers to r1, that one to r2 and so on, `times` times each.
+std::string Chain(int rules, int times, const std::string& last) {
+    std::string text = "structure T \"clause\" ;\n";
+    for (int rule = 1; rule < rules; ++rule) {
+        text += "< r" + std::to_string(rule) + " > ::=";
+        for (int time = 0; time < times; ++time) {
+            text += " < r" + std::to_string(rule + 1) + " >";
+        }
+        text += " ;\n";
+    }
+    return text + "< r" + std::to_string(rules) + " > ::= " + last + " ;\n";
+}
+
+TEST(CsnErrors, LongChainsOfRulesAreToldOnce) {
+    EXPECT_EQ(ErrorsOf("a.csn1", Chain(2000, 1, "0")), "");
+    for (const int rules : {2001, 15000}) {
+        EXPECT_EQ(ErrorsOf("a.csn1", Chain(rules, 1, "0")),
+                  "a.csn1:" + std::to_string(rules - 1999) + ":1: error: the rule '< r" +
+                      std::to_string(rules - 2000) +
+                      " >' is nested more than 2000 groups and rules deep, with the rules that it "
+                      "refers to; write several of them as one\n");
+    }
+    // In a circle, too.
+    EXPECT_NE(ErrorsOf("a.csn1", Chain(15000, 1, "0 < r1 >")), "");
+}
+
+// Of n rules the first enters the others 2 + 4 + ... + 2^(n-1) = 2^n - 2 times.
+TEST(CsnErrors, CallsWithoutABitAreCounted) {
+    EXPECT_EQ(ErrorsOf("a.csn1", Chain(16, 2, "null")), "");
+    EXPECT_EQ(ErrorsOf("a.csn1", Chain(40, 2, "null")),
+              "a.csn1:25:1: error: a run of the rule '< r24 >' may enter rules more than 65536 "
+              "times before it reads a bit; let it read bits in between\n");
+    EXPECT_EQ(ErrorsOf("a.csn1", Chain(40, 2, "0")), "");
+    const std::string repeated = Chain(3, 1, "null") +
+                                 "structure U \"clause\" ;\n"
+                                 "< u > ::= < v > * 255 ;\n"
+                                 "< v > ::= < w > * ";
+    EXPECT_EQ(ErrorsOf("a.csn1", repeated + "256 ;\n< w > ::= null ;\n"), "");
+    EXPECT_EQ(ErrorsOf("a.csn1", repeated + "257 ;\n< w > ::= null ;\n"),
+              "a.csn1:6:1: error: a run of the rule '< u >' may enter rules more than 65536 times "
+              "before it reads a bit; let it read bits in between\n");
+}
+
 TEST(CsnErrors, NumbersAreDecimal) {
     const std::string head = "structure T \"clause\" ;\n< t > ::= ";
     EXPECT_EQ(ErrorsOf("a.csn1", head + "{ 1 < x : bit > } * 0x10 ;\n"),

@@ -1,5 +1,7 @@
 // Each kind of mistake in a description file, with the message that tells it.
 
+#include <algorithm>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
@@ -298,6 +300,25 @@ TEST(Describe, TellsAByteOrderMarkOnce) {
         EXPECT_EQ(Describe({{"a.qd", mark + qd}}).errors, "a.qd" + message);
         EXPECT_EQ(Describe({{"a.qd", qd}, {"b.csn1", mark + csn}}).errors, "b.csn1" + message);
     }
+}
+
+// Within a time that rises with their number: a hundred times of what they take.
+TEST(Describe, TellsManyErrors) {
+    constexpr std::size_t kErrors = 300000;
+    std::string lines;
+    for (std::size_t count = 0; count < kErrors; ++count) {
+        lines += "@\n";
+    }
+    const std::clock_t start = std::clock();
+    const std::string inLines = Describe({{"a.qd", "family f\n" + lines}}).errors;
+    const std::string inOneLine =
+        Describe({{"a.qd", "family f\n" + std::string(kErrors, '@')}}).errors;
+    EXPECT_LT(std::clock() - start, 30 * CLOCKS_PER_SEC);
+    EXPECT_TRUE(
+        inLines.ends_with("\na.qd:300001:1: error: the character '@' has no meaning here\n"));
+    EXPECT_TRUE(
+        inOneLine.ends_with("\na.qd:2:300000: error: the character '@' has no meaning here\n"));
+    EXPECT_EQ(std::count(inLines.begin(), inLines.end(), '\n'), kErrors);
 }
 
 TEST(Describe, WantsAFamilyAndKnownFiles) {
