@@ -36,8 +36,9 @@ class QUORVANE_API CString {
     ///
     /// As in printf, with these conversions: %d %i %u %x %X %o and %c take numbers, with the sizes
     /// h, l and ll; %f %e %g (and upper case) a double; %p a pointer; %s a wide string, %S a narrow
-    /// one, and %ls and %hs say so explicitly; %% is a per cent sign. Width and precision
-    /// are numbers or *. What is no conversion stands for itself.
+    /// one, and %ls and %hs say so explicitly; %% is a per cent sign. Width and precision are
+    /// numbers or *; padding ends at 2^20 characters, and a string is read no farther
+    /// than its precision. What is no conversion stands for itself.
     void Format(const wchar_t* format, ...);
     /// The same, behind the contents.
     void AppendFormat(const wchar_t* format, ...);

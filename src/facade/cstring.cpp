@@ -3,7 +3,11 @@
 #if defined(QUORVANE_OWN_CSTRING)
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <string_view>
 #include <utility>
@@ -19,8 +23,19 @@ std::wstring Widened(std::string_view octets) {
     return wide;
 }
 
+/// The characters of `text`, of which only the first `most` may be readable; -1: up to its null.
+template <typename Character>
+std::basic_string_view<Character> Bounded(const Character* text, int most) {
+    std::size_t length = 0;
+    while ((most < 0 || length < static_cast<std::size_t>(most)) && text[length] != Character()) {
+        ++length;
+    }
+    return {text, length};
+}
+
 // Formats one conversion after the other. The platform's own wide printf is of no use here: what
 // it makes of %s differs between systems, and of characters outside ASCII between locales.
+// std::format has another syntax and takes no va_list.
 class WideFormatter {
   public:
     WideFormatter(const wchar_t* format, va_list arguments) : next_(format) {
@@ -50,18 +65,23 @@ class WideFormatter {
         int width = 0;
         int precision = -1;  // none
         Size size = Size::kDefault;
+
+        [[nodiscard]] bool Has(char flag) const { return flags.find(flag) != std::string::npos; }
     };
+
+    // More is a mistake in the format.
+    static constexpr int kMostPadding = 1 << 20;
 
     void Convert(const wchar_t* start) {
         Directive directive;
         for (; *next_ != L'\0' && std::wcschr(L"-+ #0", *next_) != nullptr; ++next_) {
             directive.flags += static_cast<char>(*next_);
         }
-        directive.width = ReadNumber();
-        if (directive.width < 0) {
+        const int width = std::clamp(ReadNumber(), -kMostPadding, kMostPadding);
+        if (width < 0) {
             directive.flags += '-';
-            directive.width = -directive.width;
         }
+        directive.width = std::abs(width);
         if (*next_ == L'.') {
             ++next_;
             directive.precision = ReadNumber();
@@ -76,8 +96,11 @@ class WideFormatter {
         };
         if (conversion == L'%') {
             output_ += L'%';
-        } else if (isOneOf(L"diuxXo")) {
-            AppendInteger(directive, static_cast<char>(conversion));
+        } else if (isOneOf(L"di")) {
+            AppendInteger<int, long, long long>(directive, static_cast<char>(conversion));
+        } else if (isOneOf(L"uxXo")) {
+            AppendInteger<unsigned, unsigned long, unsigned long long>(
+                directive, static_cast<char>(conversion));
         } else if (isOneOf(L"eEfFgG")) {
             AppendNumber(directive, static_cast<char>(conversion), va_arg(arguments_, double));
         } else if (conversion == L'p') {
@@ -100,12 +123,11 @@ class WideFormatter {
             ++next_;
             return va_arg(arguments_, int);
         }
-        constexpr int kMost = 1 << 20;  // more is a mistake in the format
-        int number = 0;
+        std::int64_t number = 0;
         for (; *next_ >= L'0' && *next_ <= L'9'; ++next_) {
-            number = std::min(kMost, number * 10 + static_cast<int>(*next_ - L'0'));
+            number = std::min<std::int64_t>(INT_MAX, number * 10 + (*next_ - L'0'));
         }
-        return number;
+        return static_cast<int>(number);
     }
 
     Size ReadSize() {
@@ -121,29 +143,42 @@ class WideFormatter {
         }
     }
 
+    template <typename Int, typename Long, typename LongLong>
     void AppendInteger(const Directive& directive, char conversion) {
         switch (directive.size) {
             case Size::kLong:
-                return AppendNumber(directive, conversion, va_arg(arguments_, long), "l");
+                return AppendNumber(directive, conversion, va_arg(arguments_, Long), "l");
             case Size::kLongLong:
-                return AppendNumber(directive, conversion, va_arg(arguments_, long long), "ll");
+                return AppendNumber(directive, conversion, va_arg(arguments_, LongLong), "ll");
             case Size::kShort:
-                return AppendNumber(directive, conversion, va_arg(arguments_, int), "h");
+                return AppendNumber(directive, conversion, va_arg(arguments_, Int), "h");
             case Size::kDefault:
-                return AppendNumber(directive, conversion, va_arg(arguments_, int));
+                return AppendNumber(directive, conversion, va_arg(arguments_, Int));
         }
+    }
+
+    /// The flags that printf defines for the conversion.
+    static std::string_view FlagsOf(char conversion) {
+        return conversion == 'p'                           ? "-"
+               : std::strchr("diu", conversion) != nullptr ? "-+ 0"
+                                                           : "-+ #0";
     }
 
     // Numbers are ASCII in every system's narrow printf.
     template <typename Number>
     void AppendNumber(const Directive& directive, char conversion, Number number,
                       const char* size = "") {
-        std::string narrow = "%" + directive.flags;
+        std::string narrow = "%";
+        for (const char flag : FlagsOf(conversion)) {
+            if (directive.Has(flag)) {
+                narrow += flag;
+            }
+        }
         if (directive.width > 0) {
             narrow += std::to_string(directive.width);
         }
-        if (directive.precision >= 0) {
-            narrow += "." + std::to_string(directive.precision);
+        if (directive.precision >= 0 && conversion != 'p') {
+            narrow += "." + std::to_string(std::min(directive.precision, kMostPadding));
         }
         narrow += size;
         narrow += conversion;
@@ -159,20 +194,19 @@ class WideFormatter {
     void AppendString(const Directive& directive, bool narrow) {
         if (narrow) {
             const char* text = va_arg(arguments_, const char*);
-            AppendPadded(directive, Widened(text == nullptr ? "(null)" : text));
+            AppendPadded(directive,
+                         Widened(Bounded(text == nullptr ? "(null)" : text, directive.precision)));
         } else {
             const wchar_t* text = va_arg(arguments_, const wchar_t*);
-            AppendPadded(directive, text == nullptr ? L"(null)" : text);
+            AppendPadded(directive,
+                         Bounded(text == nullptr ? L"(null)" : text, directive.precision));
         }
     }
 
     void AppendPadded(const Directive& directive, std::wstring_view text) {
-        if (directive.precision >= 0) {
-            text = text.substr(0, static_cast<std::size_t>(directive.precision));
-        }
         const auto width = static_cast<std::size_t>(directive.width);
         const std::size_t padding = width > text.size() ? width - text.size() : 0;
-        const bool left = directive.flags.find('-') != std::string::npos;
+        const bool left = directive.Has('-');
         output_.append(left ? 0 : padding, L' ');
         output_ += text;
         output_.append(left ? padding : 0, L' ');

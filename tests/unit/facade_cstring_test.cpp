@@ -1,6 +1,7 @@
 #include <climits>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 #include "quorvane/cstring.h"
 
@@ -125,6 +126,53 @@ TEST(WideFormat, WhatIsNoConversionStandsForItself) {
     EXPECT_EQ(Formatted(L"100%%"), L"100%");
     EXPECT_EQ(Formatted(L"50%"), L"50%");
     EXPECT_EQ(Formatted(L"%-5y%d", 1), L"%-5y1");
+}
+
+TEST(WideFormat, EachConversionAtItsEnds) {
+    EXPECT_EQ(Formatted(L"%d|%i", INT_MAX, INT_MIN), L"2147483647|-2147483648");
+    EXPECT_EQ(Formatted(L"%u|%x|%X|%o", UINT_MAX, UINT_MAX, UINT_MAX, UINT_MAX),
+              L"4294967295|ffffffff|FFFFFFFF|37777777777");
+    EXPECT_EQ(Formatted(L"%llu|%llx|%lu", ULLONG_MAX, ULLONG_MAX, 4000000000UL),
+              L"18446744073709551615|ffffffffffffffff|4000000000");
+    EXPECT_EQ(Formatted(L"%hu|%hx", 0x1FFFFU, 0x1FFFFU), L"65535|ffff");
+    EXPECT_EQ(Formatted(L"%e|%E|%g|%G", 1e300, 1e300, 1e300, 1e300),
+              L"1.000000e+300|1.000000E+300|1e+300|1E+300");
+    EXPECT_EQ(Formatted(L"%f|%F", -0.0, 0.5), L"-0.000000|0.500000");
+    EXPECT_EQ(Formatted(L"%.0f", 1e22), L"10000000000000000000000");
+    EXPECT_EQ(Formatted(L"%C|%-3c|%3c|", L'a', L'b', L'c'), L"a|b  |  c|");
+    EXPECT_EQ(Formatted(L"%hS|%lS", "narrow", L"wide"), L"narrow|wide");
+}
+
+TEST(WideFormat, FlagsThatAConversionDoesNotHaveAreLeftOut) {
+    int object = 0;
+    const std::wstring pointer = Formatted(L"%p", &object);
+    EXPECT_EQ(Formatted(L"%+#0.30p", &object), pointer);
+    EXPECT_EQ(Formatted(L"%-40p|", &object),
+              pointer + std::wstring(40 - pointer.size(), L' ') + L"|");
+    EXPECT_EQ(Formatted(L"%#d|%#u", 7, 7U), L"7|7");
+}
+
+// What is given for * may be anything.
+TEST(WideFormat, WidthsAndPrecisionsOfAnySize) {
+    constexpr std::size_t kMost = 1U << 20;
+    const std::wstring padding(kMost - 1, L' ');
+    EXPECT_EQ(Formatted(L"%*d", INT_MIN, 5), L"5" + padding);
+    EXPECT_EQ(Formatted(L"%*d", INT_MAX, 5), padding + L"5");
+    EXPECT_EQ(Formatted(L"%*s", INT_MIN, L"x"), L"x" + padding);
+    EXPECT_EQ(Formatted(L"%99999999999999999999s", L"x"), padding + L"x");
+    EXPECT_EQ(Formatted(L"%.*d", INT_MAX, 5), std::wstring(kMost - 1, L'0') + L"5");
+    EXPECT_EQ(Formatted(L"%.*d|%.*s", INT_MIN, 5, -1, L"xy"), L"5|xy");
+    const std::wstring longText(kMost + 1, L'x');
+    EXPECT_EQ(Formatted(L"%.*s", INT_MAX, longText.c_str()), longText);
+    EXPECT_EQ(Formatted(L"%.99999999999999999999s", longText.c_str()), longText);
+}
+
+TEST(WideFormat, StringsAreReadNoFartherThanTheirPrecision) {
+    const std::vector<wchar_t> wide = {L'a', L'b'};
+    const std::vector<char> narrow = {'c', 'd'};
+    EXPECT_EQ(Formatted(L"%.2s|%.*S", wide.data(), 2, narrow.data()), L"ab|cd");
+    EXPECT_EQ(Formatted(L"[%.0s]", wide.data()), L"[]");
+    EXPECT_EQ(Formatted(L"%.3s", static_cast<const wchar_t*>(nullptr)), L"(nu");
 }
 
 TEST(WideFormat, LongTexts) {
