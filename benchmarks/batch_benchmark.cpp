@@ -1,61 +1,49 @@
-// Messages a second of the tool's batch command, processes, files and all.
+// Processor time per message of the tool's batch command, with all that a process does.
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <unistd.h>
+#include <sys/resource.h>
 
+#include "measure.h"
 #include "message_set.h"
-#include "quorvane/decode.h"
-#include "tools/hex.h"
 
 namespace quorvane::benchmarks {
 namespace {
 
-constexpr std::size_t kLines = 200000;
-
-class BatchFile {
-  public:
-    BatchFile()
-        : path_(std::filesystem::temp_directory_path() /
-                ("quorvane_batch_" + std::to_string(getpid()))) {
-        std::ofstream out(path_, std::ios::binary);
-        const MessageSet* all = nullptr;
-        for (const MessageSet& set : MessageSets()) {
-            all = set.name == "all" ? &set : all;
-        }
-        for (std::size_t line = 0; all != nullptr && line < kLines; ++line) {
-            const test::GoldenFile& message = all->messages[line % all->messages.size()];
-            out << Decodings()[static_cast<std::size_t>(message.decoding)].name << ' '
-                << message.length << ' ' << tool::ToHex(message.octets, "") << '\n';
-        }
-    }
-    BatchFile(const BatchFile&) = delete;
-    BatchFile& operator=(const BatchFile&) = delete;
-    ~BatchFile() { std::filesystem::remove(path_); }
-
-    [[nodiscard]] const std::filesystem::path& Path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
-
-void Batch(benchmark::State& state) {
-    const BatchFile file;
-    const std::string command =
-        std::string(QUORVANE_TOOL_PATH) + " batch " + file.Path().string() + " >/dev/null";
-    for ([[maybe_unused]] auto iteration : state) {
-        if (std::system(command.c_str()) != 0) {
-            state.SkipWithError("the tool failed");
-            break;
-        }
-    }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kLines));
+/// What the processes that have ended took, in seconds.
+double ProcessorSecondsOfChildren() {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-BENCHMARK(Batch)->Name("batch")->UseRealTime()->Unit(benchmark::kMillisecond);
+void Batch(benchmark::State& state, const MessageSet& set) {
+    constexpr std::size_t kLines = 100000;
+    const LinesFile file(set, kLines);
+    const std::string command =
+        std::string(QUORVANE_TOOL_PATH) + " batch " + file.Path() + " >/dev/null";
+    Measure(state, kLines, [&] {
+        const double before = ProcessorSecondsOfChildren();
+        if (std::system(command.c_str()) != 0) {
+            state.SkipWithError("the tool failed");
+        }
+        state.SetIterationTime(ProcessorSecondsOfChildren() - before);
+    });
+}
 
 }  // namespace
+
+void RegisterBatch() {
+    for (const MessageSet& set : MessageSets()) {
+        benchmark::RegisterBenchmark((set.name + "/batch").c_str(),
+                                     [&set](benchmark::State& state) { Batch(state, set); })
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+    }
+}
+
 }  // namespace quorvane::benchmarks

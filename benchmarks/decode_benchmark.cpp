@@ -1,5 +1,5 @@
-// Nanoseconds per message for each stage of a call and for whole calls, and the floor they are
-// held against. An iteration is a whole message set; the counter "per_message" divides.
+// Time per message for each stage of a call and for whole calls, and the floors they are held
+// against. An iteration is a whole message set.
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -8,9 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "bits/arena.h"
-#include "facade/decodings.h"
-#include "iecodec/message_container.h"
+#include "dispatch.h"
+#include "measure.h"
 #include "message_set.h"
 #include "quorvane/decode.h"
 #include "quorvane/engine.h"
@@ -21,38 +20,14 @@
 namespace quorvane::benchmarks {
 namespace {
 
-void Report(benchmark::State& state, const MessageSet& set) {
-    const auto messages = static_cast<double>(set.messages.size());
-    state.counters["per_message"] = benchmark::Counter(
-        messages, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-    state.counters["text_octets"] = static_cast<double>(set.textOctets) / messages;
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(set.messages.size()));
-}
-
-bits::Outcome Dispatch(const test::GoldenFile& message, bits::Arena& arena,
-                       iecodec::Diagnostics& diagnostics, iecodec::MessageContainer& container) {
-    const facade::Binding binding = facade::BindingOf(message.decoding);
-    iecodec::DecodeContext context{
-        binding.family->codec,
-        {message.octets.data(), static_cast<std::int64_t>(message.octets.size())},
-        arena,
-        diagnostics};
-    return iecodec::DispatchMessage(
-        context, *binding.set, facade::RowOf(message.decoding).BitsOf(message.length), container);
-}
-
 void DecodeAlone(benchmark::State& state, const MessageSet& set) {
     bits::Arena arena;
     iecodec::Diagnostics diagnostics;
-    for ([[maybe_unused]] auto iteration : state) {
+    Measure(state, set.messages.size(), [&] {
         for (const test::GoldenFile& message : set.messages) {
-            arena.Reset();
-            diagnostics.Clear();
-            iecodec::MessageContainer container;
-            benchmark::DoNotOptimize(Dispatch(message, arena, diagnostics, container));
+            DecodeAndDrop(message, arena, diagnostics);
         }
-    }
-    Report(state, set);
+    });
 }
 
 void RecordToText(benchmark::State& state, const MessageSet& set) {
@@ -63,7 +38,7 @@ void RecordToText(benchmark::State& state, const MessageSet& set) {
         static_cast<void>(Dispatch(set.messages[index], records, diagnostics, containers[index]));
     }
     reflect::TextBuffer text;
-    for ([[maybe_unused]] auto iteration : state) {
+    Measure(state, containers.size(), [&] {
         for (std::size_t index = 0; index < containers.size(); ++index) {
             const facade::Binding binding = facade::BindingOf(set.messages[index].decoding);
             const iecodec::MessageContainer& container = containers[index];
@@ -72,75 +47,105 @@ void RecordToText(benchmark::State& state, const MessageSet& set) {
                                 binding.set->memberTypes[container.tag - 1], container.body);
             benchmark::DoNotOptimize(text.View().data());
         }
-    }
-    Report(state, set);
+    });
 }
 
 void WholeSafeCall(benchmark::State& state, const MessageSet& set) {
     std::string text;
     std::string diagnostics;
-    for ([[maybe_unused]] auto iteration : state) {
+    Measure(state, set.messages.size(), [&] {
         for (const test::GoldenFile& message : set.messages) {
             DecodeInto(message.decoding, message.octets, text, diagnostics);
             benchmark::DoNotOptimize(text.data());
         }
-    }
-    Report(state, set);
+    });
 }
 
 void WholePlainCall(benchmark::State& state, const MessageSet& set) {
     // Messages with diagnostics would measure the standard error stream; docs/performance.md says
     // so.
-    MessageSet quiet{set.name, {}, 0};
+    MessageSet quiet{set.name, {}};
     for (const test::GoldenFile& message : set.messages) {
         if (message.diagnostics.empty()) {
-            quiet.messages.push_back(message);
+            quiet.Add(message);
             quiet.messages.back().octets.resize(message.octets.size() + kReadAhead);
-            quiet.textOctets += message.text.size();
         }
     }
     CString text;
-    for ([[maybe_unused]] auto iteration : state) {
+    Measure(state, quiet.messages.size(), [&] {
         for (const test::GoldenFile& message : quiet.messages) {
             test::EntryPoints()[static_cast<std::size_t>(message.decoding)].plain(
                 message.octets.data(), message.length, text);
             benchmark::DoNotOptimize(text.GetString());
         }
+    });
+}
+
+/// A step's copies are of this fixed length: the pieces must be readable, and the buffer writable,
+/// so far behind their ends.
+constexpr std::size_t kStep = 32;
+
+/// The texts of a set cut into pieces, and a buffer for the longest.
+struct CutTexts {
+    CutTexts(const MessageSet& set, std::vector<std::string_view> (*cut)(std::string_view)) {
+        std::size_t most = 0;
+        texts.reserve(set.messages.size());
+        for (const test::GoldenFile& message : set.messages) {
+            most = std::max(most, message.text.size());
+            texts.push_back(message.text + std::string(kStep, '\0'));
+            pieces.push_back(cut(std::string_view(texts.back()).substr(0, message.text.size())));
+        }
+        buffer = std::make_unique<char[]>(most + kStep);
     }
-    Report(state, quiet);
+
+    std::vector<std::string> texts;
+    std::vector<std::vector<std::string_view>> pieces;  // of `texts`
+    std::unique_ptr<char[]> buffer;
+};
+
+template <typename Copy>
+void JoinPieces(benchmark::State& state, const CutTexts& cut, Copy&& copy) {
+    Measure(state, cut.pieces.size(), [&] {
+        for (const auto& message : cut.pieces) {
+            char* next = cut.buffer.get();
+            for (const std::string_view piece : message) {
+                copy(next, piece);
+                next += piece.size();
+            }
+            benchmark::DoNotOptimize(cut.buffer.get());
+            benchmark::ClobberMemory();
+        }
+    });
 }
 
 void Floor(benchmark::State& state, const MessageSet& set) {
-    std::vector<std::vector<std::string_view>> pieces;
-    std::size_t most = 0;
-    for (const test::GoldenFile& message : set.messages) {
-        pieces.push_back(PiecesOf(message.text));
-        most = std::max(most, message.text.size());
-    }
-    const auto buffer = std::make_unique<char[]>(most);
-    for ([[maybe_unused]] auto iteration : state) {
-        for (const auto& message : pieces) {
-            char* next = buffer.get();
-            for (const std::string_view piece : message) {
-                std::memcpy(next, piece.data(), piece.size());
-                next += piece.size();
-            }
-            benchmark::DoNotOptimize(buffer.get());
-            benchmark::ClobberMemory();
-        }
-    }
-    Report(state, set);
+    JoinPieces(state, CutTexts(set, PiecesOf), [](char* to, std::string_view piece) {
+        std::memcpy(to, piece.data(), piece.size());
+    });
 }
 
-using Measure = void (*)(benchmark::State&, const MessageSet&);
+void MergedFloor(benchmark::State& state, const MessageSet& set) {
+    JoinPieces(state, CutTexts(set, MergedPiecesOf), [](char* to, std::string_view piece) {
+        std::size_t done = 0;
+        do {
+            std::memcpy(to + done, piece.data() + done, kStep);
+            done += kStep;
+        } while (done < piece.size());
+    });
+}
 
-[[maybe_unused]] const bool kRegistered = [] {
-    const std::pair<const char*, Measure> measures[] = {
+using SetMeasure = void (*)(benchmark::State&, const MessageSet&);
+
+}  // namespace
+
+void RegisterDecode() {
+    const std::pair<const char*, SetMeasure> measures[] = {
         {"decode", DecodeAlone},
         {"text", RecordToText},
         {"whole_safe_call", WholeSafeCall},
         {"whole_plain_call", WholePlainCall},
         {"floor", Floor},
+        {"merged_floor", MergedFloor},
     };
     for (const MessageSet& set : MessageSets()) {
         for (const auto& [name, measure] : measures) {
@@ -149,8 +154,5 @@ using Measure = void (*)(benchmark::State&, const MessageSet&);
                 [&set, measure = measure](benchmark::State& state) { measure(state, set); });
         }
     }
-    return true;
-}();
-
-}  // namespace
+}
 }  // namespace quorvane::benchmarks

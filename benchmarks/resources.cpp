@@ -11,9 +11,8 @@
 #include <sys/mman.h>
 #include <thread>
 
-#include "families/family.h"
 #include "quorvane/decode.h"
-#include "reflect/catalogue.h"
+#include "tools/hex.h"
 
 namespace {
 
@@ -45,12 +44,10 @@ void DecodeSet(const MessageSet& set, std::string& text, std::string& diagnostic
     }
 }
 
-/// What callgrind counts for this program when it decodes the set so many times and nothing else;
-/// 0 without valgrind.
-std::uint64_t CountedInstructions(const std::string& program, const std::string& set, int passes) {
-    const std::string command = "valgrind --tool=callgrind --callgrind-out-file=/dev/null '" +
-                                program + "' --passes '" + set + "' " + std::to_string(passes) +
-                                " 2>&1 >/dev/null";
+/// What callgrind counts for the command; 0 without valgrind.
+std::uint64_t CountedInstructions(const std::string& counted) {
+    const std::string command =
+        "valgrind --tool=callgrind --callgrind-out-file=/dev/null " + counted + " 2>&1 >/dev/null";
     std::FILE* output = popen(command.c_str(), "r");
     if (output == nullptr) {
         return 0;
@@ -64,6 +61,34 @@ std::uint64_t CountedInstructions(const std::string& program, const std::string&
     }
     pclose(output);
     return count;
+}
+
+/// Messages a second that this many threads decode together, in millions.
+double MillionsPerSecond(const MessageSet& set, int threads) {
+    constexpr auto kTime = std::chrono::milliseconds(200);
+    std::atomic<bool> stop{false};
+    std::atomic<std::uint64_t> decoded{0};
+    std::vector<std::thread> workers;
+    const auto start = std::chrono::steady_clock::now();
+    for (int count = 0; count < threads; ++count) {
+        workers.emplace_back([&] {
+            std::string text;
+            std::string diagnostics;
+            std::uint64_t own = 0;
+            while (!stop.load(std::memory_order_relaxed)) {
+                DecodeSet(set, text, diagnostics);
+                own += set.messages.size();
+            }
+            decoded += own;
+        });
+    }
+    std::this_thread::sleep_for(kTime);
+    stop = true;
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+    const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
+    return static_cast<double>(decoded.load()) / time.count();
 }
 
 struct StackWork {
@@ -117,60 +142,82 @@ std::size_t StackOctets(const MessageSet& set) {
 
 double InstructionsPerCall(const MessageSet& set, const std::string& program) {
     // What one pass and three take differs by two passes over warm tables.
-    constexpr int kFew = 1;
-    constexpr int kMany = 3;
-    const std::uint64_t few = CountedInstructions(program, set.name, kFew);
-    const std::uint64_t many = CountedInstructions(program, set.name, kMany);
-    return static_cast<double>(many - few) / (kMany - kFew) /
+    const LinesFile file(set, set.messages.size());
+    const auto passes = [&](const char* count) {
+        return CountedInstructions("'" + program + "' --passes " + file.Path() + ' ' + count);
+    };
+    return static_cast<double>(passes("3") - passes("1")) / 2 /
            static_cast<double>(set.messages.size());
 }
 
-bool DecodePasses(std::string_view name, int passes) {
-    for (const MessageSet& set : MessageSets()) {
-        if (set.name == name) {
-            std::string text;
-            std::string diagnostics;
-            for (int pass = 0; pass < passes; ++pass) {
-                DecodeSet(set, text, diagnostics);
-            }
-            return true;
-        }
-    }
-    return false;
+double BatchInstructionsPerLine(const MessageSet& set) {
+    const std::size_t messages = set.messages.size();
+    const auto batch = [&](std::size_t lines) {
+        const LinesFile file(set, lines);
+        return CountedInstructions(QUORVANE_TOOL_PATH " batch " + file.Path());
+    };
+    return static_cast<double>(batch(3 * messages) - batch(messages)) / 2 /
+           static_cast<double>(messages);
 }
 
-double CatalogueMicroseconds(const families::Family& family) {
-    const auto start = std::chrono::steady_clock::now();
-    const reflect::Catalogue catalogue(family.types);
-    const auto end = std::chrono::steady_clock::now();
-    return std::chrono::duration<double, std::micro>(end - start).count();
+bool DecodePasses(const std::string& path, int passes) {
+    MessageSet set;
+    if (!ReadLines(path, set)) {
+        return false;
+    }
+    std::string text;
+    std::string diagnostics;
+    for (int pass = 0; pass < passes; ++pass) {
+        DecodeSet(set, text, diagnostics);
+    }
+    return true;
 }
 
-double MillionsPerSecond(const MessageSet& set, int threads) {
-    constexpr auto kTime = std::chrono::milliseconds(500);
-    std::atomic<bool> stop{false};
-    std::atomic<std::uint64_t> decoded{0};
-    std::vector<std::thread> workers;
+bool PrintFirstUse(std::string_view decoding, std::string_view hex) {
+    const auto known = FindDecoding(decoding);
+    std::vector<std::uint8_t> octets;
+    if (!known || !tool::ParseHex(hex, octets).empty()) {
+        return false;
+    }
+    std::string text;
+    std::string diagnostics;
     const auto start = std::chrono::steady_clock::now();
-    for (int count = 0; count < threads; ++count) {
-        workers.emplace_back([&] {
-            std::string text;
-            std::string diagnostics;
-            std::uint64_t own = 0;
-            while (!stop.load(std::memory_order_relaxed)) {
-                DecodeSet(set, text, diagnostics);
-                own += set.messages.size();
-            }
-            decoded += own;
-        });
-    }
-    std::this_thread::sleep_for(kTime);
-    stop = true;
-    for (std::thread& worker : workers) {
-        worker.join();
-    }
+    DecodeInto(*known, octets, text, diagnostics);
     const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
-    return static_cast<double>(decoded.load()) / time.count();
+    std::printf("%f\n", time.count());
+    return true;
 }
 
+double FirstUseMicroseconds(const MessageSet& set, const std::string& program) {
+    constexpr std::size_t kProcesses = 11;
+    const test::GoldenFile& message = set.messages.front();
+    const std::string command =
+        "'" + program + "' --first-use " +
+        std::string(Decodings()[static_cast<std::size_t>(message.decoding)].name) + ' ' +
+        tool::ToHex(message.octets, "");
+    std::vector<double> times;
+    while (times.size() < kProcesses) {
+        std::FILE* output = popen(command.c_str(), "r");
+        double time = 0;
+        if (output == nullptr || std::fscanf(output, "%lf", &time) != 1) {
+            return 0;
+        }
+        pclose(output);
+        times.push_back(time);
+    }
+    std::nth_element(times.begin(), times.begin() + kProcesses / 2, times.end());
+    return times[kProcesses / 2];
+}
+
+double ThreadGain(const MessageSet& set) {
+    // One and two in turn, so that other work on the machine meets both.
+    constexpr std::size_t kRuns = 5;
+    std::vector<double> gains;
+    while (gains.size() < kRuns) {
+        const double one = MillionsPerSecond(set, 1);
+        gains.push_back(MillionsPerSecond(set, 2) / one);
+    }
+    std::nth_element(gains.begin(), gains.begin() + kRuns / 2, gains.end());
+    return gains[kRuns / 2];
+}
 }  // namespace quorvane::benchmarks

@@ -6,7 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "families/family.h"
 #include "message_set.h"
 
 namespace quorvane::benchmarks {
@@ -22,13 +21,21 @@ std::size_t StackOctets(const MessageSet& set);
 /// `program` does nothing but DecodePasses; 0 without valgrind.
 double InstructionsPerCall(const MessageSet& set, const std::string& program);
 
-/// Decodes the set of that name so many times. False if there is none.
-bool DecodePasses(std::string_view name, int passes);
+/// The same of one line of `quorvane batch`.
+double BatchInstructionsPerLine(const MessageSet& set);
 
-/// Microseconds that building the catalogue of a family takes.
-double CatalogueMicroseconds(const families::Family& family);
+/// Decodes the messages of a file of WriteLines so many times. False if it cannot be read.
+bool DecodePasses(const std::string& path, int passes);
 
-/// Messages a second that this many threads decode together, in millions.
-double MillionsPerSecond(const MessageSet& set, int threads);
+/// Prints the microseconds of the decode, which must be the process's first. False if an argument
+/// is wrong.
+bool PrintFirstUse(std::string_view decoding, std::string_view hex);
+
+/// Microseconds of a process's first call, over several that do nothing but PrintFirstUse with the
+/// set's first message; 0 if they fail.
+double FirstUseMicroseconds(const MessageSet& set, const std::string& program);
+
+/// How many times as many messages two threads decode together as one alone.
+double ThreadGain(const MessageSet& set);
 
 }  // namespace quorvane::benchmarks
