@@ -11,6 +11,7 @@
 #include <sys/mman.h>
 #include <thread>
 
+#include "dispatch.h"
 #include "quorvane/decode.h"
 #include "tools/hex.h"
 
@@ -140,11 +141,12 @@ std::size_t StackOctets(const MessageSet& set) {
     return used;
 }
 
-double InstructionsPerCall(const MessageSet& set, const std::string& program) {
+double InstructionsPerCall(const MessageSet& set, const std::string& program, PassKind kind) {
     // What one pass and three take differs by two passes over warm tables.
     const LinesFile file(set, set.messages.size());
+    const char* option = kind == PassKind::kCall ? "' --calls " : "' --decodes ";
     const auto passes = [&](const char* count) {
-        return CountedInstructions("'" + program + "' --passes " + file.Path() + ' ' + count);
+        return CountedInstructions("'" + program + option + file.Path() + ' ' + count);
     };
     return static_cast<double>(passes("3") - passes("1")) / 2 /
            static_cast<double>(set.messages.size());
@@ -160,15 +162,23 @@ double BatchInstructionsPerLine(const MessageSet& set) {
            static_cast<double>(messages);
 }
 
-bool DecodePasses(const std::string& path, int passes) {
+bool RunPasses(PassKind kind, const std::string& path, int passes) {
     MessageSet set;
     if (!ReadLines(path, set)) {
         return false;
     }
     std::string text;
-    std::string diagnostics;
+    std::string lines;
+    bits::Arena arena;
+    iecodec::Diagnostics diagnostics;
     for (int pass = 0; pass < passes; ++pass) {
-        DecodeSet(set, text, diagnostics);
+        if (kind == PassKind::kCall) {
+            DecodeSet(set, text, lines);
+            continue;
+        }
+        for (const test::GoldenFile& message : set.messages) {
+            DecodeAndDrop(message, arena, diagnostics);
+        }
     }
     return true;
 }

@@ -3,6 +3,7 @@
 // What calls take besides time.
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -17,15 +18,18 @@ double AllocationsPerCall(const MessageSet& set);
 /// The most octets of stack that a whole safe call of the set takes, with what starts the thread.
 std::size_t StackOctets(const MessageSet& set);
 
-/// Instructions of a whole safe call, on average over the set, as callgrind counts them when
-/// `program` does nothing but DecodePasses; 0 without valgrind.
-double InstructionsPerCall(const MessageSet& set, const std::string& program);
+/// A whole safe call, or dispatch and decode alone.
+enum class PassKind : std::uint8_t { kCall, kDecode };
 
-/// The same of one line of `quorvane batch`.
+/// Instructions, on average over the set, as callgrind counts them when `program` does nothing but
+/// RunPasses; 0 without valgrind.
+double InstructionsPerCall(const MessageSet& set, const std::string& program, PassKind kind);
+
+/// Instructions of one line of `quorvane batch`.
 double BatchInstructionsPerLine(const MessageSet& set);
 
 /// Decodes the messages of a file of WriteLines so many times. False if it cannot be read.
-bool DecodePasses(const std::string& path, int passes);
+bool RunPasses(PassKind kind, const std::string& path, int passes);
 
 /// Prints the microseconds of the decode, which must be the process's first. False if an argument
 /// is wrong.

@@ -143,8 +143,11 @@ void PrintTimes(const Collector& collector) {
 
 void PrintResources(const std::string& program) {
     std::map<std::string, double> instructions;
-    PrintRow("instructions", "%.0f", [&](const MessageSet& set) {
-        return instructions[set.name] = InstructionsPerCall(set, program);
+    PrintRow("safe call, instructions", "%.0f", [&](const MessageSet& set) {
+        return instructions[set.name] = InstructionsPerCall(set, program, PassKind::kCall);
+    });
+    PrintRow("dispatch and decode, instructions", "%.0f", [&](const MessageSet& set) {
+        return InstructionsPerCall(set, program, PassKind::kDecode);
     });
     PrintRow("batch / safe call, instructions", "%.2f", [&](const MessageSet& set) {
         return BatchInstructionsPerLine(set) / instructions[set.name];
@@ -191,8 +194,9 @@ void PrintTables(const Collector& collector, const std::string& program) {
 /// What the program does when it is started by itself or by benchmarks/compare. Nothing if it is
 /// to print the table.
 std::optional<int> RunPart(const std::vector<std::string>& arguments) {
-    if (arguments.size() == 3 && arguments[0] == "--passes") {
-        return DecodePasses(arguments[1], std::atoi(arguments[2].c_str())) ? 0 : 2;
+    if (arguments.size() == 3 && (arguments[0] == "--calls" || arguments[0] == "--decodes")) {
+        const PassKind kind = arguments[0] == "--calls" ? PassKind::kCall : PassKind::kDecode;
+        return RunPasses(kind, arguments[1], std::atoi(arguments[2].c_str())) ? 0 : 2;
     }
     if (arguments.size() == 3 && arguments[0] == "--first-use") {
         return PrintFirstUse(arguments[1], arguments[2]) ? 0 : 2;
