@@ -7,9 +7,9 @@ using enum Decoding;
 
 // EPS. In captures of whole test runs 13 % of the messages were attach and tracking area update
 // requests, with 44 % of the time; 12 % had diagnostics, at three times the mean cost; a text had
-// 1912 octets on average. The first rows hold these shares: long requests with capabilities of
-// several systems. The rest is what belongs to registrations and bearers, in pairs, with the texts
-// of networks that fill most optional elements.
+// 1912 octets on average. The first rows come near these shares: long requests with
+// capabilities of several systems. The rest is what belongs to registrations and bearers, in pairs,
+// with the texts of networks that fill most optional elements.
 constexpr TrafficRow kEps[] = {
     {EPS_MMUplink, "ATTACH_REQUEST", 55, 0, {7500, 12000}},
     {EPS_MMUplink, "ATTACH_REQUEST", 0, 45, {3000, 9000}},
