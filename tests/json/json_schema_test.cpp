@@ -1,6 +1,7 @@
 // The JSON of all golden messages: it has the form of docs/json.schema.json and tells all that
 // their fields tell; and the schema refuses damaged documents.
 
+#include <algorithm>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
@@ -286,9 +287,8 @@ TEST_F(JsonSchemaTest, AllGoldenMessagesHaveTheFormAndTellWhatTheirFieldsTell) {
 void Collect(Value& json, std::vector<Value*>& values) {
     values.push_back(&json);
     if (json.IsObject()) {
-        for (auto& member : json.GetObject()) {
-            Collect(member.value, values);
-        }
+        std::for_each(json.MemberBegin(), json.MemberEnd(),
+                      [&](auto& member) { Collect(member.value, values); });
     } else if (json.IsArray()) {
         for (auto& item : json.GetArray()) {
             Collect(item, values);
