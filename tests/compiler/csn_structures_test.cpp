@@ -17,6 +17,7 @@
 #include "reflect/convert.h"
 #include "support/golden_file.h"
 #include "support/plain_decode.h"
+#include "support/sanitized.h"
 
 namespace quorvane::compiler {
 namespace {
@@ -166,6 +167,9 @@ class Growth {
     std::size_t most_ = 0;
 };
 
+/// Messages of each structure.
+constexpr int kRounds = test::kSanitized ? 600 : 3000;
+
 using Also = std::function<void(const std::string& bits)>;
 
 /// Compares the two over `rounds` messages, for each of which `also` is called; returns the most
@@ -212,7 +216,7 @@ TEST(CsnStructures, AgreeWithTheReference) {
         SCOPED_TRACE(name);
         Grammar grammar(Structure(name));
         ASSERT_EQ(grammar.Errors(), "");
-        const std::size_t fields = Compare(grammar, 0, 3000, Seed());
+        const std::size_t fields = Compare(grammar, 0, kRounds, Seed());
         EXPECT_GT(fields, name == "packet_control_acknowledgement_11bit" ? 0U : 4U);
     }
 }
@@ -307,7 +311,7 @@ TEST(CsnStructures, FamiliesAgreeWithTheReference) {
             SCOPED_TRACE(name);
             const std::size_t fields = grammar.Types(structure).fields.size();
             Records records(*family, name);
-            EXPECT_GE(Compare(grammar, structure, 3000, Seed(), MessagesOf(name, golden),
+            EXPECT_GE(Compare(grammar, structure, kRounds, Seed(), MessagesOf(name, golden),
                               [&](const std::string& bits) { records.Check(bits); }),
                       std::min<std::size_t>(fields / 2, 4));
         }

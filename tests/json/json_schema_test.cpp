@@ -17,6 +17,7 @@
 
 #include "quorvane/json.h"
 #include "support/golden_file.h"
+#include "support/sanitized.h"
 #include "tools/hex.h"
 
 namespace quorvane {
@@ -267,7 +268,8 @@ void ExpectSame(const Message& message, Decoding decoding, const Value& json) {
 
 TEST_F(JsonSchemaTest, AllGoldenMessagesHaveTheFormAndTellWhatTheirFieldsTell) {
     ASSERT_FALSE(golden_.empty());
-    for (const test::GoldenFile& golden : golden_) {
+    for (std::size_t index = 0; index < golden_.size(); index += test::kSanitized ? 4 : 1) {
+        const test::GoldenFile& golden = golden_[index];
         for (const bool tolerant : {false, true}) {
             const std::string json = JsonOf(golden, {.tolerant = tolerant, .deciphered = tolerant});
             Document document;
