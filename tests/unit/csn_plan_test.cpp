@@ -235,17 +235,22 @@ TEST(Plan, GoesBackBehindAnActionThatRefuses) {
     }
 }
 
+/// So many rules that call each other; what follows is the body of the last.
+void CallDeep(Image& image, int calls) {
+    for (int call = 0; call < calls; ++call) {
+        const auto next = image.code.NewLabel();
+        image.code.Emit(Opcode::kCall, {next});
+        image.code.Emit(Opcode::kRet);
+        image.code.Bind(next);
+    }
+}
+
 // As many rules as the stack has room for call each other; one more fails.
 TEST(Plan, FailsAtTheMachinesStackLimit) {
     for (const int calls : {254, 255, 256, 257}) {
         for (const bool choice : {false, true}) {
             Image image;
-            for (int call = 0; call < calls; ++call) {
-                const auto next = image.code.NewLabel();
-                image.code.Emit(Opcode::kCall, {next});
-                image.code.Emit(Opcode::kRet);
-                image.code.Bind(next);
-            }
+            CallDeep(image, calls);
             if (choice) {
                 Optional(image, [&] { image.code.Emit(Opcode::kSkip, {1}); });
             }
@@ -261,12 +266,7 @@ TEST(Plan, FailsAtTheMachinesStackLimit) {
 TEST(Plan, FailsAtTheMachinesStackLimitInRepetitions) {
     for (const int calls : {252, 253, 254, 255, 256}) {
         Image image;
-        for (int call = 0; call < calls; ++call) {
-            const auto next = image.code.NewLabel();
-            image.code.Emit(Opcode::kCall, {next});
-            image.code.Emit(Opcode::kRet);
-            image.code.Bind(next);
-        }
+        CallDeep(image, calls);
         const auto exit = image.code.NewLabel();
         image.code.Emit(Opcode::kRepAny, {Assembler::Exit(exit, false)});
         const auto body = image.code.BindNew();
@@ -314,6 +314,17 @@ TEST(Plan, CountsTheMachinesInstructions) {
     image.code.Emit(Opcode::kSkip, {2});
     image.code.Emit(Opcode::kLoop, {body});
     image.code.Bind(exit);
+    // A repetition that the bits do not suffice for, ahead of the end of a truncation.
+    const auto cut = image.code.NewLabel();
+    const auto sixth = image.code.NewLabel();
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(cut, false)});
+    image.code.Emit(Opcode::kRep, {Assembler::Exit(sixth, false), 6});
+    const auto skip = image.code.BindNew();
+    image.code.Emit(Opcode::kSkip, {2});
+    image.code.Emit(Opcode::kLoop, {skip});
+    image.code.Bind(sixth);
+    image.code.Emit(Opcode::kPop);
+    image.code.Bind(cut);
     const auto end = image.code.NewLabel();
     image.code.Emit(Opcode::kRepAny, {Assembler::Exit(end, false)});
     const auto padding = image.code.BindNew();
@@ -331,6 +342,48 @@ TEST(Plan, CountsTheMachinesInstructions) {
             machine.instructionsLeft = instructions;
             bits::Outcome result = 0;
             EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
+        }
+    }
+}
+
+std::string NumbersOf(const bits::Cell& list) {
+    std::string text;
+    for (std::uint32_t index = 0; index < list.number; ++index) {
+        text += std::to_string(list.cells[index].number) + " ";
+    }
+    return text;
+}
+
+// Items are counted anew under each field around them, also one that is not stored itself; items of
+// two fields share a list. The second run stores over what the first has left.
+TEST(Plan, CountsItemsUnderTheFieldAroundThem) {
+    for (const bool mixed : {false, true}) {
+        std::vector<CsnFieldRow> rows = {Nothing(), Integers(0, 2, 20), Integers(0, 2, 20)};
+        rows[1].mixed = mixed;
+        rows[2].mixed = mixed;
+        Image image;
+        const std::uint32_t group = image.Field({{kRoot, 10}});
+        const std::uint32_t inner = image.Field({{10, 11}});
+        const std::uint32_t direct = image.Field({{kRoot, 12}});
+        const auto items = [&](std::uint32_t field) {
+            List(image, [&] { image.code.Emit(Opcode::kField, {field, 2}); });
+        };
+        items(direct);
+        List(image, [&] { Group(image, group, [&] { items(inner); }); });
+        items(direct);
+        image.code.Emit(Opcode::kRet);
+        const CsnStructure structure{"S", &image.Program(), 0, 0, kRoot, 10, 1, rows};
+        bits::Arena arena;
+        bits::Cell plain{};
+        bits::Cell planned{};
+        for (const std::string text :
+             {"101 110 0  1 111 101 0  1 110 0  0  111 101 110 0", "110 0 0 101 0",
+              "101 0 1 110 111 101 0 0 0", "0 1 101 110 0 0 111 0"}) {
+            const std::vector<std::uint8_t> octets = Octets(text);
+            const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+            EXPECT_EQ(DecodeCsn(structure, reader, arena, 0, Count(text), planned), Count(text));
+            EXPECT_EQ(DecodePlainly(structure, reader, arena, 0, Count(text), plain), Count(text));
+            EXPECT_EQ(NumbersOf(*planned.cells), NumbersOf(*plain.cells)) << mixed << " " << text;
         }
     }
 }
