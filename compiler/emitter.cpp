@@ -98,58 +98,31 @@ class Table {
     std::size_t count_ = 0;
 };
 
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char octet) { return static_cast<unsigned char>(octet) < 0x80; });
-}
-
-/// The texts that rows refer to, each once, in few arrays. Behind each text are as many octets as
+/// The texts that rows refer to, each once, in one array. Behind each text are as many octets as
 /// the rendering copies at a time.
 class TextPool {
   public:
-    /// The view of `text` as C++ writes it.
+    /// The reference to `text` as C++ writes it.
     Expression Add(const std::string& text) {
-        const auto [entry, isNew] = views_.try_emplace(text);
+        const auto [entry, isNew] = references_.try_emplace(text);
         if (isNew) {
-            if (size_ + text.size() > kMostInArray) {
-                Close();
-            }
-            entry->second = "{" + Name() + " + " + std::to_string(size_) + ", " +
-                            std::to_string(text.size()) + "}";
+            entry->second = "{" + std::to_string(size_) + ", " + std::to_string(text.size()) + "}";
             body_ += "    " + Quoted(text) + "\n";
             size_ += text.size();
         }
         return {entry->second};
     }
 
-    /// Writes the arrays; nothing can be added any more.
-    void Write(std::ostream& out) {
-        Close();
-        out << arrays_ << "\n";
+    friend std::ostream& operator<<(std::ostream& out, const TextPool& pool) {
+        return out << "constexpr char kTexts[] =\n"
+                   << pool.body_ << "    " << Quoted(std::string(reflect::kCopyStep, '\0'))
+                   << ";\nstatic_assert(sizeof kTexts <= kMostTexts);\n\n";
     }
 
   private:
-    // Compilers need not take longer literals.
-    static constexpr std::size_t kMostInArray = 60000;
-
-    [[nodiscard]] std::string Name() const { return "kTexts" + std::to_string(arrayCount_); }
-
-    void Close() {
-        std::string padding;
-        for (std::size_t octet = 0; octet < reflect::kCopyStep; ++octet) {
-            padding += '\0';
-        }
-        arrays_ += "constexpr char " + Name() + "[] =\n" + body_ + "    " + Quoted(padding) + ";\n";
-        body_.clear();
-        size_ = 0;
-        ++arrayCount_;
-    }
-
-    std::map<std::string, std::string> views_;
-    std::string arrays_;
-    std::string body_;  // of the array that is open
+    std::map<std::string, std::string> references_;
+    std::string body_;
     std::size_t size_ = 0;
-    std::size_t arrayCount_ = 0;
 };
 
 /// Numbers all types that the catalogue holds: each named one, its inline ones behind it.
@@ -199,20 +172,20 @@ class Emitter {
             } else if (!type->elements.empty()) {
                 first = elements.Count();
                 for (const ElementModel& element : type->elements) {
-                    elements.Remarked(type->name + " " + element.name,
-                                      texts.Add(element.name + ": "), element.type->index,
-                                      element.optional);
+                    elements.Remarked(
+                        type->name + " " + element.name, texts.Add(element.name + ": "),
+                        element.type->index, element.optional,
+                        element.type->kind == Kind::kInteger && element.type->size > 0);
                 }
             }
-            types.Row(type->name, type->kind, type->named, type->fixed, type->size, first,
-                      type->elements.size());
+            types.Remarked(type->name, texts.Add(type->named ? type->name : ""), type->kind,
+                           type->named, type->fixed, type->size, first, type->elements.size());
         }
         Table named("std::uint16_t", "kNamed");
         for (const TypeModel* type : model_.named) {
             named.Plain(Cell(type->index), type->name);
         }
-        texts.Write(out_);
-        out_ << values << enums << elements << types << named;
+        out_ << texts << values << enums << elements << types << named;
     }
 
     void Codec() {
@@ -250,7 +223,7 @@ class Emitter {
         }
         out_ << "extern const Family k" << variable << "Family;  // also where no header has it\n"
              << "const Family k" << variable << "Family = {\n    " << Quoted(family_.family.text)
-             << ",\n    {kTypes, kElements, kEnums, kEnumValues, kNamed},\n"
+             << ",\n    {kTexts, kTypes, kElements, kEnums, kEnumValues, kNamed},\n"
              << "    {kFormats, kUnknownFormats, kOrders, kFields, kValues, kParts, "
                 "kAlternatives,\n"
              << "     kGroups, kOctets, kHeaderItems, kMessages, kSets, " << csn.structures
@@ -264,13 +237,14 @@ class Emitter {
             ++inPlace;
         }
         const std::string otherText = model.otherText.value_or("");
-        enums.Remarked(model.name, values.Count(), model.values.size(), inPlace, otherText,
-                       model.otherText.has_value(), IsAscii(otherText));
+        enums.Remarked(model.name, values.Count(), model.values.size(), inPlace,
+                       texts.Add(otherText), model.otherText.has_value(),
+                       reflect::IsPlain(otherText));
         for (const EnumModel::Value& value : model.values) {
             const std::string rendered =
                 value.text + " (" + std::to_string(value.value.value) + ")";
             values.Remarked(model.name + " " + Quoted(value.text), texts.Add(rendered),
-                            value.text.size(), IsAscii(value.text), value.value.value);
+                            value.text.size(), reflect::IsPlain(value.text), value.value.value);
         }
     }
 

@@ -1,7 +1,10 @@
 #include "compiler/lexer.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
+
+#include "reflect/type_tables.h"
 
 namespace quorvane::compiler {
 namespace {
@@ -21,6 +24,10 @@ bool IsWordCharacter(char c) {
 bool IsPrintable(char c) {
     return c > ' ' && c <= '~';
 }
+
+// With a number of 32 bits in parentheses behind it still a text of the tables.
+constexpr std::size_t kLongestText = 1000;
+static_assert(kLongestText + std::string_view(" (4294967295)").size() <= reflect::kLongestText);
 
 class Lexer {
   public:
@@ -190,6 +197,10 @@ class Lexer {
     }
 
     void Add(Token::Kind kind, std::size_t begin, std::string text) {
+        if (kind != Token::Kind::kDigits && text.size() > kLongestText) {
+            reporter_.Error(SpanFrom(begin), "a name or a text has at most " +
+                                                 std::to_string(kLongestText) + " characters");
+        }
         tokens_.push_back({kind, std::move(text), SpanFrom(begin), false});
     }
 

@@ -38,8 +38,8 @@ struct ElementModel {
     std::uint64_t wireBits = 0;  // if they are stated
 };
 
-/// A descriptor: a named type, or the inline type of one member or sequence. An inline type is
-/// named after its owner: owner, "_", member; a sequence's item adds "_data".
+/// A descriptor: a named type, or the inline type of one member or sequence, which has the name
+/// reflect::InlineName.
 struct TypeModel {
     using Kind = reflect::TypeKind;
 

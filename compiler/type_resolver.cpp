@@ -116,7 +116,8 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
             TypeModel* type = store.NewType(Kind::kSequence, inlineName, syntax.span);
             type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kItems);
             type->item =
-                Build(syntax.item.front(), inlineName + "_data", {0, syntax.item.front().span});
+                Build(syntax.item.front(), reflect::InlineName(inlineName, reflect::kItemName),
+                      {0, syntax.item.front().span});
             return type;
         }
         case TypeSyntax::Kind::kStruct: {
@@ -140,9 +141,10 @@ void TypeResolver::AddMember(TypeModel& owner, const Name& name, TypeModel* type
 void TypeResolver::AddMembers(TypeModel& owner, const std::vector<MemberSyntax>& members,
                               const std::vector<Name>& record) {
     for (const MemberSyntax* member : RecordOrder(reporter_, members, record, "struct")) {
-        AddMember(owner, member->name,
-                  Build(member->type, owner.name + "_" + member->name.text, member->bits),
-                  member->optional);
+        AddMember(
+            owner, member->name,
+            Build(member->type, reflect::InlineName(owner.name, member->name.text), member->bits),
+            member->optional);
         owner.elements.back().wireBits = member->bits.value;
     }
 }
@@ -165,10 +167,10 @@ void TypeResolver::DeclareStruct(const StructSyntax& syntax) {
         }
     }
     if (syntax.remainder) {
-        AddMember(
-            *type, syntax.remainder->name,
-            Build(syntax.remainder->type, syntax.name.text + "_" + syntax.remainder->name.text, {}),
-            syntax.remainder->optional);
+        AddMember(*type, syntax.remainder->name,
+                  Build(syntax.remainder->type,
+                        reflect::InlineName(syntax.name.text, syntax.remainder->name.text), {}),
+                  syntax.remainder->optional);
         CheckFormless(*type, {&*syntax.remainder, 1});
         reporter_.ErrorIf(syntax.remainder->optional, syntax.remainder->name.span,
                           "a remainder is always there; leave the '?' out");
@@ -188,7 +190,8 @@ void TypeResolver::DeclareUnion(const UnionSyntax& syntax) {
     TypeModel* type = model_.store.NewType(Kind::kUnion, syntax.name.text, syntax.name.span);
     for (const AlternativeSyntax& alternative : syntax.alternatives) {
         AddMember(*type, alternative.name,
-                  Build(alternative.type, syntax.name.text + "_" + alternative.name.text, {}),
+                  Build(alternative.type,
+                        reflect::InlineName(syntax.name.text, alternative.name.text), {}),
                   true);
     }
     reporter_.ErrorIf(type->elements.empty() && syntax.shape != UnionSyntax::Shape::kChoice,
@@ -218,13 +221,16 @@ void TypeResolver::DeclareMessage(const MessageSyntax& syntax,
                                   const std::vector<const HeaderItemSyntax*>& headerMembers) {
     TypeModel* type = model_.store.NewType(Kind::kStruct, syntax.name.text, syntax.name.span);
     for (const HeaderItemSyntax* item : headerMembers) {
-        AddMember(*type, item->name,
-                  Build(item->type, syntax.name.text + "_" + item->name.text, item->bits), false);
+        AddMember(
+            *type, item->name,
+            Build(item->type, reflect::InlineName(syntax.name.text, item->name.text), item->bits),
+            false);
     }
     for (const FieldSyntax& field : syntax.fields) {
         const bool optional = !field.mandatory && (field.iei || field.condition);
         AddMember(*type, field.name,
-                  Build(field.type, syntax.name.text + "_" + field.name.text, field.WireBits()),
+                  Build(field.type, reflect::InlineName(syntax.name.text, field.name.text),
+                        field.WireBits()),
                   optional);
     }
     Declare(syntax.name, type);

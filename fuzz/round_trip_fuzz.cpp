@@ -59,7 +59,7 @@ bool StructureComesBack(const families::Family& family, const csn::CsnStructure&
                         const bits::Cell& cell) {
     const auto types = family.types.named;
     const auto type = std::find_if(types.begin(), types.end(), [&](std::uint16_t index) {
-        return family.types.types[index].name == structure.name;
+        return family.types.NameOf(family.types.types[index]) == structure.name;
     });
     Require(type != types.end(), "a structure has a named type");
     return !fuzz::IsLossy(family, structure) && !fuzz::HoldsCutField(family.types, *type, cell) &&

@@ -35,7 +35,7 @@ std::vector<Structure> AllStructures() {
     for (const families::Family* family : families::AllFamilies()) {
         for (const csn::CsnStructure& structure : family->codec.structures) {
             for (std::uint16_t type : family->types.named) {
-                if (family->types.types[type].name == structure.name) {
+                if (family->types.NameOf(family->types.types[type]) == structure.name) {
                     all.push_back(
                         {&structure, &family->types, type, fuzz::IsLossy(*family, structure)});
                 }

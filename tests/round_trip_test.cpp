@@ -80,7 +80,7 @@ class RoundTrip : public testing::Test {
         for (int count = 0; count < kMessages && !HasFailure(); ++count) {
             const auto message = generator.Generate(set_, tag_);
             if (!message) {
-                const std::string name = NameOf(family_.types.types[Type()].name);
+                const std::string name = NameOf(family_.types.NameOf(family_.types.types[Type()]));
                 Exceptions().met.insert(name);
                 ASSERT_TRUE(Exceptions().reviewed.contains(name)) << "no message " << count;
                 break;

@@ -42,7 +42,7 @@ void ImageNames::CollectParents(const csn::CsnProgram& program) {
 ImageNames::Type ImageNames::TypeNamed(std::string_view name) const {
     const auto types = family_.types.types;
     const auto found = std::find_if(types.begin(), types.end(), [&](const reflect::TypeRow& type) {
-        return type.named && type.name == name;
+        return type.named && family_.types.NameOf(type) == name;
     });
     return found == types.end() ? nullptr : &*found;
 }
@@ -86,7 +86,7 @@ csn::ListingNames ImageNames::Listing() const {
             const Field field = tag == tagOfField_.end() ? Field{nullptr, nullptr}
                                                          : FieldOf(structure, tag->second);
             if (field.element != nullptr) {
-                return std::string(field.element->Name());
+                return std::string(family_.types.NameOf(*field.element));
             }
         }
         return std::string();

@@ -451,9 +451,9 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
 }
 
 bool ValueGenerator::SameRecord(std::string_view type, const Cell& a, const Cell& b) const {
-    const auto found =
-        std::find_if(types_.named.begin(), types_.named.end(),
-                     [&](std::uint16_t index) { return types_.types[index].name == type; });
+    const auto found = std::find_if(
+        types_.named.begin(), types_.named.end(),
+        [&](std::uint16_t index) { return types_.NameOf(types_.types[index]) == type; });
     return found != types_.named.end() && reflect::RecordsEqual(types_, *found, a, b, false);
 }
 

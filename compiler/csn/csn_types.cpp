@@ -141,13 +141,13 @@ class Deriver {
                                             "with 'most'");
             bound = 1;
         }
-        const std::string name = open.type->name + "_" + member.name;
+        const std::string name = reflect::InlineName(open.type->name, member.name);
         const std::string path = open.path + (open.path.empty() ? "" : ".") + member.name;
         std::string valueName = name;
         if (bound != 0) {
             element.type = store_.NewType(Kind::kSequence, name, first.span);
             element.type->size = bound;
-            valueName += "_data";
+            valueName = reflect::InlineName(name, reflect::kItemName);
         }
         CsnFieldRow row{};
         row.optional = element.optional;

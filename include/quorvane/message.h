@@ -102,8 +102,8 @@ class QUORVANE_API Type {
     /// Whether it is a type.
     [[nodiscard]] explicit operator bool() const noexcept { return tables_ != nullptr; }
 
-    /// The name in the protocol's descriptions; a type that belongs to one member has a name made
-    /// of that member's path.
+    /// The name in the protocol's descriptions; empty for a type that belongs to one member or to
+    /// the items of one sequence.
     [[nodiscard]] std::string_view Name() const noexcept;
     [[nodiscard]] FieldKind Kind() const noexcept;
 

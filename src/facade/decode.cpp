@@ -13,7 +13,7 @@ bool DecodeRun(Decoding decoding, const bits::BitReader& reader, std::int64_t le
                std::string& text, std::string& diagnostics) {
     facade::CallMemory memory;
     const facade::Answer answer = facade::DecodeMessage(memory, decoding, reader, length);
-    if (answer.ascii) {
+    if (answer.plain) {
         text.assign(answer.text);
     } else {
         facade::AssignAsUtf8(text, answer.text);

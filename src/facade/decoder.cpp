@@ -65,10 +65,10 @@ inline Answer WriteText(reflect::TextBuffer& text, Decoding decoding, const Deco
     const std::uint16_t type = decoded.Type();
     const reflect::TypeTables& types = decoded.binding.family->types;
     text.Append("MESSAGE: ");
-    text.Append(types.types[type].name);
+    text.Append(types.NameOf(types.types[type]));
     text.Append("\n");
-    const bool ascii = reflect::AppendText(text, types, type, decoded.container.body);
-    return {true, ascii, text.View(), diagnostics};
+    const bool plain = reflect::AppendText(text, types, type, decoded.container.body);
+    return {true, plain, text.View(), diagnostics};
 }
 
 }  // namespace

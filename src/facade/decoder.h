@@ -70,8 +70,9 @@ std::string_view ErrorText(bits::Code code);
 /// The views are valid as long as the memory of the call.
 struct Answer {
     bool found;
-    /// Whether `text` is all ASCII, as nearly all texts are.
-    bool ascii;
+    /// Whether the fields of `text` are plain (reflect::IsPlain) but for line ends, as nearly
+    /// always.
+    bool plain;
     /// Each octet is a character of the same value.
     std::string_view text;
     /// Lines, each with a line feed.

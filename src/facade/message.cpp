@@ -88,7 +88,11 @@ bool AppendPathOf(const Matches& matches, const Field& around, std::string& path
 // ----------------------------------------------------------------------------------------
 
 std::string_view Type::Name() const noexcept {
-    return tables_ == nullptr ? std::string_view() : TablesOf(tables_).types[index_].name;
+    if (tables_ == nullptr) {
+        return {};
+    }
+    const TypeTables& tables = TablesOf(tables_);
+    return tables.NameOf(tables.types[index_]);
 }
 
 FieldKind Type::Kind() const noexcept {
@@ -130,7 +134,7 @@ TypeMember Type::Member(std::size_t index) const noexcept {
     }
     const TypeTables& tables = TablesOf(tables_);
     const reflect::ElementRow& element = tables.ElementsOf(tables.types[index_])[index];
-    return {element.Name(), Type(tables_, element.type), element.optional};
+    return {tables.NameOf(element), Type(tables_, element.type), element.optional};
 }
 
 std::size_t Type::ValueCount() const noexcept {
@@ -148,7 +152,7 @@ EnumeratedValue Type::Value(std::size_t index) const noexcept {
     const TypeTables& tables = TablesOf(tables_);
     const reflect::EnumRow& values = tables.enums[tables.types[index_].first];
     const reflect::EnumValueRow& value = tables.enumValues[values.firstValue + index];
-    return {value.value, value.Text()};
+    return {value.value, tables.TextOf(value)};
 }
 
 std::string_view Type::OtherWords() const noexcept {
@@ -156,7 +160,7 @@ std::string_view Type::OtherWords() const noexcept {
         return {};
     }
     const TypeTables& tables = TablesOf(tables_);
-    return tables.enums[tables.types[index_].first].otherText;
+    return tables.TextAt(tables.enums[tables.types[index_].first].otherText);
 }
 
 std::string_view Type::WordsOf(std::uint32_t number) const noexcept {
@@ -166,7 +170,7 @@ std::string_view Type::WordsOf(std::uint32_t number) const noexcept {
     const TypeTables& tables = TablesOf(tables_);
     const reflect::EnumRow& values = tables.enums[tables.types[index_].first];
     const reflect::EnumValueRow* listed = tables.FindValue(values, number);
-    return listed == nullptr ? values.otherText : listed->Text();
+    return listed == nullptr ? tables.TextAt(values.otherText) : tables.TextOf(*listed);
 }
 
 std::size_t MessageTypes::Count(Decoding decoding) noexcept {
@@ -486,7 +490,7 @@ void Message::AppendText(std::string& text) const {
     }
     facade::CallMemory memory;
     const facade::Answer answer = facade::TextOf(memory, contents_->decoding, contents_->decoded);
-    if (answer.ascii) {
+    if (answer.plain) {
         text.append(answer.text);
     } else {
         facade::AppendAsUtf8(text, answer.text);

@@ -49,8 +49,9 @@ std::string Listed(std::size_t count, const NameAt& nameAt) {
     return list + (count > kMostNames ? ", ..." : "");
 }
 
-std::string NamesOf(std::span<const ElementRow> elements) {
-    return Listed(elements.size(), [&](std::size_t index) { return elements[index].Name(); });
+std::string NamesOf(const reflect::TypeTables& types, std::span<const ElementRow> elements) {
+    return Listed(elements.size(),
+                  [&](std::size_t index) { return types.NameOf(elements[index]); });
 }
 
 /// "there are none", "there is 1", "there are 2".
@@ -200,13 +201,13 @@ class Message::Editor {
             return Stop(kWrongKind, path, std::string(WordsOf(row.kind)) + " has no members");
         }
         const std::span<const ElementRow> elements = Elements();
-        const auto found =
-            std::find_if(elements.begin(), elements.end(),
-                         [&](const ElementRow& element) { return element.Name() == name; });
+        const auto found = std::find_if(
+            elements.begin(), elements.end(),
+            [&](const ElementRow& element) { return Types().NameOf(element) == name; });
         if (found == elements.end()) {
             return Stop(kUnknownName, path,
                         std::string("there is no such ") + (isUnion ? "alternative" : "member") +
-                            "; there are " + NamesOf(elements));
+                            "; there are " + NamesOf(Types(), elements));
         }
         const auto index = static_cast<std::uint32_t>(found - elements.begin());
         if (isUnion) {
@@ -214,7 +215,7 @@ class Message::Editor {
             if (reflect::IsTagOf(row, tag) && tag != index + 1) {
                 return Stop(kOtherAlternative, path,
                             std::string("another alternative is chosen, ")
-                                .append(elements[tag - 1].Name())
+                                .append(Types().NameOf(elements[tag - 1]))
                                 .append("; choose this one first"));
             }
             cell_ = making     ? &bits::ChooseAlternative(Arena(), *cell_, index + 1)
@@ -290,9 +291,10 @@ MessageError Message::New(Decoding decoding, std::string_view name) {
     if (binding.set == nullptr) {
         return {kNoMessage, "", "this build does not describe the messages of the decoding"};
     }
+    const reflect::TypeTables& types = binding.family->types;
     const std::span<const std::uint16_t> messages = binding.set->memberTypes;
     const auto nameAt = [&](std::size_t index) {
-        return binding.family->types.types[messages[index]].name;
+        return types.NameOf(types.types[messages[index]]);
     };
     std::size_t index = 0;
     while (index < messages.size() && nameAt(index) != name) {
@@ -350,15 +352,16 @@ MessageError Message::SetWords(FieldAt field, std::string_view words) {
         const reflect::EnumRow& values = editor.Types().enums[row.first];
         const auto rows = editor.Types().enumValues.subspan(values.firstValue, values.valueCount);
         const auto listed =
-            std::find_if(rows.begin(), rows.end(),
-                         [&](const reflect::EnumValueRow& value) { return value.Text() == words; });
+            std::find_if(rows.begin(), rows.end(), [&](const reflect::EnumValueRow& value) {
+                return editor.Types().TextOf(value) == words;
+            });
         if (listed == rows.end()) {
             return editor.Refuse(kUnknownName,
                                  std::string("no value has the words \"")
                                      .append(words)
                                      .append("\"; there are ")
                                      .append(Listed(rows.size(), [&](std::size_t index) {
-                                         return rows[index].rendered;
+                                         return editor.Types().TextAt(rows[index].rendered);
                                      })));
         }
         number = listed->value;
@@ -411,14 +414,14 @@ MessageError Message::Choose(FieldAt field, std::string_view alternative) {
         return editor.RefuseKind("a choice of alternatives");
     }
     const std::span<const ElementRow> elements = editor.Elements();
-    const auto found =
-        std::find_if(elements.begin(), elements.end(),
-                     [&](const ElementRow& element) { return element.Name() == alternative; });
+    const auto found = std::find_if(
+        elements.begin(), elements.end(),
+        [&](const ElementRow& element) { return editor.Types().NameOf(element) == alternative; });
     if (found == elements.end()) {
         return editor.Refuse(kUnknownName, std::string("there is no alternative ")
                                                .append(alternative)
                                                .append("; there are ")
-                                               .append(NamesOf(elements)));
+                                               .append(NamesOf(editor.Types(), elements)));
     }
     const auto tag = static_cast<std::uint32_t>(found - elements.begin()) + 1;
     Cell& body = bits::ChooseAlternative(editor.Arena(), editor.Make(), tag);

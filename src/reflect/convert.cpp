@@ -286,13 +286,13 @@ class RecordComparer {
             const bits::Cell& memberOfA = CellAt(a.cells, index);
             const bits::Cell& memberOfB = CellAt(b.cells, index);
             if (elements[index].optional && memberOfA.present != memberOfB.present) {
-                return DiffersAt(elements[index].Name());
+                return DiffersAt(tables_.NameOf(elements[index]));
             }
             if (elements[index].optional && !memberOfA.present) {
                 continue;
             }
             if (!Equal(elements[index].type, memberOfA, memberOfB)) {
-                return DiffersAt(elements[index].Name());
+                return DiffersAt(tables_.NameOf(elements[index]));
             }
         }
         return true;
@@ -308,7 +308,7 @@ class RecordComparer {
         }
         const ElementRow& chosen = tables_.ElementsOf(row)[a.number - 1];
         return Equal(chosen.type, CellAt(a.cells, 0), CellAt(b.cells, 0)) ||
-               DiffersAt(chosen.Name());
+               DiffersAt(tables_.NameOf(chosen));
     }
 
     /// False, with a step put in front of the path.

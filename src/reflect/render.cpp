@@ -25,18 +25,20 @@ class Renderer {
 
     char* PutValue(char* at, std::uint16_t type, const Cell& cell, std::size_t indent) {
         const TypeRow& row = tables_.types[type];
-        // Most values by far, which are worth no call of their own.
+        // Nearly all items of sequences, which are worth no call of their own.
         if (row.kind == TypeKind::kInteger) {
-            const Cell& held = NumberCell(row, cell);
-            return PutSigned(PutLocation(at, held.location),
-                             static_cast<std::int32_t>(held.number));
+            return PutInteger(at, NumberCell(row, cell));
         }
         return PutOther(at, row, cell, indent);
     }
 
-    [[nodiscard]] bool IsAscii() const { return ascii_; }
+    [[nodiscard]] bool IsPlain() const { return plain_; }
 
   private:
+    static char* PutInteger(char* at, const Cell& held) {
+        return PutSigned(PutLocation(at, held.location), static_cast<std::int32_t>(held.number));
+    }
+
     char* PutOther(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
         switch (row.kind) {
             case TypeKind::kInteger:
@@ -59,16 +61,15 @@ class Renderer {
         at = PutLocation(at, held.location);
         const EnumRow& values = tables_.enums[row.first];
         if (const EnumValueRow* listed = tables_.FindValue(values, held.number)) {
-            ascii_ = ascii_ && listed->ascii;
-            return PutPadded(stream_.RoomAt(at, listed->rendered.size()), listed->rendered);
+            plain_ = plain_ && listed->plain;
+            return PutText(at, listed->rendered);
         }
         if (!values.hasOtherText) {
             return PutUnsigned(at, held.number);
         }
-        ascii_ = ascii_ && values.otherIsAscii;
-        stream_.Advance(at);
-        stream_.Append(values.otherText);
-        at = PutUnsigned(PutLiteral(stream_.Room(0), " ("), held.number);
+        plain_ = plain_ && values.otherIsPlain;
+        at = PutLiteral(PutText(at, values.otherText), " (");
+        at = PutUnsigned(at, held.number);
         return PutLiteral(at, ")");
     }
 
@@ -122,10 +123,13 @@ class Renderer {
         for (const ElementRow& element : tables_.ElementsOf(row)) {
             const Cell& member = *next;
             next += step;
-            at = PutIndent(stream_.RoomAt(at, 2 * inner + element.label.size()), inner);
-            at = PutPadded(at, element.label);
+            const std::string_view label = tables_.TextAt(element.label);
+            at = PutIndent(stream_.RoomAt(at, 2 * inner + label.size()), inner);
+            at = PutPadded(at, label);
             if (element.optional && !member.present) {
                 at = PutLiteral(at, "MISSING");
+            } else if (element.integer) {
+                at = PutInteger(at, member);
             } else {
                 at = PutValue(at, element.type, member, inner);
             }
@@ -134,19 +138,23 @@ class Renderer {
         return PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "}\n");
     }
 
+    char* PutText(char* at, TextRef ref) {
+        const std::string_view text = tables_.TextAt(ref);
+        return PutPadded(stream_.RoomAt(at, text.size()), text);
+    }
+
     char* PutUnion(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
         if (row.count == 0) {
             return PutLiteral(at, "NOT SET");
         }
         const Choice choice = ChoiceOf(row, cell);
         const ElementRow& chosen = tables_.ElementsOf(row)[choice.index];
-        at = PutPadded(stream_.RoomAt(at, chosen.label.size()), chosen.label);
-        return PutValue(at, chosen.type, *choice.body, indent + 1);
+        return PutValue(PutText(at, chosen.label), chosen.type, *choice.body, indent + 1);
     }
 
     TextBuffer& stream_;
     const TypeTables& tables_;
-    bool ascii_ = true;  // names are, texts of enumerations need not be
+    bool plain_ = true;  // names are, texts of enumerations need not be
 };
 
 }  // namespace
@@ -155,7 +163,7 @@ bool AppendText(TextBuffer& stream, const TypeTables& tables, std::uint16_t type
                 std::uint32_t indent) {
     Renderer renderer(stream, tables);
     stream.Advance(renderer.PutValue(stream.Room(0), type, cell, indent));
-    return renderer.IsAscii();
+    return renderer.IsPlain();
 }
 
 }  // namespace quorvane::reflect

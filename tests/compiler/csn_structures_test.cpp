@@ -260,8 +260,9 @@ std::vector<test::GoldenFile> GoldenFilesOf(const families::Family& family) {
 }
 
 std::uint16_t TypeNamed(const reflect::TypeTables& tables, const std::string& name) {
-    return *std::find_if(tables.named.begin(), tables.named.end(),
-                         [&](std::uint16_t type) { return tables.types[type].name == name; });
+    return *std::find_if(tables.named.begin(), tables.named.end(), [&](std::uint16_t type) {
+        return tables.NameOf(tables.types[type]) == name;
+    });
 }
 
 /// The record that the library stores against the one of the machine's field records; also stored

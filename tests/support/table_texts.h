@@ -1,59 +1,49 @@
 #pragma once
 
-// The texts of type tables that tests write by hand, in the form of those that the compiler writes.
+// The texts of type tables that tests write by hand, in the form of those that the compiler writes:
+// all in one store, `TableTexts()`, which their tables name.
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
 #include <cstdint>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
-#include "reflect/text_pieces.h"
 #include "reflect/type_tables.h"
 
 namespace quorvane::reflect::test {
 
-template <std::size_t kSize>
-struct Literal {
-    // NOLINTNEXTLINE(google-explicit-constructor): a literal as a template argument
-    consteval Literal(const char (&text)[kSize]) { std::copy_n(text, kSize, octets); }
+namespace table_texts {
 
-    static constexpr std::size_t kLength = kSize - 1;
-    char octets[kSize]{};
-};
+inline constexpr std::size_t kRoom = 4096;
+inline char store[kRoom + kCopyStep];
+inline std::uint32_t used = 0;
 
-template <Literal kName>
-inline constexpr auto kLabelText = [] {
-    std::array<char, kName.kLength + 2 + kCopyStep> text{};
-    char* end = std::copy_n(kName.octets, kName.kLength, text.data());
-    *end++ = ':';
-    *end = ' ';
-    return text;
-}();
+}  // namespace table_texts
+
+inline const char* TableTexts() {
+    return table_texts::store;
+}
+
+/// Puts `text` in the store.
+inline TextRef Stored(std::string_view text) {
+    if (table_texts::used + text.size() > table_texts::kRoom) {
+        throw std::length_error("give the store of the tests' tables more room");
+    }
+    const std::uint32_t offset = table_texts::used;
+    text.copy(table_texts::store + offset, text.size());
+    table_texts::used += static_cast<std::uint32_t>(text.size());
+    return {offset & (kMostTexts - 1), text.size() & kLongestText};
+}
 
 /// The label of a member of that name.
-template <Literal kName>
-inline constexpr std::string_view kLabel{kLabelText<kName>.data(), kName.kLength + 2};
+inline TextRef Label(std::string_view name) {
+    return Stored(std::string(name) + ": ");
+}
 
-template <Literal kText, std::uint32_t kValue>
-inline constexpr auto kListedText = [] {
-    static_assert(kValue < kSmallNumberCount);
-    constexpr SmallNumber kNumber = kSmallNumbers[kValue];
-    std::array<char, kText.kLength + 3 + kNumber.length + kCopyStep> text{};
-    char* end = std::copy_n(kText.octets, kText.kLength, text.data());
-    *end++ = ' ';
-    *end++ = '(';
-    end = std::copy_n(kNumber.digits, kNumber.length, end);
-    *end = ')';
-    return text;
-}();
-
-/// A value of an enumeration, with an ASCII text.
-template <Literal kText, std::uint32_t kValue>
-inline constexpr EnumValueRow kListed{
-    {kListedText<kText, kValue>.data(), kListedText<kText, kValue>.size() - kCopyStep},
-    kText.kLength,
-    true,
-    kValue};
+/// A value of an enumeration.
+inline EnumValueRow Listed(std::string_view text, std::uint32_t value) {
+    return {Stored(std::string(text) + " (" + std::to_string(value) + ")"),
+            static_cast<std::uint16_t>(text.size()), IsPlain(text), value};
+}
 
 }  // namespace quorvane::reflect::test

@@ -147,14 +147,14 @@ TEST(CatalogueReport, Enumerations) {
 }
 
 TEST(CatalogueReport, ElementsInsideSequencesAreListedBelowThem) {
-    static constexpr std::array kElements = {ElementRow{test::kLabel<"Item">, 2, false}};
-    static constexpr std::array kRows = {
-        TypeRow{"List", TypeKind::kSequence, true, false, 20, 1, 0},
-        TypeRow{"List_data", TypeKind::kStruct, false, false, 0, 0, 1},
-        TypeRow{"List_data_Item", TypeKind::kBinary, false, true, 40, 0, 0},
+    const std::array kElements = {ElementRow{test::Label("Item"), 2, false}};
+    const std::array kRows = {
+        TypeRow{test::Stored("List"), TypeKind::kSequence, true, false, 20, 1, 0},
+        TypeRow{{}, TypeKind::kStruct, false, false, 0, 0, 1},
+        TypeRow{{}, TypeKind::kBinary, false, true, 40, 0, 0},
     };
     static constexpr std::array<std::uint16_t, 1> kNamed = {0};
-    const Catalogue catalogue(TypeTables{kRows, kElements, {}, {}, kNamed});
+    const Catalogue catalogue(TypeTables{test::TableTexts(), kRows, kElements, {}, {}, kNamed});
     TextBuffer stream;
     ListElements(catalogue, stream);
     EXPECT_EQ(stream.View(), "List[].Item\tbinary\t40\tfixed\tmandatory\n");

@@ -98,7 +98,7 @@ TypeUnderTest::TypeUnderTest(const families::Family& family, std::string_view ty
     row_ = &*value;
     const auto named = family.types.named;
     const auto index = std::find_if(named.begin(), named.end(), [&](std::uint16_t candidate) {
-        return family.types.types[candidate].name == type;
+        return family.types.NameOf(family.types.types[candidate]) == type;
     });
     EXPECT_NE(index, named.end()) << type;
     type_ = *index;

@@ -94,16 +94,19 @@ TEST(Families, EndTheirCataloguesWithTheMessageSets) {
         ASSERT_GE(tables.named.size(), sets.size());
         std::size_t index = tables.named.size() - sets.size();
         for (const auto& set : sets) {
-            EXPECT_EQ(tables.types[tables.named[index]].name, set.name);
+            EXPECT_EQ(tables.NameOf(tables.types[tables.named[index]]), set.name);
             EXPECT_EQ(tables.named[index++], set.type);
             EXPECT_EQ(tables.types[set.type].count, set.messages.size());
         }
     }
 }
 
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char octet) { return static_cast<unsigned char>(octet) < 0x80; });
+// What JSON strings take as it stands (RFC 8259, 7), of ASCII.
+bool NeedsNoEscape(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char octet) {
+        return std::string_view("\"\\").find(octet) != std::string_view::npos ||
+               !(octet >= ' ' && octet <= '~');
+    });
 }
 
 bool IsName(std::string_view name) {
@@ -122,8 +125,9 @@ TEST(Families, HaveMembersWithPlainNamesOfTheirOwn) {
             }
             std::set<std::string_view> names;
             for (const reflect::ElementRow& element : family->types.ElementsOf(type)) {
-                EXPECT_TRUE(IsName(element.Name())) << element.Name();
-                EXPECT_TRUE(names.insert(element.Name()).second) << type.name << element.Name();
+                const std::string_view name = family->types.NameOf(element);
+                EXPECT_TRUE(IsName(name)) << name;
+                EXPECT_TRUE(names.insert(name).second) << family->types.NameOf(type) << name;
             }
         }
     }
@@ -133,26 +137,28 @@ TEST(Families, HaveTheirTextsReadyForTheRendering) {
     for (const Family* family : AllFamiliesAndTheSample()) {
         const auto& tables = family->types;
         for (const reflect::ElementRow& element : tables.elements) {
-            EXPECT_TRUE(element.label.ends_with(": ")) << element.label;
-            EXPECT_TRUE(IsAscii(element.label)) << element.label;
+            const std::string_view label = tables.TextAt(element.label);
+            EXPECT_TRUE(label.ends_with(": ")) << label;
+            EXPECT_TRUE(NeedsNoEscape(label)) << label;
             // What a copying step reads behind a label is there to be read.
-            const std::string_view step(element.label.data(), reflect::kCopyStep);
-            EXPECT_EQ(step.substr(0, element.label.size()),
-                      element.label.substr(0, reflect::kCopyStep));
+            const std::string_view step(label.data(), reflect::kCopyStep);
+            EXPECT_EQ(step.substr(0, label.size()), label.substr(0, reflect::kCopyStep));
         }
         for (const reflect::EnumValueRow& value : tables.enumValues) {
-            EXPECT_EQ(value.rendered,
-                      std::string(value.Text()) + " (" + std::to_string(value.value) + ")");
-            EXPECT_EQ(value.ascii, IsAscii(value.Text())) << value.rendered;
+            const std::string_view text = tables.TextOf(value);
+            EXPECT_EQ(tables.TextAt(value.rendered),
+                      std::string(text) + " (" + std::to_string(value.value) + ")");
+            EXPECT_EQ(value.plain, NeedsNoEscape(text)) << text;
         }
         for (const reflect::EnumRow& row : tables.enums) {
             const auto values = tables.enumValues.subspan(row.firstValue, row.valueCount);
-            EXPECT_EQ(row.otherIsAscii, IsAscii(row.otherText)) << row.otherText;
+            const std::string_view other = tables.TextAt(row.otherText);
+            EXPECT_EQ(row.otherIsPlain, NeedsNoEscape(other)) << other;
             for (const reflect::EnumValueRow& value : values) {
                 const auto first =
                     std::find_if(values.begin(), values.end(),
                                  [&](const auto& listed) { return listed.value == value.value; });
-                EXPECT_EQ(tables.FindValue(row, value.value), &*first) << value.rendered;
+                EXPECT_EQ(tables.FindValue(row, value.value), &*first) << tables.TextOf(value);
             }
         }
     }

@@ -154,7 +154,8 @@ std::set<std::string> FamilyTypes() {
     std::set<std::string> found;
     for (const auto* family : quorvane::families::AllFamilies()) {
         for (const std::uint16_t type : family->types.named) {
-            const auto names = NamesOf(std::string(family->types.types[type].name));
+            const auto names =
+                NamesOf(std::string(family->types.NameOf(family->types.types[type])));
             if (!names.empty() && names.front().size() >= kShortest) {
                 found.insert(names.front());
             }

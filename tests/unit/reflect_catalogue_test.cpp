@@ -83,8 +83,8 @@ TEST(Catalogue, ElementsStandAtTheirPositions) {
         for (std::uint32_t index = 0; index < row.count; ++index) {
             const ElementRow& expected = kMixedTables.ElementsOf(row)[index];
             const TEDClassStructuredElement* element = structured.GetElement(index);
-            EXPECT_EQ(element->GetName(), expected.Name());
-            EXPECT_EQ(element->GetLabel(), expected.label);
+            EXPECT_EQ(element->GetName(), kMixedTables.NameOf(expected));
+            EXPECT_EQ(element->GetLabel(), kMixedTables.TextAt(expected.label));
             EXPECT_EQ(element->IsOptional(), expected.optional);
             EXPECT_EQ(element->GetType().GetTarget(), catalogue.GetDescriptor(expected.type));
             EXPECT_EQ(element->GetType().IsOwned(), !kMixedTables.types[expected.type].named);
@@ -109,12 +109,13 @@ TEST(Catalogue, CopiesOfDescriptorsOutliveIt) {
 }
 
 TEST(Catalogue, ItsCapacityIsTheNextMultipleOfEight) {
-    std::vector<TypeRow> rows(119, TypeRow{"T", TypeKind::kInteger, true, false, 8, 0, 0});
+    std::vector<TypeRow> rows(119,
+                              TypeRow{test::Stored("T"), TypeKind::kInteger, true, false, 8, 0, 0});
     std::vector<std::uint16_t> named;
     for (std::uint16_t type = 0; type < rows.size(); ++type) {
         named.push_back(type);
     }
-    const Catalogue catalogue(TypeTables{rows, {}, {}, {}, named});
+    const Catalogue catalogue(TypeTables{test::TableTexts(), rows, {}, {}, {}, named});
     EXPECT_EQ(catalogue.GetNamed().GetCount(), 119U);
     EXPECT_EQ(catalogue.GetNamed().GetCapacity(), 120U);
 }

@@ -255,48 +255,48 @@ enum PdnType : std::uint16_t {
     kPcoContents,
 };
 
-constexpr std::array kPdnValues = {
-    test::kListed<"initial attach", 1>,
-    test::kListed<"IPv4v6", 3>,
-    test::kListed<"IP address allocation via NAS signalling", 10>,
+const std::array kPdnValues = {
+    test::Listed("initial attach", 1),
+    test::Listed("IPv4v6", 3),
+    test::Listed("IP address allocation via NAS signalling", 10),
 };
-constexpr std::array kPdnEnums = {EnumRow{0, 1, 0, {}, false, true},
-                                  EnumRow{1, 1, 0, {}, false, true},
-                                  EnumRow{2, 1, 0, {}, false, true}};
-constexpr std::array kPdnElements = {
-    ElementRow{test::kLabel<"EPSBearerIdentity">, kIdentity, false},
-    ElementRow{test::kLabel<"ProcedureTransactionIdentity">, kTransaction, false},
-    ElementRow{test::kLabel<"RequestType">, kRequestType, false},
-    ElementRow{test::kLabel<"PDNType">, kPdnType, false},
-    ElementRow{test::kLabel<"ESMInformationTransferFlag">, kTransferFlag, true},
-    ElementRow{test::kLabel<"AccessPointName">, kAccessPoint, true},
-    ElementRow{test::kLabel<"ProtocolConfigurationOptions">, kPco, true},
-    ElementRow{test::kLabel<"spare">, kPcoSpare, false},
-    ElementRow{test::kLabel<"ConfigurationProtocol">, kPcoProtocol, false},
-    ElementRow{test::kLabel<"ProtocolCfgs">, kPcoList, false},
-    ElementRow{test::kLabel<"ProtocolId">, kPcoId, false},
-    ElementRow{test::kLabel<"Contents">, kPcoContents, false},
+const std::array kPdnEnums = {EnumRow{0, 1, 0, {}, false, true}, EnumRow{1, 1, 0, {}, false, true},
+                              EnumRow{2, 1, 0, {}, false, true}};
+const std::array kPdnElements = {
+    ElementRow{test::Label("EPSBearerIdentity"), kIdentity, false},
+    ElementRow{test::Label("ProcedureTransactionIdentity"), kTransaction, false},
+    ElementRow{test::Label("RequestType"), kRequestType, false},
+    ElementRow{test::Label("PDNType"), kPdnType, false},
+    ElementRow{test::Label("ESMInformationTransferFlag"), kTransferFlag, true},
+    ElementRow{test::Label("AccessPointName"), kAccessPoint, true},
+    ElementRow{test::Label("ProtocolConfigurationOptions"), kPco, true},
+    ElementRow{test::Label("spare"), kPcoSpare, false},
+    ElementRow{test::Label("ConfigurationProtocol"), kPcoProtocol, false},
+    ElementRow{test::Label("ProtocolCfgs"), kPcoList, false},
+    ElementRow{test::Label("ProtocolId"), kPcoId, false},
+    ElementRow{test::Label("Contents"), kPcoContents, false},
 };
-constexpr std::array kPdnRows = {
-    TypeRow{"PDN_CONNECTIVITY_REQUEST", TypeKind::kStruct, true, false, 0, 0, 7},
-    TypeRow{"epsProtocolCfgList", TypeKind::kStruct, true, false, 0, 7, 3},
-    TypeRow{"1", TypeKind::kInteger, false, false, 4, 0, 0},
-    TypeRow{"2", TypeKind::kInteger, false, false, 8, 0, 0},
-    TypeRow{"3", TypeKind::kEnumerated, false, false, 4, 0, 0},
-    TypeRow{"4", TypeKind::kEnumerated, false, false, 4, 1, 0},
-    TypeRow{"5", TypeKind::kInteger, false, false, 1, 0, 0},
-    TypeRow{"6", TypeKind::kBinary, false, false, 800, 0, 0},
-    TypeRow{"7", TypeKind::kInteger, false, false, 0, 0, 0},
-    TypeRow{"8", TypeKind::kInteger, false, false, 3, 0, 0},
-    TypeRow{"9", TypeKind::kSequence, false, false, 20, kPcoItem, 0},
-    TypeRow{"10", TypeKind::kStruct, false, false, 0, 10, 2},
-    TypeRow{"11", TypeKind::kEnumerated, false, false, 16, 2, 0},
-    TypeRow{"12", TypeKind::kBinary, false, false, 2008, 0, 0},
+const std::array kPdnRows = {
+    TypeRow{test::Stored("PDN_CONNECTIVITY_REQUEST"), TypeKind::kStruct, true, false, 0, 0, 7},
+    TypeRow{test::Stored("epsProtocolCfgList"), TypeKind::kStruct, true, false, 0, 7, 3},
+    TypeRow{{}, TypeKind::kInteger, false, false, 4, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 8, 0, 0},
+    TypeRow{{}, TypeKind::kEnumerated, false, false, 4, 0, 0},
+    TypeRow{{}, TypeKind::kEnumerated, false, false, 4, 1, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 1, 0, 0},
+    TypeRow{{}, TypeKind::kBinary, false, false, 800, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 0, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 3, 0, 0},
+    TypeRow{{}, TypeKind::kSequence, false, false, 20, kPcoItem, 0},
+    TypeRow{test::Stored("10"), TypeKind::kStruct, false, false, 0, 10, 2},
+    TypeRow{test::Stored("11"), TypeKind::kEnumerated, false, false, 16, 2, 0},
+    TypeRow{test::Stored("12"), TypeKind::kBinary, false, false, 2008, 0, 0},
 };
 constexpr std::array<std::uint16_t, 2> kPdnNamed = {kPco, kRequest};
 
 TEST(Convert, AWholeMessage) {
-    const Catalogue catalogue(TypeTables{kPdnRows, kPdnElements, kPdnEnums, kPdnValues, kPdnNamed});
+    const Catalogue catalogue(
+        TypeTables{test::TableTexts(), kPdnRows, kPdnElements, kPdnEnums, kPdnValues, kPdnNamed});
     bits::Arena arena;
     Cell record{};
     Cell* members = bits::StructCells(arena, record, 7);

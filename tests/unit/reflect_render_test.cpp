@@ -135,10 +135,10 @@ TEST_F(RenderTest, OfEverythingWithoutContents) {
 }
 
 TEST_F(RenderTest, UnionsWithoutAlternativesAreNotSet) {
-    static constexpr std::array kRows = {
-        TypeRow{"Nothing", TypeKind::kUnion, true, false, 0, 0, 0}};
+    const std::array kRows = {
+        TypeRow{test::Stored("Nothing"), TypeKind::kUnion, true, false, 0, 0, 0}};
     TextBuffer stream;
-    AppendText(stream, TypeTables{kRows, {}, {}, {}, {}}, 0, Cell{});
+    AppendText(stream, TypeTables{test::TableTexts(), kRows, {}, {}, {}, {}}, 0, Cell{});
     EXPECT_EQ(stream.View(), "NOT SET");
 }
 

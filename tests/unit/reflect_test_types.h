@@ -73,82 +73,82 @@ enum EverythingMember : std::uint32_t {
     kMemberCount,
 };
 
-inline constexpr std::array kMixedEnumValues = {
-    kListed<"one", 1>, kListed<"three", 3>, kListed<"three again", 3>, kListed<"five", 5>,
-    kListed<"red", 0>, kListed<"green", 1>, kListed<"blue", 2>,
+inline const std::array kMixedEnumValues = {
+    Listed("one", 1), Listed("three", 3), Listed("three again", 3), Listed("five", 5),
+    Listed("red", 0), Listed("green", 1), Listed("blue", 2),
 };
 
-inline constexpr std::array kMixedEnums = {
-    EnumRow{0, 3, 0, "reserved", true, true},
+inline const std::array kMixedEnums = {
+    EnumRow{0, 3, 0, Stored("reserved"), true, true},
     EnumRow{3, 1, 0, {}, false, true},
     EnumRow{4, 3, 3, {}, false, true},
 };
 
-inline constexpr std::array kMixedElements = {
+inline const std::array kMixedElements = {
     // Small
-    ElementRow{kLabel<"Number">, kSmallNumber, false},
-    ElementRow{kLabel<"Flag">, kSmallFlag, true},
+    ElementRow{Label("Number"), kSmallNumber, false},
+    ElementRow{Label("Flag"), kSmallFlag, true},
     // Choice
-    ElementRow{kLabel<"Num">, kChoiceNum, true},
-    ElementRow{kLabel<"Item">, kSmall, true},
-    ElementRow{kLabel<"Octets">, kChoiceOctets, true},
+    ElementRow{Label("Num"), kChoiceNum, true},
+    ElementRow{Label("Item"), kSmall, true},
+    ElementRow{Label("Octets"), kChoiceOctets, true},
     // Everything
-    ElementRow{kLabel<"Plain">, kPlain, false},
-    ElementRow{kLabel<"Spare">, kSpare, false},
-    ElementRow{kLabel<"TypeOnly">, kTypeOnly, true},
-    ElementRow{kLabel<"Kind">, kEnumKind, false},
-    ElementRow{kLabel<"Fixed">, kFixed, false},
-    ElementRow{kLabel<"Octets">, kOctets, true},
-    ElementRow{kLabel<"Numbers">, kNumbers, false},
-    ElementRow{kLabel<"Smalls">, kSmallList, false},
-    ElementRow{kLabel<"Choice">, kChoice, false},
-    ElementRow{kLabel<"Inner">, kInner, false},
-    ElementRow{kLabel<"MaybeSmall">, kSmall, true},
-    ElementRow{kLabel<"Bare">, kBareEnum, false},
-    ElementRow{kLabel<"Colour">, kColour, true},
+    ElementRow{Label("Plain"), kPlain, false},
+    ElementRow{Label("Spare"), kSpare, false},
+    ElementRow{Label("TypeOnly"), kTypeOnly, true},
+    ElementRow{Label("Kind"), kEnumKind, false},
+    ElementRow{Label("Fixed"), kFixed, false},
+    ElementRow{Label("Octets"), kOctets, true},
+    ElementRow{Label("Numbers"), kNumbers, false},
+    ElementRow{Label("Smalls"), kSmallList, false},
+    ElementRow{Label("Choice"), kChoice, false},
+    ElementRow{Label("Inner"), kInner, false},
+    ElementRow{Label("MaybeSmall"), kSmall, true},
+    ElementRow{Label("Bare"), kBareEnum, false},
+    ElementRow{Label("Colour"), kColour, true},
     // Inner
-    ElementRow{kLabel<"Wide">, kWide, false},
-    ElementRow{kLabel<"Grid">, kGrid, false},
+    ElementRow{Label("Wide"), kWide, false},
+    ElementRow{Label("Grid"), kGrid, false},
     // MixedSet
-    ElementRow{kLabel<"Small">, kSmall, true},
-    ElementRow{kLabel<"Everything">, kEverything, true},
-    ElementRow{kLabel<"Empty">, kEmpty, true},
+    ElementRow{Label("Small"), kSmall, true},
+    ElementRow{Label("Everything"), kEverything, true},
+    ElementRow{Label("Empty"), kEmpty, true},
 };
 
-inline constexpr std::array kMixedRows = {
-    TypeRow{"Small", TypeKind::kStruct, true, false, 0, 0, 2},
-    TypeRow{"SmallList", TypeKind::kSequence, true, false, 3, kSmall, 0},
-    TypeRow{"Colour", TypeKind::kEnumerated, true, false, 2, 2, 0},
-    TypeRow{"Choice", TypeKind::kUnion, true, false, 0, 2, 3},
-    TypeRow{"Everything", TypeKind::kStruct, true, false, 0, 5, kMemberCount},
-    TypeRow{"Empty", TypeKind::kStruct, true, false, 0, 20, 0},
-    TypeRow{"Message_set_Mixed", TypeKind::kUnion, true, false, 0, 20, 3},
-    TypeRow{"Small_Number", TypeKind::kInteger, false, false, 8, 0, 0},
-    TypeRow{"Small_Flag", TypeKind::kInteger, false, false, 1, 0, 0},
-    TypeRow{"Choice_Num", TypeKind::kInteger, false, false, 8, 0, 0},
-    TypeRow{"Choice_Octets", TypeKind::kBinary, false, false, 16, 0, 0},
-    TypeRow{"Everything_Plain", TypeKind::kInteger, false, false, 16, 0, 0},
-    TypeRow{"Everything_Spare", TypeKind::kInteger, false, false, 0, 0, 0},
-    TypeRow{"Everything_TypeOnly", TypeKind::kInteger, false, false, 0, 0, 0},
-    TypeRow{"Everything_Kind", TypeKind::kEnumerated, false, false, 8, 0, 0},
-    TypeRow{"Everything_Fixed", TypeKind::kBinary, false, true, 36, 0, 0},
-    TypeRow{"Everything_Octets", TypeKind::kBinary, false, false, 16, 0, 0},
-    TypeRow{"Everything_Numbers", TypeKind::kSequence, false, false, 4, kNumbersItem, 0},
-    TypeRow{"Everything_Numbers_data", TypeKind::kInteger, false, false, 8, 0, 0},
-    TypeRow{"Everything_Inner", TypeKind::kStruct, false, false, 0, 18, 2},
-    TypeRow{"Everything_Inner_Wide", TypeKind::kInteger, false, false, 32, 0, 0},
-    TypeRow{"Everything_Inner_Grid", TypeKind::kSequence, false, false, 2, kGridRow, 0},
-    TypeRow{"Everything_Inner_Grid_data", TypeKind::kSequence, false, false, 3, kGridItem, 0},
-    TypeRow{"Everything_Inner_Grid_data_data", TypeKind::kEnumerated, false, false, 8, 1, 0},
-    TypeRow{"Everything_Bare", TypeKind::kEnumerated, false, false, 4, 1, 0},
+inline const std::array kMixedRows = {
+    TypeRow{Stored("Small"), TypeKind::kStruct, true, false, 0, 0, 2},
+    TypeRow{Stored("SmallList"), TypeKind::kSequence, true, false, 3, kSmall, 0},
+    TypeRow{Stored("Colour"), TypeKind::kEnumerated, true, false, 2, 2, 0},
+    TypeRow{Stored("Choice"), TypeKind::kUnion, true, false, 0, 2, 3},
+    TypeRow{Stored("Everything"), TypeKind::kStruct, true, false, 0, 5, kMemberCount},
+    TypeRow{Stored("Empty"), TypeKind::kStruct, true, false, 0, 20, 0},
+    TypeRow{Stored("Message_set_Mixed"), TypeKind::kUnion, true, false, 0, 20, 3},
+    TypeRow{{}, TypeKind::kInteger, false, false, 8, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 1, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 8, 0, 0},
+    TypeRow{{}, TypeKind::kBinary, false, false, 16, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 16, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 0, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 0, 0, 0},
+    TypeRow{{}, TypeKind::kEnumerated, false, false, 8, 0, 0},
+    TypeRow{{}, TypeKind::kBinary, false, true, 36, 0, 0},
+    TypeRow{{}, TypeKind::kBinary, false, false, 16, 0, 0},
+    TypeRow{{}, TypeKind::kSequence, false, false, 4, kNumbersItem, 0},
+    TypeRow{{}, TypeKind::kInteger, false, false, 8, 0, 0},
+    TypeRow{{}, TypeKind::kStruct, false, false, 0, 18, 2},
+    TypeRow{{}, TypeKind::kInteger, false, false, 32, 0, 0},
+    TypeRow{{}, TypeKind::kSequence, false, false, 2, kGridRow, 0},
+    TypeRow{{}, TypeKind::kSequence, false, false, 3, kGridItem, 0},
+    TypeRow{{}, TypeKind::kEnumerated, false, false, 8, 1, 0},
+    TypeRow{{}, TypeKind::kEnumerated, false, false, 4, 1, 0},
 };
 
 inline constexpr std::array<std::uint16_t, 7> kMixedNamed = {
     kSmall, kSmallList, kColour, kChoice, kEverything, kEmpty, kMixedSet,
 };
 
-inline constexpr TypeTables kMixedTables{kMixedRows, kMixedElements, kMixedEnums, kMixedEnumValues,
-                                         kMixedNamed};
+inline const TypeTables kMixedTables{TableTexts(), kMixedRows,       kMixedElements,
+                                     kMixedEnums,  kMixedEnumValues, kMixedNamed};
 
 /// The text of kEverything before anything was decoded.
 inline constexpr const char* kDefaultText =

@@ -20,44 +20,42 @@ using reflect::TypeRow;
 constexpr std::uint16_t kIntegerType = 0;
 constexpr std::uint16_t kTypeOfChannelType = 1;
 
-constexpr std::array kElements = {
-    ElementRow{reflect::test::kLabel<"CellDescription">, kIntegerType,
-               false},  // 0, neighbour cells
-    ElementRow{reflect::test::kLabel<"ExtInd">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"BAInd">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"CellDescription">, kIntegerType,
+const std::array kElements = {
+    ElementRow{reflect::test::Label("CellDescription"), kIntegerType, false},  // 0, neighbour cells
+    ElementRow{reflect::test::Label("ExtInd"), kIntegerType, false},
+    ElementRow{reflect::test::Label("BAInd"), kIntegerType, false},
+    ElementRow{reflect::test::Label("CellDescription"), kIntegerType,
                false},  // 3, neighbour cells 2
-    ElementRow{reflect::test::kLabel<"MultibandReporting">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"BAInd">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"ChType">, kIntegerType, true},  // 6, channel type
-    ElementRow{reflect::test::kLabel<"Subchannel">, kIntegerType, true},
-    ElementRow{reflect::test::kLabel<"ChType">, kTypeOfChannelType,
+    ElementRow{reflect::test::Label("MultibandReporting"), kIntegerType, false},
+    ElementRow{reflect::test::Label("BAInd"), kIntegerType, false},
+    ElementRow{reflect::test::Label("ChType"), kIntegerType, true},  // 6, channel type
+    ElementRow{reflect::test::Label("Subchannel"), kIntegerType, true},
+    ElementRow{reflect::test::Label("ChType"), kTypeOfChannelType,
                false},  // 8, channel descriptions
-    ElementRow{reflect::test::kLabel<"TN">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"TSC">, kIntegerType, false},  // 10, channel description 3
-    ElementRow{reflect::test::kLabel<"H">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"MAIO">, kIntegerType, true},
-    ElementRow{reflect::test::kLabel<"HSN">, kIntegerType, true},
-    ElementRow{reflect::test::kLabel<"spare">, kIntegerType, true},
-    ElementRow{reflect::test::kLabel<"ARFCN">, kIntegerType, true},
-    ElementRow{reflect::test::kLabel<"MA">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"MessageContent">, kIntegerType,
-               false},  // 17, channel request
-    ElementRow{reflect::test::kLabel<"Description">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"RandomReference">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"IdentityDigit">, kIntegerType, false},  // 20, mobile identity
-    ElementRow{reflect::test::kLabel<"IdentityType">, kIntegerType, false},
-    ElementRow{reflect::test::kLabel<"BitmapLength">, kIntegerType,
+    ElementRow{reflect::test::Label("TN"), kIntegerType, false},
+    ElementRow{reflect::test::Label("TSC"), kIntegerType, false},  // 10, channel description 3
+    ElementRow{reflect::test::Label("H"), kIntegerType, false},
+    ElementRow{reflect::test::Label("MAIO"), kIntegerType, true},
+    ElementRow{reflect::test::Label("HSN"), kIntegerType, true},
+    ElementRow{reflect::test::Label("spare"), kIntegerType, true},
+    ElementRow{reflect::test::Label("ARFCN"), kIntegerType, true},
+    ElementRow{reflect::test::Label("MA"), kIntegerType, false},
+    ElementRow{reflect::test::Label("MessageContent"), kIntegerType, false},  // 17, channel request
+    ElementRow{reflect::test::Label("Description"), kIntegerType, false},
+    ElementRow{reflect::test::Label("RandomReference"), kIntegerType, false},
+    ElementRow{reflect::test::Label("IdentityDigit"), kIntegerType, false},  // 20, mobile identity
+    ElementRow{reflect::test::Label("IdentityType"), kIntegerType, false},
+    ElementRow{reflect::test::Label("BitmapLength"), kIntegerType,
                false},  // 22, bit map type reporting
-    ElementRow{reflect::test::kLabel<"BitmapReporting">, kIntegerType, false},
+    ElementRow{reflect::test::Label("BitmapReporting"), kIntegerType, false},
 };
 
-constexpr TypeRow Struct(std::string_view name, std::uint16_t first, std::uint16_t count) {
-    return {name, TypeKind::kStruct, true, false, 0, first, count};
+TypeRow Struct(std::string_view name, std::uint16_t first, std::uint16_t count) {
+    return {reflect::test::Stored(name), TypeKind::kStruct, true, false, 0, first, count};
 }
 
-constexpr std::array kTypes = {
-    TypeRow{"", TypeKind::kInteger, false, false, 32, 0, 0},
+const std::array kTypes = {
+    TypeRow{{}, TypeKind::kInteger, false, false, 32, 0, 0},
     Struct("TChType", 6, 2),
     Struct("NeighbourCellDescription", 0, 3),
     Struct("NeighbourCellDescription2", 3, 3),
@@ -67,8 +65,9 @@ constexpr std::array kTypes = {
     Struct("ChannelRequest", 17, 3),
     Struct("RRMobileId", 20, 2),
     Struct("BitmapTypeReporting", 22, 2),
-    TypeRow{"CellChannel", TypeKind::kUnion, true, false, 0, 0, 0},
-    TypeRow{"BaRange", TypeKind::kSequence, true, false, 32, kIntegerType, 0},
+    TypeRow{reflect::test::Stored("CellChannel"), TypeKind::kUnion, true, false, 0, 0, 0},
+    TypeRow{reflect::test::Stored("BaRange"), TypeKind::kSequence, true, false, 32, kIntegerType,
+            0},
 };
 
 constexpr std::array<std::uint16_t, 11> kNamed = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "iecodec/message_encoder.h"
+#include "reflect/catalogue.h"
 #include "unit/codec_test_support.h"
 
 namespace quorvane::iecodec {
@@ -198,8 +199,8 @@ TEST(DecodingWithoutASet, OfAMessageDoesNotLookAtItsType) {
 TEST(DecodingWithoutASet, IsNoUnionOfTheCatalogue) {
     for (const std::uint16_t named : kSampleFamily.types.named) {
         const reflect::TypeRow& type = kSampleFamily.types.types[named];
-        EXPECT_NE(type.name, "SampleAccess_8");
-        EXPECT_NE(type.name, "SampleBurst_11");
+        EXPECT_NE(kSampleFamily.types.NameOf(type), "SampleAccess_8");
+        EXPECT_NE(kSampleFamily.types.NameOf(type), "SampleBurst_11");
     }
     EXPECT_EQ(families::FindSet(kSampleFamily, "SampleAccess_8")->type, kNone);
 }
@@ -269,9 +270,11 @@ TEST(InlineAlternatives, DecodeAndEncode) {
 
 TEST(InlineAlternatives, AreNoNamedTypes) {
     const auto& types = kSampleFamily.types;
+    const reflect::Catalogue catalogue(types);
     bool found = false;
     for (std::size_t index = 0; index < types.types.size(); ++index) {
-        const std::string_view name = types.types[index].name;
+        const std::string_view name =
+            catalogue.GetDescriptor(static_cast<std::uint16_t>(index))->GetName();
         if (name == "SampleFormat_Flags" || name == "SampleFormat_Pairs" ||
             name == "SampleFormat_Pairs_Steps" || name == "SampleFormat_Flags_data") {
             found = true;
