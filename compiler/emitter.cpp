@@ -273,7 +273,7 @@ class Emitter {
     void Parts() {
         Table parts("PartRow", "kParts");
         for (const auto& row : model_.parts) {
-            parts.Row(row.kind, row.element, row.offset, row.width, row.value);
+            parts.Row(row.kind, row.element, row.offset, row.width, row.value, row.located);
         }
         Table alternatives("AlternativeRow", "kAlternatives");
         for (const auto& row : model_.alternatives) {

@@ -259,13 +259,14 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
     }
     const ValueRow& value = model_.values[part.value];
     part.kind = value.shape == Shape::kInteger ? PartRow::Kind::kInteger : PartRow::Kind::kValue;
+    part.located = value.located;
     const std::uint32_t width = WidthOf(part.value);
     if (member.extent == Extent::kNone) {
         part.width = static_cast<std::uint16_t>(width);
         reporter_.ErrorIf(
             width == 0, member.name.span,
             "the width of '" + member.name.text + "' in bits is missing in front of the colon");
-    } else if (part.kind == PartRow::Kind::kValue && !BitsOf(part.value).Holds(part.width)) {
+    } else if (!BitsOf(part.value).Holds(part.width)) {
         reporter_.Error(member.name.span, "'" + member.name.text + "' has " +
                                               std::to_string(part.width) + " bits here, its type " +
                                               Shown(BitsOf(part.value)));

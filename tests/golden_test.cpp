@@ -1,4 +1,5 @@
-// Runs tests/golden/**/*.golden, one case a file, through all three interfaces.
+// Runs tests/golden/**/*.golden, one case a file, through all interfaces
+// that give texts.
 //
 // golden_test --update writes the answers into the files that differ, for a change that is meant:
 // look at the difference in version control before it is committed. --gtest_filter chooses files.
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "quorvane/json.h"
 #include "support/entry_points.h"
 #include "support/golden_check.h"
 #include "support/golden_file.h"
@@ -27,10 +29,36 @@ GoldenAnswer AnswerOfPlainFunction(const GoldenFile& golden) {
     return {plain.value, plain.text, WithoutNumbers(testing::internal::GetCapturedStderr())};
 }
 
+/// What the string of JSON stands for; those that the library writes have these escapes.
+std::string Unquoted(std::string_view json) {
+    std::string text;
+    for (std::size_t index = 1; index + 1 < json.size(); ++index) {
+        if (json[index] != '\\') {
+            text += json[index];
+            continue;
+        }
+        const char letter = json[++index];
+        text += letter == 'n' ? '\n' : letter == 'r' ? '\r' : letter == 't' ? '\t' : letter;
+    }
+    return text;
+}
+
+GoldenAnswer AnswerAsJson(const GoldenFile& golden, PaddedMessage message) {
+    std::string json;
+    Result result;
+    result.found = AppendTextAsJson(golden.decoding, message, json, result.diagnostics);
+    result.text = Unquoted(json);
+    if (!json.starts_with('"') || !json.ends_with('"') || json.find('\n') != std::string::npos) {
+        result.text = "no string of JSON: " + json;
+    }
+    return AnswerOf(result);
+}
+
 std::vector<NamedAnswer> AnswersTo(const GoldenFile& golden) {
     const PaddedMessage padded(golden.octets.data(), golden.length, golden.octets.size());
     std::vector<NamedAnswer> answers = {
         {"padded interface", AnswerOf(Decode(golden.decoding, padded))},
+        {"text as JSON", AnswerAsJson(golden, padded)},
         {"plain function", AnswerOfPlainFunction(golden)}};
     const auto length = static_cast<std::size_t>(std::max(golden.length, 0));
     if (golden.length >= 0 && golden.octets.size() <= length) {

@@ -99,20 +99,26 @@ class BatchRun {
             AppendJson(message_, text_);
             json_.AddJson("message", text_);
         } else {
-            json_.Add("text", text_);
+            if (options_.tolerant) {
+                json_.Add("text", text_);
+            } else {
+                json_.AddJson("text", text_);
+            }
             json_.AddLines("diagnostics", diagnostics_);
         }
         json_.End();
     }
 
-    /// Into the message or the text, as the form says.
+    /// Into the message, the text or, in strict reading, the text as JSON.
     bool DecodeMessage(Decoding decoding, PaddedMessage octets) {
         if (form_ == MessageForm::kJson) {
             return message_.Decode(decoding, octets, options_);
         }
-        return options_.tolerant
-                   ? DecodeAsText(message_, decoding, octets, options_, text_, diagnostics_)
-                   : DecodeInto(decoding, octets, text_, diagnostics_);
+        if (options_.tolerant) {
+            return DecodeAsText(message_, decoding, octets, options_, text_, diagnostics_);
+        }
+        text_.clear();
+        return AppendTextAsJson(decoding, octets, text_, diagnostics_);
     }
 
     void Refuse(const std::string& problem) {

@@ -1,6 +1,7 @@
 #pragma once
 
-// A decoded message as JSON. docs/json.md describes its form, docs/json.schema.json is its schema.
+// A decoded message as JSON: its fields, or its text as a string. docs/json.md describes the form
+// of the fields, docs/json.schema.json is its schema.
 //
 //     #include <quorvane/json.h>
 //
@@ -19,8 +20,11 @@
 //
 // The text is UTF-8 without line ends. Names and order are those of the fields of the message.
 
+#include <cstdint>
+#include <span>
 #include <string>
 
+#include "quorvane/decode.h"
 #include "quorvane/export.h"
 #include "quorvane/message.h"
 
@@ -30,5 +34,13 @@ namespace quorvane {
 /// `json` needs to grow, from a thread's second call on. Memory that runs out leaves as
 /// std::bad_alloc; what stands in `json` is not specified then.
 QUORVANE_API void AppendJson(const Message& message, std::string& json);
+
+/// Decodes as DecodeInto does (quorvane/decode.h), but appends the text to `json` as a string of
+/// JSON, quotes included: at the cost of the text alone, as nothing in it needs a second look.
+/// Replaces what `diagnostics` holds. The two must be different strings.
+QUORVANE_API bool AppendTextAsJson(Decoding decoding, std::span<const std::uint8_t> message,
+                                   std::string& json, std::string& diagnostics);
+QUORVANE_API bool AppendTextAsJson(Decoding decoding, PaddedMessage message, std::string& json,
+                                   std::string& diagnostics);
 
 }  // namespace quorvane

@@ -19,6 +19,14 @@ std::uint32_t BitReader::ReadNearEdge(std::int64_t position, std::int32_t count)
     return static_cast<std::uint32_t>(window >> behind & ((std::uint64_t{1} << count) - 1U));
 }
 
+std::uint64_t BitReader::WindowNearEdge(std::int64_t index) const {
+    std::uint64_t window = 0;
+    for (std::int64_t octet = index; octet < index + kWindow; ++octet) {
+        window = window << 8 | (octet >= 0 && octet < octetCount_ ? octets_[octet] : 0U);
+    }
+    return window;
+}
+
 void BitReader::Copy(std::uint8_t* destination, std::int64_t position, std::int64_t count) const {
     if (count < 1) {
         return;

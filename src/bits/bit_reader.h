@@ -48,6 +48,14 @@ class BitReader {
         return static_cast<std::uint8_t>(Read(position, 8));
     }
 
+    /// The 64 bits from the octet of bit `position` on, the first one on top; bits outside the
+    /// buffer are 0.
+    [[nodiscard]] std::uint64_t ReadWindow(std::int64_t position) const {
+        const std::int64_t index = position >> 3;
+        return index >= 0 && index <= octetCount_ - kWindow ? Window(octets_ + index)
+                                                            : WindowNearEdge(index);
+    }
+
     /// Copies `count` bits at bit `position` to the start of `destination`, which holds at least
     /// (count + 7) / 8 octets. The unused low bits of the last octet become 0. A count below 1 does
     /// nothing.
@@ -68,9 +76,35 @@ class BitReader {
     }
 
     [[nodiscard]] std::uint32_t ReadNearEdge(std::int64_t position, std::int32_t count) const;
+    [[nodiscard]] std::uint64_t WindowNearEdge(std::int64_t index) const;
 
     const std::uint8_t* octets_;
     std::int64_t octetCount_;
+};
+
+/// Reads of bits that lie close together: one look at the message serves many.
+class BitWindow {
+  public:
+    explicit BitWindow(const BitReader& reader) : reader_(reader) {}
+
+    /// As BitReader::Read.
+    [[nodiscard]] std::uint32_t Read(std::int64_t position, std::int32_t count) {
+        std::int64_t offset = position - start_;
+        if (offset < 0 || offset + count > kBits) {
+            start_ = position & ~std::int64_t{7};
+            window_ = reader_.ReadWindow(position);
+            offset = position - start_;
+        }
+        // In two steps: 64 is too far for one, and 0 bits have to give 0.
+        return static_cast<std::uint32_t>(window_ << offset >> 1 >> (kBits - 1 - count));
+    }
+
+  private:
+    static constexpr std::int64_t kBits = 64;
+
+    const BitReader& reader_;
+    std::int64_t start_ = -kBits;  // nothing is in the window
+    std::uint64_t window_ = 0;
 };
 
 }  // namespace quorvane::bits

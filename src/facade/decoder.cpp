@@ -4,10 +4,13 @@
 #include <cstddef>
 
 #include "reflect/render.h"
+#include "reflect/text_pieces.h"
 
 namespace quorvane {
 namespace facade {
 namespace {
+
+using reflect::LineEnd;
 
 // The workspace that the thread keeps. Nothing runs at the end of these, so that they can be read
 // as long as the thread runs.
@@ -32,6 +35,12 @@ Workspace* FindThreadWorkspace() {
     return threadWorkspace;
 }
 
+template <LineEnd kEnd>
+void AppendLineEnd(reflect::TextBuffer& text) {
+    text.Advance(reflect::PutLineEnd<kEnd>(text.Room(2)));
+}
+
+template <LineEnd kEnd>
 void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
     text.Append("Decoder reported the following error: ");
     if (const std::string_view known = ErrorText(code); !known.empty()) {
@@ -40,34 +49,40 @@ void AppendErrorLine(reflect::TextBuffer& text, bits::Code code) {
         text.Append("UNKNOWN ERROR #");
         text.AppendSigned(static_cast<std::int32_t>(code));
     }
-    text.Append("\r\n");
+    text.Append(kEnd == LineEnd::kJson ? "\\r" : "\r");
+    AppendLineEnd<kEnd>(text);
 }
 
 /// The record as text, in `text`, which is empty. Inline for the sake of DecodeMessage.
+template <LineEnd kEnd>
 inline Answer WriteText(reflect::TextBuffer& text, Decoding decoding, const DecodedRecord& decoded,
                         std::string_view diagnostics) {
     const std::string_view name = RowOf(decoding).textName;
     if (!decoded.Found()) {
-        text.Append("Failed to decode \"");
+        const std::string_view quote = kEnd == LineEnd::kJson ? "\\\"" : "\"";
+        text.Append("Failed to decode ");
+        text.Append(quote);
         text.Append(name);
-        text.Append("\" message");
+        text.Append(quote);
+        text.Append(" message");
         return {false, true, text.View(), diagnostics};
     }
 
-    text.Append("Decoded using \"");
+    text.Append(kEnd == LineEnd::kJson ? "Decoded using \\\"" : "Decoded using \"");
     text.Append(name);
-    text.Append("\".\n");
+    text.Append(kEnd == LineEnd::kJson ? "\\\"." : "\".");
+    AppendLineEnd<kEnd>(text);
     if (decoded.outcome.Failed()) {
-        text.Append("\n");
-        AppendErrorLine(text, decoded.outcome.Error());
-        text.Append("\n");
+        AppendLineEnd<kEnd>(text);
+        AppendErrorLine<kEnd>(text, decoded.outcome.Error());
+        AppendLineEnd<kEnd>(text);
     }
     const std::uint16_t type = decoded.Type();
     const reflect::TypeTables& types = decoded.binding.family->types;
     text.Append("MESSAGE: ");
     text.Append(types.NameOf(types.types[type]));
-    text.Append("\n");
-    const bool plain = reflect::AppendText(text, types, type, decoded.container.body);
+    AppendLineEnd<kEnd>(text);
+    const bool plain = reflect::AppendText(text, types, type, decoded.container.body, 0, kEnd);
     return {true, plain, text.View(), diagnostics};
 }
 
@@ -138,16 +153,29 @@ Answer DecodeMessage(CallMemory& memory, Decoding decoding, const bits::BitReade
                      std::int64_t length) {
     DecodedRecord decoded;
     DecodeRecord(decoding, reader, length, memory->arena, memory->diagnostics, decoded);
-    return WriteText(memory->text, decoding, decoded, memory->diagnostics.Lines());
+    return WriteText<LineEnd::kPlain>(memory->text, decoding, decoded, memory->diagnostics.Lines());
+}
+
+Answer DecodeMessageForJson(CallMemory& memory, Decoding decoding, const bits::BitReader& reader,
+                            std::int64_t length) {
+    DecodedRecord decoded;
+    DecodeRecord(decoding, reader, length, memory->arena, memory->diagnostics, decoded);
+    const std::string_view diagnostics = memory->diagnostics.Lines();
+    const Answer answer = WriteText<LineEnd::kJson>(memory->text, decoding, decoded, diagnostics);
+    if (answer.plain) {
+        return answer;
+    }
+    memory->text.Clear();
+    return WriteText<LineEnd::kPlain>(memory->text, decoding, decoded, diagnostics);
 }
 
 Answer TextOf(CallMemory& memory, Decoding decoding, const DecodedRecord& decoded) {
-    return WriteText(memory->text, decoding, decoded, {});
+    return WriteText<LineEnd::kPlain>(memory->text, decoding, decoded, {});
 }
 
 std::string ErrorLine(bits::Code code) {
     reflect::TextBuffer text;
-    AppendErrorLine(text, code);
+    AppendErrorLine<LineEnd::kPlain>(text, code);
     return std::string(text.View());
 }
 

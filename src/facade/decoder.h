@@ -83,7 +83,12 @@ struct Answer {
 Answer DecodeMessage(CallMemory& memory, Decoding decoding, const bits::BitReader& reader,
                      std::int64_t length);
 
-/// The same of a record that was decoded before, without diagnostics.
+/// The same with the text as it stands between the quotes of a string of JSON if it is `plain`; not
+/// escaped at all otherwise.
+Answer DecodeMessageForJson(CallMemory& memory, Decoding decoding, const bits::BitReader& reader,
+                            std::int64_t length);
+
+/// DecodeMessage of a record that was decoded before, without diagnostics.
 Answer TextOf(CallMemory& memory, Decoding decoding, const DecodedRecord& decoded);
 
 /// "Decoder reported the following error: ", the text of `code`, and CR LF.

@@ -242,4 +242,35 @@ void AppendJson(const Message& message, std::string& json) {
     JsonWriter(message, json).Write();
 }
 
+namespace {
+
+bool AppendText(Decoding decoding, const bits::BitReader& reader, std::int64_t length,
+                std::string& json, std::string& diagnostics) {
+    facade::CallMemory memory;
+    const facade::Answer answer = facade::DecodeMessageForJson(memory, decoding, reader, length);
+    if (answer.plain) {
+        json.append("\"").append(answer.text).append("\"");
+    } else {
+        const std::size_t before = json.size();
+        json.resize(before + facade::JsonStringRoom(answer.text.size()));
+        const char* end = facade::PutJsonString(json.data() + before, answer.text);
+        json.resize(static_cast<std::size_t>(end - json.data()));
+    }
+    diagnostics.assign(answer.diagnostics);
+    return answer.found;
+}
+
+}  // namespace
+
+bool AppendTextAsJson(Decoding decoding, std::span<const std::uint8_t> message, std::string& json,
+                      std::string& diagnostics) {
+    const auto length = static_cast<std::int64_t>(message.size());
+    return AppendText(decoding, {message.data(), length}, length, json, diagnostics);
+}
+
+bool AppendTextAsJson(Decoding decoding, PaddedMessage message, std::string& json,
+                      std::string& diagnostics) {
+    return AppendText(decoding, facade::ReaderOf(message), message.length, json, diagnostics);
+}
+
 }  // namespace quorvane

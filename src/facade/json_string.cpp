@@ -10,12 +10,24 @@ namespace {
 
 char* PutEscaped(char* at, char character) {
     *at++ = '\\';
-    if (character == '"' || character == '\\') {
-        *at++ = character;
-        return at;
+    switch (character) {
+        case '"':
+        case '\\':
+            *at++ = character;
+            return at;
+        case '\n':
+            *at++ = 'n';
+            return at;
+        case '\r':
+            *at++ = 'r';
+            return at;
+        case '\t':
+            *at++ = 't';
+            return at;
+        default:
+            at = reflect::PutLiteral(at, "u00");
+            return reflect::PutHexPair(at, static_cast<unsigned char>(character));
     }
-    at = reflect::PutLiteral(at, "u00");
-    return reflect::PutHexPair(at, static_cast<unsigned char>(character));
 }
 
 }  // namespace

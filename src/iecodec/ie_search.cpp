@@ -3,17 +3,17 @@
 namespace quorvane::iecodec {
 namespace {
 
-/// Whether a field that may come from here on claims the octet.
-bool IsClaimed(std::uint8_t octet, const IeOrderRow* order) {
+/// The first field from here on that claims the octet; null if none does.
+const IeOrderRow* ClaimOf(std::uint8_t octet, const IeOrderRow* order) {
     for (; order->kind != IeOrderRow::kEnd; ++order) {
         if ((octet & order->mask) == order->iei) {
-            return true;
+            return order;
         }
         if (order->kind == IeOrderRow::kWithoutIei) {
-            return false;
+            break;
         }
     }
-    return false;
+    return nullptr;
 }
 
 /// The bits of the element at `position`, identifier included; `size` as in its row.
@@ -64,15 +64,19 @@ std::int64_t UnknownIeSize(const bits::BitReader& reader, std::int64_t position,
 
 IeSearch FindIe(std::uint8_t iei, std::int32_t ieiWidth, const bits::BitReader& reader,
                 std::int64_t& cursor, std::int64_t end, std::span<const IeFormatRow> formats,
-                const IeOrderRow* order) {
+                const IeOrderRow* order, const IeOrderRow** claim) {
     while (end - cursor >= ieiWidth) {
-        const std::uint32_t found = reader.Read(cursor, ieiWidth);
-        if (found == iei) {
+        const std::uint32_t bits = reader.Read(cursor, ieiWidth);
+        if (bits == iei) {
             return IeSearch::kFound;
         }
         const auto octet =
-            static_cast<std::uint8_t>(ieiWidth == 8 ? found : reader.ReadOctet(cursor));
-        if (order != nullptr && IsClaimed(octet, order)) {
+            static_cast<std::uint8_t>(ieiWidth == 8 ? bits : reader.ReadOctet(cursor));
+        const IeOrderRow* claiming = order == nullptr ? nullptr : ClaimOf(octet, order);
+        if (claiming != nullptr) {
+            if (claim != nullptr) {
+                *claim = claiming;
+            }
             return IeSearch::kAbsent;
         }
         if (!SkipIe(reader, cursor, formats)) {

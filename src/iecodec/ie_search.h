@@ -35,9 +35,11 @@ enum class IeSearch : std::uint8_t {
 
 /// Looks for the element with the identifier `iei` between the cursor and `end`. The identifier has
 /// `ieiWidth` bits: 8, or 4, which are then the low half of `iei`. `order` is the field's own order
-/// row with those behind it, up to the end row; null for a mandatory field.
+/// row with those behind it, up to the end row; null for a mandatory field. Where the search ends
+/// at an element that one of these claims, `*claim` tells which one, unless `claim` is null.
 [[nodiscard]] IeSearch FindIe(std::uint8_t iei, std::int32_t ieiWidth,
                               const bits::BitReader& reader, std::int64_t& cursor, std::int64_t end,
-                              std::span<const IeFormatRow> formats, const IeOrderRow* order);
+                              std::span<const IeFormatRow> formats, const IeOrderRow* order,
+                              const IeOrderRow** claim = nullptr);
 
 }  // namespace quorvane::iecodec

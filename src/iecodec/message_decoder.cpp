@@ -175,10 +175,18 @@ class BodyDecoder {
         const std::int32_t width = InfoOf(field.format).ieiWidth;
         const auto iei = static_cast<std::uint8_t>(field.iei >> (8 - width));
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
+        if (order != nullptr && claim_.LeavesOut(order, cursor_)) {
+            return kGoOn;
+        }
+        const IeOrderRow* claiming = nullptr;
         const IeSearch found =
             context_.surplus == nullptr
-                ? FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order)
+                ? FindIe(iei, width, context_.reader, cursor_, end_, context_.tables.formats, order,
+                         &claiming)
                 : FindIeTolerantly(context_, cell_, iei, width, cursor_, end_, order);
+        if (claiming != nullptr) {
+            claim_ = {order, claiming, cursor_};
+        }
         if (found == IeSearch::kBlocked) {
             return kUnknownIei;
         }
@@ -190,7 +198,21 @@ class BodyDecoder {
         return DecodeBehindIei(field);
     }
 
+    /// The element at `position` belongs to `field`, and to none of the fields from `searched` up
+    /// to there: they are absent without a search of their own, which would make long messages of
+    /// many optional fields dear.
+    struct Claim {
+        const IeOrderRow* searched = nullptr;
+        const IeOrderRow* field = nullptr;
+        std::int64_t position = 0;
+
+        [[nodiscard]] bool LeavesOut(const IeOrderRow* order, std::int64_t cursor) const {
+            return cursor == position && order >= searched && order < field;
+        }
+    };
+
     DecodeContext& context_;
+    Claim claim_;
     std::span<const FieldRow> fields_;
     const Cell& cell_;
     Cell* cells_;

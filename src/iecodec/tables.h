@@ -189,7 +189,8 @@ struct PartRow {
     std::uint16_t element;
     std::uint16_t offset;  // from the start of the structure or octet; unused in kSerial
     std::uint16_t width;
-    std::uint16_t value;  // ValueRow
+    std::uint16_t value;   // ValueRow
+    bool located = false;  // kInteger: notes its location, as its ValueRow does
 };
 
 /// An alternative of a choice, or a message of a nested set.

@@ -35,56 +35,76 @@ Outcome DecodeBinary(DecodeContext& context, const ValueRow& row, std::int64_t p
     return length;
 }
 
-/// Decodes a part; `end` is where the structure's value ends. The result is that of a part that
-/// takes the rest, else the part's width: what lies in a fixed place is as wide as its place,
-/// whatever its decoder came to.
-Outcome DecodePart(DecodeContext& context, const PartRow& part, std::int64_t position, Cell* cells,
-                   std::int64_t end) {
-    switch (part.kind) {
-        case PartRow::Kind::kSkip:
-            break;
-        case PartRow::Kind::kInteger:
-            DecodeInteger(context, RowAt(context, part.value), position, cells[part.element]);
-            break;
-        case PartRow::Kind::kValue:
-            static_cast<void>(DecodeValue(context, RowAt(context, part.value), position,
-                                          cells[part.element], part.width));
-            break;
-        case PartRow::Kind::kRest:
-            return DecodeValue(context, RowAt(context, part.value), position, cells[part.element],
-                               end - position);
-        case PartRow::Kind::kCounted: {
+/// The parts of one structure, whose value ends at `end`.
+class PartDecoder {
+  public:
+    PartDecoder(DecodeContext& context, Cell* cells, std::int64_t end)
+        : context_(context), cells_(cells), end_(end), window_(context.reader) {}
+
+    /// The result is that of a part that takes the rest, else the part's width: what lies in a
+    /// fixed place is as wide as its place, whatever its decoder came to.
+    Outcome Decode(const PartRow& part, std::int64_t position) {
+        if (part.kind == PartRow::Kind::kInteger) {
+            Cell& cell = cells_[part.element];
+            cell.number = window_.Read(position, part.width);
+            cell.reached = true;
+            if (part.located) {
+                MakeFieldLocator(cell.location, position, part.width);
+            }
+            return part.width;
+        }
+        return part.kind == PartRow::Kind::kSkip ? Outcome(part.width)
+                                                 : DecodeInside(part, position);
+    }
+
+    std::uint32_t Read(std::int64_t position, std::int32_t count) {
+        return window_.Read(position, count);
+    }
+
+  private:
+    Outcome DecodeInside(const PartRow& part, std::int64_t position) {
+        const ValueRow& row = RowAt(context_, part.value);
+        Cell& cell = cells_[part.element];
+        if (part.kind == PartRow::Kind::kRest) {
+            return DecodeValue(context_, row, position, cell, end_ - position);
+        }
+        if (part.kind == PartRow::Kind::kCounted) {
             // The length octet alone says where the next part starts.
-            const std::int64_t counted = 8 * std::int64_t{context.reader.ReadOctet(position)};
-            static_cast<void>(DecodeValue(context, RowAt(context, part.value), position + 8,
-                                          cells[part.element], counted));
+            const std::int64_t counted = 8 * std::int64_t{window_.Read(position, 8)};
+            static_cast<void>(DecodeValue(context_, row, position + 8, cell, counted));
             return 8 + counted;
         }
+        static_cast<void>(DecodeValue(context_, row, position, cell, part.width));
+        return part.width;
     }
-    return part.width;
-}
+
+    DecodeContext& context_;
+    Cell* cells_;
+    std::int64_t end_;
+    bits::BitWindow window_;
+};
 
 Outcome DecodeFixed(DecodeContext& context, const ValueRow& row, std::int64_t position,
                     Cell& cell) {
-    Cell* cells = bits::StructCells(context.arena, cell, row.members);
+    PartDecoder parts(context, bits::StructCells(context.arena, cell, row.members),
+                      position + row.width);
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
         // Fixed structures have no part that takes the rest.
-        static_cast<void>(
-            DecodePart(context, part, position + part.offset, cells, position + row.width));
+        static_cast<void>(parts.Decode(part, position + part.offset));
     }
     return row.width;
 }
 
 Outcome DecodeTruncatable(DecodeContext& context, const ValueRow& row, std::int64_t position,
                           Cell& cell, std::int64_t length) {
-    Cell* cells = bits::StructCells(context.arena, cell, row.members);
+    PartDecoder parts(context, bits::StructCells(context.arena, cell, row.members),
+                      position + length);
     std::int64_t taken = 0;
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
         if (length <= part.offset) {
             return part.offset;
         }
-        const Outcome result =
-            DecodePart(context, part, position + part.offset, cells, position + length);
+        const Outcome result = parts.Decode(part, position + part.offset);
         if (result.Failed()) {
             return result;
         }
@@ -95,10 +115,11 @@ Outcome DecodeTruncatable(DecodeContext& context, const ValueRow& row, std::int6
 
 Outcome DecodeSerial(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell,
                      std::int64_t length) {
-    Cell* cells = bits::StructCells(context.arena, cell, row.members);
+    PartDecoder parts(context, bits::StructCells(context.arena, cell, row.members),
+                      position + length);
     std::int64_t cursor = position;
     for (const PartRow& part : context.tables.parts.subspan(row.first, row.count)) {
-        const Outcome result = DecodePart(context, part, cursor, cells, position + length);
+        const Outcome result = parts.Decode(part, cursor);
         if (result.Failed()) {
             return result;
         }
@@ -152,6 +173,7 @@ class ExtensionDecoder {
           row_(row),
           cell_(cell),
           cells_(bits::StructCells(context.arena, cell, row.members)),
+          parts_(context, cells_, position + length),
           start_(position),
           end_(position + length),
           cursor_(position) {}
@@ -188,9 +210,7 @@ class ExtensionDecoder {
     }
 
   private:
-    [[nodiscard]] bool Closed(std::int64_t octet) const {
-        return context_.reader.Read(octet, 1) != 0;
-    }
+    [[nodiscard]] bool Closed(std::int64_t octet) { return parts_.Read(octet, 1) != 0; }
 
     bool DecodeGroup(const GroupRow& group) {
         const auto octets = context_.tables.octets.subspan(group.firstOctet, group.octetCount);
@@ -210,7 +230,7 @@ class ExtensionDecoder {
             for (const PartRow& part :
                  context_.tables.parts.subspan(octet.firstPart, octet.partCount)) {
                 // Parts of an octet have fixed places.
-                static_cast<void>(DecodePart(context_, part, cursor_ + part.offset, cells_, end_));
+                static_cast<void>(parts_.Decode(part, cursor_ + part.offset));
             }
         }
         // Octets of the group that are not known.
@@ -225,6 +245,7 @@ class ExtensionDecoder {
     const ValueRow& row_;
     Cell& cell_;
     Cell* cells_;
+    PartDecoder parts_;
     std::int64_t start_;
     std::int64_t end_;
     std::int64_t cursor_;

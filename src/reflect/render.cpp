@@ -16,9 +16,10 @@ using bits::Cell;
 
 // A location and a number fit in the slack, with what a number overwrites, a comma and the line
 // end.
-static_assert(kMostLocation + kMostDigits + 4 + 2 <= TextBuffer::kSlack);
+static_assert(kMostLocation + kMostDigits + 4 + 1 + 2 <= TextBuffer::kSlack);
 static_assert(kCopyStep <= TextBuffer::kSlack);
 
+template <LineEnd kEnd>
 class Renderer {
   public:
     Renderer(TextBuffer& stream, const TypeTables& tables) : stream_(stream), tables_(tables) {}
@@ -102,7 +103,7 @@ class Renderer {
     }
 
     char* PutSequence(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
-        at = PutLiteral(at, "[\n");
+        at = PutLineEnd<kEnd>(PutLiteral(at, "["));
         const std::uint32_t count = ItemCount(cell);
         for (std::uint32_t index = 0; index < count; ++index) {
             at = PutIndent(stream_.RoomAt(at, 2 * (indent + 1)), indent + 1);
@@ -110,13 +111,13 @@ class Renderer {
             if (index + 1 < count) {
                 *at++ = ',';
             }
-            *at++ = '\n';
+            at = PutLineEnd<kEnd>(at);
         }
         return PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "]");
     }
 
     char* PutStruct(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
-        at = PutLiteral(at, "{\n");
+        at = PutLineEnd<kEnd>(PutLiteral(at, "{"));
         const std::size_t inner = indent + 1;
         const Cell* next = &CellAt(cell.cells, 0);
         const std::ptrdiff_t step = cell.cells == nullptr ? 0 : 1;
@@ -133,9 +134,10 @@ class Renderer {
             } else {
                 at = PutValue(at, element.type, member, inner);
             }
-            *at++ = '\n';
+            at = PutLineEnd<kEnd>(at);
         }
-        return PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "}\n");
+        at = PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "}");
+        return PutLineEnd<kEnd>(at);
     }
 
     char* PutText(char* at, TextRef ref) {
@@ -157,13 +159,20 @@ class Renderer {
     bool plain_ = true;  // names are, texts of enumerations need not be
 };
 
+template <LineEnd kEnd>
+bool Append(TextBuffer& stream, const TypeTables& tables, std::uint16_t type, const Cell& cell,
+            std::uint32_t indent) {
+    Renderer<kEnd> renderer(stream, tables);
+    stream.Advance(renderer.PutValue(stream.Room(0), type, cell, indent));
+    return renderer.IsPlain();
+}
+
 }  // namespace
 
 bool AppendText(TextBuffer& stream, const TypeTables& tables, std::uint16_t type, const Cell& cell,
-                std::uint32_t indent) {
-    Renderer renderer(stream, tables);
-    stream.Advance(renderer.PutValue(stream.Room(0), type, cell, indent));
-    return renderer.IsPlain();
+                std::uint32_t indent, LineEnd lineEnd) {
+    return lineEnd == LineEnd::kPlain ? Append<LineEnd::kPlain>(stream, tables, type, cell, indent)
+                                      : Append<LineEnd::kJson>(stream, tables, type, cell, indent);
 }
 
 }  // namespace quorvane::reflect

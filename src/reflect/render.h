@@ -13,9 +13,10 @@
 namespace quorvane::reflect {
 
 /// Appends the text of the value in `cell`, of the type with index `type`, as a value at `indent`
-/// levels: that which the tree of the same record prints, octet for octet. Returns whether it is
-/// all ASCII.
+/// levels: that which the tree of the same record prints, octet for octet, but for the line ends.
+/// Returns whether it is plain (IsPlain) but for these.
 bool AppendText(TextBuffer& stream, const TypeTables& tables, std::uint16_t type,
-                const bits::Cell& cell, std::uint32_t indent = 0);
+                const bits::Cell& cell, std::uint32_t indent = 0,
+                LineEnd lineEnd = LineEnd::kPlain);
 
 }  // namespace quorvane::reflect

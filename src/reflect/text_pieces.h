@@ -39,6 +39,21 @@ inline char* PutLiteral(char* at, const char (&text)[kSize]) {
     return at + (kSize - 1);
 }
 
+/// What ends a line.
+enum class LineEnd : std::uint8_t {
+    kPlain,  // a line feed
+    kJson,   // the escape for one, so that the text can stand in a string of JSON
+};
+
+template <LineEnd kEnd>
+inline char* PutLineEnd(char* at) {
+    if constexpr (kEnd == LineEnd::kJson) {
+        return PutLiteral(at, "\\n");
+    } else {
+        return PutLiteral(at, "\n");
+    }
+}
+
 /// Writes two blanks for each of `levels`. Overwrites up to kCopyStep octets from `at`.
 inline char* PutIndent(char* at, std::size_t levels) {
     const std::size_t blanks = 2 * levels;

@@ -27,8 +27,8 @@ struct TextRef {
     std::uint32_t offset : 22;
     std::uint32_t length : 10;  // octets
 };
-inline constexpr std::size_t kMostTexts = std::size_t{1} << 22;
-inline constexpr std::size_t kLongestText = (std::size_t{1} << 10) - 1;
+inline constexpr std::uint32_t kMostTexts = 1U << 22;
+inline constexpr std::uint32_t kLongestText = (1U << 10) - 1;
 
 /// A value of an enumeration and its text, in the order of the protocol's table.
 struct EnumValueRow {
@@ -53,8 +53,7 @@ struct ElementRow {
     TextRef label;       // the name, followed by ": "
     std::uint16_t type;  // into TypeTables::types
     bool optional;
-    bool integer =
-        false;  // the type is an integer of a bit or more: most are, which needs no look there
+    bool integer = false;  // the type is an integer of a bit or more, as most are
 };
 
 /// One descriptor: a named type, or the inline type of exactly one member or sequence, whose name

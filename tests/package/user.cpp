@@ -155,7 +155,7 @@ bool TypesAreRight(const quorvane::Message& message) {
            pdn.Kind() == quorvane::FieldKind::kEnumerated && pdn.WordsOf(3) == "IPv4v6" &&
            pdn.ValueCount() > 0 && !pdn.Value(0).words.empty() && pdn.OtherWords().size() < 100 &&
            pdn.Bits() > 0 && !pdn.IsFixed() && list.MostItems() > 1 &&
-           !list.ItemType().Name().empty();
+           list.ItemType().MemberCount() > 0;
 }
 
 bool MessagesWork() {
@@ -171,12 +171,17 @@ bool MessagesWork() {
     }
     std::string json;
     quorvane::AppendJson(message, json);
-    bool right = message.TypeName() == "PDN_CONNECTIVITY_REQUEST" && message.Code() == 0 &&
+    std::string text;
+    std::string diagnostics;
+    const bool found = quorvane::AppendTextAsJson(decoding, kPdnRequest, text, diagnostics) &&
+                       text.find("IPv4v6 (3)\\n") != text.npos;
+    bool right = found && message.TypeName() == "PDN_CONNECTIVITY_REQUEST" && message.Code() == 0 &&
                  message.GetDecoding() == decoding && json.find("IPv4v6") != json.npos &&
                  message.CodeWords().empty() && message.BitsConsumed() > 0 &&
                  message.FaultCount() > 0 && FieldsAreRight(message) && TypesAreRight(message);
     first = std::move(message);
     const quorvane::PaddedMessage padded(kPdnRequest, 4, sizeof kPdnRequest);
+    right = right && quorvane::AppendTextAsJson(decoding, padded, text, diagnostics);
     right = right && first.Decode(decoding, padded) && first.BitsConsumed() == 32;
     return right;
 }

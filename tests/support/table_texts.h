@@ -32,7 +32,7 @@ inline TextRef Stored(std::string_view text) {
     const std::uint32_t offset = table_texts::used;
     text.copy(table_texts::store + offset, text.size());
     table_texts::used += static_cast<std::uint32_t>(text.size());
-    return {offset & (kMostTexts - 1), text.size() & kLongestText};
+    return {offset & (kMostTexts - 1), static_cast<std::uint32_t>(text.size()) & kLongestText};
 }
 
 /// The label of a member of that name.

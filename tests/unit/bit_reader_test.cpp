@@ -67,13 +67,18 @@ TEST(BitReader, AgreesWithSingleBitsAnywhere) {
             return inside ? octets[static_cast<std::size_t>(position / 8)] >> (7 - position % 8) & 1
                           : 0;
         };
+        const BitReader reader = exact.Reader();
+        BitWindow window(reader);
         for (std::int32_t position = -70; position < 240; ++position) {
+            EXPECT_EQ(window.Read(position, 0), 0U);
             EXPECT_EQ(exact.Reader().ReadBit(position), static_cast<std::uint32_t>(bitAt(position)))
                 << size << " " << position;
             std::uint32_t number = 0;
             for (std::int32_t count = 1; count <= 32; ++count) {
                 number = number << 1 | static_cast<std::uint32_t>(bitAt(position + count - 1));
                 EXPECT_EQ(exact.Reader().Read(position, count), number)
+                    << size << " " << position << " " << count;
+                EXPECT_EQ(window.Read(position, count), number)
                     << size << " " << position << " " << count;
             }
         }

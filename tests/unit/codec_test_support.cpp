@@ -53,7 +53,7 @@ bits::Cell& MemberAt(const families::Family& family, bits::Arena& arena, std::ui
     const auto elements = family.types.ElementsOf(row);
     const auto element =
         std::find_if(elements.begin(), elements.end(), [&](const reflect::ElementRow& candidate) {
-            return candidate.Name() == path.substr(0, dot);
+            return family.types.NameOf(candidate) == path.substr(0, dot);
         });
     EXPECT_NE(element, elements.end()) << path;
     bits::Cell& member = bits::StructCells(arena, cell, row.count)[element - elements.begin()];

@@ -21,7 +21,7 @@ TEST(JsonString, LeavesPlainCharactersAsTheyStand) {
 
 TEST(JsonString, EscapesQuotesBackslashesAndControls) {
     EXPECT_EQ(StringOf(R"(a"b\c)"), R"("a\"b\\c")");
-    EXPECT_EQ(StringOf("\t\n\x1F"), R"("\u0009\u000A\u001F")");
+    EXPECT_EQ(StringOf("\t\n\r\x1F"), R"("\t\n\r\u001F")");
     EXPECT_EQ(StringOf(std::string_view("\0", 1)), R"("\u0000")");
 }
 

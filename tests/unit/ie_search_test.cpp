@@ -114,6 +114,22 @@ TEST(FindIe, LeavesALaterFieldForItsTurn) {
     EXPECT_EQ(later.cursor, 0);
 }
 
+TEST(FindIe, TellsWhichFieldClaimsWhatItEndsAt) {
+    const auto claimOf = [](std::vector<std::uint8_t> message) {
+        const Search search(std::move(message));
+        std::int64_t cursor = 0;
+        const IeOrderRow* claim = nullptr;
+        static_cast<void>(
+            FindIe(0x11, 8, search.reader, cursor, search.end, kFormats, kOrder.data(), &claim));
+        return claim;
+    };
+    EXPECT_EQ(claimOf({0x9A}), &kOrder[1]);
+    EXPECT_EQ(claimOf({0x17, 0x00, 0x23}), &kOrder[2]);
+    EXPECT_EQ(claimOf({0x11}), nullptr);  // found
+    EXPECT_EQ(claimOf({}), nullptr);
+    EXPECT_EQ(claimOf({0x12}), nullptr);  // in the way
+}
+
 TEST(FindIe, SkipsAFieldWhosePlaceHasPassed) {
     Search earlier({0x11, 0x01, 0xFF, 0x23});
     EXPECT_EQ(earlier.Find(0x23, 8, &kOrder[2]), IeSearch::kFound);

@@ -134,6 +134,33 @@ TEST_F(RenderTest, OfEverythingWithoutContents) {
     EXPECT_EQ(TextOf(kEverything, Cell{}), test::kDefaultText);
 }
 
+TEST_F(RenderTest, LineEndsMayBeEscapes) {
+    Cell numbers{};
+    EXPECT_EQ(SetSize(arena_, numbers, 2, 4), 0);
+    TextBuffer stream;
+    EXPECT_TRUE(AppendText(stream, kMixedTables, kNumbers, numbers, 0, LineEnd::kJson));
+    EXPECT_TRUE(AppendText(stream, kMixedTables, kSmall, Cell{}, 1, LineEnd::kJson));
+    EXPECT_EQ(stream.View(), "[\\n  0,\\n  0\\n]{\\n    Number: 0\\n    Flag: MISSING\\n  }\\n");
+}
+
+TEST_F(RenderTest, TellsWhetherItsTextIsPlain) {
+    std::array values = {test::Listed("one", 1), test::Listed("a \"b\"", 2),
+                         test::Listed("Stra\xDF"
+                                      "e",
+                                      3)};
+    const std::array enums = {EnumRow{0, 3, 0, test::Stored("a\tb"), true, false}};
+    const std::array rows = {TypeRow{{}, TypeKind::kEnumerated, false, false, 4, 0, 0}};
+    const TypeTables tables{test::TableTexts(), rows, {}, enums, values, {}};
+    const auto isPlain = [&](std::uint32_t number) {
+        TextBuffer stream;
+        return AppendText(stream, tables, 0, Number(number));
+    };
+    EXPECT_TRUE(isPlain(1));
+    EXPECT_FALSE(isPlain(2));
+    EXPECT_FALSE(isPlain(3));
+    EXPECT_FALSE(isPlain(4));
+}
+
 TEST_F(RenderTest, UnionsWithoutAlternativesAreNotSet) {
     const std::array kRows = {
         TypeRow{test::Stored("Nothing"), TypeKind::kUnion, true, false, 0, 0, 0}};
