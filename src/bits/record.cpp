@@ -12,7 +12,7 @@ Cell& ChooseAlternative(Arena& arena, Cell& cell, std::uint32_t tag) {
     return *cell.cells;
 }
 
-Outcome SetSize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound) {
+Outcome Resize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound) {
     if (size > static_cast<std::int32_t>(bound)) {
         return Code::kSizeOutOfRange;
     }

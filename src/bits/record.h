@@ -57,9 +57,20 @@ inline Cell* StructCells(Arena& arena, Cell& cell, std::uint32_t memberCount) {
 /// tag was chosen already.
 Cell& ChooseAlternative(Arena& arena, Cell& cell, std::uint32_t tag);
 
+/// SetSize where it is more than the next item of a sequence that has room.
+Outcome Resize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound);
+
 /// Sets the size of the sequence in `cell`. Returns 0, or kSizeOutOfRange with nothing changed if
 /// `size` is above `bound`. New items are zeroed.
-Outcome SetSize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound);
+inline Outcome SetSize(Arena& arena, Cell& cell, std::int32_t size, std::uint32_t bound) {
+    const std::uint32_t held = cell.number;
+    if (held < cell.capacity && held < bound && size == std::int64_t{held} + 1) {
+        cell.cells[held] = Cell{};
+        cell.number = held + 1;
+        return 0;
+    }
+    return Resize(arena, cell, size, bound);
+}
 
 /// Stores a binary field of `length` bits at bit `position`: its first `mostBits` bits at most,
 /// its location with the full length. A length of 0 or below stores no bits.

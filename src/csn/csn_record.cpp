@@ -64,7 +64,7 @@ class Sink {
   public:
     Sink(const CsnStructure& structure, const bits::BitReader& reader, const CsnLog& log,
          bits::Arena& arena)
-        : structure_(structure), reader_(reader), log_(log), arena_(arena) {}
+        : structure_(structure), reader_(reader), window_(reader), log_(log), arena_(arena) {}
 
     /// Into the struct of `cell`: 0, or kSizeOutOfRange at the first item that its sequence
     /// refuses.
@@ -104,6 +104,7 @@ class Sink {
 
     const CsnStructure& structure_;
     const bits::BitReader& reader_;
+    bits::BitWindow window_;
     const CsnLog& log_;
     bits::Arena& arena_;
     std::int32_t depth_ = 0;
@@ -152,7 +153,7 @@ Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow&
         case CsnFieldRow::Kind::kMarker:
             break;
         case CsnFieldRow::Kind::kInteger:
-            cell->number = reader_.Read(line.bitPos, row.width);
+            cell->number = window_.Read(line.bitPos, row.width);
             if (row.located) {
                 bits::MakeFieldLocator(cell->location, line.bitPos, row.width);
             }

@@ -34,8 +34,14 @@ TEST(Catalogue, DescriptorsSayWhatTheTablesSay) {
     const Catalogue catalogue(kMixedTables);
     for (std::uint16_t type = 0; type < kMixedTables.types.size(); ++type) {
         ASSERT_NE(catalogue.GetDescriptor(type), nullptr) << type;
-        EXPECT_EQ(catalogue.GetDescriptor(type)->GetName(), kMixedTables.types[type].name);
+        const TypeRow& row = kMixedTables.types[type];
+        if (row.named) {
+            EXPECT_EQ(catalogue.GetDescriptor(type)->GetName(), kMixedTables.NameOf(row));
+        }
     }
+    EXPECT_EQ(catalogue.GetDescriptor(test::kSmallFlag)->GetName(), "Small_Flag");
+    EXPECT_EQ(catalogue.GetDescriptor(test::kGridItem)->GetName(),
+              "Everything_Inner_Grid_data_data");
     EXPECT_EQ(DescriptorAs<TEDClassInteger>(catalogue, test::kWide).GetBits(), 32U);
     const auto& fixed = DescriptorAs<TEDClassBinary>(catalogue, test::kFixed);
     EXPECT_EQ(fixed.GetKind(), kBinaryKind);

@@ -73,6 +73,7 @@ Outcome DecodeFrequencyList(DecodeContext& context, const ValueRow& /*row*/, std
         StoreField(context, members[1], cursor, format.headerBits);
         cursor += format.headerBits;
     }
+    bits::BitWindow window(context.reader);
     items->number = 0;
     for (std::int32_t count = 1;; ++count) {
         const std::int32_t width = ItemBits(format, items->number);
@@ -80,7 +81,7 @@ Outcome DecodeFrequencyList(DecodeContext& context, const ValueRow& /*row*/, std
             bits::SetSize(context.arena, *items, count, format.bound).Failed()) {
             break;
         }
-        StoreField(context, items->cells[count - 1], cursor, width);
+        StoreField(window, items->cells[count - 1], cursor, width);
         cursor += width;
     }
     return OctetBoundary(cursor) - position;
