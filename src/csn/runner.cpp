@@ -1,6 +1,7 @@
 #include "csn/runner.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace quorvane::csn {
 namespace {
@@ -34,6 +35,28 @@ constexpr Next OnIf(bool there) {
 }
 constexpr Next FailUnless(bool good) {
     return good ? Next::kOn : Next::kFail;
+}
+
+/// How many bits from `position` on, up to `most`, are those that steps `op` ask for: fixed bits or
+/// padding.
+std::int32_t RunOf(PlanOp op, const bits::BitReader& reader, std::int32_t position,
+                   std::int32_t most) {
+    constexpr std::uint64_t kPadding = 0x2B2B2B2B2B2B2B2B;
+    const std::uint64_t wanted = op == PlanOp::kBit0   ? 0
+                                 : op == PlanOp::kBit1 ? ~std::uint64_t{0}
+                                 : op == PlanOp::kBitL ? kPadding
+                                                       : ~kPadding;
+    std::int32_t run = 0;
+    while (run < most) {
+        const std::int32_t before = (position + run) & 7;
+        const std::uint64_t others = (reader.ReadWindow(position + run) ^ wanted) << before;
+        const std::int32_t same = std::min(std::countl_zero(others), 64 - before);
+        run += same;
+        if (same < 64 - before) {
+            break;
+        }
+    }
+    return std::min(run, most);
 }
 
 class Runner {
@@ -119,6 +142,7 @@ class Runner {
     Next Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most);
     Next Require(std::uint32_t count);
     Next Loop(std::uint32_t body);
+    void PassAtOnce(const PlanStep& step);
     Next Exclude(std::uint32_t otherwise);
     bool ReadAgain(std::int32_t mark);
     Next TakeField(std::uint16_t tag, std::uint16_t width);
@@ -420,6 +444,30 @@ Next Runner::Require(std::uint32_t count) {
     return Next::kOn;
 }
 
+/// Of a repetition without end whose body is one step, as many iterations as can be told at once.
+void Runner::PassAtOnce(const PlanStep& step) {
+    const std::int32_t left = std::max(machine_.endPos - machine_.bitPos, 0);
+    switch (step.op) {
+        case PlanOp::kSkip:
+            machine_.bitPos += step.width == 0 ? 0 : left / step.width * step.width;
+            break;
+        case PlanOp::kBit0:
+        case PlanOp::kBit1:
+        case PlanOp::kBitL:
+        case PlanOp::kBitH: {
+            // Each takes two instructions, the bit and the end of the iteration.
+            const auto most = static_cast<std::int32_t>(
+                std::min<std::uint64_t>(static_cast<std::uint64_t>(left), left_ / 2));
+            const std::int32_t run = RunOf(step.op, machine_.reader, machine_.bitPos, most);
+            machine_.bitPos += run;
+            left_ -= 2 * static_cast<std::uint64_t>(run);
+            break;
+        }
+        default:
+            break;
+    }
+}
+
 Next Runner::Loop(std::uint32_t body) {
     if (depth_ < 2) {
         return Next::kFail;
@@ -439,11 +487,7 @@ Next Runner::Loop(std::uint32_t body) {
             return Next::kOn;
         }
     } else if (most == kOpenEndedCount && body + 2 == pc_) {
-        const PlanStep& skip = machine_.program->plan[body];
-        if (skip.op == PlanOp::kSkip && skip.width != 0) {
-            const std::int32_t left = std::max(machine_.endPos - machine_.bitPos, 0);
-            machine_.bitPos += left / skip.width * skip.width;
-        }
+        PassAtOnce(machine_.program->plan[body]);
     }
     pc_ = body;
     if (counter.Least() == 0) {

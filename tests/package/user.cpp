@@ -151,11 +151,11 @@ bool TypesAreRight(const quorvane::Message& message) {
         known =
             known || quorvane::MessageTypes::At(quorvane::Decoding::EPS_SMUplink, index) == type;
     }
-    return known && type.MemberCount() == 7 && type.Member(3).name == "PDNType" &&
-           pdn.Kind() == quorvane::FieldKind::kEnumerated && pdn.WordsOf(3) == "IPv4v6" &&
-           pdn.ValueCount() > 0 && !pdn.Value(0).words.empty() && pdn.OtherWords().size() < 100 &&
-           pdn.Bits() > 0 && !pdn.IsFixed() && list.MostItems() > 1 &&
-           list.ItemType().MemberCount() > 0;
+    return known && type.Name() == "PDN_CONNECTIVITY_REQUEST" && type.MemberCount() == 7 &&
+           type.Member(3).name == "PDNType" && pdn.Kind() == quorvane::FieldKind::kEnumerated &&
+           pdn.WordsOf(3) == "IPv4v6" && pdn.ValueCount() > 0 && !pdn.Value(0).words.empty() &&
+           pdn.OtherWords().size() < 100 && pdn.Bits() > 0 && !pdn.IsFixed() &&
+           list.MostItems() > 1 && list.ItemType().MemberCount() > 0;
 }
 
 bool MessagesWork() {

@@ -346,6 +346,57 @@ TEST(Plan, CountsTheMachinesInstructions) {
     }
 }
 
+// Fixed bits and padding of any length behind any position, with what ends them, and however few
+// instructions are left for them.
+TEST(Plan, PassesFixedBitsAndPaddingAsTheMachine) {
+    for (const Opcode bit : {Opcode::kBit0, Opcode::kBit1, Opcode::kBitL, Opcode::kBitH}) {
+        Image image;
+        const auto end = image.code.NewLabel();
+        image.code.Emit(Opcode::kRepAny, {Assembler::Exit(end, false)});
+        const auto body = image.code.BindNew();
+        image.code.Emit(bit);
+        image.code.Emit(Opcode::kLoop, {body});
+        image.code.Bind(end);
+        image.code.Emit(Opcode::kRet);
+        const auto wantedAt = [&](std::int32_t position) -> std::uint32_t {
+            const std::uint32_t padding =
+                std::string_view("00101011")[static_cast<std::size_t>(position % 8)] == '1' ? 1 : 0;
+            return bit == Opcode::kBit0   ? 0
+                   : bit == Opcode::kBit1 ? 1
+                   : bit == Opcode::kBitL ? padding
+                                          : 1 - padding;
+        };
+        for (const std::int32_t length : {0, 1, 2, 7, 8, 9, 63, 64, 65, 130}) {
+            for (std::int32_t start = 0; start < 9; ++start) {
+                std::string text(static_cast<std::size_t>(start), '0');
+                for (std::int32_t position = start; position < start + length; ++position) {
+                    text += wantedAt(position) != 0 ? '1' : '0';
+                }
+                const std::vector<std::uint8_t> whole = Octets(text);
+                text += wantedAt(start + length) != 0 ? "011" : "100";
+                const std::vector<std::uint8_t> ended = Octets(text);
+                for (const auto* octets : {&whole, &ended}) {
+                    const bits::BitReader reader(octets->data(),
+                                                 static_cast<std::int64_t>(octets->size()));
+                    const std::int32_t bits = length + (octets == &ended ? 3 : 0);
+                    for (const std::int32_t spared :
+                         {2 * length + 9, 2 * length + 2, 2 * length + 1, 2 * length, length,
+                          length / 2, 1, 0}) {
+                        CsnMachine machine;
+                        CsnMachineInit(machine, image.Program(), 0, reader, start, bits);
+                        machine.rootTag = kRoot;
+                        machine.instructionsLeft = static_cast<std::uint64_t>(spared);
+                        bits::Outcome result = 0;
+                        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "")
+                            << static_cast<int>(bit) << " " << length << " bits at " << start
+                            << ", " << spared << " instructions";
+                    }
+                }
+            }
+        }
+    }
+}
+
 std::string NumbersOf(const bits::Cell& list) {
     std::string text;
     for (std::uint32_t index = 0; index < list.number; ++index) {

@@ -170,14 +170,18 @@ constexpr std::array kParts = {
     Member(6, iecodec::kNone),
     Member(7, iecodec::kNone),
     Member(8, kAllocationValue),
-    PartRow{PartRow::Kind::kInteger, 0, 0, 10, kNumberValue},  // 12, a range
-    PartRow{PartRow::Kind::kInteger, 1, 10, 10, kNumberValue},
+    PartRow{PartRow::Kind::kInteger, 0, 0, 10, kNumberValue, true},  // 12, a range
+    PartRow{PartRow::Kind::kInteger, 1, 10, 10, kNumberValue, true},
 };
 
 Family MakeFamily() {
     Family family{};
-    family.types = {
-        .types = kTypes, .elements = kElements, .enums = {}, .enumValues = {}, .named = kNamed};
+    family.types = {.texts = reflect::test::TableTexts(),
+                    .types = kTypes,
+                    .elements = kElements,
+                    .enums = {},
+                    .enumValues = {},
+                    .named = kNamed};
     family.codec.values = kValues;
     family.codec.parts = kParts;
     family.codec.specials = kSpecials;
