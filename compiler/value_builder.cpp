@@ -266,7 +266,7 @@ PartRow ValueBuilder::PartOf(const StructSyntax& owner, const MemberSyntax& memb
         reporter_.ErrorIf(
             width == 0, member.name.span,
             "the width of '" + member.name.text + "' in bits is missing in front of the colon");
-    } else if (!BitsOf(part.value).Holds(part.width)) {
+    } else if (part.kind == PartRow::Kind::kValue && !BitsOf(part.value).Holds(part.width)) {
         reporter_.Error(member.name.span, "'" + member.name.text + "' has " +
                                               std::to_string(part.width) + " bits here, its type " +
                                               Shown(BitsOf(part.value)));

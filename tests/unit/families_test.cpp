@@ -133,6 +133,20 @@ TEST(Families, HaveMembersWithPlainNamesOfTheirOwn) {
     }
 }
 
+// Decoding looks at the part alone, encoding at the value.
+TEST(Families, HaveIntegerPartsThatSayWhatTheirValuesSay) {
+    for (const Family* family : AllFamiliesAndTheSample()) {
+        for (const iecodec::PartRow& part : family->codec.parts) {
+            if (part.kind == iecodec::PartKind::kInteger) {
+                const iecodec::ValueRow& value = family->codec.values[part.value];
+                EXPECT_EQ(value.shape, iecodec::Shape::kInteger) << value.name;
+                EXPECT_EQ(part.width, value.width) << value.name;
+                EXPECT_EQ(part.located, value.located) << value.name;
+            }
+        }
+    }
+}
+
 TEST(Families, HaveTheirTextsReadyForTheRendering) {
     for (const Family* family : AllFamiliesAndTheSample()) {
         const auto& tables = family->types;
