@@ -185,7 +185,7 @@ class BodyDecoder {
                          &claiming)
                 : FindIeTolerantly(context_, cell_, iei, width, cursor_, end_, order);
         if (claiming != nullptr) {
-            claim_ = {order, claiming, cursor_};
+            claim_ = {claiming, cursor_};
         }
         if (found == IeSearch::kBlocked) {
             return kUnknownIei;
@@ -198,16 +198,15 @@ class BodyDecoder {
         return DecodeBehindIei(field);
     }
 
-    /// The element at `position` belongs to `field`, and to none of the fields from `searched` up
-    /// to there: they are absent without a search of their own, which would make long messages of
-    /// many optional fields dear.
+    /// The element at `position` belongs to `field`, and to none of the fields ahead of it: those
+    /// still to come are absent without a search of their own, whose cost would grow with the
+    /// square of the fields.
     struct Claim {
-        const IeOrderRow* searched = nullptr;
         const IeOrderRow* field = nullptr;
         std::int64_t position = 0;
 
         [[nodiscard]] bool LeavesOut(const IeOrderRow* order, std::int64_t cursor) const {
-            return cursor == position && order >= searched && order < field;
+            return cursor == position && order < field;
         }
     };
 

@@ -133,6 +133,22 @@ TEST(Families, HaveMembersWithPlainNamesOfTheirOwn) {
     }
 }
 
+// What one search tells holds for the fields behind.
+TEST(Families, HaveOrdersThatRiseWithTheFields) {
+    for (const Family* family : AllFamiliesAndTheSample()) {
+        for (const iecodec::MessageRow& message : family->codec.messages) {
+            std::optional<std::uint16_t> last;
+            for (const iecodec::FieldRow& field :
+                 family->codec.fields.subspan(message.firstField, message.fieldCount)) {
+                if (field.presence == iecodec::FieldPresence::kOptional) {
+                    EXPECT_TRUE(!last || field.order > *last) << message.name << field.name;
+                    last = field.order;
+                }
+            }
+        }
+    }
+}
+
 // Decoding looks at the part alone, encoding at the value.
 TEST(Families, HaveIntegerPartsThatSayWhatTheirValuesSay) {
     for (const Family* family : AllFamiliesAndTheSample()) {
