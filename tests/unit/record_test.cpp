@@ -1,6 +1,7 @@
 #include "bits/record.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <vector>
 
 namespace quorvane::bits {
@@ -52,6 +53,33 @@ TEST(RecordSequence, SameSizeKeepsTheItems) {
     sequence.cells[2].number = 9;
     ASSERT_EQ(SetSize(arena, sequence, 3, 20), 0);
     EXPECT_EQ(sequence.cells[2].number, 9U);
+}
+
+TEST(RecordSequence, RoomForMoreIsNoBound) {
+    Arena arena;
+    Cell sequence{};
+    ASSERT_EQ(SetSize(arena, sequence, 1, 20), 0);
+    ASSERT_GT(sequence.capacity, 1U);
+    EXPECT_EQ(SetSize(arena, sequence, 2, 1), -13);
+    EXPECT_EQ(sequence.number, 1U);
+    EXPECT_EQ(SetSize(arena, sequence, std::numeric_limits<std::int32_t>::min(), 20), 0);
+    EXPECT_EQ(sequence.number, 0U);
+}
+
+TEST(RecordSequence, NextItemsAreEmptyToo) {
+    Arena arena;
+    Cell sequence{};
+    for (int round = 0; round < 2; ++round) {
+        for (std::int32_t size = 1; size <= 3; ++size) {
+            ASSERT_EQ(SetSize(arena, sequence, size, 20), 0);
+            Cell& item = sequence.cells[size - 1];
+            EXPECT_EQ(item.number, 0U);
+            EXPECT_FALSE(item.present);
+            item.number = 7;
+            item.present = true;
+        }
+        ASSERT_EQ(SetSize(arena, sequence, 0, 20), 0);
+    }
 }
 
 TEST(RecordSequence, DroppedItemsComeBackEmpty) {
