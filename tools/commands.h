@@ -39,8 +39,14 @@ int List();
 /// How decoded messages are shown.
 enum class MessageForm { kText, kJson };
 
-/// Prints one message, whose octets the arguments `hex` hold.
-int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form,
+/// Where the octets of a message stand: in arguments, or in a file if it has a name.
+struct OctetSource {
+    std::vector<std::string> hex;
+    std::string file;  // -: standard input
+};
+
+/// Prints one message.
+int Decode(const std::string& function, const OctetSource& source, MessageForm form,
            DecodeOptions options);
 
 /// Turns the lines "FUNCTION LENGTH HEX" of the file, of standard input if its name is "-", into

@@ -6,8 +6,10 @@
 #include "quorvane/decode.h"
 #include "quorvane/json.h"
 #include "tools/commands.h"
-#include "tools/hex.h"
+#include "tools/input_file.h"
+#include "tools/octet_text.h"
 #include "tools/tolerant.h"
+#include "tools/utf8.h"
 
 namespace quorvane::tool {
 
@@ -62,18 +64,25 @@ bool PrintAsJson(Decoding decoding, PaddedMessage octets, DecodeOptions options)
     return found;
 }
 
-}  // namespace
-
-int Decode(const std::string& function, const std::vector<std::string>& hex, MessageForm form,
-           DecodeOptions options) {
-    const Decoding decoding = DecodingNamed(function);
+std::string Joined(const std::vector<std::string>& pieces) {
     std::string joined;
-    for (const std::string& piece : hex) {
+    for (const std::string& piece : pieces) {
         joined += joined.empty() ? piece : " " + piece;
     }
+    return joined;
+}
+
+}  // namespace
+
+int Decode(const std::string& function, const OctetSource& source, MessageForm form,
+           DecodeOptions options) {
+    const Decoding decoding = DecodingNamed(function);
     std::vector<std::uint8_t> octets;
-    if (const std::string problem = ParseHex(joined, octets); !problem.empty()) {
-        throw UsageError("HEX, " + problem);
+    const std::string text =
+        source.file.empty() ? Joined(source.hex) : ReadMessageFile(source.file);
+    if (const std::string problem = ParseOctets(text, octets); !problem.empty()) {
+        const std::string where = source.file.empty() ? "HEX" : source.file;
+        throw UsageError(WithoutInvalidUtf8(where + ", " + problem));
     }
     const PaddedMessage message(octets.data(), static_cast<std::int32_t>(octets.size()),
                                 octets.size());

@@ -4,44 +4,15 @@
 
 #include "quorvane/message.h"
 #include "tools/commands.h"
-#include "tools/hex.h"
 #include "tools/input_file.h"
-#include "tools/line_reader.h"
 #include "tools/message_diff.h"
 #include "tools/message_line.h"
 #include "tools/message_reader.h"
+#include "tools/octet_text.h"
 #include "tools/utf8.h"
 
 namespace quorvane::tool {
 namespace {
-
-/// All lines of a file that holds one message.
-struct Contents {
-    std::string text;
-    bool tooLong = false;
-
-    void Line(std::string_view line) {
-        tooLong = tooLong || text.size() + line.size() > LineReader::kLongestLine;
-        if (!tooLong) {
-            text.append(line).append("\n");
-        }
-    }
-    void TooLong() { tooLong = true; }
-    void Pause() {}
-};
-
-std::string ReadFile(const std::string& name) {
-    const InputFile file(name);
-    Contents contents;
-    if (const int error = ReadLines(file.Descriptor(), contents); error != 0) {
-        ThrowReadError(error);
-    }
-    if (contents.tooLong) {
-        throw UsageError(name + ": more than " + std::to_string(LineReader::kLongestLine) +
-                         " characters are no message");
-    }
-    return std::move(contents.text);
-}
 
 /// Reads "FUNCTION HEX"; false if the argument is something else. What is wrong is in `problem`.
 bool ReadArgument(std::string_view argument, Message& message, std::string& problem) {
@@ -52,14 +23,14 @@ bool ReadArgument(std::string_view argument, Message& message, std::string& prob
         return false;
     }
     std::vector<std::uint8_t> octets;
-    problem = ParseHex(argument.substr(end + 1), octets);
+    problem = ParseOctets(argument.substr(end + 1), octets);
     problem = problem.empty() ? problem : "HEX, " + problem;
     message.Decode(*decoding, octets);
     return true;
 }
 
 /// Reads a line "FUNCTION LENGTH HEX" or a JSON object. Returns what is wrong, or nothing.
-std::string ReadText(std::string_view text, Message& message) {
+std::string ReadLine(std::string_view text, Message& message) {
     constexpr std::string_view kBlanks = " \t\r\n";
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     text = text.substr(0, text.find_last_not_of(kBlanks) + 1);  // npos + 1 is 0
@@ -84,7 +55,7 @@ Message Read(const std::string& argument) {
     Message message;
     std::string problem;
     if (!ReadArgument(argument, message, problem)) {
-        problem = ReadText(ReadFile(argument), message);
+        problem = ReadLine(ReadMessageFile(argument), message);
     }
     if (problem.empty() && !message.IsFound()) {
         problem = "the octets start no message that this build describes";

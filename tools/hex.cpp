@@ -6,11 +6,11 @@
 namespace quorvane::tool {
 namespace {
 
-constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::uint8_t kNoValue = 0xFF;
 
 constexpr std::array<std::uint8_t, 256> kDigits = [] {
     std::array<std::uint8_t, 256> digits{};
-    digits.fill(kNoDigit);
+    digits.fill(kNoValue);
     for (std::uint8_t digit = 0; digit < 16; ++digit) {
         const auto capital = static_cast<unsigned char>(kHexDigits[digit]);
         digits[capital] = digit;
@@ -19,7 +19,7 @@ constexpr std::array<std::uint8_t, 256> kDigits = [] {
     return digits;
 }();
 
-std::uint8_t DigitOf(char character) {
+std::uint8_t ValueOf(char character) {
     return kDigits[static_cast<unsigned char>(character)];
 }
 
@@ -31,7 +31,9 @@ std::string At(std::size_t index, const std::string& problem) {
     return "character " + std::to_string(index + 1) + ": " + problem;
 }
 
-std::string Quoted(char character) {
+}  // namespace
+
+std::string QuotedCharacter(char character) {
     constexpr char kFirstPrintable = 0x20;
     constexpr char kLastPrintable = 0x7E;
     if (character >= kFirstPrintable && character <= kLastPrintable) {
@@ -40,7 +42,10 @@ std::string Quoted(char character) {
     return "an unprintable character";
 }
 
-}  // namespace
+std::optional<std::uint8_t> DigitOf(char character) {
+    const std::uint8_t value = ValueOf(character);
+    return value == kNoValue ? std::nullopt : std::optional(value);
+}
 
 std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
     octets.clear();
@@ -61,16 +66,16 @@ std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
             continue;
         }
         inGroup = true;
-        const std::uint8_t high = DigitOf(text[index]);
-        if (high == kNoDigit) {
-            return At(index, Quoted(text[index]) + " is not a hexadecimal digit");
+        const std::uint8_t high = ValueOf(text[index]);
+        if (high == kNoValue) {
+            return At(index, QuotedCharacter(text[index]) + kNoDigit);
         }
         if (index + 1 == text.size() || IsSeparator(text[index + 1])) {
-            return At(index, "an octet needs two hexadecimal digits, this one has one");
+            return At(index, kHalfOctet);
         }
-        const std::uint8_t low = DigitOf(text[index + 1]);
-        if (low == kNoDigit) {
-            return At(index + 1, Quoted(text[index + 1]) + " is not a hexadecimal digit");
+        const std::uint8_t low = ValueOf(text[index + 1]);
+        if (low == kNoValue) {
+            return At(index + 1, QuotedCharacter(text[index + 1]) + kNoDigit);
         }
         octets.push_back(static_cast<std::uint8_t>(high << 4 | low));
         index += 2;

@@ -6,8 +6,26 @@
 #include <unistd.h>
 
 #include "tools/commands.h"
+#include "tools/line_reader.h"
 
 namespace quorvane::tool {
+namespace {
+
+struct Contents {
+    std::string text;
+    bool tooLong = false;
+
+    void Line(std::string_view line) {
+        tooLong = tooLong || text.size() + line.size() > LineReader::kLongestLine;
+        if (!tooLong) {
+            text.append(line).append("\n");
+        }
+    }
+    void TooLong() { tooLong = true; }
+    void Pause() {}
+};
+
+}  // namespace
 
 InputFile::InputFile(const std::string& name)
     : descriptor_(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
@@ -20,6 +38,19 @@ InputFile::~InputFile() {
     if (descriptor_ != STDIN_FILENO) {
         close(descriptor_);
     }
+}
+
+std::string ReadMessageFile(const std::string& name) {
+    const InputFile file(name);
+    Contents contents;
+    if (const int error = ReadLines(file.Descriptor(), contents); error != 0) {
+        ThrowReadError(error);
+    }
+    if (contents.tooLong) {
+        throw UsageError(name + ": more than " + std::to_string(LineReader::kLongestLine) +
+                         " characters are no message");
+    }
+    return std::move(contents.text);
 }
 
 void ThrowReadError(int error) {

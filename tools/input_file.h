@@ -19,6 +19,10 @@ class InputFile {
     int descriptor_;
 };
 
+/// All of a file that holds one message. Throws UsageError if it cannot be read, or is longer than
+/// any message.
+std::string ReadMessageFile(const std::string& name);
+
 /// Throws UsageError for a read that failed with that errno.
 [[noreturn]] void ThrowReadError(int error);
 

@@ -1,5 +1,6 @@
 #include "tools/line_reader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <unistd.h>
@@ -62,6 +63,18 @@ void LineReader::Fill() {
     } else {
         end_ += static_cast<std::size_t>(count);
     }
+    if (atStart_) {
+        PassMark();
+    }
+}
+
+void LineReader::PassMark() {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    const std::string_view start(buffer_.data(), std::min(end_, kMark.size()));
+    if (start == kMark) {
+        begin_ = scanned_ = kMark.size();
+    }
+    atStart_ = start.size() < kMark.size() && kMark.starts_with(start) && !atEnd_;
 }
 
 }  // namespace quorvane::tool

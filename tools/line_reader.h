@@ -17,9 +17,10 @@ class LineReader {
 
     enum class Outcome { kLine, kTooLong, kNeedsInput, kEnd, kError };
 
-    /// Gives the next line, without its line feed, valid until the next call. kTooLong stands for
-    /// a line of more than kLongestLine characters, which is passed over. kNeedsInput asks for a
-    /// call of Fill; the caller may want to show its output before, as that may wait.
+    /// Gives the next line, without its line feed and a byte order mark ahead of the first one,
+    /// valid until the next call. kTooLong stands for a line of more than kLongestLine characters,
+    /// which is passed over. kNeedsInput asks for a call of Fill; the caller may want to show its
+    /// output before, as that may wait.
     Outcome Next(std::string_view& line);
 
     /// Reads more. kError leaves the reason in errno.
@@ -32,6 +33,9 @@ class LineReader {
     }
 
   private:
+    /// Passes over a byte order mark.
+    void PassMark();
+
     static constexpr std::size_t kBuffer = kLongestLine + (std::size_t{64} << 10);
 
     int descriptor_;
@@ -39,6 +43,7 @@ class LineReader {
     std::size_t begin_ = 0;    // of the line
     std::size_t scanned_ = 0;  // no line feed ahead of it
     std::size_t end_ = 0;
+    bool atStart_ = true;    // nothing has been read, or a part of a byte order mark
     bool skipping_ = false;  // the rest of a line that was too long
     bool atEnd_ = false;
     bool failed_ = false;

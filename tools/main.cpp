@@ -35,14 +35,17 @@ int Run(int argc, char** argv) {
     const CLI::App* list = app.add_subcommand("list", "Show the decodings and what each is for");
 
     std::string function;
-    std::vector<std::string> hex;
+    OctetSource octets;
     CLI::App* decode =
         app.add_subcommand("decode",
                            "Decode one message. Exit status 1 if the octets start none, 3 if this "
                            "build does not describe the function's messages");
     decode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
-    decode->add_option("HEX", hex, "The octets; blanks, colons and 0x may stand between")
-        ->required();
+    CLI::Option* hex = decode->add_option("HEX", octets.hex,
+                                          "The octets as a log has them, as 0741, 07-41, 0x07, or "
+                                          "lines of xxd; - for standard input");
+    decode->add_option("--file", octets.file, "A file that holds the octets; - for standard input")
+        ->excludes(hex);
     DecodeOptions options;
     const auto addOptions = [&](CLI::App* command) {
         CLI::Option* tolerant = command->add_flag(
@@ -140,7 +143,12 @@ int Run(int argc, char** argv) {
     }
     const MessageForm form = json ? MessageForm::kJson : MessageForm::kText;
     if (decode->parsed()) {
-        return Decode(function, hex, form, options);
+        if (octets.hex == std::vector<std::string>{"-"}) {
+            octets = {{}, "-"};
+        } else if (octets.hex.empty() && octets.file.empty()) {
+            throw UsageError("HEX or --file is required; - stands for standard input");
+        }
+        return Decode(function, octets, form, options);
     }
     if (batch->parsed()) {
         return Batch(file, form, options);

@@ -41,17 +41,26 @@ class ToolTest : public testing::Test {
 
     /// `arguments` as a shell sees them.
     Outcome Run(const std::string& arguments, const std::string& input = "") {
-        std::ofstream(folder_ / "in", std::ios::binary) << input;
-        const std::string command = std::string(QUORVANE_TOOL_PATH) + " " + arguments + " <" +
-                                    Path("in") + " >" + Path("out") + " 2>" + Path("err");
-        const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(folder_ / "out"),
-                ReadAll(folder_ / "err")};
+        return RunCommand(std::string(QUORVANE_TOOL_PATH) + " " + arguments, input);
+    }
+
+    /// A command line that calls the tool `quorvane`.
+    Outcome RunShell(const std::string& line) {
+        return RunCommand("quorvane() { " QUORVANE_TOOL_PATH " \"$@\"; }; { " + line + "; }", "");
     }
 
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_ / name; }
 
   private:
+    Outcome RunCommand(const std::string& line, const std::string& input) {
+        std::ofstream(folder_ / "in", std::ios::binary) << input;
+        const std::string command =
+            line + " <" + Path("in") + " >" + Path("out") + " 2>" + Path("err");
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadAll(folder_ / "out"),
+                ReadAll(folder_ / "err")};
+    }
+
     std::filesystem::path folder_;
 };
 

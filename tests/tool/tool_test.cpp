@@ -51,6 +51,26 @@ TEST_F(ToolTest, DecodeTakesHexInManyForms) {
     }
 }
 
+TEST_F(ToolTest, DecodeTakesOctetsFromFilesAndStandardInput) {
+    const std::string expected = Run("decode EPC_UE2SS 0F87").output;
+    const std::string dump =
+        "\xEF\xBB\xBF# a dump\n00000000: 0f                .\n00000001: 87  .\n";
+    std::ofstream(Path("dump")) << dump;
+    EXPECT_EQ(Run("decode EPC_UE2SS -", dump).output, expected);
+    EXPECT_EQ(Run("decode EPC_UE2SS --file -", "0F\n87\n").output, expected);
+    EXPECT_EQ(Run("decode EPC_UE2SS --file " + Path("dump")).output, expected);
+    EXPECT_EQ(Run("diff \"EPC_UE2SS 0F 87\" \"EPC_UE2SS {0x0F, 0x87}\"").status, 0);
+
+    const Outcome bad = Run("decode EPC_UE2SS -", "0F\n8\n");
+    EXPECT_EQ(bad.status, 2);
+    EXPECT_EQ(bad.errors,
+              "quorvane: -, line 2, character 1: an octet needs two hexadecimal digits, this one "
+              "has one\n");
+    EXPECT_EQ(Run("decode EPC_UE2SS").errors,
+              "quorvane: HEX or --file is required; - stands for standard input\n");
+    EXPECT_EQ(Run("decode EPC_UE2SS 0F87 --file " + Path("dump")).status, 2);
+}
+
 TEST_F(ToolTest, DecodeOfAnUnknownMessageExitsWith1) {
     const Outcome outcome = Run("decode EPC_UE2SS FF FF");
     EXPECT_EQ(outcome.status, 1);
