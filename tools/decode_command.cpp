@@ -6,6 +6,7 @@
 #include "quorvane/decode.h"
 #include "quorvane/json.h"
 #include "tools/commands.h"
+#include "tools/function_name.h"
 #include "tools/input_file.h"
 #include "tools/octet_text.h"
 #include "tools/tolerant.h"
@@ -18,10 +19,9 @@ std::string NotDescribed(std::string_view function) {
 }
 
 Decoding DecodingNamed(const std::string& function) {
-    const std::optional<Decoding> decoding = FindDecoding(function);
+    const std::optional<Decoding> decoding = FindFunction(function);
     if (!decoding) {
-        throw UsageError("unknown function '" + function +
-                         "'; the command \"quorvane list\" shows all");
+        throw UsageError(UnknownFunction(function) + "; the command \"quorvane list\" shows all");
     }
     return *decoding;
 }

@@ -4,6 +4,7 @@
 
 #include "quorvane/message.h"
 #include "tools/commands.h"
+#include "tools/function_name.h"
 #include "tools/input_file.h"
 #include "tools/message_diff.h"
 #include "tools/message_line.h"
@@ -16,11 +17,15 @@ namespace {
 
 /// Reads "FUNCTION HEX"; false if the argument is something else. What is wrong is in `problem`.
 bool ReadArgument(std::string_view argument, Message& message, std::string& problem) {
-    const std::size_t end = argument.find(' ');
-    const std::optional<Decoding> decoding =
-        end == std::string_view::npos ? std::nullopt : FindDecoding(argument.substr(0, end));
-    if (!decoding) {
+    const std::size_t end = argument.find_first_of(" \t");
+    if (end == std::string_view::npos) {
         return false;
+    }
+    const std::string_view name = argument.substr(0, end);
+    const std::optional<Decoding> decoding = FindFunction(name);
+    if (!decoding) {
+        problem = NearestFunctions(name).empty() ? "" : UnknownFunction(name);
+        return !problem.empty();
     }
     std::vector<std::uint8_t> octets;
     problem = ParseOctets(argument.substr(end + 1), octets);

@@ -21,23 +21,20 @@ std::uint32_t TagOf(const families::Family& family, const iecodec::MessageSetRow
 }  // namespace
 
 int Generate(const GenerateOptions& options) {
-    const std::optional<Decoding> decoding = FindDecoding(options.function);
-    if (!decoding) {
-        throw UsageError("there is no function " + options.function +
-                         "; \"quorvane list\" shows them");
-    }
-    const facade::Binding& binding = facade::BindingOf(*decoding);
+    const Decoding decoding = DecodingNamed(options.function);
+    const std::string function(Decodings()[static_cast<std::size_t>(decoding)].name);
+    const facade::Binding& binding = facade::BindingOf(decoding);
     if (binding.set == nullptr) {
-        throw UsageError(NotDescribed(options.function));
+        throw UsageError(NotDescribed(function));
     }
     std::uint32_t tag = 0;
     if (!options.message.empty()) {
         tag = TagOf(*binding.family, *binding.set, options.message);
         if (tag == 0) {
-            throw UsageError(options.function + " has no message " + options.message);
+            throw UsageError(function + " has no message " + options.message);
         }
     }
-    const bool lengthIsFixed = facade::RowOf(*decoding).fixedBits != 0;
+    const bool lengthIsFixed = facade::RowOf(decoding).fixedBits != 0;
     MessageGenerator generator(*binding.family, options.seed,
                                lengthIsFixed ? MessageEnd::kAnyBit : MessageEnd::kOctet);
     constexpr std::size_t kFullBuffer = std::size_t{1} << 16;
@@ -50,7 +47,7 @@ int Generate(const GenerateOptions& options) {
             throw UsageError("could not generate message " + std::to_string(count + 1) +
                              "; try another seed");
         }
-        lines += options.function + " " + std::to_string(message->octets.size()) + " " +
+        lines += function + " " + std::to_string(message->octets.size()) + " " +
                  ToHex(message->octets, "") + "\n";
         if (lines.size() >= kFullBuffer) {
             Print(lines);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "tools/function_name.h"
 #include "tools/hex.h"
 
 namespace quorvane::tool {
@@ -46,9 +47,9 @@ std::string ParseMessageLine(std::string_view line, MessageLine& message,
     if (length.empty()) {
         return kForm;
     }
-    const std::optional<Decoding> decoding = FindDecoding(message.function);
+    const std::optional<Decoding> decoding = FindFunction(message.function);
     if (!decoding) {
-        return "unknown function '" + std::string(message.function) + "'";
+        return UnknownFunction(message.function);
     }
     message.decoding = *decoding;
     const char* lengthEnd = length.data() + length.size();

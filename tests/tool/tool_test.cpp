@@ -108,6 +108,28 @@ TEST_F(ToolTest, WrongUseExitsWith2AndSaysWhatAndWhere) {
     }
 }
 
+TEST_F(ToolTest, FunctionsAreNamedInAnyCase) {
+    const Outcome outcome = Run("decode epc_ue2SS 0F87");
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_TRUE(outcome.output.starts_with("Decoded using \"EPC_UE2SS\".\n")) << outcome.output;
+    EXPECT_EQ(Run("batch", "epc_UE2ss 2 0F87\n").status, 0);
+    EXPECT_EQ(Run("diff 'epc_ue2ss 0F87' 'EPC_UE2SS 0F87'").status, 0);
+    EXPECT_EQ(Run("generate epc_ue2ss 1").status, 0);
+    EXPECT_EQ(Run("encode epc_ue2ss", Run("decode --json EPC_UE2SS 0F87").output).output, "0F87\n");
+}
+
+TEST_F(ToolTest, SlipsInFunctionsNameTheNearest) {
+    const std::string words = "unknown function 'EPC_UE2S'; the nearest is EPC_UE2SS";
+    const std::string end = "; the command \"quorvane list\" shows all\n";
+    EXPECT_EQ(Run("decode EPC_UE2S 0F87").errors, "quorvane: " + words + end);
+    EXPECT_EQ(Run("encode EPC_UE2S").errors, "quorvane: " + words + end);
+    EXPECT_EQ(Run("generate EPC_UE2S 1").errors, "quorvane: " + words + end);
+    EXPECT_EQ(Run("diff 'EPC_UE2S 0F87' 'EPC_UE2SS 0F87'").errors,
+              "quorvane: EPC_UE2S 0F87: " + words + "\n");
+    EXPECT_STREQ(JsonLines(Run("batch", "EPC_UE2S 2 0F87\n").output)[0]["error"].GetString(),
+                 words.c_str());
+}
+
 TEST_F(ToolTest, WrongArgumentsExitWith2) {
     for (const char* arguments :
          {"", "nonsense", "decode", "decode EPS_SMUplink", "catalogue", "catalogue eps --nonsense",
