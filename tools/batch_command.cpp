@@ -11,6 +11,7 @@
 #include "tools/json_lines.h"
 #include "tools/line_reader.h"
 #include "tools/message_line.h"
+#include "tools/octet_text.h"
 #include "tools/tolerant.h"
 #include "tools/utf8.h"
 
@@ -86,8 +87,12 @@ class BatchRun {
         }
         const PaddedMessage octets(octets_.data(), request.length, octets_.size());
         const bool found = DecodeMessage(request.decoding, octets);
+        if (!found && request.hexBehindDoubt &&
+            IsKnown(request.decoding, *request.hexBehindDoubt)) {
+            return Refuse(DoubtfulLength(request.hex.substr(0, request.hex.find(' '))));
+        }
         json_.Begin();
-        json_.Add("fn", request.function);
+        json_.Add("fn", Decodings()[static_cast<std::size_t>(request.decoding)].name);
         json_.Add("length", request.length);
         json_.Add("hex", request.hex);
         json_.Add("ret", found ? 1 : 0);
@@ -99,26 +104,25 @@ class BatchRun {
             AppendJson(message_, text_);
             json_.AddJson("message", text_);
         } else {
-            if (options_.tolerant) {
-                json_.Add("text", text_);
-            } else {
-                json_.AddJson("text", text_);
-            }
+            json_.Add("text", text_);
             json_.AddLines("diagnostics", diagnostics_);
         }
         json_.End();
     }
 
-    /// Into the message, the text or, in strict reading, the text as JSON.
+    bool IsKnown(Decoding decoding, std::string_view hex) {
+        std::vector<std::uint8_t> octets;
+        return ParseOctets(hex, octets).empty() && message_.Decode(decoding, octets, options_);
+    }
+
+    /// Into the message or the text, as the form says.
     bool DecodeMessage(Decoding decoding, PaddedMessage octets) {
         if (form_ == MessageForm::kJson) {
             return message_.Decode(decoding, octets, options_);
         }
-        if (options_.tolerant) {
-            return DecodeAsText(message_, decoding, octets, options_, text_, diagnostics_);
-        }
-        text_.clear();
-        return AppendTextAsJson(decoding, octets, text_, diagnostics_);
+        return options_.tolerant
+                   ? DecodeAsText(message_, decoding, octets, options_, text_, diagnostics_)
+                   : DecodeInto(decoding, octets, text_, diagnostics_);
     }
 
     void Refuse(const std::string& problem) {

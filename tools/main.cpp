@@ -68,7 +68,8 @@ int Run(int argc, char** argv) {
     CLI::App* batch = app.add_subcommand(
         "batch",
         "Decode lines \"FUNCTION LENGTH HEX\" to JSON objects, one a line. LENGTH is the message's "
-        "length in octets, HEX the readable buffer, which may be left out if LENGTH is 0. Answers "
+        "length in octets; it may be left out if HEX is the message. HEX is the readable buffer, "
+        "which may be left out if LENGTH is 0. Answers "
         "of functions whose messages this build does not describe have \"described\":false. Exit "
         "status 1 if a line was bad");
     batch->add_option("FILE", file, "Standard input if it is left out or -");

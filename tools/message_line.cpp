@@ -2,17 +2,23 @@
 
 #include <algorithm>
 #include <charconv>
-#include <optional>
 #include <utility>
 
 #include "tools/function_name.h"
 #include "tools/hex.h"
+#include "tools/octet_text.h"
 
 namespace quorvane::tool {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
-constexpr const char* kForm = "expected FUNCTION LENGTH HEX";
+constexpr std::string_view kMarks = ",;:";
+constexpr const char* kForm = "expected FUNCTION LENGTH HEX, or FUNCTION HEX";
+
+std::string_view WithoutBlanks(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);  // npos + 1 is 0
+}
 
 std::string_view CutWord(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
@@ -21,8 +27,16 @@ std::string_view CutWord(std::string_view& text) {
     return word;
 }
 
-/// Whether `length` may be octets that no LENGTH goes ahead of: the groups of digits behind it are
-/// as long as it is, but for the last one.
+std::string_view WithoutMark(std::string_view word) {
+    return word.substr(0, word.find_last_not_of(kMarks) + 1);
+}
+
+bool AreDigits(std::string_view text) {
+    return std::ranges::all_of(text, [](char each) { return DigitOf(each).has_value(); });
+}
+
+/// Whether `length` may be octets that no LENGTH goes ahead of: the words behind it are as long as
+/// it is, but for the last one.
 bool ReadsAsHex(std::string_view length, std::string_view hex) {
     if (length.size() % 2 != 0 || length.front() == '-') {
         return false;
@@ -36,40 +50,165 @@ bool ReadsAsHex(std::string_view length, std::string_view hex) {
     return true;
 }
 
+/// Whether all words of a text have the form of the first one: digits at the same places, and the
+/// same characters elsewhere. The last one may be shorter and have no mark at its end.
+bool AreAlike(std::string_view text) {
+    const std::string_view first = CutWord(text);
+    const auto sameForm = [](char left, char right) {
+        return left == right || (DigitOf(left) && DigitOf(right));
+    };
+    while (!text.empty()) {
+        std::string_view word = CutWord(text);
+        std::string_view form = first;
+        if (text.empty()) {
+            word = WithoutMark(word);
+            form = WithoutMark(form);
+            form = AreDigits(form) ? form.substr(0, word.size()) : form;
+        }
+        if (!std::ranges::equal(form, word, sameForm)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The digits of a word that may be a number: in any base, with or without a mark behind it.
+/// Nothing of other words.
+std::string_view DigitsOf(std::string_view word) {
+    word = WithoutMark(word);
+    if (word.starts_with("0x") || word.starts_with("0X")) {
+        word.remove_prefix(2);
+    } else if (word.ends_with('h') || word.ends_with('H')) {
+        word.remove_suffix(1);
+    }
+    return AreDigits(word) ? word : std::string_view();
+}
+
+/// Whether digits are such as people write numbers with.
+bool IsNumber(std::string_view digits) {
+    return digits.size() > 2 && digits.front() != '0' &&
+           digits.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// The text behind FUNCTION, and its parts if it begins with LENGTH.
+struct Text {
+    std::string_view whole;
+    std::string_view first;                             // its first word
+    std::string_view behind;                            // the rest
+    std::optional<std::int32_t> number = std::nullopt;  // that the first word is, if it is one
+
+    explicit Text(std::string_view text) : whole(text), behind(text) {
+        first = CutWord(behind);
+        behind = WithoutBlanks(behind);
+        std::int32_t value = 0;
+        const char* last = first.data() + first.size();
+        const auto [end, status] = std::from_chars(first.data(), last, value);
+        if (status == std::errc() && end == last) {
+            number = value;
+        }
+    }
+
+    [[nodiscard]] bool HasLeadingZero() const { return first.front() == '0'; }
+
+    /// A number that is as many as there are octets behind it.
+    [[nodiscard]] bool IsCount(std::size_t octets) const {
+        return !HasLeadingZero() && std::cmp_equal(*number, octets);
+    }
+};
+
+std::string Problem(std::string_view part, std::string problem) {
+    return problem.empty() ? problem : std::string(part) + ", " + problem;
+}
+
+/// Reads a text without LENGTH whose first word is no number.
+std::string ReadOctets(const Text& text, std::vector<std::uint8_t>& octets) {
+    if (std::string problem = ParseOctets(text.whole, octets); !problem.empty()) {
+        return Problem("HEX", std::move(problem));
+    }
+    const std::string_view digits = DigitsOf(text.first);
+    if (text.behind.empty() || digits.empty() || BeginsWithOffset(text.whole)) {
+        return {};
+    }
+    // A LENGTH in hexadecimal, or of more than 32 bits, is none, and must not be taken for octets.
+    const bool mayBeCount = digits.size() == 2 && octets.size() - 1 == octets.front();
+    return mayBeCount || IsNumber(text.first) || !AreAlike(text.whole) ? DoubtfulLength(text.first)
+                                                                       : std::string();
+}
+
+/// Reads a number alone.
+std::string ReadNumber(const Text& text, std::vector<std::uint8_t>& octets) {
+    constexpr std::int32_t kLongest = 65535;
+    if (*text.number <= kLongest && (!text.HasLeadingZero() || text.first.size() % 2 != 0)) {
+        return text.first.size() % 2 == 0 ? DoubtfulLength(text.first) : kForm;
+    }
+    return Problem("HEX", ParseOctets(text.whole, octets));
+}
+
+/// Reads a text that begins with a number that is not LENGTH for sure, with more behind it.
+std::string ReadBehindNumber(const Text& text, MessageLine& message,
+                             std::vector<std::uint8_t>& octets) {
+    const bool plain = ParseHex(text.behind, octets).empty();
+    const std::string problem = plain ? std::string() : ParseOctets(text.behind, octets);
+    if (!problem.empty()) {
+        // It may be the offset of a dump.
+        return BeginsWithOffset(text.whole) && ParseOctets(text.whole, octets).empty()
+                   ? std::string()
+                   : Problem("HEX", problem);
+    }
+    const bool noOctets = text.first.size() % 2 != 0 || text.first.front() == '-';
+    std::string_view behind = text.behind;
+    const bool otherForm =
+        !AreDigits(WithoutMark(CutWord(behind))) || (!plain && BeginsWithOffset(text.behind));
+    if (noOctets || text.IsCount(octets.size()) || (otherForm && !text.HasLeadingZero())) {
+        message.length = *text.number;
+        message.hex = text.behind;
+        return {};
+    }
+    const bool isCount = std::cmp_equal(*text.number, octets.size());
+    if (!text.HasLeadingZero() || isCount || !AreAlike(text.whole)) {
+        return DoubtfulLength(text.first);
+    }
+    message.hexBehindDoubt = text.behind;
+    return Problem("HEX", ParseOctets(text.whole, octets));
+}
+
 }  // namespace
 
 std::string ParseMessageLine(std::string_view line, MessageLine& message,
                              std::vector<std::uint8_t>& octets) {
-    message.function = CutWord(line);
-    const std::string_view length = CutWord(line);
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
-    message.hex = line.substr(0, line.find_last_not_of(kBlanks) + 1);  // npos + 1 is 0
-    if (length.empty()) {
+    const std::string_view function = CutWord(line);
+    const Text text(WithoutBlanks(line));
+    if (text.whole.empty()) {
         return kForm;
     }
-    const std::optional<Decoding> decoding = FindFunction(message.function);
+    const std::optional<Decoding> decoding = FindFunction(function);
     if (!decoding) {
-        return UnknownFunction(message.function);
+        return UnknownFunction(function);
     }
     message.decoding = *decoding;
-    const char* lengthEnd = length.data() + length.size();
-    const auto [parsedEnd, status] = std::from_chars(length.data(), lengthEnd, message.length);
-    if (status != std::errc() || parsedEnd != lengthEnd) {
-        return "LENGTH, '" + std::string(length) + "' is not a whole number of 32 bits";
+    message.hexBehindDoubt.reset();
+    const bool complete = text.number && (!text.behind.empty() || *text.number <= 0);
+    if (complete && ParseHex(text.behind, octets).empty() &&
+        (text.IsCount(octets.size()) || !ReadsAsHex(text.first, text.behind))) {
+        message.length = *text.number;
+        message.hex = text.behind;
+        return {};
     }
-    if (message.hex.empty() && message.length > 0) {
-        return kForm;
+    message.hex = {};
+    const std::string problem = !text.number          ? ReadOctets(text, octets)
+                                : text.behind.empty() ? ReadNumber(text, octets)
+                                                      : ReadBehindNumber(text, message, octets);
+    if (problem.empty() && message.hex.empty()) {
+        message.length = static_cast<std::int32_t>(octets.size());
+        message.hex = text.whole;
     }
-    const std::string problem = ParseHex(message.hex, octets);
-    if (!problem.empty()) {
-        return "HEX, " + problem;
-    }
-    const bool isCount = length.front() != '0' && std::cmp_equal(message.length, octets.size());
-    if (!isCount && ReadsAsHex(length, message.hex)) {
-        return "LENGTH, '" + std::string(length) +
-               "' reads as the first octets of HEX; the length in octets goes ahead of them";
-    }
-    return {};
+    return problem;
+}
+
+std::string DoubtfulLength(std::string_view digits) {
+    return "'" + std::string(digits) +
+           "' may be LENGTH or the first octets; write LENGTH ahead of it, or all octets without "
+           "blanks";
 }
 
 }  // namespace quorvane::tool

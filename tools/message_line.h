@@ -1,8 +1,11 @@
 #pragma once
 
-// Lines "FUNCTION LENGTH HEX".
+// Lines "FUNCTION LENGTH HEX", in which LENGTH may be left out. docs/logs.md says when.
+//
+// Tests: tests/tool/message_line_test.cpp.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,14 +15,19 @@
 namespace quorvane::tool {
 
 struct MessageLine {
-    std::string_view function;  // views of the line
-    std::string_view hex;
+    std::string_view hex;  // a view of the line
     Decoding decoding{};
     std::int32_t length = 0;
+    /// Where the line could be meant with its first digits as LENGTH: what is behind them. It is
+    /// not meant so if the function knows the octets as they are.
+    std::optional<std::string_view> hexBehindDoubt;
 };
 
 /// Takes a line apart. Returns what is wrong, or nothing.
 std::string ParseMessageLine(std::string_view line, MessageLine& message,
                              std::vector<std::uint8_t>& octets);
+
+/// What to say of a line whose first digits may be LENGTH or octets.
+std::string DoubtfulLength(std::string_view digits);
 
 }  // namespace quorvane::tool

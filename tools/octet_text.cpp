@@ -216,8 +216,9 @@ struct Offset {
     bool colon = false;
     std::size_t end = 0;  // where the rest of the line begins
 
-    [[nodiscard]] bool IsZero() const {
-        return digits.find_first_not_of('0') == std::string_view::npos;
+    /// Whether it can be nothing else.
+    [[nodiscard]] bool IsSure() const {
+        return colon || digits.find_first_not_of('0') == std::string_view::npos;
     }
     /// Nothing if it has more than 64 bits.
     [[nodiscard]] std::optional<std::uint64_t> Value() const {
@@ -390,7 +391,7 @@ std::string ReadGroups(const std::vector<Line>& lines, Locator locator,
 
 /// Whether lines that begin with an offset are those of a dump.
 bool IsDump(const std::vector<Line>& lines, const Offset& offset) {
-    if (offset.colon || offset.IsZero()) {
+    if (offset.IsSure()) {
         return true;
     }
     // Another start of a dump; the second line tells it from groups.
@@ -400,6 +401,11 @@ bool IsDump(const std::vector<Line>& lines, const Offset& offset) {
 }
 
 }  // namespace
+
+bool BeginsWithOffset(std::string_view line) {
+    const std::optional<Offset> offset = OffsetOf(line);
+    return offset && offset->IsSure();
+}
 
 std::string ParseOctets(std::string_view text, std::vector<std::uint8_t>& octets) {
     octets.clear();

@@ -16,4 +16,8 @@ namespace quorvane::tool {
 /// lines and those that begin with # are passed over. Returns what is wrong and where, or nothing.
 std::string ParseOctets(std::string_view text, std::vector<std::uint8_t>& octets);
 
+/// Whether a text of one line can be nothing but a line of a dump: it begins with an offset that is
+/// 0 or has a colon.
+bool BeginsWithOffset(std::string_view line);
+
 }  // namespace quorvane::tool

@@ -222,11 +222,12 @@ TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
     const auto lines = JsonLines(outcome.output);
     ASSERT_EQ(lines.size(), 7U);
     const char* const errors[] = {
-        "expected FUNCTION LENGTH HEX",
+        "expected FUNCTION LENGTH HEX, or FUNCTION HEX",
         "unknown function 'NOPE'",
-        "expected FUNCTION LENGTH HEX",
-        "LENGTH, 'two' is not a whole number of 32 bits",
-        "LENGTH, '2147483648' is not a whole number of 32 bits",
+        "expected FUNCTION LENGTH HEX, or FUNCTION HEX",
+        "HEX, character 1: 't' is not a hexadecimal digit",
+        "'2147483648' may be LENGTH or the first octets; write LENGTH ahead of it, or all octets "
+        "without blanks",
         "HEX, character 3: an octet needs two hexadecimal digits, this one has one",
     };
     for (unsigned index = 0; index < 6; ++index) {
@@ -237,30 +238,26 @@ TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
     EXPECT_EQ(lines[6]["ret"].GetInt(), 1);
 }
 
-// The first octet of the message would be taken for it otherwise.
-TEST_F(ToolTest, BatchRefusesLinesWhoseLengthIsMissing) {
-    const char* const forgotten[] = {
-        "07 41",    "10 41 00", "10 41 00 00 00 00 00 00 00 00 00 00", "0741", "1741 0000 00", "00",
-        "02 01 D0", "0F87"};
-    const char* const given[] = {"2 0F87",
-                                 "10 0F87",
-                                 "2 0F 87 00",
-                                 "02 0F87 00 00",
-                                 "12 00 00 00 00 00 00 00 00 00 00 00 00",
-                                 "0"};
-    for (const char* const line : forgotten) {
-        const Outcome outcome = Run("batch", std::string("EPC_UE2SS ") + line + "\n");
-        EXPECT_EQ(outcome.status, 1) << line;
-        EXPECT_TRUE(JsonLines(outcome.output)[0].HasMember("error")) << line;
+TEST_F(ToolTest, BatchTakesLinesWithoutLength) {
+    const Outcome outcome = Run(
+        "batch", "EPC_UE2SS 0F87\nEPC_UE2SS {0x0F,0x87}\nEPC_UE2SS 2 0F87\nEPC_UE2SS 0x0F 0x87\n");
+    EXPECT_EQ(outcome.status, 0);
+    for (const auto& line : JsonLines(outcome.output)) {
+        EXPECT_EQ(line["length"].GetInt(), 2);
+        EXPECT_EQ(line["ret"].GetInt(), 1);
     }
-    for (const char* const line : given) {
-        EXPECT_EQ(Run("batch", std::string("EPC_UE2SS ") + line + "\n").status, 0) << line;
-    }
-    const Outcome outcome = Run("batch", "EPC_UE2SS 07 41\n");
-    EXPECT_STREQ(
-        JsonLines(outcome.output)[0]["error"].GetString(),
-        "LENGTH, '07' reads as the first octets of HEX; the length in octets goes ahead of "
-        "them");
+}
+
+// The function knows what is behind the digits, and nothing that begins with them.
+TEST_F(ToolTest, BatchRefusesDigitsThatSpeakForLength) {
+    const Outcome outcome = Run("batch", "EPC_UE2SS 03 0F 87\nEPC_UE2SS 03 04 05\n");
+    EXPECT_EQ(outcome.status, 1);
+    const auto lines = JsonLines(outcome.output);
+    EXPECT_STREQ(lines.at(0)["error"].GetString(),
+                 "'03' may be LENGTH or the first octets; write LENGTH ahead of it, or all octets "
+                 "without blanks");
+    EXPECT_EQ(lines.at(1)["ret"].GetInt(), 0);
+    EXPECT_EQ(lines.at(1)["length"].GetInt(), 3);
 }
 
 TEST_F(ToolTest, BatchTakesMessagesOfNoOctets) {
@@ -290,7 +287,7 @@ TEST_F(ToolTest, BatchWritesNothingButUtf8) {
     const std::string errors[] = {
         "unknown function '\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA1'",
         "unknown function '" + mark + mark + "'",
-        "LENGTH, '" + mark + "' is not a whole number of 32 bits",
+        "HEX, character 1: an unprintable character is not a hexadecimal digit",
         "unknown function '" + nine + "'",
         "HEX, character 1: an unprintable character is not a hexadecimal digit",
     };
