@@ -2,18 +2,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstring>
 #include <unistd.h>
 
-#include "quorvane/decode.h"
-#include "quorvane/json.h"
+#include "tools/answerer.h"
 #include "tools/commands.h"
 #include "tools/input_file.h"
-#include "tools/json_lines.h"
 #include "tools/line_reader.h"
-#include "tools/message_line.h"
-#include "tools/octet_text.h"
-#include "tools/tolerant.h"
-#include "tools/utf8.h"
 
 namespace quorvane::tool {
 namespace {
@@ -51,122 +46,72 @@ class Progress {
 
 class BatchRun {
   public:
-    BatchRun(MessageForm form, DecodeOptions options) : form_(form), options_(options) {}
+    explicit BatchRun(const BatchOptions& options) : answerer_(options) {}
 
-    void Line(std::string_view line) {
-        ++lineNumber_;
-        Answer(line);
-        FlushIfFull();
+    /// Lines are of the file with that name from here on.
+    void BeginFile(std::string_view name) {
+        file_ = name;
+        lineNumber_ = 0;
     }
 
-    void TooLong() {
-        ++lineNumber_;
-        Refuse(LineReader::TooLongWords());
-        FlushIfFull();
-    }
+    void Line(std::string_view line) { Answer({line, ++lineNumber_, file_}); }
+    void TooLong() { Answer({{}, ++lineNumber_, file_, true}); }
 
     void Pause() {
         Flush();
-        progress_.Show(lineNumber_);
+        progress_.Show(allLines_);
     }
 
     /// Shows what is left. Whether all lines were good.
     bool Finish() {
         Flush();
-        return good_;
+        return answerer_.Good();
     }
 
   private:
     static constexpr std::size_t kMostHeld = std::size_t{64} << 10;
 
-    void Answer(std::string_view line) {
-        MessageLine request;
-        if (const std::string problem = ParseMessageLine(line, request, octets_);
-            !problem.empty()) {
-            return Refuse(problem);
-        }
-        const PaddedMessage octets(octets_.data(), request.length, octets_.size());
-        const bool found = DecodeMessage(request.decoding, octets);
-        if (!found && request.hexBehindDoubt &&
-            IsKnown(request.decoding, *request.hexBehindDoubt)) {
-            return Refuse(DoubtfulLength(request.hex.substr(0, request.hex.find(' '))));
-        }
-        json_.Begin();
-        json_.Add("fn", Decodings()[static_cast<std::size_t>(request.decoding)].name);
-        json_.Add("length", request.length);
-        json_.Add("hex", request.hex);
-        json_.Add("ret", found ? 1 : 0);
-        if (!Decodings()[static_cast<std::size_t>(request.decoding)].described) {
-            json_.AddFlag("described", false);
-        }
-        if (form_ == MessageForm::kJson) {
-            text_.clear();
-            AppendJson(message_, text_);
-            json_.AddJson("message", text_);
-        } else {
-            json_.Add("text", text_);
-            json_.AddLines("diagnostics", diagnostics_);
-        }
-        json_.End();
-    }
-
-    bool IsKnown(Decoding decoding, std::string_view hex) {
-        std::vector<std::uint8_t> octets;
-        return ParseOctets(hex, octets).empty() && message_.Decode(decoding, octets, options_);
-    }
-
-    /// Into the message or the text, as the form says.
-    bool DecodeMessage(Decoding decoding, PaddedMessage octets) {
-        if (form_ == MessageForm::kJson) {
-            return message_.Decode(decoding, octets, options_);
-        }
-        return options_.tolerant
-                   ? DecodeAsText(message_, decoding, octets, options_, text_, diagnostics_)
-                   : DecodeInto(decoding, octets, text_, diagnostics_);
-    }
-
-    void Refuse(const std::string& problem) {
-        good_ = false;
-        json_.Begin();
-        json_.Add("line", lineNumber_);
-        json_.Add("error", WithoutInvalidUtf8(problem));  // it may quote the line
-        json_.End();
-    }
-
-    void FlushIfFull() {
-        if (json_.View().size() >= kMostHeld) {
+    void Answer(const InputLine& line) {
+        ++allLines_;
+        answerer_.Answer(line);
+        if (answerer_.Answers().View().size() >= kMostHeld) {
             Pause();
         }
     }
 
     void Flush() {
-        Print(json_.View());
-        json_.Clear();
+        Print(answerer_.Answers().View());
+        answerer_.Clear();
     }
 
-    MessageForm form_;
-    DecodeOptions options_;
+    Answerer answerer_;
     Progress progress_;
+    std::string_view file_;
     std::int64_t lineNumber_ = 0;
-    bool good_ = true;
-    JsonLines json_;
-    std::vector<std::uint8_t> octets_;
-    Message message_;
-    std::string text_;
-    std::string diagnostics_;
+    std::int64_t allLines_ = 0;
 };
 
 }  // namespace
 
-int Batch(const std::string& file, MessageForm form, DecodeOptions options) {
-    const InputFile input(file);
-    BatchRun run(form, options);
-    const int error = ReadLines(input.Descriptor(), run);
-    const bool good = run.Finish();
-    if (error != 0) {
-        ThrowReadError(error);
+int Batch(const std::vector<std::string>& files, const BatchOptions& options) {
+    BatchRun run(options);
+    bool allRead = true;
+    for (const std::string& name : files) {
+        // What cannot be read keeps nothing else from being read.
+        try {
+            const InputFile input(name);
+            run.BeginFile(files.size() > 1 ? std::string_view(name) : std::string_view());
+            if (const int error = ReadLines(input.Descriptor(), run); error != 0) {
+                throw ReadError(name, error);
+            }
+        } catch (const FileError& error) {
+            run.Pause();
+            std::fprintf(stderr, "quorvane: %s\n", error.what());
+            allRead = false;
+        }
     }
-    return good ? kDone : kNotFound;
+    const bool good = run.Finish();
+    return !allRead ? kWrongUse : good ? kDone : kNotFound;
 }
 
 }  // namespace quorvane::tool

@@ -49,9 +49,14 @@ struct OctetSource {
 int Decode(const std::string& function, const OctetSource& source, MessageForm form,
            DecodeOptions options);
 
-/// Turns the lines "FUNCTION LENGTH HEX" of the file, of standard input if its name is "-", into
-/// JSON objects, one a line.
-int Batch(const std::string& file, MessageForm form, DecodeOptions options);
+struct BatchOptions {
+    MessageForm form = MessageForm::kText;
+    DecodeOptions decode;
+};
+
+/// Answers the lines of the files, of standard input for the name "-", with JSON objects, one a
+/// line.
+int Batch(const std::vector<std::string>& files, const BatchOptions& options);
 
 /// Writes the octets of the JSON objects in the file, of standard input if its name is "-", as
 /// lines of hexadecimal digits.

@@ -119,7 +119,7 @@ int Encode(const std::string& function, const std::string& file) {
     const int error = ReadLines(input.Descriptor(), run);
     const bool good = run.Finish();
     if (error != 0) {
-        ThrowReadError(error);
+        throw ReadError(file, error);
     }
     return good ? kDone : kNotFound;
 }

@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "tools/commands.h"
 #include "tools/line_reader.h"
 
 namespace quorvane::tool {
@@ -30,7 +29,7 @@ struct Contents {
 InputFile::InputFile(const std::string& name)
     : descriptor_(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
     if (descriptor_ < 0) {
-        throw UsageError("cannot open '" + name + "': " + std::strerror(errno));
+        throw FileError("cannot open '" + name + "': " + std::strerror(errno));
     }
 }
 
@@ -44,7 +43,7 @@ std::string ReadMessageFile(const std::string& name) {
     const InputFile file(name);
     Contents contents;
     if (const int error = ReadLines(file.Descriptor(), contents); error != 0) {
-        ThrowReadError(error);
+        throw ReadError(name, error);
     }
     if (contents.tooLong) {
         throw UsageError(name + ": more than " + std::to_string(LineReader::kLongestLine) +
@@ -53,8 +52,8 @@ std::string ReadMessageFile(const std::string& name) {
     return std::move(contents.text);
 }
 
-void ThrowReadError(int error) {
-    throw UsageError(std::string("cannot read: ") + std::strerror(error));
+FileError ReadError(const std::string& name, int error) {
+    return FileError("cannot read '" + name + "': " + std::strerror(error));
 }
 
 }  // namespace quorvane::tool

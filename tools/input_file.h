@@ -2,12 +2,20 @@
 
 #include <string>
 
+#include "tools/commands.h"
+
 namespace quorvane::tool {
+
+/// A file that cannot be read.
+class FileError : public UsageError {
+  public:
+    using UsageError::UsageError;
+};
 
 /// A file that is read, or standard input if its name is "-".
 class InputFile {
   public:
-    /// Throws UsageError if the file cannot be opened.
+    /// Throws FileError if the file cannot be opened.
     explicit InputFile(const std::string& name);
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
@@ -19,11 +27,11 @@ class InputFile {
     int descriptor_;
 };
 
-/// All of a file that holds one message. Throws UsageError if it cannot be read, or is longer than
-/// any message.
+/// All of a file that holds one message. Throws FileError if it cannot be read, UsageError if it is
+/// longer than any message.
 std::string ReadMessageFile(const std::string& name);
 
-/// Throws UsageError for a read that failed with that errno.
-[[noreturn]] void ThrowReadError(int error);
+/// What to throw for a read that failed with that errno.
+FileError ReadError(const std::string& name, int error);
 
 }  // namespace quorvane::tool

@@ -69,10 +69,12 @@ int Run(int argc, char** argv) {
         "batch",
         "Decode lines \"FUNCTION LENGTH HEX\" to JSON objects, one a line. LENGTH is the message's "
         "length in octets; it may be left out if HEX is the message. HEX is the readable buffer, "
-        "which may be left out if LENGTH is 0. Answers "
+        "which may be left out if LENGTH is 0. A line may also be a JSON object with fn, hex and "
+        "perhaps length and id; blank lines and lines that begin with # are passed over. Answers "
         "of functions whose messages this build does not describe have \"described\":false. Exit "
         "status 1 if a line was bad");
-    batch->add_option("FILE", file, "Standard input if it is left out or -");
+    std::vector<std::string> files = {"-"};
+    batch->add_option("FILE", files, "Standard input if it is left out or -");
     addJson(batch, "Answer with \"message\", an object, in place of text and diagnostics");
     addOptions(batch);
 
@@ -152,7 +154,7 @@ int Run(int argc, char** argv) {
         return Decode(function, octets, form, options);
     }
     if (batch->parsed()) {
-        return Batch(file, form, options);
+        return Batch(files, {form, options});
     }
     if (encode->parsed()) {
         return Encode(function, file);

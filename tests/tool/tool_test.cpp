@@ -133,7 +133,7 @@ TEST_F(ToolTest, SlipsInFunctionsNameTheNearest) {
 TEST_F(ToolTest, WrongArgumentsExitWith2) {
     for (const char* arguments :
          {"", "nonsense", "decode", "decode EPS_SMUplink", "catalogue", "catalogue eps --nonsense",
-          "catalogue eps --census --elements", "batch a b", "list more", "generate EPC_UE2SS -1",
+          "catalogue eps --census --elements", "list more", "generate EPC_UE2SS -1",
           "generate EPC_UE2SS 18446744073709551616", "generate EPC_UE2SS 1 --seed -1",
           "generate EPC_UE2SS 1 --seed 18446744073709551616"}) {
         const Outcome outcome = Run(arguments);
@@ -170,8 +170,10 @@ TEST_F(ToolTest, BatchAnswersEachLineInOrder) {
     for (const auto& member : lines[0].GetObject()) {
         keys.emplace_back(member.name.GetString());
     }
-    EXPECT_EQ(keys,
-              (std::vector<std::string>{"fn", "length", "hex", "ret", "text", "diagnostics"}));
+    EXPECT_EQ(keys, (std::vector<std::string>{"line", "fn", "length", "hex", "ret", "text",
+                                              "diagnostics"}));
+    EXPECT_EQ(lines[0]["line"].GetInt(), 1);
+    EXPECT_EQ(lines[3]["line"].GetInt(), 4);
     EXPECT_STREQ(lines[0]["fn"].GetString(), "EPC_UE2SS");
     EXPECT_EQ(lines[0]["length"].GetInt(), 2);
     EXPECT_STREQ(lines[0]["hex"].GetString(), "0F87");
@@ -200,7 +202,7 @@ TEST_F(ToolTest, BatchAnswersWithMessagesAsJson) {
     const auto lines = JsonLines(outcome.output);
     ASSERT_EQ(lines.size(), 4U);
     EXPECT_EQ(outcome.output.substr(0, outcome.output.find('\n')),
-              R"({"fn":"EPC_UE2SS","length":2,"hex":"0F87","ret":1,"message":)"
+              R"({"line":1,"fn":"EPC_UE2SS","length":2,"hex":"0F87","ret":1,"message":)"
               R"({"decoding":"EPC_UE2SS","type":"DEACTIVATE_TEST_MODE_COMPLETE","code":0,)"
               R"("bits":16,"fields":{}}})");
     EXPECT_EQ(lines[1]["message"]["faults"].Size(), 1U);
@@ -213,7 +215,7 @@ TEST_F(ToolTest, BatchGoesOnBehindBadLines) {
     const Outcome outcome = Run("batch",
                                 "EPC_UE2SS 2\n"
                                 "NOPE 2 00\n"
-                                "\n"
+                                "EPC_UE2SS\n"
                                 "EPC_UE2SS two 0F87\n"
                                 "EPC_UE2SS 2147483648 0F87\n"
                                 "EPC_UE2SS 2 0F8\n"

@@ -1,0 +1,115 @@
+#include "tools/answerer.h"
+
+#include <algorithm>
+
+#include "quorvane/decode.h"
+#include "quorvane/json.h"
+#include "tools/function_name.h"
+#include "tools/hex.h"
+#include "tools/line_reader.h"
+#include "tools/octet_text.h"
+#include "tools/tolerant.h"
+#include "tools/utf8.h"
+
+namespace quorvane::tool {
+
+void Answerer::Answer(const InputLine& line) {
+    if (line.tooLong) {
+        jsonRequest_.id.clear();
+        return Refuse(line, LineReader::TooLongWords());
+    }
+    constexpr std::string_view kBlanks = " \t\r";
+    const std::size_t start = line.text.find_first_not_of(kBlanks);
+    if (start == std::string_view::npos || line.text[start] == '#') {
+        return;
+    }
+    if (const std::string problem = Read(line.text.substr(start)); !problem.empty()) {
+        return Refuse(line, problem);
+    }
+    const DecodingInfo& function = Decodings()[static_cast<std::size_t>(request_.decoding)];
+    const bool found = Decode({octets_.data(), request_.length, octets_.size()});
+    if (!found && request_.hexBehindDoubt && IsKnown(*request_.hexBehindDoubt)) {
+        const std::string_view hex = request_.hex;
+        return Refuse(line, DoubtfulLength(hex.substr(0, hex.find_first_of(kBlanks))));
+    }
+    Begin(line);
+    json_.Add("fn", function.name);
+    json_.Add("length", request_.length);
+    json_.Add("hex", request_.hex);
+    json_.Add("ret", found ? 1 : 0);
+    if (!function.described) {
+        json_.AddFlag("described", false);
+    }
+    if (options_.form == MessageForm::kJson) {
+        text_.clear();
+        AppendJson(message_, text_);
+        json_.AddJson("message", text_);
+    } else {
+        json_.Add("text", text_);
+        json_.AddLines("diagnostics", diagnostics_);
+    }
+    json_.End();
+}
+
+std::string Answerer::Read(std::string_view text) {
+    if (text.front() == '{') {
+        return ReadJson(text);
+    }
+    jsonRequest_.id.clear();
+    return ParseMessageLine(text, request_, octets_);
+}
+
+std::string Answerer::ReadJson(std::string_view text) {
+    if (std::string problem = ParseJsonRequest(text, jsonRequest_); !problem.empty()) {
+        return problem;
+    }
+    const std::optional<Decoding> decoding = FindFunction(jsonRequest_.function);
+    if (!decoding) {
+        return UnknownFunction(jsonRequest_.function);
+    }
+    if (!ParseHex(jsonRequest_.hex, octets_).empty()) {
+        if (const std::string problem = ParseOctets(jsonRequest_.hex, octets_); !problem.empty()) {
+            return "hex, " + problem;
+        }
+    }
+    request_ = {jsonRequest_.hex, *decoding,
+                jsonRequest_.length.value_or(static_cast<std::int32_t>(octets_.size())),
+                std::nullopt};
+    return {};
+}
+
+bool Answerer::Decode(PaddedMessage octets) {
+    if (options_.form == MessageForm::kJson) {
+        return message_.Decode(request_.decoding, octets, options_.decode);
+    }
+    return options_.decode.tolerant ? DecodeAsText(message_, request_.decoding, octets,
+                                                   options_.decode, text_, diagnostics_)
+                                    : DecodeInto(request_.decoding, octets, text_, diagnostics_);
+}
+
+bool Answerer::IsKnown(std::string_view hex) {
+    std::vector<std::uint8_t> octets;
+    Message message;
+    return ParseOctets(hex, octets).empty() &&
+           message.Decode(request_.decoding, octets, options_.decode);
+}
+
+void Answerer::Begin(const InputLine& line) {
+    json_.Begin();
+    if (!line.file.empty()) {
+        json_.Add("file", WithoutInvalidUtf8(line.file));
+    }
+    json_.Add("line", line.number);
+    if (!jsonRequest_.id.empty()) {
+        json_.AddJson("id", jsonRequest_.id);
+    }
+}
+
+void Answerer::Refuse(const InputLine& line, const std::string& problem) {
+    good_ = false;
+    Begin(line);
+    json_.Add("error", WithoutInvalidUtf8(problem));  // it may quote the line
+    json_.End();
+}
+
+}  // namespace quorvane::tool

@@ -1,0 +1,61 @@
+#pragma once
+
+// Answers lines for `batch`, one after the other.
+//
+// Tests: tests/tool/tool_test.cpp, tests/tool/batch_input_test.cpp.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quorvane/message.h"
+#include "tools/commands.h"
+#include "tools/json_lines.h"
+#include "tools/json_request.h"
+#include "tools/message_line.h"
+
+namespace quorvane::tool {
+
+/// A line of input.
+struct InputLine {
+    std::string_view text;
+    std::int64_t number = 0;  // from 1
+    std::string_view file;    // empty if one file alone is read
+    bool tooLong = false;     // then there is no text
+};
+
+class Answerer {
+  public:
+    explicit Answerer(const BatchOptions& options) : options_(options) {}
+
+    /// Appends the answer, if the line is neither blank nor a comment.
+    void Answer(const InputLine& line);
+
+    [[nodiscard]] const JsonLines& Answers() const { return json_; }
+    void Clear() { json_.Clear(); }
+
+    /// Whether all lines were good.
+    [[nodiscard]] bool Good() const { return good_; }
+
+  private:
+    /// Reads the line into `request_` and `octets_`. Returns what is wrong, or nothing.
+    std::string Read(std::string_view text);
+    std::string ReadJson(std::string_view text);
+    bool Decode(PaddedMessage octets);
+    bool IsKnown(std::string_view hex);
+    void Begin(const InputLine& line);
+    void Refuse(const InputLine& line, const std::string& problem);
+
+    BatchOptions options_;
+    bool good_ = true;
+    JsonLines json_;
+    MessageLine request_;
+    JsonRequest jsonRequest_;
+    std::vector<std::uint8_t> octets_;
+    Message message_;
+    std::string text_;
+    std::string diagnostics_;
+};
+
+}  // namespace quorvane::tool
