@@ -26,19 +26,25 @@ void Answerer::Answer(const InputLine& line) {
     if (const std::string problem = Read(line.text.substr(start)); !problem.empty()) {
         return Refuse(line, problem);
     }
-    const DecodingInfo& function = Decodings()[static_cast<std::size_t>(request_.decoding)];
     const bool found = Decode({octets_.data(), request_.length, octets_.size()});
     if (!found && request_.hexBehindDoubt && IsKnown(*request_.hexBehindDoubt)) {
         const std::string_view hex = request_.hex;
         return Refuse(line, DoubtfulLength(hex.substr(0, hex.find_first_of(kBlanks))));
     }
     Begin(line);
-    json_.Add("fn", function.name);
+    json_.Add("fn", function_.name);
     json_.Add("length", request_.length);
     json_.Add("hex", request_.hex);
     json_.Add("ret", found ? 1 : 0);
-    if (!function.described) {
+    if (function_.decoding &&
+        !Decodings()[static_cast<std::size_t>(*function_.decoding)].described) {
         json_.AddFlag("described", false);
+    }
+    if (!request_.function.decoding) {
+        AddNames("others", choice_.others);
+    }
+    if (!choice_.otherDirection.empty()) {
+        AddNames("otherDirection", choice_.otherDirection);
     }
     if (options_.form == MessageForm::kJson) {
         text_.clear();
@@ -63,8 +69,8 @@ std::string Answerer::ReadJson(std::string_view text) {
     if (std::string problem = ParseJsonRequest(text, jsonRequest_); !problem.empty()) {
         return problem;
     }
-    const std::optional<Decoding> decoding = FindFunction(jsonRequest_.function);
-    if (!decoding) {
+    const std::optional<Function> function = FindFunction(jsonRequest_.function);
+    if (!function) {
         return UnknownFunction(jsonRequest_.function);
     }
     if (!ParseHex(jsonRequest_.hex, octets_).empty()) {
@@ -72,26 +78,62 @@ std::string Answerer::ReadJson(std::string_view text) {
             return "hex, " + problem;
         }
     }
-    request_ = {jsonRequest_.hex, *decoding,
+    request_ = {jsonRequest_.hex, *function,
                 jsonRequest_.length.value_or(static_cast<std::int32_t>(octets_.size())),
                 std::nullopt};
     return {};
 }
 
 bool Answerer::Decode(PaddedMessage octets) {
-    if (options_.form == MessageForm::kJson) {
-        return message_.Decode(request_.decoding, octets, options_.decode);
+    choice_.otherDirection.clear();
+    function_ = request_.function;
+    if (!function_.decoding) {
+        Choose(octets);
     }
-    return options_.decode.tolerant ? DecodeAsText(message_, request_.decoding, octets,
-                                                   options_.decode, text_, diagnostics_)
-                                    : DecodeInto(request_.decoding, octets, text_, diagnostics_);
+    const bool found = function_.decoding && DecodeAs(*function_.decoding, octets);
+    if (!function_.decoding) {
+        message_ = Message();
+        text_ = NotFoundText(function_.name);
+        diagnostics_.clear();
+    } else if (!found) {
+        Message message;
+        choice_.otherDirection =
+            OtherDirection(*function_.decoding, octets, options_.decode, message);
+    }
+    return found;
 }
 
+bool Answerer::DecodeAs(Decoding decoding, PaddedMessage octets) {
+    if (options_.form == MessageForm::kJson) {
+        return message_.Decode(decoding, octets, options_.decode);
+    }
+    return options_.decode.tolerant
+               ? DecodeAsText(message_, decoding, octets, options_.decode, text_, diagnostics_)
+               : DecodeInto(decoding, octets, text_, diagnostics_);
+}
+
+void Answerer::Choose(PaddedMessage octets) {
+    choice_ = ChooseFunction(octets, function_.direction, options_.decode, message_);
+    if (choice_.taken) {
+        function_ = {Decodings()[static_cast<std::size_t>(*choice_.taken)].name, choice_.taken};
+    }
+}
+
+/// Whether the function knows other octets than those of the line. Of auto nothing is told: there
+/// is a function for most octets.
 bool Answerer::IsKnown(std::string_view hex) {
     std::vector<std::uint8_t> octets;
     Message message;
-    return ParseOctets(hex, octets).empty() &&
-           message.Decode(request_.decoding, octets, options_.decode);
+    return request_.function.decoding && ParseOctets(hex, octets).empty() &&
+           message.Decode(*request_.function.decoding, octets, options_.decode);
+}
+
+void Answerer::AddNames(std::string_view key, const std::vector<Decoding>& decodings) {
+    std::string names;
+    for (const Decoding decoding : decodings) {
+        names.append(Decodings()[static_cast<std::size_t>(decoding)].name).append("\n");
+    }
+    json_.AddLines(key, names);
 }
 
 void Answerer::Begin(const InputLine& line) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quorvane/message.h"
+#include "tools/auto_function.h"
 #include "tools/commands.h"
 #include "tools/json_lines.h"
 #include "tools/json_request.h"
@@ -42,7 +43,12 @@ class Answerer {
     /// Reads the line into `request_` and `octets_`. Returns what is wrong, or nothing.
     std::string Read(std::string_view text);
     std::string ReadJson(std::string_view text);
+    /// Decodes the message of `request_` and says whether it was found; `function_` is the one that
+    /// did, or was asked.
     bool Decode(PaddedMessage octets);
+    bool DecodeAs(Decoding decoding, PaddedMessage octets);
+    void Choose(PaddedMessage octets);
+    void AddNames(std::string_view key, const std::vector<Decoding>& decodings);
     bool IsKnown(std::string_view hex);
     void Begin(const InputLine& line);
     void Refuse(const InputLine& line, const std::string& problem);
@@ -51,6 +57,8 @@ class Answerer {
     bool good_ = true;
     JsonLines json_;
     MessageLine request_;
+    Function function_;
+    AutoChoice choice_;
     JsonRequest jsonRequest_;
     std::vector<std::uint8_t> octets_;
     Message message_;

@@ -5,6 +5,7 @@
 
 #include "quorvane/decode.h"
 #include "quorvane/json.h"
+#include "tools/auto_function.h"
 #include "tools/commands.h"
 #include "tools/function_name.h"
 #include "tools/input_file.h"
@@ -18,12 +19,22 @@ std::string NotDescribed(std::string_view function) {
     return "the messages of " + std::string(function) + " are not described in this build";
 }
 
-Decoding DecodingNamed(const std::string& function) {
-    const std::optional<Decoding> decoding = FindFunction(function);
-    if (!decoding) {
-        throw UsageError(UnknownFunction(function) + "; the command \"quorvane list\" shows all");
+Function FunctionNamed(const std::string& name) {
+    const std::optional<Function> function = FindFunction(name);
+    if (!function) {
+        throw UsageError(UnknownFunction(name) + "; the command \"quorvane list\" shows all");
     }
-    return *decoding;
+    return *function;
+}
+
+Decoding DecodingNamed(const std::string& name) {
+    const Function function = FunctionNamed(name);
+    if (!function.decoding) {
+        throw UsageError("'" + name +
+                         "' tries functions on octets; name one, as the command "
+                         "\"quorvane list\" shows them");
+    }
+    return *function.decoding;
 }
 
 int List() {
@@ -45,8 +56,11 @@ int List() {
 
 namespace {
 
-bool PrintAsText(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
-    Message message;
+void Tell(const std::string& words) {
+    std::fprintf(stderr, "quorvane: %s\n", words.c_str());
+}
+
+bool PrintAsText(Decoding decoding, PaddedMessage octets, DecodeOptions options, Message& message) {
     std::string text;
     std::string diagnostics;
     const bool found = DecodeAsText(message, decoding, octets, options, text, diagnostics);
@@ -55,13 +69,37 @@ bool PrintAsText(Decoding decoding, PaddedMessage octets, DecodeOptions options)
     return found;
 }
 
-bool PrintAsJson(Decoding decoding, PaddedMessage octets, DecodeOptions options) {
-    Message message;
-    const bool found = message.Decode(decoding, octets, options);
+std::string JsonOf(const Message& message) {
     std::string json;
     AppendJson(message, json);
-    Print(json += '\n');
+    return json += '\n';
+}
+
+bool PrintAsJson(Decoding decoding, PaddedMessage octets, DecodeOptions options, Message& message) {
+    const bool found = message.Decode(decoding, octets, options);
+    Print(JsonOf(message));
     return found;
+}
+
+void TellOtherDirection(const std::vector<Decoding>& known) {
+    if (!known.empty()) {
+        Tell("the message is known in the other direction, to " + NamesOf(known));
+    }
+}
+
+/// The decoding that `function`, which is auto, takes; tells of others on standard error.
+std::optional<Decoding> Choose(const Function& function, PaddedMessage octets,
+                               DecodeOptions options, Message& message) {
+    const AutoChoice choice = ChooseFunction(octets, function.direction, options, message);
+    if (choice.taken) {
+        const std::string others = NamesOf(choice.others);
+        const char* know = choice.others.size() == 1 ? " knows it too" : " know it too";
+        Tell("taken as " + NamesOf({*choice.taken}) + (others.empty() ? "" : "; " + others + know));
+    } else if (choice.otherDirection.empty()) {
+        Tell("no function knows the message");
+    }
+    TellOtherDirection(choice.otherDirection);
+    return choice.taken;
 }
 
 std::string Joined(const std::vector<std::string>& pieces) {
@@ -74,9 +112,9 @@ std::string Joined(const std::vector<std::string>& pieces) {
 
 }  // namespace
 
-int Decode(const std::string& function, const OctetSource& source, MessageForm form,
+int Decode(const std::string& name, const OctetSource& source, MessageForm form,
            DecodeOptions options) {
-    const Decoding decoding = DecodingNamed(function);
+    const Function function = FunctionNamed(name);
     std::vector<std::uint8_t> octets;
     const std::string text =
         source.file.empty() ? Joined(source.hex) : ReadMessageFile(source.file);
@@ -84,13 +122,26 @@ int Decode(const std::string& function, const OctetSource& source, MessageForm f
         const std::string where = source.file.empty() ? "HEX" : source.file;
         throw UsageError(WithoutInvalidUtf8(where + ", " + problem));
     }
-    const PaddedMessage message(octets.data(), static_cast<std::int32_t>(octets.size()),
-                                octets.size());
-    const bool found = form == MessageForm::kJson ? PrintAsJson(decoding, message, options)
-                                                  : PrintAsText(decoding, message, options);
-    if (!Decodings()[static_cast<std::size_t>(decoding)].described) {
-        std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
+    const PaddedMessage padded(octets.data(), static_cast<std::int32_t>(octets.size()),
+                               octets.size());
+    Message message;
+    const std::optional<Decoding> decoding =
+        function.decoding ? function.decoding : Choose(function, padded, options, message);
+    if (!decoding) {
+        message = Message();
+        Print(form == MessageForm::kJson ? JsonOf(message) : NotFoundText(function.name));
+        return kNotFound;
+    }
+    const bool found = form == MessageForm::kJson
+                           ? PrintAsJson(*decoding, padded, options, message)
+                           : PrintAsText(*decoding, padded, options, message);
+    const DecodingInfo& info = Decodings()[static_cast<std::size_t>(*decoding)];
+    if (!info.described) {
+        Tell(NotDescribed(info.name));
         return kNotDescribed;
+    }
+    if (!found) {
+        TellOtherDirection(OtherDirection(*decoding, padded, options, message));
     }
     return found ? kDone : kNotFound;
 }

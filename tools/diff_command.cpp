@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "quorvane/message.h"
+#include "tools/auto_function.h"
 #include "tools/commands.h"
 #include "tools/function_name.h"
 #include "tools/input_file.h"
@@ -15,6 +16,17 @@
 namespace quorvane::tool {
 namespace {
 
+void Decode(const Function& function, PaddedMessage octets, Message& message) {
+    const std::optional<Decoding> decoding =
+        function.decoding ? function.decoding
+                          : ChooseFunction(octets, function.direction, {}, message).taken;
+    if (decoding) {
+        message.Decode(*decoding, octets);
+    } else {
+        message = Message();
+    }
+}
+
 /// Reads "FUNCTION HEX"; false if the argument is something else. What is wrong is in `problem`.
 bool ReadArgument(std::string_view argument, Message& message, std::string& problem) {
     const std::size_t end = argument.find_first_of(" \t");
@@ -22,15 +34,16 @@ bool ReadArgument(std::string_view argument, Message& message, std::string& prob
         return false;
     }
     const std::string_view name = argument.substr(0, end);
-    const std::optional<Decoding> decoding = FindFunction(name);
-    if (!decoding) {
+    const std::optional<Function> function = FindFunction(name);
+    if (!function) {
         problem = NearestFunctions(name).empty() ? "" : UnknownFunction(name);
         return !problem.empty();
     }
     std::vector<std::uint8_t> octets;
     problem = ParseOctets(argument.substr(end + 1), octets);
     problem = problem.empty() ? problem : "HEX, " + problem;
-    message.Decode(*decoding, octets);
+    const auto length = static_cast<std::int32_t>(octets.size());
+    Decode(*function, {octets.data(), length, octets.size()}, message);
     return true;
 }
 
@@ -50,7 +63,7 @@ std::string ReadLine(std::string_view text, Message& message) {
     std::vector<std::uint8_t> octets;
     std::string problem = ParseMessageLine(text, line, octets);
     if (problem.empty()) {
-        message.Decode(line.decoding, PaddedMessage(octets.data(), line.length, octets.size()));
+        Decode(line.function, {octets.data(), line.length, octets.size()}, message);
     }
     return problem;
 }

@@ -1,21 +1,43 @@
 #include "tools/function_name.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "tools/edit_distance.h"
 
 namespace quorvane::tool {
-std::optional<Decoding> FindFunction(std::string_view name) {
-    if (const auto decoding = FindDecoding(name)) {
-        return decoding;
-    }
+namespace {
+
+constexpr std::array kAuto = {Function{"auto", std::nullopt, facade::Direction::kBoth},
+                              Function{"auto-downlink", std::nullopt, facade::Direction::kDownlink},
+                              Function{"auto-uplink", std::nullopt, facade::Direction::kUplink}};
+
+/// Calls `visitor` with each function until it returns true.
+template <typename Visitor>
+void VisitFunctions(Visitor&& visitor) {
     for (const DecodingInfo& info : Decodings()) {
-        if (std::ranges::equal(info.name, name, SameLetter)) {
-            return info.decoding;
+        if (visitor(Function{info.name, info.decoding})) {
+            return;
         }
     }
-    return std::nullopt;
+    std::any_of(kAuto.begin(), kAuto.end(), visitor);
+}
+
+}  // namespace
+
+std::optional<Function> FindFunction(std::string_view name) {
+    if (const auto decoding = FindDecoding(name)) {
+        return Function{Decodings()[static_cast<std::size_t>(*decoding)].name, decoding};
+    }
+    std::optional<Function> found;
+    VisitFunctions([&](const Function& function) {
+        if (std::ranges::equal(function.name, name, SameLetter)) {
+            found = function;
+        }
+        return found.has_value();
+    });
+    return found;
 }
 
 std::string NearestFunctions(std::string_view name) {
@@ -25,16 +47,17 @@ std::string NearestFunctions(std::string_view name) {
     }
     std::size_t least = std::max<std::size_t>(name.size() / 3, 1);
     std::string nearest;
-    for (const DecodingInfo& info : Decodings()) {
-        const std::size_t distance = EditDistance(name, info.name);
+    VisitFunctions([&](const Function& function) {
+        const std::size_t distance = EditDistance(name, function.name);
         if (distance < least) {
             nearest.clear();
         }
         if (distance <= least) {
             least = distance;
-            nearest.append(nearest.empty() ? "" : " or ").append(info.name);
+            nearest.append(nearest.empty() ? "" : " or ").append(function.name);
         }
-    }
+        return false;
+    });
     return nearest;
 }
 

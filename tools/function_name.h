@@ -8,12 +8,20 @@
 #include <string>
 #include <string_view>
 
+#include "facade/decodings.h"
 #include "quorvane/decode.h"
 
 namespace quorvane::tool {
 
+/// What reads a message: a decoding, or all of a direction are tried (auto_function.h).
+struct Function {
+    std::string_view name;                                   // to the letter
+    std::optional<Decoding> decoding;                        // nothing: auto
+    facade::Direction direction = facade::Direction::kBoth;  // of auto
+};
+
 /// The function of that name, in any case of letters.
-std::optional<Decoding> FindFunction(std::string_view name);
+std::optional<Function> FindFunction(std::string_view name);
 
 /// "EPS_MMUplink or EPS_MMDownlink": the names that differ least from `name`, if it may be a slip
 /// of them; else empty.

@@ -48,38 +48,40 @@ std::optional<std::uint8_t> DigitOf(char character) {
 }
 
 std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
-    octets.clear();
+    octets.resize(text.size() / 2);
+    std::size_t count = 0;
     bool inGroup = false;
     for (std::size_t index = 0; index < text.size();) {
+        const std::uint8_t high = ValueOf(text[index]);
+        const std::uint8_t low = index + 1 < text.size() ? ValueOf(text[index + 1]) : kNoValue;
+        if (high < kNoValue && low < kNoValue) {
+            octets[count++] = static_cast<std::uint8_t>(high << 4 | low);
+            inGroup = true;
+            index += 2;
+            continue;
+        }
         if (IsSeparator(text[index])) {
             inGroup = false;
             ++index;
             continue;
         }
-        if (!inGroup && text[index] == '0' && index + 1 < text.size() &&
-            (text[index + 1] == 'x' || text[index + 1] == 'X')) {
-            inGroup = true;
-            index += 2;
-            if (index == text.size() || IsSeparator(text[index])) {
-                return At(index - 2, "no digits follow " + std::string(text.substr(index - 2, 2)));
-            }
-            continue;
-        }
-        inGroup = true;
-        const std::uint8_t high = ValueOf(text[index]);
+        const bool ends = index + 1 == text.size() || IsSeparator(text[index + 1]);
         if (high == kNoValue) {
             return At(index, QuotedCharacter(text[index]) + kNoDigit);
         }
-        if (index + 1 == text.size() || IsSeparator(text[index + 1])) {
+        if (ends) {
             return At(index, kHalfOctet);
         }
-        const std::uint8_t low = ValueOf(text[index + 1]);
-        if (low == kNoValue) {
+        if (inGroup || text[index] != '0' || (text[index + 1] | 0x20) != 'x') {
             return At(index + 1, QuotedCharacter(text[index + 1]) + kNoDigit);
         }
-        octets.push_back(static_cast<std::uint8_t>(high << 4 | low));
         index += 2;
+        if (index == text.size() || IsSeparator(text[index])) {
+            return At(index - 2, "no digits follow " + std::string(text.substr(index - 2, 2)));
+        }
+        inGroup = true;
     }
+    octets.resize(count);
     return {};
 }
 

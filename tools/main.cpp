@@ -40,7 +40,10 @@ int Run(int argc, char** argv) {
         app.add_subcommand("decode",
                            "Decode one message. Exit status 1 if the octets start none, 3 if this "
                            "build does not describe the function's messages");
-    decode->add_option("FUNCTION", function, "A name that \"quorvane list\" shows")->required();
+    decode
+        ->add_option("FUNCTION", function,
+                     "A name that \"quorvane list\" shows, or auto, auto-downlink, auto-uplink")
+        ->required();
     CLI::Option* hex = decode->add_option("HEX", octets.hex,
                                           "The octets as a log has them, as 0741, 07-41, 0x07, or "
                                           "lines of xxd; - for standard input");

@@ -176,16 +176,16 @@ std::string ReadBehindNumber(const Text& text, MessageLine& message,
 
 std::string ParseMessageLine(std::string_view line, MessageLine& message,
                              std::vector<std::uint8_t>& octets) {
-    const std::string_view function = CutWord(line);
+    const std::string_view name = CutWord(line);
     const Text text(WithoutBlanks(line));
     if (text.whole.empty()) {
         return kForm;
     }
-    const std::optional<Decoding> decoding = FindFunction(function);
-    if (!decoding) {
-        return UnknownFunction(function);
+    const std::optional<Function> function = FindFunction(name);
+    if (!function) {
+        return UnknownFunction(name);
     }
-    message.decoding = *decoding;
+    message.function = *function;
     message.hexBehindDoubt.reset();
     const bool complete = text.number && (!text.behind.empty() || *text.number <= 0);
     if (complete && ParseHex(text.behind, octets).empty() &&

@@ -10,13 +10,13 @@
 #include <string_view>
 #include <vector>
 
-#include "quorvane/decode.h"
+#include "tools/function_name.h"
 
 namespace quorvane::tool {
 
 struct MessageLine {
     std::string_view hex;  // a view of the line
-    Decoding decoding{};
+    Function function;
     std::int32_t length = 0;
     /// Where the line could be meant with its first digits as LENGTH: what is behind them. It is
     /// not meant so if the function knows the octets as they are.

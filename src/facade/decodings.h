@@ -13,6 +13,17 @@
 
 namespace quorvane::facade {
 
+/// Who sends the messages of a decoding.
+enum class Direction : std::uint8_t { kBoth, kDownlink, kUplink };
+
+/// What the messages of a decoding begin with, from what tells most of them to what tells nothing.
+enum class Start : std::uint8_t {
+    kDiscriminator,       // protocol discriminator and message type, perhaps behind a length
+    kMessageType,         // message type alone
+    kShortDiscriminator,  // protocol discriminator of a bit, and message type
+    kNothing,
+};
+
 struct DecodingRow {
     /// As it stands in the texts; not always that of the entry point.
     std::string_view textName;
@@ -21,6 +32,8 @@ struct DecodingRow {
     /// The message set, a union of that name in the family's catalogue, or the decoding without
     /// one.
     std::string_view set;
+    Direction direction = Direction::kBoth;
+    Start start = Start::kNothing;
     /// What the decoder is given as the message's length in bits; 0: the caller's length.
     std::int32_t fixedBits = 0;
     /// If messages may stand behind a security header: what session management messages there are

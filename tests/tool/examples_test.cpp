@@ -32,7 +32,7 @@ std::vector<Example> ExamplesOf(const std::string& page) {
             if (inExample) {
                 examples.push_back({line.substr(2), ""});
             }
-        } else if (inExample) {
+        } else if (inBlock && inExample) {
             examples.back().output += line + "\n";
         }
     }
@@ -45,7 +45,7 @@ class Examples : public ToolTest {
         const std::vector<Example> examples = ExamplesOf(page);
         EXPECT_FALSE(examples.empty()) << page;
         for (const Example& example : examples) {
-            const Outcome outcome = RunShell(example.command + " 2>&1");
+            const Outcome outcome = RunShell("{ " + example.command + "; } 2>&1");
             const std::string more = "...\n";
             if (example.output.ends_with(more)) {
                 const std::string start =
