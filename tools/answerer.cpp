@@ -7,11 +7,28 @@
 #include "tools/function_name.h"
 #include "tools/hex.h"
 #include "tools/line_reader.h"
+#include "tools/notes.h"
 #include "tools/octet_text.h"
 #include "tools/tolerant.h"
 #include "tools/utf8.h"
 
 namespace quorvane::tool {
+namespace {
+
+/// Whether an empty line and the decoder's error stand behind the first line of a message's text.
+bool HasErrorLine(std::string_view text) {
+    const std::size_t end = text.find('\n');
+    return end != std::string_view::npos && text.substr(end + 1).starts_with('\n');
+}
+
+std::string_view TypeNameIn(std::string_view text) {
+    constexpr std::string_view kBefore = "MESSAGE: ";
+    const std::size_t start = std::min(text.find(kBefore), text.size());
+    text.remove_prefix(std::min(start + kBefore.size(), text.size()));
+    return text.substr(0, text.find('\n'));
+}
+
+}  // namespace
 
 void Answerer::Answer(const InputLine& line) {
     if (line.tooLong) {
@@ -31,6 +48,7 @@ void Answerer::Answer(const InputLine& line) {
         const std::string_view hex = request_.hex;
         return Refuse(line, DoubtfulLength(hex.substr(0, hex.find_first_of(kBlanks))));
     }
+    Count(found);
     Begin(line);
     json_.Add("fn", function_.name);
     json_.Add("length", request_.length);
@@ -107,9 +125,15 @@ bool Answerer::DecodeAs(Decoding decoding, PaddedMessage octets) {
     if (options_.form == MessageForm::kJson) {
         return message_.Decode(decoding, octets, options_.decode);
     }
-    return options_.decode.tolerant
-               ? DecodeAsText(message_, decoding, octets, options_.decode, text_, diagnostics_)
-               : DecodeInto(decoding, octets, text_, diagnostics_);
+    if (!options_.decode.tolerant && !options_.notes) {
+        return DecodeInto(decoding, octets, text_, diagnostics_);
+    }
+    const bool found =
+        DecodeAsText(message_, decoding, octets, options_.decode, text_, diagnostics_);
+    if (options_.notes) {
+        text_ = WithNotes(text_, message_);
+    }
+    return found;
 }
 
 void Answerer::Choose(PaddedMessage octets) {
@@ -126,6 +150,19 @@ bool Answerer::IsKnown(std::string_view hex) {
     Message message;
     return request_.function.decoding && ParseOctets(hex, octets).empty() &&
            message.Decode(*request_.function.decoding, octets, options_.decode);
+}
+
+void Answerer::Count(bool found) {
+    if (!found) {
+        return tally_.AddUnknown();
+    }
+    const bool asJson = options_.form == MessageForm::kJson;
+    const bool faulty = asJson ? message_.Code() != 0 || message_.FaultCount() > 0
+                               : !diagnostics_.empty() || HasErrorLine(text_);
+    tally_.AddMessage(faulty);
+    if (countsTypes_) {
+        tally_.AddType(function_.name, asJson ? message_.TypeName() : TypeNameIn(text_));
+    }
 }
 
 void Answerer::AddNames(std::string_view key, const std::vector<Decoding>& decodings) {
@@ -148,7 +185,7 @@ void Answerer::Begin(const InputLine& line) {
 }
 
 void Answerer::Refuse(const InputLine& line, const std::string& problem) {
-    good_ = false;
+    tally_.AddBadLine();
     Begin(line);
     json_.Add("error", WithoutInvalidUtf8(problem));  // it may quote the line
     json_.End();

@@ -15,6 +15,7 @@
 #include "tools/json_lines.h"
 #include "tools/json_request.h"
 #include "tools/message_line.h"
+#include "tools/tally.h"
 
 namespace quorvane::tool {
 
@@ -28,7 +29,8 @@ struct InputLine {
 
 class Answerer {
   public:
-    explicit Answerer(const BatchOptions& options) : options_(options) {}
+    explicit Answerer(const BatchOptions& options)
+        : options_(options.show), countsTypes_(options.summary) {}
 
     /// Appends the answer, if the line is neither blank nor a comment.
     void Answer(const InputLine& line);
@@ -36,8 +38,7 @@ class Answerer {
     [[nodiscard]] const JsonLines& Answers() const { return json_; }
     void Clear() { json_.Clear(); }
 
-    /// Whether all lines were good.
-    [[nodiscard]] bool Good() const { return good_; }
+    [[nodiscard]] const Tally& Counts() const { return tally_; }
 
   private:
     /// Reads the line into `request_` and `octets_`. Returns what is wrong, or nothing.
@@ -50,11 +51,13 @@ class Answerer {
     void Choose(PaddedMessage octets);
     void AddNames(std::string_view key, const std::vector<Decoding>& decodings);
     bool IsKnown(std::string_view hex);
+    void Count(bool found);
     void Begin(const InputLine& line);
     void Refuse(const InputLine& line, const std::string& problem);
 
-    BatchOptions options_;
-    bool good_ = true;
+    ShowOptions options_;
+    bool countsTypes_;
+    Tally tally_;
     JsonLines json_;
     MessageLine request_;
     Function function_;

@@ -62,11 +62,10 @@ class BatchRun {
         progress_.Show(allLines_);
     }
 
-    /// Shows what is left. Whether all lines were good.
-    bool Finish() {
-        Flush();
-        return answerer_.Good();
-    }
+    /// Shows what is left.
+    void Finish() { Flush(); }
+
+    [[nodiscard]] const Tally& Counts() const { return answerer_.Counts(); }
 
   private:
     static constexpr std::size_t kMostHeld = std::size_t{64} << 10;
@@ -91,6 +90,13 @@ class BatchRun {
     std::int64_t allLines_ = 0;
 };
 
+int StatusOf(const Tally& counts, bool strict) {
+    if (counts.BadLines() > 0 || (strict && counts.Unknown() > 0)) {
+        return kNotFound;
+    }
+    return strict && counts.Faulty() > 0 ? kFaulty : kDone;
+}
+
 }  // namespace
 
 int Batch(const std::vector<std::string>& files, const BatchOptions& options) {
@@ -110,8 +116,12 @@ int Batch(const std::vector<std::string>& files, const BatchOptions& options) {
             allRead = false;
         }
     }
-    const bool good = run.Finish();
-    return !allRead ? kWrongUse : good ? kDone : kNotFound;
+    run.Finish();
+    const Tally& counts = run.Counts();
+    if (options.summary) {
+        std::fputs(counts.Summary().c_str(), stderr);
+    }
+    return allRead ? StatusOf(counts, options.show.strict) : kWrongUse;
 }
 
 }  // namespace quorvane::tool

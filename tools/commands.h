@@ -16,9 +16,10 @@ namespace quorvane::tool {
 
 enum ExitStatus : int {
     kDone = 0,
-    kNotFound = 1,  // decode: no message; batch, encode: a bad line; diff: they differ
-    kWrongUse = 2,
+    kNotFound = 1,      // decode: no message; batch, encode: a bad line; diff: they differ
+    kWrongUse = 2,      // also what cannot be read or written
     kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
+    kFaulty = 4,        // decode, batch with --strict: a message has faults
 };
 
 /// What is wrong and where, in words for the user.
@@ -45,13 +46,19 @@ struct OctetSource {
     std::string file;  // -: standard input
 };
 
-/// Prints one message.
-int Decode(const std::string& function, const OctetSource& source, MessageForm form,
-           DecodeOptions options);
-
-struct BatchOptions {
+struct ShowOptions {
     MessageForm form = MessageForm::kText;
     DecodeOptions decode;
+    bool notes = false;   // the faults beside the fields, in the text
+    bool strict = false;  // a message with faults is an exit status
+};
+
+/// Prints one message.
+int Decode(const std::string& function, const OctetSource& source, const ShowOptions& options);
+
+struct BatchOptions {
+    ShowOptions show;
+    bool summary = false;  // on standard error, at the end
 };
 
 /// Answers the lines of the files, of standard input for the name "-", with JSON objects, one a

@@ -9,6 +9,7 @@
 #include "tools/commands.h"
 #include "tools/function_name.h"
 #include "tools/input_file.h"
+#include "tools/notes.h"
 #include "tools/octet_text.h"
 #include "tools/tolerant.h"
 #include "tools/utf8.h"
@@ -60,25 +61,19 @@ void Tell(const std::string& words) {
     std::fprintf(stderr, "quorvane: %s\n", words.c_str());
 }
 
-bool PrintAsText(Decoding decoding, PaddedMessage octets, DecodeOptions options, Message& message) {
+void PrintAsText(Decoding decoding, PaddedMessage octets, const ShowOptions& options,
+                 Message& message) {
     std::string text;
     std::string diagnostics;
-    const bool found = DecodeAsText(message, decoding, octets, options, text, diagnostics);
+    DecodeAsText(message, decoding, octets, options.decode, text, diagnostics);
     std::fwrite(diagnostics.data(), 1, diagnostics.size(), stderr);
-    Print(text);
-    return found;
+    Print(options.notes ? WithNotes(text, message) : text);
 }
 
 std::string JsonOf(const Message& message) {
     std::string json;
     AppendJson(message, json);
     return json += '\n';
-}
-
-bool PrintAsJson(Decoding decoding, PaddedMessage octets, DecodeOptions options, Message& message) {
-    const bool found = message.Decode(decoding, octets, options);
-    Print(JsonOf(message));
-    return found;
 }
 
 void TellOtherDirection(const std::vector<Decoding>& known) {
@@ -112,8 +107,7 @@ std::string Joined(const std::vector<std::string>& pieces) {
 
 }  // namespace
 
-int Decode(const std::string& name, const OctetSource& source, MessageForm form,
-           DecodeOptions options) {
+int Decode(const std::string& name, const OctetSource& source, const ShowOptions& options) {
     const Function function = FunctionNamed(name);
     std::vector<std::uint8_t> octets;
     const std::string text =
@@ -125,25 +119,31 @@ int Decode(const std::string& name, const OctetSource& source, MessageForm form,
     const PaddedMessage padded(octets.data(), static_cast<std::int32_t>(octets.size()),
                                octets.size());
     Message message;
+    const bool asJson = options.form == MessageForm::kJson;
     const std::optional<Decoding> decoding =
-        function.decoding ? function.decoding : Choose(function, padded, options, message);
+        function.decoding ? function.decoding : Choose(function, padded, options.decode, message);
     if (!decoding) {
         message = Message();
-        Print(form == MessageForm::kJson ? JsonOf(message) : NotFoundText(function.name));
+        Print(asJson ? JsonOf(message) : NotFoundText(function.name));
         return kNotFound;
     }
-    const bool found = form == MessageForm::kJson
-                           ? PrintAsJson(*decoding, padded, options, message)
-                           : PrintAsText(*decoding, padded, options, message);
+    if (asJson) {
+        message.Decode(*decoding, padded, options.decode);
+        Print(JsonOf(message));
+    } else {
+        PrintAsText(*decoding, padded, options, message);
+    }
     const DecodingInfo& info = Decodings()[static_cast<std::size_t>(*decoding)];
     if (!info.described) {
         Tell(NotDescribed(info.name));
         return kNotDescribed;
     }
-    if (!found) {
-        TellOtherDirection(OtherDirection(*decoding, padded, options, message));
+    if (!message.IsFound()) {
+        TellOtherDirection(OtherDirection(*decoding, padded, options.decode, message));
+        return kNotFound;
     }
-    return found ? kDone : kNotFound;
+    const bool faulty = message.Code() != 0 || message.FaultCount() > 0;
+    return options.strict && faulty ? kFaulty : kDone;
 }
 
 }  // namespace quorvane::tool

@@ -39,7 +39,8 @@ int Run(int argc, char** argv) {
     CLI::App* decode =
         app.add_subcommand("decode",
                            "Decode one message. Exit status 1 if the octets start none, 3 if this "
-                           "build does not describe the function's messages");
+                           "build does not describe the function's messages, 4 with --strict if "
+                           "the message has faults");
     decode
         ->add_option("FUNCTION", function,
                      "A name that \"quorvane list\" shows, or auto, auto-downlink, auto-uplink")
@@ -49,23 +50,24 @@ int Run(int argc, char** argv) {
                                           "lines of xxd; - for standard input");
     decode->add_option("--file", octets.file, "A file that holds the octets; - for standard input")
         ->excludes(hex);
-    DecodeOptions options;
-    const auto addOptions = [&](CLI::App* command) {
+    ShowOptions show;
+    bool json = false;
+    const auto addOptions = [&](CLI::App* command, const std::string& jsonPurpose) {
+        CLI::Option* asJson = command->add_flag("--json", json, jsonPurpose);
+        command
+            ->add_flag("--notes", show.notes,
+                       "Show faults in the text too, each behind the field that it tells of")
+            ->excludes(asJson);
+        command->add_flag("--strict", show.strict, "Exit status 4 if a message has faults");
         CLI::Option* tolerant = command->add_flag(
-            "--tolerant", options.tolerant,
+            "--tolerant", show.decode.tolerant,
             "Set aside what a later release has added, and follow into protected NAS messages");
         command
-            ->add_flag("--deciphered", options.deciphered,
+            ->add_flag("--deciphered", show.decode.deciphered,
                        "Also behind headers that say \"ciphered\": the octets are plain")
             ->needs(tolerant);
     };
-    addOptions(decode);
-
-    bool json = false;
-    const auto addJson = [&json](CLI::App* command, const std::string& purpose) {
-        command->add_flag("--json", json, purpose);
-    };
-    addJson(decode, "Show the message as a JSON object on one line, with its faults");
+    addOptions(decode, "Show the message as a JSON object on one line, with its faults");
 
     std::string file = "-";
     CLI::App* batch = app.add_subcommand(
@@ -75,11 +77,13 @@ int Run(int argc, char** argv) {
         "which may be left out if LENGTH is 0. A line may also be a JSON object with fn, hex and "
         "perhaps length and id; blank lines and lines that begin with # are passed over. Answers "
         "of functions whose messages this build does not describe have \"described\":false. Exit "
-        "status 1 if a line was bad");
+        "status 1 if a line was bad; with --strict also if a function does not know its message, "
+        "and 4 if none of these but a message has faults");
     std::vector<std::string> files = {"-"};
     batch->add_option("FILE", files, "Standard input if it is left out or -");
-    addJson(batch, "Answer with \"message\", an object, in place of text and diagnostics");
-    addOptions(batch);
+    addOptions(batch, "Answer with \"message\", an object, in place of text and diagnostics");
+    bool summary = false;
+    batch->add_flag("--summary", summary, "Count messages, faults and types on standard error");
 
     CLI::App* encode = app.add_subcommand(
         "encode",
@@ -147,17 +151,17 @@ int Run(int argc, char** argv) {
     if (list->parsed()) {
         return List();
     }
-    const MessageForm form = json ? MessageForm::kJson : MessageForm::kText;
+    show.form = json ? MessageForm::kJson : MessageForm::kText;
     if (decode->parsed()) {
         if (octets.hex == std::vector<std::string>{"-"}) {
             octets = {{}, "-"};
         } else if (octets.hex.empty() && octets.file.empty()) {
             throw UsageError("HEX or --file is required; - stands for standard input");
         }
-        return Decode(function, octets, form, options);
+        return Decode(function, octets, show);
     }
     if (batch->parsed()) {
-        return Batch(files, {form, options});
+        return Batch(files, {show, summary});
     }
     if (encode->parsed()) {
         return Encode(function, file);
