@@ -157,9 +157,8 @@ void Answerer::Count(bool found) {
         return tally_.AddUnknown();
     }
     const bool asJson = options_.form == MessageForm::kJson;
-    const bool faulty = asJson ? message_.Code() != 0 || message_.FaultCount() > 0
-                               : !diagnostics_.empty() || HasErrorLine(text_);
-    tally_.AddMessage(faulty);
+    tally_.AddMessage(countsFaults_ && (asJson ? message_.Code() != 0 || message_.FaultCount() > 0
+                                               : !diagnostics_.empty() || HasErrorLine(text_)));
     if (countsTypes_) {
         tally_.AddType(function_.name, asJson ? message_.TypeName() : TypeNameIn(text_));
     }

@@ -30,7 +30,9 @@ struct InputLine {
 class Answerer {
   public:
     explicit Answerer(const BatchOptions& options)
-        : options_(options.show), countsTypes_(options.summary) {}
+        : options_(options.show),
+          countsFaults_(options.show.strict || options.summary),
+          countsTypes_(options.summary) {}
 
     /// Appends the answer, if the line is neither blank nor a comment.
     void Answer(const InputLine& line);
@@ -38,6 +40,7 @@ class Answerer {
     [[nodiscard]] const JsonLines& Answers() const { return json_; }
     void Clear() { json_.Clear(); }
 
+    /// Has faults with --strict or --summary, and types with --summary.
     [[nodiscard]] const Tally& Counts() const { return tally_; }
 
   private:
@@ -56,6 +59,7 @@ class Answerer {
     void Refuse(const InputLine& line, const std::string& problem);
 
     ShowOptions options_;
+    bool countsFaults_;
     bool countsTypes_;
     Tally tally_;
     JsonLines json_;

@@ -1,52 +1,43 @@
 // Many messages: lines in, JSON objects out, in constant memory.
 
-#include <chrono>
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
-#include <unistd.h>
+#include <optional>
+#include <thread>
 
 #include "tools/answerer.h"
 #include "tools/commands.h"
 #include "tools/input_file.h"
 #include "tools/line_reader.h"
+#include "tools/parallel_answerer.h"
+#include "tools/progress.h"
+#include "tools/system.h"
 
 namespace quorvane::tool {
 namespace {
 
-/// Counts on a terminal while the output goes elsewhere.
-class Progress {
-  public:
-    Progress() : shown_(isatty(STDERR_FILENO) != 0 && isatty(STDOUT_FILENO) == 0) {}
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    ~Progress() {
-        if (any_) {
-            std::fputs("\r\033[K", stderr);
+/// How many octets there are in all files, if that is known.
+std::optional<std::uint64_t> SizeOf(const std::vector<std::string>& files) {
+    std::uint64_t all = 0;
+    for (const std::string& name : files) {
+        const auto size = name == "-" ? SizeOfFile(kStandardInput) : SizeOfFile(name);
+        if (!size) {
+            return std::nullopt;
         }
+        all += *size;
     }
-
-    void Show(std::int64_t lines) {
-        constexpr std::chrono::milliseconds kPause(200);
-        if (!shown_) {
-            return;
-        }
-        const auto now = std::chrono::steady_clock::now();
-        if (now - last_ >= kPause) {
-            last_ = now;
-            any_ = true;
-            std::fprintf(stderr, "\r%lld lines", static_cast<long long>(lines));
-        }
-    }
-
-  private:
-    bool shown_;
-    bool any_ = false;
-    std::chrono::steady_clock::time_point last_;
-};
+    return all;
+}
 
 class BatchRun {
   public:
-    explicit BatchRun(const BatchOptions& options) : answerer_(options) {}
+    BatchRun(const BatchOptions& options, std::optional<std::uint64_t> allOctets)
+        : answerer_(options), progress_(allOctets) {
+        const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
+        if (const unsigned jobs = options.jobs == 0 ? cores : options.jobs; jobs > 1) {
+            parallel_.emplace(options, jobs);
+        }
+    }
 
     /// Lines are of the file with that name from here on.
     void BeginFile(std::string_view name) {
@@ -54,41 +45,78 @@ class BatchRun {
         lineNumber_ = 0;
     }
 
-    void Line(std::string_view line) { Answer({line, ++lineNumber_, file_}); }
+    void Line(std::string_view line) {
+        octets_ += line.size() + 1;
+        Answer({line, ++lineNumber_, file_});
+    }
     void TooLong() { Answer({{}, ++lineNumber_, file_, true}); }
 
     void Pause() {
-        Flush();
-        progress_.Show(allLines_);
+        if (parallel_) {
+            parallel_->Flush();
+        } else {
+            Print(answerer_.Answers().View());
+            answerer_.Clear();
+        }
+        progress_.Show(lines_, octets_);
     }
 
     /// Shows what is left.
-    void Finish() { Flush(); }
+    void Finish() {
+        Pause();
+        if (parallel_) {
+            parallel_->Finish();
+        }
+    }
 
-    [[nodiscard]] const Tally& Counts() const { return answerer_.Counts(); }
+    /// Behind Finish.
+    [[nodiscard]] Tally Counts() const {
+        return parallel_ ? parallel_->Counts() : answerer_.Counts();
+    }
+
+    /// Of the file's last line that was read.
+    [[nodiscard]] std::int64_t LineNumber() const { return lineNumber_; }
 
   private:
     static constexpr std::size_t kMostHeld = std::size_t{64} << 10;
 
     void Answer(const InputLine& line) {
-        ++allLines_;
+        ++lines_;
+        if (parallel_) {
+            return parallel_->Add(line);
+        }
         answerer_.Answer(line);
         if (answerer_.Answers().View().size() >= kMostHeld) {
             Pause();
         }
     }
 
-    void Flush() {
-        Print(answerer_.Answers().View());
-        answerer_.Clear();
-    }
-
     Answerer answerer_;
+    std::optional<ParallelAnswerer> parallel_;  // in place of the one
     Progress progress_;
     std::string_view file_;
     std::int64_t lineNumber_ = 0;
-    std::int64_t allLines_ = 0;
+    std::uint64_t lines_ = 0;
+    std::uint64_t octets_ = 0;
 };
+
+/// Answers the lines of a file. Says on standard error what is wrong with it, and returns whether
+/// it could be read.
+bool AnswerFile(const std::string& name, bool isNamed, BatchRun& run) {
+    try {
+        const InputFile input(name);
+        run.BeginFile(isNamed ? std::string_view(name) : std::string_view());
+        if (const int error = ReadLines(input.Descriptor(), run);
+            error != 0 && InterruptSignal() == 0) {
+            throw ReadError(name, error);
+        }
+        return true;
+    } catch (const FileError& error) {
+        run.Pause();
+        std::fprintf(stderr, "quorvane: %s\n", error.what());
+        return false;
+    }
+}
 
 int StatusOf(const Tally& counts, bool strict) {
     if (counts.BadLines() > 0 || (strict && counts.Unknown() > 0)) {
@@ -100,24 +128,21 @@ int StatusOf(const Tally& counts, bool strict) {
 }  // namespace
 
 int Batch(const std::vector<std::string>& files, const BatchOptions& options) {
-    BatchRun run(options);
+    CatchInterrupts();
+    BatchRun run(options, SizeOf(files));
     bool allRead = true;
     for (const std::string& name : files) {
         // What cannot be read keeps nothing else from being read.
-        try {
-            const InputFile input(name);
-            run.BeginFile(files.size() > 1 ? std::string_view(name) : std::string_view());
-            if (const int error = ReadLines(input.Descriptor(), run); error != 0) {
-                throw ReadError(name, error);
-            }
-        } catch (const FileError& error) {
-            run.Pause();
-            std::fprintf(stderr, "quorvane: %s\n", error.what());
-            allRead = false;
+        allRead = AnswerFile(name, files.size() > 1, run) && allRead;
+        if (InterruptSignal() != 0) {
+            run.Finish();
+            std::fprintf(stderr, "quorvane: interrupted behind line %lld of '%s'\n",
+                         static_cast<long long>(run.LineNumber()), name.c_str());
+            return kSignal + InterruptSignal();
         }
     }
     run.Finish();
-    const Tally& counts = run.Counts();
+    const Tally counts = run.Counts();
     if (options.summary) {
         std::fputs(counts.Summary().c_str(), stderr);
     }

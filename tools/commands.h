@@ -20,6 +20,7 @@ enum ExitStatus : int {
     kWrongUse = 2,      // also what cannot be read or written
     kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
     kFaulty = 4,        // decode, batch with --strict: a message has faults
+    kSignal = 128,      // and the number of the signal that interrupted a batch
 };
 
 /// What is wrong and where, in words for the user.
@@ -59,6 +60,7 @@ int Decode(const std::string& function, const OctetSource& source, const ShowOpt
 struct BatchOptions {
     ShowOptions show;
     bool summary = false;  // on standard error, at the end
+    unsigned jobs = 1;     // threads; 0: one for each core
 };
 
 /// Answers the lines of the files, of standard input for the name "-", with JSON objects, one a

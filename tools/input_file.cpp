@@ -2,10 +2,9 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include "tools/line_reader.h"
+#include "tools/system.h"
 
 namespace quorvane::tool {
 namespace {
@@ -27,15 +26,15 @@ struct Contents {
 }  // namespace
 
 InputFile::InputFile(const std::string& name)
-    : descriptor_(name == "-" ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
+    : descriptor_(name == "-" ? kStandardInput : OpenToRead(name)) {
     if (descriptor_ < 0) {
         throw FileError("cannot open '" + name + "': " + std::strerror(errno));
     }
 }
 
 InputFile::~InputFile() {
-    if (descriptor_ != STDIN_FILENO) {
-        close(descriptor_);
+    if (descriptor_ != kStandardInput) {
+        Close(descriptor_);
     }
 }
 

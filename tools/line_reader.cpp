@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
-#include <unistd.h>
+
+#include "tools/system.h"
 
 namespace quorvane::tool {
 
@@ -52,10 +54,7 @@ void LineReader::Fill() {
         scanned_ -= begin_;
         begin_ = 0;
     }
-    ssize_t count = 0;
-    do {
-        count = read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
-    } while (count < 0 && errno == EINTR);
+    const std::int64_t count = ReadSome(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
     if (count < 0) {
         failed_ = true;
     } else if (count == 0) {

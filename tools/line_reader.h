@@ -50,7 +50,8 @@ class LineReader {
 };
 
 /// Hands all lines to `handler`: `Line(line)`, `TooLong()` for one that is passed over, and
-/// `Pause()` ahead of what may wait for input. Returns 0, or the errno of a read that failed.
+/// `Pause()` ahead of what may wait for input. Returns 0, or the errno of a read that failed, which
+/// may be EINTR (ReadSome).
 template <typename Handler>
 int ReadLines(int descriptor, Handler& handler) {
     LineReader reader(descriptor);

@@ -11,6 +11,7 @@
 #include "quorvane/version.h"
 #include "tools/commands.h"
 #include "tools/described_family.h"
+#include "tools/system.h"
 
 namespace quorvane::tool {
 namespace {
@@ -83,6 +84,12 @@ int Run(int argc, char** argv) {
     batch->add_option("FILE", files, "Standard input if it is left out or -");
     addOptions(batch, "Answer with \"message\", an object, in place of text and diagnostics");
     bool summary = false;
+    unsigned jobs = 1;
+    constexpr unsigned kMostJobs = 1024;
+    batch
+        ->add_option("--jobs", jobs,
+                     "How many threads answer lines, in their order; 0: one for each core")
+        ->check(CLI::Range(0U, kMostJobs));
     batch->add_flag("--summary", summary, "Count messages, faults and types on standard error");
 
     CLI::App* encode = app.add_subcommand(
@@ -161,7 +168,7 @@ int Run(int argc, char** argv) {
         return Decode(function, octets, show);
     }
     if (batch->parsed()) {
-        return Batch(files, {show, summary});
+        return Batch(files, {show, summary, jobs});
     }
     if (encode->parsed()) {
         return Encode(function, file);
@@ -184,11 +191,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 void Print(std::string_view text) {
-    if (text.empty()) {
-        return;
-    }
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
-        std::fflush(stdout) != 0) {
+    if (!WriteAll(kStandardOutput, text)) {
         throw UsageError(kCannotWrite + std::strerror(errno));
     }
 }

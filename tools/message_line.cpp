@@ -99,7 +99,7 @@ struct Text {
 
     explicit Text(std::string_view text) : whole(text), behind(text) {
         first = CutWord(behind);
-        behind = WithoutBlanks(behind);
+        behind.remove_prefix(std::min(behind.find_first_not_of(kBlanks), behind.size()));
         std::int32_t value = 0;
         const char* last = first.data() + first.size();
         const auto [end, status] = std::from_chars(first.data(), last, value);
