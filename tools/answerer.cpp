@@ -44,7 +44,8 @@ void Answerer::Answer(const InputLine& line) {
         return Refuse(line, problem);
     }
     const bool found = Decode({octets_.data(), request_.length, octets_.size()});
-    if (!found && request_.hexBehindDoubt && IsKnown(*request_.hexBehindDoubt)) {
+    if (request_.hexBehindDoubt &&
+        !(found && IsTold(function_) && !IsMessage(*request_.hexBehindDoubt))) {
         const std::string_view hex = request_.hex;
         return Refuse(line, DoubtfulLength(hex.substr(0, hex.find_first_of(kBlanks))));
     }
@@ -143,13 +144,26 @@ void Answerer::Choose(PaddedMessage octets) {
     }
 }
 
-/// Whether the function knows other octets than those of the line. Of auto nothing is told: there
-/// is a function for most octets.
-bool Answerer::IsKnown(std::string_view hex) {
+bool Answerer::IsTold(const Function& taken) const {
+    return request_.function.decoding ||
+           facade::RowOf(*taken.decoding).start == facade::Start::kDiscriminator;
+}
+
+bool Answerer::IsMessage(std::string_view hex) {
+    Function function = request_.function;
     std::vector<std::uint8_t> octets;
+    if (!ParseOctets(hex, octets).empty()) {
+        return false;
+    }
+    const PaddedMessage padded(octets.data(), static_cast<std::int32_t>(octets.size()),
+                               octets.size());
     Message message;
-    return request_.function.decoding && ParseOctets(hex, octets).empty() &&
-           message.Decode(*request_.function.decoding, octets, options_.decode);
+    if (!function.decoding) {
+        function.decoding =
+            ChooseFunction(padded, function.direction, options_.decode, message).taken;
+    }
+    return function.decoding && IsTold(function) &&
+           message.Decode(*function.decoding, padded, options_.decode);
 }
 
 void Answerer::Count(bool found) {

@@ -53,7 +53,11 @@ class Answerer {
     bool DecodeAs(Decoding decoding, PaddedMessage octets);
     void Choose(PaddedMessage octets);
     void AddNames(std::string_view key, const std::vector<Decoding>& decodings);
-    bool IsKnown(std::string_view hex);
+    /// Whether the function that a line asked for and `taken` reads a message tells it from other
+    /// octets; of auto, only those with a discriminator do.
+    [[nodiscard]] bool IsTold(const Function& taken) const;
+    /// Whether other octets than those of the line are a message for its function.
+    bool IsMessage(std::string_view hex);
     void Count(bool found);
     void Begin(const InputLine& line);
     void Refuse(const InputLine& line, const std::string& problem);

@@ -18,8 +18,8 @@ struct MessageLine {
     std::string_view hex;  // a view of the line
     Function function;
     std::int32_t length = 0;
-    /// Where the line could be meant with its first digits as LENGTH: what is behind them. It is
-    /// not meant so if the function knows the octets as they are.
+    /// Where the line could be meant with its first digits as LENGTH: what is behind them. The
+    /// octets count if they are a message for the function, and those behind the digits are none.
     std::optional<std::string_view> hexBehindDoubt;
 };
 

@@ -250,16 +250,25 @@ TEST_F(ToolTest, BatchTakesLinesWithoutLength) {
     }
 }
 
-// The function knows what is behind the digits, and nothing that begins with them.
-TEST_F(ToolTest, BatchRefusesDigitsThatSpeakForLength) {
-    const Outcome outcome = Run("batch", "EPC_UE2SS 03 0F 87\nEPC_UE2SS 03 04 05\n");
-    EXPECT_EQ(outcome.status, 1);
-    const auto lines = JsonLines(outcome.output);
-    EXPECT_STREQ(lines.at(0)["error"].GetString(),
-                 "'03' may be LENGTH or the first octets; write LENGTH ahead of it, or all octets "
-                 "without blanks");
-    EXPECT_EQ(lines.at(1)["ret"].GetInt(), 0);
-    EXPECT_EQ(lines.at(1)["length"].GetInt(), 3);
+// TS 24.301, 8.3.20: PDN CONNECTIVITY REQUEST, and 8.3.15: ESM STATUS.
+TEST_F(ToolTest, BatchTakesDoubtfulDigitsForOctetsIfTheFunctionKnowsThem) {
+    const std::string good[] = {"EPS_SMUplink 02 01 D0 31", "auto 02 01 D0 31",
+                                "EPS_SMUplink 02 01 D0 31 28 04"};
+    for (const std::string& line : good) {
+        const Outcome outcome = Run("batch", line + "\n");
+        EXPECT_EQ(outcome.status, 0) << line;
+        EXPECT_STREQ(JsonLines(outcome.output)[0]["fn"].GetString(), "EPS_SMUplink") << line;
+    }
+    const std::string refused[] = {"EPS_SMUplink 09 02 01 D0 31",  // a message behind the digits
+                                   "EPS_SMUplink 02 02 01 E8 6F",  // one with and without them
+                                   "EPS_SMUplink 03 04 05",        // none
+                                   "auto 09 02 01 D0 31", "auto 01 01 01"};
+    for (const std::string& line : refused) {
+        const Outcome outcome = Run("batch", line + "\n");
+        EXPECT_EQ(outcome.status, 1) << line;
+        EXPECT_NE(outcome.output.find("may be LENGTH or the first octets"), std::string::npos)
+            << outcome.output;
+    }
 }
 
 TEST_F(ToolTest, BatchTakesMessagesOfNoOctets) {
