@@ -116,14 +116,14 @@ struct Text {
     }
 };
 
-std::string Problem(std::string_view part, std::string problem) {
+std::string Problem(std::string_view part, const std::string& problem) {
     return problem.empty() ? problem : std::string(part) + ", " + problem;
 }
 
 /// Reads a text without LENGTH whose first word is no number.
 std::string ReadOctets(const Text& text, std::vector<std::uint8_t>& octets) {
-    if (std::string problem = ParseOctets(text.whole, octets); !problem.empty()) {
-        return Problem("HEX", std::move(problem));
+    if (const std::string problem = ParseOctets(text.whole, octets); !problem.empty()) {
+        return Problem("HEX", problem);
     }
     const std::string_view digits = DigitsOf(text.first);
     if (text.behind.empty() || digits.empty() || BeginsWithOffset(text.whole)) {
