@@ -262,7 +262,7 @@ TEST_F(ToolTest, BatchTakesDoubtfulDigitsForOctetsIfTheFunctionKnowsThem) {
         EXPECT_STREQ(JsonLines(outcome.output)[0]["fn"].GetString(), "EPS_SMUplink") << line;
     }
     const std::string refused[] = {"EPS_SMUplink 09 02 01 D0 31",  // a message behind the digits
-                                   "EPS_SMUplink 02 02 01 E8 6F",  // one with and without them
+                                   "EPS_SMUplink 02 02 E8 E8 6F",  // one with and without them
                                    "EPS_SMUplink 03 04 05",        // none
                                    "auto 09 02 01 D0 31", "auto 01 01 01"};
     for (const std::string& line : refused) {
