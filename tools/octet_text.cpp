@@ -231,10 +231,13 @@ struct Offset {
 
 constexpr std::size_t kFewestOffsetDigits = 4;
 
-/// The offset that a line may begin with: digits with a colon and a blank behind them, or such that
-/// are more than those of the first group.
+/// The offset that a line may begin with: digits, perhaps behind 0x, with a colon and a blank
+/// behind them, or digits that are more than those of the first group.
 std::optional<Offset> OffsetOf(std::string_view line) {
-    const std::size_t begin = line.size() - WithoutBlanksAhead(line).size();
+    std::size_t begin = line.size() - WithoutBlanksAhead(line).size();
+    const std::string_view start = line.substr(begin);
+    const bool prefix = start.starts_with("0x") || start.starts_with("0X");
+    begin += prefix ? 2 : 0;
     Offset offset;
     offset.digits = line.substr(begin, CountDigits(line.substr(begin)));
     offset.end = begin + offset.digits.size();
@@ -246,6 +249,8 @@ std::optional<Offset> OffsetOf(std::string_view line) {
         offset.colon = true;
         ++offset.end;
         rest.remove_prefix(1);
+    } else if (prefix) {
+        return std::nullopt;
     }
     if (rest.empty()) {
         return offset.colon ? std::nullopt : std::optional(offset);

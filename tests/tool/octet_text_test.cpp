@@ -77,6 +77,9 @@ TEST(OctetText, TakesDumps) {
           "00000000  07 41 71 08 29 26 10 21  43 65 87 09 02 e0 e0 00  |.Aq.)&.!Ce......|\n"
           "00000010  04 20                                             |. |\n"
           "00000012\n",
+          // tcpdump -x
+          "\t0x0000:  0741 7108 2926 1021 4365 8709 02e0 e000\n"
+          "\t0x0010:  0420\n",
           // without a text column, and not from the start of the file
           "0010  07 41 71 08 29 26 10 21 43 65 87 09 02 e0 e0 00\r\n"
           "0020  04 20\r\n"}) {
@@ -104,6 +107,7 @@ TEST(OctetText, TakesGroupsThatAreNoOffsets) {
     EXPECT_EQ(Read("07417108 29"), (Octets{0x07, 0x41, 0x71, 0x08, 0x29}));
     EXPECT_EQ(Read("00000000"), Octets(4));
     EXPECT_EQ(Read("0000 0000"), Octets(4));
+    EXPECT_EQ(Read("0x0000 0x0741"), (Octets{0x00, 0x00, 0x07, 0x41}));
     EXPECT_EQ(Read("0000:07:41"), (Octets{0x00, 0x00, 0x07, 0x41}));
 }
 
@@ -139,6 +143,9 @@ TEST(OctetText, SaysWhatIsWrongAndWhere) {
 TEST(OctetText, RefusesDumpsThatMayBeSomethingElse) {
     const std::pair<const char*, const char*> cases[] = {
         {"0000 07 41",
+         "'0000' may be the offset of a dump or octets; leave it out, or write all octets without "
+         "blanks"},
+        {"0x0000: 0741",
          "'0000' may be the offset of a dump or octets; leave it out, or write all octets without "
          "blanks"},
         {"00000010: 0741",
