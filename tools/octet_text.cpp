@@ -94,11 +94,10 @@ class GroupReader {
 
     /// Behind the last line. Returns what is wrong, or nothing.
     [[nodiscard]] std::string Finish() const {
-        if (closed_ == open_.size()) {
-            return {};
-        }
-        return locator_.InLine(line_, std::string("there is no ") + Closing() + " for the " +
-                                          open_[open_.size() - 1 - closed_]);
+        return open_.empty()
+                   ? std::string()
+                   : locator_.InLine(line_, std::string("there is no ") + ClosingOf(open_.back()) +
+                                                " for the " + open_.back());
     }
 
   private:
@@ -120,10 +119,9 @@ class GroupReader {
         return std::string_view(",;:-").find(character) != std::string_view::npos;
     }
 
-    /// What closes the innermost bracket or quote that is open.
-    [[nodiscard]] char Closing() const { return ClosingOf(open_[open_.size() - 1 - closed_]); }
+    /// Whether it closes the innermost bracket or quote that is open.
     [[nodiscard]] bool Closes(char next) const {
-        return closed_ < open_.size() && next == Closing();
+        return !open_.empty() && next == ClosingOf(open_.back());
     }
 
     [[nodiscard]] std::string At(std::size_t index, const std::string& problem) const {
@@ -144,13 +142,14 @@ class GroupReader {
             return {};
         }
         if (Closes(next) && (!octets_.empty() || next != open_.back())) {
-            ++closed_;
+            open_.pop_back();
+            closed_ = true;
             ++index_;
             markMayFollow_ = true;
             return {};
         }
         if (std::string_view("{[(\"'").find(next) != std::string_view::npos) {
-            if (!octets_.empty() || closed_ > 0) {
+            if (!octets_.empty() || closed_) {
                 return At(index_, std::string("'") + next +
                                       "' opens behind octets; brackets and quotes stand around "
                                       "all octets");
@@ -159,7 +158,7 @@ class GroupReader {
             ++index_;
             return {};
         }
-        if (closed_ > 0) {
+        if (closed_) {
             return At(index_,
                       "brackets and quotes stand around all octets, and here they have "
                       "been closed");
@@ -205,8 +204,8 @@ class GroupReader {
     std::vector<std::uint8_t>& octets_;
     Line line_;
     std::size_t index_ = 0;       // of the line's next character
-    std::string open_;            // the brackets and quotes around the octets
-    std::size_t closed_ = 0;      // how many of them have been closed
+    std::string open_;            // the brackets and quotes that are open
+    bool closed_ = false;         // one of them has been closed
     bool markMayFollow_ = false;  // an octet stands ahead, and no mark since
 };
 
