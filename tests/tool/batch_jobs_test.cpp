@@ -1,7 +1,6 @@
 // `batch` on several threads, and what becomes of its answers when the output or the run ends
 // early.
 
-#include <algorithm>
 #include <fstream>
 #include <string>
 
@@ -93,11 +92,13 @@ TEST_F(ToolTest, BatchEndsWithItsReader) {
     }
 }
 
-/// Starts a batch in the background, waits until it has written as many lines, and interrupts it.
-std::string Interrupted(const std::string& arguments, const std::string& answers, int lines,
-                        const std::string& signal, const std::string& meanwhile = ":") {
-    return kInterruptible + " batch " + arguments + " >" + answers + " & " + meanwhile +
-           "; until [ $(wc -l <" + answers + ") -ge " + std::to_string(lines) +
+/// Starts a batch in the background behind `feed`, waits until it has written as many lines, and
+/// interrupts it.
+std::string Interrupted(const std::string& feed, const std::string& arguments,
+                        const std::string& answers, int lines, const std::string& signal,
+                        const std::string& meanwhile = ":") {
+    return ": >" + answers + "; " + feed + kInterruptible + " batch " + arguments + " >" + answers +
+           " & " + meanwhile + "; until [ $(wc -l <" + answers + ") -ge " + std::to_string(lines) +
            " ] || [ $((tries += 1)) -gt 3000 ]; do sleep 0.01; done; kill -" + signal +
            " $!; wait $!";
 }
@@ -112,7 +113,7 @@ TEST_F(ToolTest, BatchAnswersWholeLinesWhenInterrupted) {
             const std::string arguments = "--jobs " + jobs + " " + pipe;
             const Outcome outcome =
                 RunShell("rm -f " + pipe + "; mkfifo " + pipe + "; " +
-                         Interrupted(arguments, Path("answers"), 2, signal, feed));
+                         Interrupted("", arguments, Path("answers"), 2, signal, feed));
             EXPECT_EQ(outcome.status, status) << jobs;
             EXPECT_EQ(JsonLines(ReadAll(Path("answers"))).size(), 2U) << jobs;
             EXPECT_EQ(outcome.errors, "quorvane: interrupted behind line 2 of '" + pipe + "'\n");
@@ -121,24 +122,18 @@ TEST_F(ToolTest, BatchAnswersWholeLinesWhenInterrupted) {
 }
 
 TEST_F(ToolTest, BatchInterruptedInTheMidstEndsWithAWholeLine) {
-    const std::string lines = ManyLines();
-    constexpr std::size_t kTimes = 50;
-    {
-        std::ofstream file(Path("lines"));
-        for (std::size_t time = 0; time < kTimes; ++time) {
-            file << lines;
-        }
-    }
     for (const std::string jobs : {"1", "2"}) {
-        const std::string arguments = "--jobs " + jobs + " " + Path("lines");
-        const Outcome outcome = RunShell(Interrupted(arguments, Path("answers"), 1, "INT"));
-        const std::string answers = ReadAll(Path("answers"));
+        const Outcome outcome = RunShell(
+            Interrupted("yes EPC_UE2SS 0F87 | ", "--jobs " + jobs, Path("answers"), 1, "INT"));
         EXPECT_EQ(outcome.status, 130) << jobs;
+        const std::string answers = ReadAll(Path("answers"));
         EXPECT_TRUE(answers.ends_with("}\n")) << jobs;
-        const auto count = static_cast<std::size_t>(std::ranges::count(answers, '\n'));
-        EXPECT_LT(count, kTimes * 18001) << jobs;
         const std::string last = answers.substr(answers.rfind('\n', answers.size() - 2) + 1);
-        EXPECT_EQ(JsonLines(last).size(), 1U) << jobs;
+        const auto answer = JsonLines(last);
+        ASSERT_EQ(answer.size(), 1U) << jobs;
+        // All lines that were read are answered, and the last one is told.
+        EXPECT_EQ(outcome.errors, "quorvane: interrupted behind line " +
+                                      std::to_string(answer[0]["line"].GetInt()) + " of '-'\n");
     }
 }
 

@@ -56,27 +56,30 @@ TEST(OrderedJobs, HoldFewJobs) {
 TEST(OrderedJobs, HandOnWhatAStepThrows) {
     for (const bool early : {true, false}) {
         std::vector<int> delivered;
-        OrderedJobs<int> jobs(
-            3,
-            [&](std::size_t /*thread*/, int& job) {
-                if (early && job == 20) {
-                    throw std::runtime_error("work");
+        {
+            OrderedJobs<int> jobs(
+                3,
+                [&](std::size_t /*thread*/, int& job) {
+                    if (early && job == 20) {
+                        throw std::runtime_error("work");
+                    }
+                },
+                [&](std::size_t /*thread*/, int& job) {
+                    if (!early && job == 20) {
+                        throw std::runtime_error("delivery");
+                    }
+                    delivered.push_back(job);
+                });
+            const auto submitAll = [&] {
+                for (int job = 0; job < 100; ++job) {
+                    jobs.Submit(job);
                 }
-            },
-            [&](std::size_t /*thread*/, int& job) {
-                if (!early && job == 20) {
-                    throw std::runtime_error("delivery");
-                }
-                delivered.push_back(job);
-            });
-        const auto submitAll = [&] {
-            for (int job = 0; job < 100; ++job) {
-                jobs.Submit(job);
-            }
-            jobs.Finish();
-        };
-        EXPECT_THROW(submitAll(), std::runtime_error);
-        EXPECT_THROW(jobs.Finish(), std::runtime_error);
+                jobs.Finish();
+            };
+            EXPECT_THROW(submitAll(), std::runtime_error);
+            EXPECT_THROW(jobs.Finish(), std::runtime_error);
+        }
+        // What was being delivered has ended.
         EXPECT_LE(delivered.size(), 20U);
         for (std::size_t index = 0; index < delivered.size(); ++index) {
             EXPECT_EQ(delivered[index], static_cast<int>(index));
