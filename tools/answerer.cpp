@@ -70,7 +70,11 @@ void Answerer::Answer(const InputLine& line) {
         AppendJson(message_, text_);
         json_.AddJson("message", text_);
     } else {
-        json_.Add("text", text_);
+        if (textIsJson_) {
+            json_.AddJson("text", text_);
+        } else {
+            json_.Add("text", text_);
+        }
         json_.AddLines("diagnostics", diagnostics_);
     }
     json_.End();
@@ -105,6 +109,7 @@ std::string Answerer::ReadJson(std::string_view text) {
 
 bool Answerer::Decode(PaddedMessage octets) {
     choice_.otherDirection.clear();
+    textIsJson_ = false;
     function_ = request_.function;
     if (!function_.decoding) {
         Choose(octets);
@@ -127,7 +132,12 @@ bool Answerer::DecodeAs(Decoding decoding, PaddedMessage octets) {
         return message_.Decode(decoding, octets, options_.decode);
     }
     if (!options_.decode.tolerant && !options_.notes) {
-        return DecodeInto(decoding, octets, text_, diagnostics_);
+        textIsJson_ = !countsFaults_ && !countsTypes_;  // which look into the text
+        if (!textIsJson_) {
+            return DecodeInto(decoding, octets, text_, diagnostics_);
+        }
+        text_.clear();
+        return AppendTextAsJson(decoding, octets, text_, diagnostics_);
     }
     const bool found =
         DecodeAsText(message_, decoding, octets, options_.decode, text_, diagnostics_);

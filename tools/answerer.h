@@ -74,6 +74,7 @@ class Answerer {
     std::vector<std::uint8_t> octets_;
     Message message_;
     std::string text_;
+    bool textIsJson_ = false;  // text_ is a string of JSON already
     std::string diagnostics_;
 };
 
