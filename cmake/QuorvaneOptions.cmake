@@ -2,6 +2,12 @@
 # as a subproject gets the libraries alone, without warnings as errors.
 
 option(QUORVANE_TOOL "Build the command-line tool" ${PROJECT_IS_TOP_LEVEL})
+if(CMAKE_CROSSCOMPILING OR WIN32)
+    set(QUORVANE_CAPTURE_DEFAULT OFF)
+else()
+    set(QUORVANE_CAPTURE_DEFAULT ON)
+endif()
+option(QUORVANE_CAPTURE "Let the tool read captures (libpcap, zlib)" ${QUORVANE_CAPTURE_DEFAULT})
 option(QUORVANE_TESTS "Build the tests and the fuzz targets" ${PROJECT_IS_TOP_LEVEL})
 option(QUORVANE_BENCHMARKS "Build the benchmarks" OFF)
 option(QUORVANE_INSTALL "Offer an install target" ${PROJECT_IS_TOP_LEVEL})

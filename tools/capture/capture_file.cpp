@@ -1,0 +1,92 @@
+#include "tools/capture/capture_file.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <pcap/pcap.h>
+#include <unistd.h>
+#include <utility>
+
+#include "tools/capture/input_stream.h"
+
+namespace quorvane::capture {
+
+struct CaptureFile::Reader {
+    Reader() = default;
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+    ~Reader() {
+        if (pcap != nullptr) {
+            pcap_close(pcap);  // and the file with it
+        } else if (file != nullptr) {
+            std::fclose(file);
+        }
+    }
+
+    InputProblem input;
+    std::FILE* file = nullptr;
+    pcap_t* pcap = nullptr;
+    int linkType = 0;
+};
+
+CaptureFile::CaptureFile(const std::string& name, std::function<void()> beforeWaiting)
+    : reader_(std::make_unique<Reader>()) {
+    const bool isStandard = name == "-";
+    const int descriptor = isStandard ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw CaptureError("cannot open '" + name + "': " + std::strerror(errno));
+    }
+    reader_->file = OpenInputStream(descriptor, reader_->input, std::move(beforeWaiting));
+    Open(isStandard ? "standard input" : "'" + name + "'");
+}
+
+CaptureFile::CaptureFile(std::FILE* file) : reader_(std::make_unique<Reader>()) {
+    reader_->file = file;
+    Open("the file");
+}
+
+CaptureFile::~CaptureFile() = default;
+
+void CaptureFile::Open(const std::string& name) {
+    if (reader_->file == nullptr) {
+        throw CaptureError("cannot read " + name + ": " + std::strerror(errno));
+    }
+    std::array<char, PCAP_ERRBUF_SIZE> words{};
+    reader_->pcap = pcap_fopen_offline_with_tstamp_precision(
+        reader_->file, PCAP_TSTAMP_PRECISION_NANO, words.data());
+    if (reader_->pcap == nullptr) {
+        if (reader_->input.thrown) {
+            std::rethrow_exception(reader_->input.thrown);
+        }
+        const std::string& problem = reader_->input.words;
+        throw CaptureError(name + " is no capture in pcap or pcapng: " +
+                           (problem.empty() ? words.data() : problem));
+    }
+    reader_->linkType = pcap_datalink(reader_->pcap);
+}
+
+bool CaptureFile::Next(Packet& packet) {
+    pcap_pkthdr* header = nullptr;
+    const u_char* octets = nullptr;
+    const int status = pcap_next_ex(reader_->pcap, &header, &octets);
+    if (reader_->input.thrown) {
+        std::rethrow_exception(reader_->input.thrown);
+    }
+    if (status != 1) {
+        problem_ = reader_->input.words;
+        if (problem_.empty() && status == PCAP_ERROR) {
+            problem_ = pcap_geterr(reader_->pcap);
+        }
+        return false;
+    }
+    packet.number = ++packets_;
+    packet.seconds = header->ts.tv_sec;
+    packet.nanoseconds = static_cast<std::uint32_t>(header->ts.tv_usec);  // as was asked for
+    packet.linkType = reader_->linkType;
+    packet.length = header->len;
+    packet.octets = {octets, header->caplen};
+    return true;
+}
+
+}  // namespace quorvane::capture
