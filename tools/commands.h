@@ -16,7 +16,8 @@ namespace quorvane::tool {
 
 enum ExitStatus : int {
     kDone = 0,
-    kNotFound = 1,      // decode: no message; batch, encode: a bad line; diff: they differ
+    kNotFound = 1,      // decode: no message; batch, encode: a bad line; diff: they differ;
+                        // capture: it ends ahead of its end
     kWrongUse = 2,      // also what cannot be read or written
     kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
     kFaulty = 4,        // decode, batch with --strict: a message has faults
@@ -82,6 +83,20 @@ int Catalogue(const std::string& family, CatalogueForm form);
 
 /// Prints the compiled CSN.1 structures of a family, or the one of that name.
 int Disassemble(const std::string& family, const std::string& structure);
+
+struct CaptureOptions {
+    std::string file = "-";
+    std::string format = "text";  // or json, csv
+    std::uint16_t port = 4729;
+    unsigned jobs = 1;                   // 0: as many as there are cores
+    std::vector<std::string> functions;  // those alone; empty: all
+    std::vector<std::string> types;      // the same of messages
+    std::vector<std::string> conditions;
+    DecodeOptions decode;
+};
+
+/// Prints the messages in a capture, and on standard error what else it holds.
+int Capture(const CaptureOptions& options);
 
 struct GenerateOptions {
     std::string function;

@@ -92,6 +92,29 @@ int Run(int argc, char** argv) {
         ->check(CLI::Range(0U, kMostJobs));
     batch->add_flag("--summary", summary, "Count messages, faults and types on standard error");
 
+    CaptureOptions captureOptions;
+    CLI::App* capture = app.add_subcommand(
+        "capture",
+        "Decode the messages that GSMTAP carries in a capture (pcap or pcapng, also compressed by "
+        "gzip). What else it holds is counted on standard error. Exit status 1 if it ends ahead of "
+        "its end");
+    capture->add_option("FILE", captureOptions.file, "Standard input if it is left out or -");
+    capture->add_option("--format", captureOptions.format, "text, json (an object a line) or csv")
+        ->check(CLI::IsMember({"text", "json", "csv"}));
+    capture->add_flag_callback(
+        "--json", [&captureOptions] { captureOptions.format = "json"; },
+        "The same as --format json");
+    capture->add_option("--port", captureOptions.port, "The UDP port of GSMTAP, 4729 if left out");
+    capture->add_option("--function", captureOptions.functions, "Messages of this function alone");
+    capture->add_option("--type", captureOptions.types, "Messages of this type alone");
+    capture->add_option(
+        "--where", captureOptions.conditions,
+        "Messages with such a field alone: PATH=VALUE, PATH!=VALUE or PATH. PATH is "
+        "a field's name, or names joined by dots; VALUE a number, words or digits");
+    capture->add_option("--jobs", captureOptions.jobs, "Threads, 1 if left out; 0: all cores")
+        ->check(CLI::Range(0, 1024));
+    addOptions(capture);
+
     CLI::App* encode = app.add_subcommand(
         "encode",
         "Write the octets of messages, a line of hexadecimal digits each. They are read from the "
@@ -169,6 +192,10 @@ int Run(int argc, char** argv) {
     }
     if (batch->parsed()) {
         return Batch(files, {show, summary, jobs});
+    }
+    if (capture->parsed()) {
+        captureOptions.decode = options;
+        return Capture(captureOptions);
     }
     if (encode->parsed()) {
         return Encode(function, file);

@@ -41,6 +41,11 @@ void AppendSurplus(const Message& message, const Surplus& surplus, std::string& 
 bool DecodeAsText(Message& message, Decoding decoding, PaddedMessage octets, DecodeOptions options,
                   std::string& text, std::string& diagnostics) {
     const bool found = message.Decode(decoding, octets, options);
+    ShowAsText(message, text, diagnostics);
+    return found;
+}
+
+void ShowAsText(const Message& message, std::string& text, std::string& diagnostics) {
     text.clear();
     message.AppendText(text);
     if (const auto header = message.Security()) {
@@ -55,7 +60,6 @@ bool DecodeAsText(Message& message, Decoding decoding, PaddedMessage octets, Dec
         diagnostics.append("<ERRID:").append(std::to_string(fault.number)).append("> ");
         diagnostics.append(fault.words).append("\n");
     }
-    return found;
 }
 
 }  // namespace quorvane::tool

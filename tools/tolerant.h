@@ -15,4 +15,7 @@ namespace quorvane::tool {
 bool DecodeAsText(Message& message, Decoding decoding, PaddedMessage octets, DecodeOptions options,
                   std::string& text, std::string& diagnostics);
 
+/// The same of a message that is decoded.
+void ShowAsText(const Message& message, std::string& text, std::string& diagnostics);
+
 }  // namespace quorvane::tool

@@ -1,0 +1,199 @@
+#include "tools/capture_answers.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+
+#include "quorvane/decode.h"
+#include "quorvane/json.h"
+#include "tools/hex.h"
+#include "tools/tolerant.h"
+
+namespace quorvane::tool {
+namespace {
+
+using capture::FoundMessage;
+using capture::Source;
+
+std::string_view FunctionName(Decoding decoding) {
+    return Decodings()[static_cast<std::size_t>(decoding)].name;
+}
+
+std::string_view InterfaceName(Source::Interface interface) {
+    switch (interface) {
+        case Source::Interface::kUm:
+            return "Um";
+        case Source::Interface::kAbis:
+            return "Abis";
+        case Source::Interface::kLteNas:
+            return "LTE NAS";
+    }
+    return {};
+}
+
+std::string_view DirectionName(const Source& source) {
+    return source.uplink ? "uplink" : "downlink";
+}
+
+bool HasChannel(const Source& source) {
+    return source.interface != Source::Interface::kLteNas && source.channel != 0;
+}
+
+/// "2026-11-22T10:54:27.000000000Z".
+std::string Time(const Source& source) {
+    using namespace std::chrono;
+    const sys_seconds time{seconds(source.seconds)};
+    const auto day = floor<days>(time);
+    const year_month_day date(day);
+    const auto clock = static_cast<int>((time - day).count());
+    std::array<char, 48> text{};
+    const int size =
+        std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%09uZ",
+                      static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                      static_cast<unsigned>(date.day()), clock / 3600, clock / 60 % 60, clock % 60,
+                      source.nanoseconds);
+    return {text.data(), static_cast<std::size_t>(size)};
+}
+
+}  // namespace
+
+void CaptureAnswers::Add(const FoundMessage& found, const Message& message) {
+    switch (form_) {
+        case CaptureForm::kText:
+            return AddText(found, message);
+        case CaptureForm::kJson:
+            return AddJson(found, message);
+        case CaptureForm::kCsv:
+            return AddCsv(found, message);
+    }
+}
+
+void CaptureAnswers::AddText(const FoundMessage& found, const Message& message) {
+    const Source& source = found.source;
+    output_.append("Frame ").append(std::to_string(source.packet)).append(", ");
+    output_.append(Time(source)).append(", ").append(InterfaceName(source.interface)).append(", ");
+    if (HasChannel(source)) {
+        output_.append(capture::UmChannelName(source.channel)).append(" ");
+    }
+    output_.append(DirectionName(source));
+    if (HasChannel(source)) {
+        output_.append(", timeslot ").append(std::to_string(source.timeslot));
+        output_.append(", subslot ").append(std::to_string(source.subslot));
+    }
+    if (source.interface == Source::Interface::kUm) {
+        output_.append(", ARFCN ").append(std::to_string(source.arfcn));
+        output_.append(source.isPcs ? " (PCS)" : "");
+        output_.append(", TDMA frame ").append(std::to_string(source.tdmaFrame));
+    }
+    output_.append(":\n");
+    ShowAsText(message, text_, diagnostics_);
+    output_.append(text_);
+    if (!text_.ends_with('\n')) {
+        output_.append("\n");
+    }
+    output_.append(diagnostics_).append("\n");
+}
+
+void CaptureAnswers::AddJson(const FoundMessage& found, const Message& message) {
+    const Source& source = found.source;
+    json_.Begin();
+    json_.Add("frame", static_cast<std::int64_t>(source.packet));
+    json_.Add("time", Time(source));
+    json_.Add("interface", InterfaceName(source.interface));
+    if (HasChannel(source)) {
+        json_.Add("channel", capture::UmChannelName(source.channel));
+    }
+    json_.Add("direction", DirectionName(source));
+    if (HasChannel(source)) {
+        json_.Add("timeslot", source.timeslot);
+        json_.Add("subslot", source.subslot);
+    }
+    if (source.interface == Source::Interface::kUm) {
+        json_.Add("arfcn", source.arfcn);
+        json_.AddFlag("pcs", source.isPcs);
+        json_.Add("tdma", source.tdmaFrame);
+    }
+    json_.Add("fn", FunctionName(found.decoding));
+    json_.Add("length", static_cast<std::int64_t>(found.octets.size()));
+    json_.Add("hex", ToHex(found.octets, ""));
+    json_.Add("ret", message.IsFound() ? 1 : 0);
+    text_.clear();
+    AppendJson(message, text_);
+    json_.AddJson("message", text_);
+    json_.End();
+}
+
+void CaptureAnswers::AddCsv(const FoundMessage& found, const Message& message) {
+    rowStart_ = std::to_string(found.source.packet);
+    rowStart_.append(",").append(FunctionName(found.decoding)).append(",");
+    // The message itself: no path, its name as words, and all of its bits.
+    output_.append(rowStart_).append(",,").append(message.TypeName()).append(",0,");
+    output_.append(std::to_string(8 * found.octets.size())).append("\n");
+    path_.clear();
+    AddRows(message.Root());
+}
+
+void CaptureAnswers::AddRows(const Field& field) {
+    const std::size_t pathSize = path_.size();
+    std::size_t index = 0;
+    for (const Field child : field) {
+        const std::string_view name = child.Name();
+        if (name.empty()) {
+            path_.append("[").append(std::to_string(index)).append("]");
+        } else {
+            path_.append(path_.empty() ? "" : ".").append(name);
+        }
+        ++index;
+        AddRow(child);
+        path_.resize(pathSize);
+    }
+}
+
+void CaptureAnswers::AddRow(const Field& field) {
+    // What the decoder never came to has nothing of the message. Parts of what it refused may.
+    const FieldStatus status = field.Status();
+    if (status == FieldStatus::kAbsent || status == FieldStatus::kDefault) {
+        return;
+    }
+    const bool hasParts = field.Kind() == FieldKind::kStruct || field.Kind() == FieldKind::kUnion ||
+                          field.Kind() == FieldKind::kSequence;
+    if (hasParts) {
+        return AddRows(field);
+    }
+    if (status == FieldStatus::kRefused) {
+        return;
+    }
+    std::optional<std::uint32_t> bits;
+    output_.append(rowStart_).append(path_).append(",");
+    if (field.Kind() == FieldKind::kBits) {
+        output_.append(ToHex(field.Octets(), "")).append(",");
+        bits = field.BitCount();
+    } else {
+        output_.append(std::to_string(field.Number())).append(",");
+        AddCsvText(field.Words());
+    }
+    output_.append(",");
+    if (const std::optional<Place> place = field.GetPlace()) {
+        output_.append(std::to_string(place->offset));
+        bits = place->length;
+    }
+    output_.append(",").append(bits ? std::to_string(*bits) : "").append("\n");
+}
+
+/// Quoted where it has to be, RFC 4180, 2.
+void CaptureAnswers::AddCsvText(std::string_view text) {
+    const bool isQuoted = text.find_first_of(",\"\r\n") != std::string_view::npos;
+    output_.append(isQuoted ? "\"" : "");
+    for (const char character : text) {
+        constexpr char kSharpS = '\xDF';  // the one character of words that is not ASCII
+        if (character == kSharpS) {
+            output_.append("\xC3\x9F");
+        } else {
+            output_.append(character == '"' ? 2 : 1, character);
+        }
+    }
+    output_.append(isQuoted ? "\"" : "");
+}
+
+}  // namespace quorvane::tool

@@ -1,0 +1,307 @@
+// The messages of a capture: packets in, answers out, in constant memory.
+//
+// One thread reads, puts segments together and prints; the others decode what it has gathered.
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "quorvane/decode.h"
+#include "quorvane/message.h"
+#include "tools/capture/capture_file.h"
+#include "tools/capture/dissector.h"
+#include "tools/capture_answers.h"
+#include "tools/commands.h"
+#include "tools/field_condition.h"
+#include "tools/ordered_jobs.h"
+
+namespace quorvane::tool {
+namespace {
+
+struct Tally {
+    std::uint64_t messages = 0;
+    std::uint64_t unknown = 0;
+    std::uint64_t faulty = 0;
+};
+
+/// By function.
+struct Tallies {
+    std::vector<Tally> of = std::vector<Tally>(Decodings().size());
+    std::uint64_t shown = 0;
+
+    Tallies& operator+=(const Tallies& other) {
+        for (std::size_t index = 0; index < of.size(); ++index) {
+            of[index].messages += other.of[index].messages;
+            of[index].unknown += other.of[index].unknown;
+            of[index].faulty += other.of[index].faulty;
+        }
+        shown += other.shown;
+        return *this;
+    }
+};
+
+/// Which messages are shown.
+class Filter {
+  public:
+    explicit Filter(const CaptureOptions& options) : types_(options.types) {
+        for (const std::string& function : options.functions) {
+            functions_.push_back(DecodingNamed(function));
+        }
+        for (const std::string& type : types_) {
+            RequireType(type);
+        }
+        for (const std::string& condition : options.conditions) {
+            conditions_.emplace_back(condition);
+        }
+    }
+
+    [[nodiscard]] bool Lets(Decoding decoding, const Message& message) const {
+        return (functions_.empty() || Contains(functions_, decoding)) &&
+               (types_.empty() || Contains(types_, message.TypeName())) &&
+               std::all_of(
+                   conditions_.begin(), conditions_.end(),
+                   [&](const FieldCondition& condition) { return condition.Holds(message); });
+    }
+
+  private:
+    template <typename Values, typename Value>
+    static bool Contains(const Values& values, const Value& value) {
+        return std::find(values.begin(), values.end(), value) != values.end();
+    }
+
+    static void RequireType(const std::string& name) {
+        for (const DecodingInfo& info : Decodings()) {
+            for (std::size_t index = 0; index < MessageTypes::Count(info.decoding); ++index) {
+                if (MessageTypes::At(info.decoding, index).Name() == name) {
+                    return;
+                }
+            }
+        }
+        throw UsageError("--type " + name +
+                         ": no message has that name; the line \"MESSAGE: \" of a text shows it");
+    }
+
+    std::vector<Decoding> functions_;
+    std::vector<std::string> types_;
+    std::vector<FieldCondition> conditions_;
+};
+
+/// Messages to be decoded together.
+struct Group {
+    struct Item {
+        capture::FoundMessage found;  // without its octets
+        std::size_t begin = 0;        // of its octets
+        std::size_t size = 0;
+    };
+
+    void Clear() {
+        items.clear();
+        octets.clear();
+    }
+
+    std::vector<Item> items;
+    std::vector<std::uint8_t> octets;
+};
+
+/// Decodes groups, in one thread.
+class GroupDecoder {
+  public:
+    GroupDecoder(const CaptureOptions& options, CaptureForm form,
+                 std::shared_ptr<const Filter> filter)
+        : options_(options.decode), filter_(std::move(filter)), answers_(form) {}
+
+    void Decode(const Group& group) {
+        for (const Group::Item& item : group.items) {
+            capture::FoundMessage found = item.found;
+            found.octets = std::span(group.octets).subspan(item.begin, item.size);
+            Decode(found);
+        }
+    }
+
+    void PrintAnswers() {
+        Print(answers_.View());
+        answers_.Clear();
+    }
+
+    /// Of all groups so far.
+    [[nodiscard]] const Tallies& Counts() const { return tallies_; }
+
+  private:
+    void Decode(capture::FoundMessage& found) {
+        DecodeOptions options = options_;
+        options.tolerant = options.tolerant || found.isProtected;
+        bool isKnown = message_.Decode(found.decoding, found.octets, options);
+        if (!isKnown && found.otherwise) {
+            isKnown = message_.Decode(*found.otherwise, found.octets, options);
+            if (isKnown) {
+                found.decoding = *found.otherwise;
+                found.source.uplink = true;
+            } else {
+                message_.Decode(found.decoding, found.octets, options);
+            }
+        }
+        Tally& tally = tallies_.of[static_cast<std::size_t>(found.decoding)];
+        ++tally.messages;
+        tally.unknown += isKnown ? 0U : 1U;
+        tally.faulty += message_.FaultCount() > 0 ? 1U : 0U;
+        if (filter_->Lets(found.decoding, message_)) {
+            ++tallies_.shown;
+            answers_.Add(found, message_);
+        }
+    }
+
+    DecodeOptions options_;
+    std::shared_ptr<const Filter> filter_;
+    Message message_;
+    CaptureAnswers answers_;
+    Tallies tallies_;
+};
+
+std::vector<GroupDecoder> MakeDecoders(const CaptureOptions& options, CaptureForm form) {
+    const unsigned count =
+        options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+    const auto filter = std::make_shared<const Filter>(options);
+    std::vector<GroupDecoder> decoders;
+    for (unsigned index = 0; index < count; ++index) {
+        decoders.emplace_back(options, form, filter);
+    }
+    return decoders;
+}
+
+class CaptureRun {
+  public:
+    explicit CaptureRun(const CaptureOptions& options)
+        : form_(options.format == "json"  ? CaptureForm::kJson
+                : options.format == "csv" ? CaptureForm::kCsv
+                                          : CaptureForm::kText),
+          dissector_(options.port),
+          decoders_(MakeDecoders(options, form_)),
+          file_(options.file, [this] { Flush(); }) {
+        if (decoders_.size() > 1) {
+            jobs_.emplace(
+                decoders_.size(),
+                [this](std::size_t thread, Group& group) { decoders_[thread].Decode(group); },
+                [this](std::size_t thread, Group& /*group*/) { decoders_[thread].PrintAnswers(); });
+        }
+    }
+
+    int Run() {
+        if (form_ == CaptureForm::kCsv) {
+            Print(kCsvHeader);
+        }
+        capture::Packet packet;
+        capture::FoundMessage found;
+        while (file_.Next(packet)) {
+            if (dissector_.Take(packet, found)) {
+                Add(found);
+            }
+        }
+        Flush();
+        dissector_.Finish();
+        PrintSummary();
+        if (!file_.Problem().empty()) {
+            std::fprintf(stderr, "quorvane: the capture cannot be read behind packet %llu: %s\n",
+                         static_cast<unsigned long long>(file_.Packets()), file_.Problem().c_str());
+            return kNotFound;
+        }
+        return kDone;
+    }
+
+  private:
+    // Enough that handing a group over costs next to nothing beside decoding it.
+    static constexpr std::size_t kGroupOctets = std::size_t{4} << 10;
+
+    void Add(const capture::FoundMessage& found) {
+        Group::Item& item = group_.items.emplace_back();
+        item.found = found;
+        item.found.octets = {};
+        item.begin = group_.octets.size();
+        item.size = found.octets.size();
+        group_.octets.insert(group_.octets.end(), found.octets.begin(), found.octets.end());
+        if (group_.octets.size() >= kGroupOctets) {
+            Submit();
+        }
+    }
+
+    void Submit() {
+        if (jobs_) {
+            jobs_->Submit(std::exchange(group_, {}));
+            return;
+        }
+        decoders_.front().Decode(group_);
+        decoders_.front().PrintAnswers();
+        group_.Clear();
+    }
+
+    /// Shows all that was found by now.
+    void Flush() {
+        if (!group_.items.empty()) {
+            Submit();
+        }
+        if (jobs_) {
+            jobs_->Finish();
+        }
+    }
+
+    void PrintSummary() const {
+        Tallies tallies;
+        for (const GroupDecoder& decoder : decoders_) {
+            tallies += decoder.Counts();
+        }
+        Tally sum;
+        for (const Tally& tally : tallies.of) {
+            sum.messages += tally.messages;
+            sum.unknown += tally.unknown;
+            sum.faulty += tally.faulty;
+        }
+        const auto show = [](std::uint64_t count, const std::string& words) {
+            std::fprintf(stderr, "%12llu %s\n", static_cast<unsigned long long>(count),
+                         words.c_str());
+        };
+        show(file_.Packets(), "packets");
+        show(sum.messages, "messages");
+        for (std::size_t index = 0; index < tallies.of.size(); ++index) {
+            if (tallies.of[index].messages > 0) {
+                show(tallies.of[index].messages, "  " + std::string(Decodings()[index].name));
+            }
+        }
+        show(sum.unknown, "unknown messages");
+        show(sum.faulty, "messages with faults");
+        show(tallies.shown, "messages shown");
+        show(dissector_.Counts().Sum(), "packets without a message");
+        for (const auto& [kind, count] : dissector_.Counts().All()) {
+            if (count > 0) {
+                show(count, "  " + capture::WordsOf(kind));
+            }
+        }
+        if (dissector_.LapdmGaps() > 0) {
+            show(dissector_.LapdmGaps(), "gaps in the numbers of LAPDm frames");
+        }
+    }
+
+    CaptureForm form_;
+    capture::Dissector dissector_;
+    std::vector<GroupDecoder> decoders_;  // one a thread
+    Group group_;
+    capture::CaptureFile file_;
+    std::optional<OrderedJobs<Group>> jobs_;  // with more than one thread; they end first
+};
+
+}  // namespace
+
+int Capture(const CaptureOptions& options) {
+    try {
+        return CaptureRun(options).Run();
+    } catch (const capture::CaptureError& error) {
+        throw UsageError(error.what());
+    }
+}
+
+}  // namespace quorvane::tool

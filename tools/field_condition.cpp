@@ -1,0 +1,157 @@
+#include "tools/field_condition.h"
+
+#include <algorithm>
+#include <charconv>
+#include <set>
+
+#include "tools/commands.h"
+#include "tools/hex.h"
+
+namespace quorvane::tool {
+namespace {
+
+char Lower(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
+                                                : character;
+}
+
+std::string Lower(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return Lower(c); });
+    return lower;
+}
+
+bool EqualsLower(std::string_view text, std::string_view lower) {
+    return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
+                      [](char a, char b) { return Lower(a) == b; });
+}
+
+std::optional<std::uint32_t> NumberOf(std::string_view text) {
+    const bool isHex = text.starts_with("0x");
+    text.remove_prefix(isHex ? 2 : 0);
+    std::uint32_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [parsedEnd, status] = std::from_chars(text.data(), end, number, isHex ? 16 : 10);
+    return status == std::errc() && parsedEnd == end ? std::optional(number) : std::nullopt;
+}
+
+/// Collects the names of all members below `type`. Types that were seen are passed over.
+void AddNames(Type type, std::set<std::string_view>& seen, std::set<std::string_view>& names) {
+    if (type.Kind() == FieldKind::kSequence) {
+        return AddNames(type.ItemType(), seen, names);
+    }
+    if (type.MemberCount() == 0 || !seen.insert(type.Name()).second) {
+        return;
+    }
+    for (std::size_t index = 0; index < type.MemberCount(); ++index) {
+        const TypeMember member = type.Member(index);
+        names.insert(member.name);
+        AddNames(member.type, seen, names);
+    }
+}
+
+std::set<std::string_view> AllNames() {
+    std::set<std::string_view> names;
+    for (const DecodingInfo& info : Decodings()) {
+        std::set<std::string_view> seen;
+        for (std::size_t index = 0; index < MessageTypes::Count(info.decoding); ++index) {
+            AddNames(MessageTypes::At(info.decoding, index), seen, names);
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+FieldCondition::FieldCondition(const std::string& text) {
+    const std::size_t sign = text.find('=');
+    std::string_view path = std::string_view(text).substr(0, sign);
+    if (sign != std::string::npos) {
+        const bool isNot = path.ends_with('!');
+        path.remove_suffix(isNot ? 1 : 0);
+        relation_ = isNot ? Relation::kIsNot : Relation::kIs;
+        value_ = Lower(std::string_view(text).substr(sign + 1));
+        number_ = NumberOf(value_);
+        if (value_.empty()) {
+            throw UsageError("--where " + text + ": a value was expected behind =");
+        }
+    }
+    const std::set<std::string_view> names = AllNames();
+    while (true) {
+        const std::string_view name = path.substr(0, path.find('.'));
+        if (!names.contains(name)) {
+            throw UsageError("--where " + text + ": no message has a field '" + std::string(name) +
+                             "'; expected PATH=VALUE, PATH!=VALUE or PATH with names that "
+                             "\"quorvane decode\" shows");
+        }
+        path_.emplace_back(name);
+        if (name.size() == path.size()) {
+            break;
+        }
+        path.remove_prefix(name.size() + 1);
+    }
+}
+
+bool FieldCondition::Holds(const Message& message) const {
+    std::vector<std::string_view> names;
+    bool isThere = false;
+    bool hasValue = false;
+    Visit(message.Root(), [&](const Field& field, unsigned depth) {
+        names.resize(depth);
+        names.push_back(field.Name());
+        const FieldStatus status = field.Status();
+        if (status == FieldStatus::kAbsent || status == FieldStatus::kDefault) {
+            return false;
+        }
+        // Parts of what was refused may be good.
+        const bool isGood = status != FieldStatus::kRefused;
+        if (depth > 0 && isGood && IsAtPath(names)) {
+            isThere = true;
+            hasValue = hasValue || HasValue(field);
+        }
+        return true;
+    });
+    switch (relation_) {
+        case Relation::kIsThere:
+            return isThere;
+        case Relation::kIs:
+            return hasValue;
+        case Relation::kIsNot:
+            return isThere && !hasValue;
+    }
+    return false;
+}
+
+bool FieldCondition::IsAtPath(const std::vector<std::string_view>& names) const {
+    auto name = names.rbegin();
+    if (name->empty()) {
+        return false;  // an item: the sequence was looked at
+    }
+    for (auto expected = path_.rbegin(); expected != path_.rend(); ++expected, ++name) {
+        while (name != names.rend() && name->empty()) {
+            ++name;
+        }
+        // The message's own name is no part of a path.
+        if (name == names.rend() || name + 1 == names.rend() || *name != *expected) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool FieldCondition::HasValue(const Field& field) const {
+    switch (field.Kind()) {
+        case FieldKind::kNumber:
+            return number_ == field.Number();
+        case FieldKind::kEnumerated:
+            return number_ == field.Number() || EqualsLower(field.Words(), value_);
+        case FieldKind::kBits:
+            return EqualsLower(ToHex(field.Octets(), ""), value_);
+        default:
+            return std::any_of(field.begin(), field.end(), [this](const Field& item) {
+                return item.Name().empty() && HasValue(item);
+            });
+    }
+}
+
+}  // namespace quorvane::tool
