@@ -37,20 +37,10 @@ CaptureFile::CaptureFile(const std::string& name, std::function<void()> beforeWa
     if (descriptor < 0) {
         throw CaptureError("cannot open '" + name + "': " + std::strerror(errno));
     }
+    const std::string shownName = isStandard ? "standard input" : "'" + name + "'";
     reader_->file = OpenInputStream(descriptor, reader_->input, std::move(beforeWaiting));
-    Open(isStandard ? "standard input" : "'" + name + "'");
-}
-
-CaptureFile::CaptureFile(std::FILE* file) : reader_(std::make_unique<Reader>()) {
-    reader_->file = file;
-    Open("the file");
-}
-
-CaptureFile::~CaptureFile() = default;
-
-void CaptureFile::Open(const std::string& name) {
     if (reader_->file == nullptr) {
-        throw CaptureError("cannot read " + name + ": " + std::strerror(errno));
+        throw CaptureError("cannot read " + shownName + ": " + std::strerror(errno));
     }
     std::array<char, PCAP_ERRBUF_SIZE> words{};
     reader_->pcap = pcap_fopen_offline_with_tstamp_precision(
@@ -60,11 +50,13 @@ void CaptureFile::Open(const std::string& name) {
             std::rethrow_exception(reader_->input.thrown);
         }
         const std::string& problem = reader_->input.words;
-        throw CaptureError(name + " is no capture in pcap or pcapng: " +
+        throw CaptureError(shownName + " is no capture in pcap or pcapng: " +
                            (problem.empty() ? words.data() : problem));
     }
     reader_->linkType = pcap_datalink(reader_->pcap);
 }
+
+CaptureFile::~CaptureFile() = default;
 
 bool CaptureFile::Next(Packet& packet) {
     pcap_pkthdr* header = nullptr;

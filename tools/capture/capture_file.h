@@ -4,7 +4,6 @@
 //
 // Tests: tests/capture/capture_file_test.cpp, fuzz/capture_fuzz.cpp.
 
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -25,8 +24,6 @@ class CaptureFile {
     /// Opens the file, or takes standard input if its name is "-". Calls `beforeWaiting`, if it is
     /// given, ahead of reads that may wait for input.
     explicit CaptureFile(const std::string& name, std::function<void()> beforeWaiting = {});
-    /// Reads `file` from its first octet on, and closes it.
-    explicit CaptureFile(std::FILE* file);
     CaptureFile(const CaptureFile&) = delete;
     CaptureFile& operator=(const CaptureFile&) = delete;
     ~CaptureFile();
@@ -41,8 +38,6 @@ class CaptureFile {
 
   private:
     struct Reader;
-
-    void Open(const std::string& name);
 
     std::unique_ptr<Reader> reader_;
     std::uint64_t packets_ = 0;

@@ -22,12 +22,12 @@ constexpr std::uint8_t kFullBcchInformation = 0x27;
 constexpr std::uint8_t kFullImmediateAssign = 0x2B;
 
 // How long elements are: a count of octets behind the identifier, or how their length is given.
-constexpr std::int8_t kUnknown = -1;
-constexpr std::int8_t kLength8 = -2;
-constexpr std::int8_t kLength16 = -3;
+constexpr int kUnknown = -1;
+constexpr int kLength8 = -2;
+constexpr int kLength16 = -3;
 
 constexpr auto kFormats = [] {
-    std::array<std::int8_t, 0x38> formats{};
+    std::array<int, 0x38> formats{};
     formats.fill(kUnknown);
     for (const int iei : {0x01, 0x02, 0x04, 0x09, 0x0D, 0x0E, 0x11, 0x14, 0x18, 0x1B, 0x1C, 0x1E,
                           0x25, 0x28, 0x29, 0x2D, 0x2E}) {
@@ -132,7 +132,7 @@ Octets WithoutLapd(Octets octets) {
 /// Takes the element at the front off, with its contents. False if it is unknown or cut short.
 bool TakeElement(Octets& octets, std::uint8_t& iei, Octets& contents) {
     iei = octets[0];
-    const std::int8_t format = iei < kFormats.size() ? kFormats[iei] : kUnknown;
+    const int format = iei < kFormats.size() ? kFormats[iei] : kUnknown;
     std::size_t header = 1;
     std::size_t length = 0;
     if (format >= 0) {
