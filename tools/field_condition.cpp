@@ -131,8 +131,7 @@ bool FieldCondition::IsAtPath(const std::vector<std::string_view>& names) const 
         while (name != names.rend() && name->empty()) {
             ++name;
         }
-        // The message's own name is no part of a path.
-        if (name == names.rend() || name + 1 == names.rend() || *name != *expected) {
+        if (name == names.rend() || *name != *expected) {
             return false;
         }
     }

@@ -250,14 +250,19 @@ TEST(Lapdm, ForgetsTheLinkUsedLongestAgo) {
         return header;
     };
     Dissection dissection;
-    for (std::size_t number = 0; number <= LapdmLinks::kMostLinks; ++number) {
+    for (std::size_t number = 0; number < LapdmLinks::kMostLinks; ++number) {
         EXPECT_FALSE(dissection.Take(link(number), blocks[0]));
     }
+    EXPECT_FALSE(dissection.Take(link(0), blocks[0]));  // repeated
+    EXPECT_EQ(dissection.CountOf(Passed::kLapdmLost), 0U);
+    EXPECT_FALSE(dissection.Take(link(LapdmLinks::kMostLinks), blocks[0]));
     EXPECT_EQ(dissection.CountOf(Passed::kLapdmLost), 1U);
-    EXPECT_TRUE(dissection.Take(link(1), blocks[1]));
-    // Of the first link nothing is known: what comes is taken for a beginning.
     const auto found = dissection.Take(link(0), blocks[1]);
-    EXPECT_FALSE(found && found->octets.size() == 30);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->octets.size(), 30U);
+    // Of the second link nothing is known: what comes is taken for a beginning.
+    const auto rest = dissection.Take(link(1), blocks[1]);
+    EXPECT_FALSE(rest && rest->octets.size() == 30);
     dissection.dissector.Finish();
     EXPECT_EQ(dissection.CountOf(Passed::kLapdmJoined), 1U);
 }

@@ -60,11 +60,13 @@ TEST(RlcMac, PutsTwoSegmentsTogether) {
     EXPECT_EQ(found->octets, expected);
     EXPECT_EQ(dissection.CountOf(Passed::kRlcJoined), 1U);
 
-    // It is used up.
+    // It is used up. A first segment takes the place of one that was never completed.
     EXPECT_FALSE(dissection.Take(Um(kUmPdch), second));
     EXPECT_FALSE(dissection.Take(Um(kUmPdch), first));
-    dissection.dissector.Finish();
+    EXPECT_FALSE(dissection.Take(Um(kUmPdch), first));
     EXPECT_EQ(dissection.CountOf(Passed::kRlcLost), 3U);
+    dissection.dissector.Finish();
+    EXPECT_EQ(dissection.CountOf(Passed::kRlcLost), 4U);
     EXPECT_EQ(dissection.CountOf(Passed::kRlcJoined), 1U);
 }
 
