@@ -105,15 +105,20 @@ int Run(int argc, char** argv) {
         "--json", [&captureOptions] { captureOptions.format = "json"; },
         "The same as --format json");
     capture->add_option("--port", captureOptions.port, "The UDP port of GSMTAP, 4729 if left out");
-    capture->add_option("--function", captureOptions.functions, "Messages of this function alone");
-    capture->add_option("--type", captureOptions.types, "Messages of this type alone");
-    capture->add_option(
-        "--where", captureOptions.conditions,
-        "Messages with such a field alone: PATH=VALUE, PATH!=VALUE or PATH. PATH is "
-        "a field's name, or names joined by dots; VALUE a number, words or digits");
+    const auto addFilter = [&](const std::string& name, std::vector<std::string>& values,
+                               const std::string& purpose) {
+        capture->add_option(name, values, purpose)->allow_extra_args(false);
+    };
+    addFilter("--function", captureOptions.functions, "Messages of this function alone");
+    addFilter("--type", captureOptions.types, "Messages of this type alone");
+    addFilter("--where", captureOptions.conditions,
+              "Messages with such a field alone: PATH=VALUE, PATH!=VALUE or PATH. PATH is a "
+              "field's name, or names joined by dots; VALUE a number, words or digits");
     capture->add_option("--jobs", captureOptions.jobs, "Threads, 1 if left out; 0: all cores")
         ->check(CLI::Range(0, 1024));
     addOptions(capture);
+    // Behind security headers it reads tolerantly in any case.
+    capture->get_option("--deciphered")->remove_needs(capture->get_option("--tolerant"));
 
     CLI::App* encode = app.add_subcommand(
         "encode",
