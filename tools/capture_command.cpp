@@ -290,8 +290,8 @@ class CaptureRun {
     capture::Dissector dissector_;
     std::vector<GroupDecoder> decoders_;  // one a thread
     Group group_;
-    capture::CaptureFile file_;
-    std::optional<OrderedJobs<Group>> jobs_;  // with more than one thread; they end first
+    std::optional<OrderedJobs<Group>> jobs_;  // with more than one thread
+    capture::CaptureFile file_;               // which may call Flush as soon as it is opened
 };
 
 }  // namespace

@@ -368,6 +368,21 @@ TEST_F(CaptureCommandTest, TellsOfOutputThatCannotBeWritten) {
     }
 }
 
+// What is there is shown ahead of a wait, also if there is nothing yet.
+TEST_F(CaptureCommandTest, AnswersAheadOfAPause) {
+    std::ofstream(Path("log.pcap"), std::ios::binary) << Nas({"07 44 0F", "07 44 16"}).File();
+    for (const std::string jobs : {"1", "2"}) {
+        const std::string pipe = Path("pipe") + jobs;
+        const std::string command = "mkfifo " + pipe + "; (sleep 0.1; cat " + Path("log.pcap") +
+                                    "; timeout 20 cat " + pipe +
+                                    ") | timeout 20 " QUORVANE_TOOL_PATH " capture --json --jobs " +
+                                    jobs + " 2>/dev/null | { read -r line; echo go >" + pipe +
+                                    "; printf '%s\\n' \"$line\"; cat; } >" + Path("answers");
+        ASSERT_EQ(std::system(command.c_str()), 0);
+        EXPECT_EQ(Frames(tool::test::ReadAll(Path("answers"))), "1 2 ") << jobs;
+    }
+}
+
 // Packets of many links with a message in the making, each more often than links are remembered.
 TEST_F(CaptureCommandTest, NeedsNoMoreMemoryForMorePackets) {
     if (quorvane::test::kSanitized) {
