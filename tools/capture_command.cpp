@@ -21,6 +21,7 @@
 #include "tools/commands.h"
 #include "tools/field_condition.h"
 #include "tools/ordered_jobs.h"
+#include "tools/system.h"
 
 namespace quorvane::tool {
 namespace {
@@ -206,6 +207,11 @@ class CaptureRun {
         Flush();
         dissector_.Finish();
         PrintSummary();
+        if (const int signal = InterruptSignal(); signal != 0) {
+            std::fprintf(stderr, "quorvane: interrupted behind packet %llu\n",
+                         static_cast<unsigned long long>(file_.Packets()));
+            return kSignal + signal;
+        }
         if (!file_.Problem().empty()) {
             std::fprintf(stderr, "quorvane: the capture cannot be read behind packet %llu: %s\n",
                          static_cast<unsigned long long>(file_.Packets()), file_.Problem().c_str());
@@ -297,6 +303,7 @@ class CaptureRun {
 }  // namespace
 
 int Capture(const CaptureOptions& options) {
+    CatchInterrupts();
     try {
         return CaptureRun(options).Run();
     } catch (const capture::CaptureError& error) {

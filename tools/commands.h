@@ -21,7 +21,7 @@ enum ExitStatus : int {
     kWrongUse = 2,      // also what cannot be read or written
     kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
     kFaulty = 4,        // decode, batch with --strict: a message has faults
-    kSignal = 128,      // and the number of the signal that interrupted a batch
+    kSignal = 128,      // and the number of the signal that interrupted batch or capture
 };
 
 /// What is wrong and where, in words for the user.

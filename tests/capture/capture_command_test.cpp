@@ -383,6 +383,26 @@ TEST_F(CaptureCommandTest, AnswersAheadOfAPause) {
     }
 }
 
+// What was read by then is answered and summed up.
+TEST_F(CaptureCommandTest, AnswersWhatItHasReadWhenInterrupted) {
+    std::ofstream(Path("log.pcap"), std::ios::binary) << Nas({"07 44 0F", "07 44 16"}).File();
+    const std::string pipe = Path("pipe");
+    for (const std::string jobs : {"1", "2"}) {
+        const Outcome outcome = RunShell(
+            "rm -f " + pipe + "; mkfifo " + pipe +
+            "; env --default-signal=INT " QUORVANE_TOOL_PATH " capture --json --jobs " + jobs +
+            " " + pipe + " >" + Path("answers") + " & exec 3>" + pipe + "; cat " +
+            Path("log.pcap") + " >&3; until [ $(wc -l <" + Path("answers") +
+            ") -ge 2 ] || [ $((tries += 1)) -gt 3000 ]; do sleep 0.01; done; kill -INT $!; "
+            "wait $!");
+        EXPECT_EQ(outcome.status, 130) << jobs;
+        EXPECT_EQ(Frames(tool::test::ReadAll(Path("answers"))), "1 2 ");
+        EXPECT_TRUE(Has(outcome.errors, "           2 packets\n")) << outcome.errors;
+        EXPECT_TRUE(outcome.errors.ends_with("\nquorvane: interrupted behind packet 2\n"))
+            << outcome.errors;
+    }
+}
+
 // Packets of many links with a message in the making, each more often than links are remembered.
 TEST_F(CaptureCommandTest, NeedsNoMoreMemoryForMorePackets) {
     if (quorvane::test::kSanitized) {

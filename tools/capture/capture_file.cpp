@@ -3,12 +3,11 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <pcap/pcap.h>
-#include <unistd.h>
 #include <utility>
 
 #include "tools/capture/input_stream.h"
+#include "tools/system.h"
 
 namespace quorvane::capture {
 
@@ -33,7 +32,7 @@ struct CaptureFile::Reader {
 CaptureFile::CaptureFile(const std::string& name, std::function<void()> beforeWaiting)
     : reader_(std::make_unique<Reader>()) {
     const bool isStandard = name == "-";
-    const int descriptor = isStandard ? STDIN_FILENO : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = isStandard ? tool::kStandardInput : tool::OpenToRead(name);
     if (descriptor < 0) {
         throw CaptureError("cannot open '" + name + "': " + std::strerror(errno));
     }

@@ -9,9 +9,11 @@
 #include <exception>
 #include <memory>
 #include <poll.h>
-#include <unistd.h>
+#include <sys/types.h>
 #include <utility>
 #include <zlib.h>
+
+#include "tools/system.h"
 
 namespace quorvane::capture {
 namespace {
@@ -26,8 +28,8 @@ class InputStream {
         if (isGzip_) {
             inflateEnd(&inflater_);
         }
-        if (descriptor_ != STDIN_FILENO) {
-            close(descriptor_);
+        if (descriptor_ != tool::kStandardInput) {
+            tool::Close(descriptor_);
         }
     }
 
@@ -128,10 +130,8 @@ class InputStream {
                 return false;
             }
         }
-        ssize_t count = 0;
-        do {
-            count = read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
-        } while (count < 0 && errno == EINTR);
+        const std::int64_t count = tool::ReadSome(
+            descriptor_, reinterpret_cast<char*>(buffer_.data() + end_), buffer_.size() - end_);
         if (count < 0) {
             problem_.words = std::string("cannot read: ") + std::strerror(errno);
             return false;
