@@ -53,13 +53,7 @@ int Run(int argc, char** argv) {
         ->excludes(hex);
     ShowOptions show;
     bool json = false;
-    const auto addOptions = [&](CLI::App* command, const std::string& jsonPurpose) {
-        CLI::Option* asJson = command->add_flag("--json", json, jsonPurpose);
-        command
-            ->add_flag("--notes", show.notes,
-                       "Show faults in the text too, each behind the field that it tells of")
-            ->excludes(asJson);
-        command->add_flag("--strict", show.strict, "Exit status 4 if a message has faults");
+    const auto addReading = [&](CLI::App* command) {
         CLI::Option* tolerant = command->add_flag(
             "--tolerant", show.decode.tolerant,
             "Set aside what a later release has added, and follow into protected NAS messages");
@@ -67,6 +61,15 @@ int Run(int argc, char** argv) {
             ->add_flag("--deciphered", show.decode.deciphered,
                        "Also behind headers that say \"ciphered\": the octets are plain")
             ->needs(tolerant);
+    };
+    const auto addOptions = [&](CLI::App* command, const std::string& jsonPurpose) {
+        CLI::Option* asJson = command->add_flag("--json", json, jsonPurpose);
+        command
+            ->add_flag("--notes", show.notes,
+                       "Show faults in the text too, each behind the field that it tells of")
+            ->excludes(asJson);
+        command->add_flag("--strict", show.strict, "Exit status 4 if a message has faults");
+        addReading(command);
     };
     addOptions(decode, "Show the message as a JSON object on one line, with its faults");
 
@@ -85,11 +88,15 @@ int Run(int argc, char** argv) {
     addOptions(batch, "Answer with \"message\", an object, in place of text and diagnostics");
     bool summary = false;
     unsigned jobs = 1;
-    constexpr unsigned kMostJobs = 1024;
-    batch
-        ->add_option("--jobs", jobs,
-                     "How many threads answer lines, in their order; 0: one for each core")
-        ->check(CLI::Range(0U, kMostJobs));
+    const auto addJobs = [&jobs](CLI::App* command) {
+        constexpr unsigned kMostJobs = 1024;
+        command
+            ->add_option("--jobs", jobs,
+                         "How many threads decode; the answers keep their order. 0: one for each "
+                         "core")
+            ->check(CLI::Range(0U, kMostJobs));
+    };
+    addJobs(batch);
     batch->add_flag("--summary", summary, "Count messages, faults and types on standard error");
 
     CaptureOptions captureOptions;
@@ -114,9 +121,8 @@ int Run(int argc, char** argv) {
     addFilter("--where", captureOptions.conditions,
               "Messages with such a field alone: PATH=VALUE, PATH!=VALUE or PATH. PATH is a "
               "field's name, or names joined by dots; VALUE a number, words or digits");
-    capture->add_option("--jobs", captureOptions.jobs, "Threads, 1 if left out; 0: all cores")
-        ->check(CLI::Range(0, 1024));
-    addOptions(capture);
+    addJobs(capture);
+    addReading(capture);
     // Behind security headers it reads tolerantly in any case.
     capture->get_option("--deciphered")->remove_needs(capture->get_option("--tolerant"));
 
@@ -199,7 +205,8 @@ int Run(int argc, char** argv) {
         return Batch(files, {show, summary, jobs});
     }
     if (capture->parsed()) {
-        captureOptions.decode = options;
+        captureOptions.jobs = jobs;
+        captureOptions.decode = show.decode;
         return Capture(captureOptions);
     }
     if (encode->parsed()) {
