@@ -1,8 +1,10 @@
-// Memory of a call: none from the heap once a thread has decoded a few messages, and nothing lost
-// when there is none left. A program of its own, since it replaces operator new.
+// Memory of a call: none from the heap once a thread has decoded a few messages, nothing kept from
+// call to call, and nothing lost when there is none left. A program of its own, since it replaces
+// operator new.
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <new>
 #include <string>
 #include <vector>
@@ -11,11 +13,14 @@
 #include "quorvane/json.h"
 #include "quorvane/message.h"
 #include "quorvane/quorvane.h"
+#include "support/entry_points.h"
 #include "support/golden_file.h"
+#include "support/sanitized.h"
 
 namespace {
 
 thread_local long allocations = 0;
+thread_local std::size_t octetsHeld = 0;
 thread_local long allocationsLeft = -1;  // -1: as many as one likes
 
 void* Allocate(std::size_t size) {
@@ -30,7 +35,13 @@ void* Allocate(std::size_t size) {
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    octetsHeld += malloc_usable_size(memory);
     return memory;
+}
+
+void Free(void* memory) {
+    octetsHeld -= malloc_usable_size(memory);
+    std::free(memory);
 }
 
 }  // namespace
@@ -50,19 +61,19 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     }
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 
 namespace quorvane {
@@ -125,6 +136,45 @@ TEST(Allocation, NoneInTheSteadyState) {
         DecodeOne(golden, text, diagnostics);
     }
     EXPECT_EQ(allocations, before);
+}
+
+// All entry points, with lengths within and behind the octets.
+TEST(Allocation, AMillionCallsHoldNoMoreThanTheFirst) {
+    constexpr long kCalls = test::kSanitized ? 90000 : 1000000;
+    std::vector<test::GoldenFile> all = AllGolden();
+    for (test::GoldenFile& golden : all) {
+        golden.octets.resize(golden.octets.size() + 1 + kReadAhead);
+    }
+    std::string text;
+    std::string diagnostics;
+    Message message;
+    CString wide;
+    long calls = 0;
+    const auto callAll = [&](const test::GoldenFile& golden, std::int32_t length) {
+        const PaddedMessage octets(golden.octets.data(), length, golden.octets.size());
+        DecodeInto(golden.decoding, octets, text, diagnostics);
+        message.Decode(golden.decoding, octets, {.tolerant = true, .deciphered = true});
+        calls += 2;
+        if (diagnostics.empty()) {  // else it prints them
+            const auto function = static_cast<std::size_t>(golden.decoding);
+            test::EntryPoints()[function].plain(golden.octets.data(), length, wide);
+            ++calls;
+        }
+    };
+    std::size_t held = 0;
+    for (int round = 0; calls < kCalls; ++round) {
+        for (const test::GoldenFile& golden : all) {
+            for (const std::int32_t length :
+                 {golden.length, golden.length / 2, golden.length - 1, golden.length + 1}) {
+                callAll(golden, length);
+            }
+        }
+        if (round == 1) {
+            held = octetsHeld;
+        } else if (round > 1) {
+            ASSERT_EQ(octetsHeld, held) << "after " << calls << " calls";
+        }
+    }
 }
 
 constexpr DecodeOptions kWays[] = {{}, {.tolerant = true, .deciphered = true}};

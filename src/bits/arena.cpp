@@ -19,6 +19,7 @@ Arena::~Arena() {
 void Arena::FreeFrom(Block* block) {
     while (block != nullptr) {
         Block* older = block->older;
+        Unpoison(block->Data(), block->size);
         ::operator delete(block);
         block = older;
     }
@@ -26,19 +27,21 @@ void Arena::FreeFrom(Block* block) {
 
 void Arena::Use(Block* block) {
     newest_ = block;
-    next_ = block == nullptr ? nullptr : block->Data();
-    end_ = block == nullptr ? nullptr : next_ + block->size;
+    if (block == nullptr) {
+        next_ = end_ = nullptr;
+        return;
+    }
+    Poison(block->Data(), block->size);
+    next_ = block->Data();
+    end_ = next_ + block->size;
 }
 
-void* Arena::AllocateInNewBlock(std::size_t size) {
+void Arena::AddBlock(std::size_t leastSize) {
     static_assert(sizeof(Block) % kAlignment == 0);
     const std::size_t doubled = newest_ == nullptr ? kFirstBlock : newest_->size * 2;
-    const std::size_t blockSize = std::max(size, doubled);
-    void* memory = ::operator new(sizeof(Block) + blockSize);
-    Use(new (memory) Block{newest_, blockSize});
-    void* result = next_;
-    next_ += size;
-    return result;
+    const std::size_t size = std::max(leastSize, doubled);
+    void* memory = ::operator new(sizeof(Block) + size);
+    Use(new (memory) Block{newest_, size});
 }
 
 void Arena::Reset() {

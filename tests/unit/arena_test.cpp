@@ -66,6 +66,25 @@ TEST(Arena, ReusesItsBlock) {
     EXPECT_EQ(arena.Allocate(8), first);
 }
 
+TEST(Arena, LooksBesidePiecesEndTheProgramUnderTheAddressSanitizer) {
+    if (!kPoisons) {
+        GTEST_SKIP() << "nothing watches";
+    }
+    Arena arena;
+    const auto* piece = static_cast<volatile std::uint8_t*>(arena.Allocate(13));
+    const auto* next = static_cast<volatile std::uint8_t*>(arena.Allocate(16));
+    EXPECT_EQ(next[15], next[15]);
+    EXPECT_DEATH(static_cast<void>(piece[13]), "use-after-poison");
+    EXPECT_DEATH(static_cast<void>(next[-1]), "use-after-poison");
+    EXPECT_DEATH(static_cast<void>(next[16]), "use-after-poison");
+    EXPECT_DEATH(static_cast<void>(next[1000]), "use-after-poison");
+    arena.Reset();
+    EXPECT_DEATH(static_cast<void>(piece[0]), "use-after-poison");
+    EXPECT_EQ(arena.Allocate(13), piece);
+    EXPECT_EQ(piece[12], piece[12]);
+    EXPECT_DEATH(static_cast<void>(next[0]), "use-after-poison");
+}
+
 TEST(Arena, ResetOfAnUnusedArena) {
     Arena arena;
     arena.Reset();
