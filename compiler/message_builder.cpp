@@ -343,7 +343,7 @@ void MessageBuilder::BuildMessage(const MessageSyntax& syntax) {
         return;
     }
     Header& headerRows = header->second;
-    if (types_.Lookup(syntax.name.text) != nullptr) {
+    if (types_.IsDeclared(syntax.name.text)) {
         types_.DeclareMessage(syntax, headerRows.members);  // reports the second one of the name
         return;
     }

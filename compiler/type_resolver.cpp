@@ -51,7 +51,7 @@ TypeModel* TypeResolver::Lookup(const std::string& name) const {
 TypeModel* TypeResolver::Find(const Name& use) {
     TypeModel* type = Lookup(use.text);
     reporter_.ErrorIf(
-        named_.count(use.text) == 0 && !use.text.empty(), use.span,
+        !IsDeclared(use.text) && !use.text.empty(), use.span,
         "no type '" + use.text + "' is declared above; a type stands before its users");
     return type;
 }

@@ -22,6 +22,8 @@ class TypeResolver {
     TypeModel* Find(const Name& use);
     /// The named type, or null.
     [[nodiscard]] TypeModel* Lookup(const std::string& name) const;
+    /// Whether a declaration has the name, also a broken one.
+    [[nodiscard]] bool IsDeclared(const std::string& name) const { return named_.count(name) != 0; }
 
     /// The type that `syntax` tells, as that of the member `name` of `owner`: an inline type with
     /// a compound name, or a named one. `wireBits` is the width on the wire, 0 if it varies.

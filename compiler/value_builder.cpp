@@ -311,11 +311,17 @@ std::uint16_t ValueBuilder::AddSpecialParts(const StructSyntax& syntax) {
     return first;
 }
 
+const TypeModel* ValueBuilder::TypeToBuild(const Name& name, TypeModel::Kind kind) const {
+    const TypeModel* type = types_.Lookup(name.text);
+    const bool isFirst = type != nullptr && type->kind == kind && named_.count(name.text) == 0;
+    return isFirst ? type : nullptr;
+}
+
 void ValueBuilder::BuildStruct(const StructSyntax& syntax) {
     using StructShape = StructSyntax::Shape;
-    const TypeModel* type = types_.Lookup(syntax.name.text);
-    if (type == nullptr || named_.count(syntax.name.text) != 0) {
-        return;  // a second one of the name, reported
+    const TypeModel* type = TypeToBuild(syntax.name, TypeModel::Kind::kStruct);
+    if (type == nullptr) {
+        return;
     }
     ValueRow row = StructRow(*type);
     switch (syntax.shape) {
@@ -408,10 +414,10 @@ std::uint16_t ValueBuilder::BuildExtension(const StructSyntax& syntax, ValueRow 
 }
 
 void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
-    if (named_.count(syntax.name.text) != 0) {
+    const TypeModel* type = TypeToBuild(syntax.name, TypeModel::Kind::kUnion);
+    if (type == nullptr) {
         return;
     }
-    const TypeModel* type = types_.Lookup(syntax.name.text);
     ValueRow row = StructRow(*type);
     row.count = static_cast<std::uint16_t>(syntax.alternatives.size());
     switch (syntax.shape) {
@@ -503,10 +509,10 @@ void ValueBuilder::BuildUnion(const UnionSyntax& syntax) {
 }
 
 void ValueBuilder::BuildSequence(const SequenceSyntax& syntax) {
-    if (named_.count(syntax.name.text) != 0) {
+    const TypeModel* type = TypeToBuild(syntax.name, TypeModel::Kind::kSequence);
+    if (type == nullptr) {
         return;
     }
-    const TypeModel* type = types_.Lookup(syntax.name.text);
     ValueRow row{};
     row.name = type->name;
     row.located = true;

@@ -52,6 +52,9 @@ class ValueBuilder {
     std::uint16_t Add(iecodec::ValueRow row);
     std::uint16_t AddNamed(const Name& name, iecodec::ValueRow row);
     std::uint16_t RowOfNamed(const Name& use);
+    /// The type that was declared by that name; null if another has the name, which is reported, or
+    /// it is broken.
+    [[nodiscard]] const TypeModel* TypeToBuild(const Name& name, TypeModel::Kind kind) const;
     std::uint16_t Special(const Name& name);
     /// The width of the value in bits if it is the same always, else 0.
     [[nodiscard]] std::uint32_t WidthOf(std::uint16_t row) const;

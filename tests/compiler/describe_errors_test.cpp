@@ -80,6 +80,14 @@ constexpr Mistake kMistakes[] = {
      "f.qd:9:6: error: the enumeration 'v' is declared already; give it another name\n"},
     {"TypeTwice", "struct s fixed {\n    a 8 : int8\n}\nsequence s [2] of int8\n",
      "f.qd:9:10: error: 's' is declared already; names are unique in a family\n"},
+    {"SequenceWithABrokenOnesName", "union u choice {\n}\nsequence u [2] of int8\n",
+     "f.qd:6:16: error: the selector's offset in bits is expected here, not '{'\n"
+     "f.qd:8:10: error: 'u' is declared already; names are unique in a family\n"},
+    {"MessageWithABrokenOnesName", "union m choice {\n}\nmessage m h 1 {\n}\n",
+     "f.qd:6:16: error: the selector's offset in bits is expected here, not '{'\n"
+     "f.qd:8:9: error: 'm' is declared already; names are unique in a family\n"},
+    {"SequenceWithAMessagesName", "message m h 1 {\n}\nsequence m [2] of int8\n",
+     "f.qd:8:10: error: 'm' is declared already; names are unique in a family\n"},
     {"MemberTwice", "struct s fixed {\n    a 8 : int8\n    a 8 : int8\n}\n",
      "f.qd:8:5: error: 's' has a member 'a' already; a member has a name of its own\n"},
     {"IntegerTooWide", "struct s fixed {\n    a 33 : int32\n}\n",
