@@ -11,6 +11,7 @@
 #include "fuzz_support.h"
 #include "quorvane/decode.h"
 #include "quorvane/message.h"
+#include "reach.h"
 #include "support/entry_points.h"
 #include "support/text_form.h"
 
@@ -198,7 +199,7 @@ void CheckHuge(Decoding decoding, Octets readable, std::int32_t length) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
     using namespace quorvane;
-    constexpr std::int32_t kHuge = 1 << 20;
+    constexpr std::int32_t kHuge = 1 << 16;  // where all checks together take seconds
     const fuzz::DecodeInput input = fuzz::ReadDecodeInput({octets, size});
     if (input.length > kHuge) {
         CheckHuge(input.decoding, input.readable, input.length);
@@ -208,5 +209,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
     const auto whole = static_cast<std::int32_t>(input.readable.size());
     const auto shown = static_cast<std::size_t>(std::clamp(input.length, 0, whole));
     CheckSpan(input.decoding, input.readable.first(shown));
+    fuzz::ReachOfThisRun().NoteMessage(
+        input.decoding, PaddedMessage(input.readable.data(), input.length, input.readable.size()));
     return 0;
 }

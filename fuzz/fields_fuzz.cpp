@@ -11,6 +11,7 @@
 
 #include "fuzz_support.h"
 #include "quorvane/json.h"
+#include "reach.h"
 
 namespace quorvane {
 namespace {
@@ -122,6 +123,7 @@ void Write(Decoding decoding, const Message& message) {
     Message read;
     Require(read.Decode(decoding, octets) && read.Code() == 0 && read.FaultCount() == 0,
             "what was written has a fault");
+    fuzz::ReachOfThisRun().NoteMessage(decoding, octets);
     std::vector<std::uint8_t> again;
     Require(!read.Encode(again).error && again == octets, "the second encoding differs");
 }
@@ -149,8 +151,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
         const std::size_t types = std::max<std::size_t>(MessageTypes::Count(decoding), 1);
         static_cast<void>(
             message.New(decoding, MessageTypes::At(decoding, input.Below(types)).Name()));
-    } else if (message.Decode(decoding, fuzz::ExactOctets(input.Take(length)).View())) {
-        CheckDecoded(decoding, message);
+    } else {
+        const fuzz::ExactOctets decoded(input.Take(length));
+        fuzz::ReachOfThisRun().NoteMessage(decoding, decoded.View());
+        if (message.Decode(decoding, decoded.View())) {
+            CheckDecoded(decoding, message);
+        }
     }
     Walk(message);
     constexpr int kMostChanges = 200;

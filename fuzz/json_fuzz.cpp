@@ -8,6 +8,7 @@
 
 #include "fuzz_support.h"
 #include "quorvane/json.h"
+#include "reach.h"
 #include "tools/message_reader.h"
 
 namespace quorvane {
@@ -16,6 +17,7 @@ namespace {
 using fuzz::Require;
 
 void CheckWritten(Decoding decoding, const std::vector<std::uint8_t>& octets) {
+    fuzz::ReachOfThisRun().NoteMessage(decoding, octets);
     Message decoded;
     Require(decoded.Decode(decoding, octets), "what was written is no message");
     std::vector<std::uint8_t> again;

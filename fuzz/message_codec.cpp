@@ -41,13 +41,13 @@ Decoded Decode(const SetOfFamily& set, std::span<const std::uint8_t> octets, bit
     return decoded;
 }
 
-Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& container,
-               std::size_t room) {
+Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& container, std::size_t room,
+               bool checked) {
     Encoded encoded;
     const ExactOctets buffer({}, room);
     bits::BitWriter writer(buffer.Data(), static_cast<std::int64_t>(room));
     iecodec::Diagnostics diagnostics;
-    iecodec::EncodeContext context{set.family->codec, writer, diagnostics};
+    iecodec::EncodeContext context{set.family->codec, writer, diagnostics, checked};
     encoded.result = iecodec::EncodeContainer(context, *set.set, container);
     encoded.fits = !writer.Overflowed();
     encoded.diagnostics = diagnostics.Lines();

@@ -53,8 +53,8 @@ struct Encoded {
     [[nodiscard]] bool Clean() const { return !result.Failed() && fits && diagnostics.empty(); }
 };
 
-/// Encodes into a buffer of `room` octets.
-Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& container,
-               std::size_t room);
+/// Encodes into a buffer of `room` octets. `checked`: what no decoder makes is refused.
+Encoded Encode(const SetOfFamily& set, const iecodec::MessageContainer& container, std::size_t room,
+               bool checked = false);
 
 }  // namespace quorvane::fuzz

@@ -1,14 +1,17 @@
 // Runs a fuzz target over files, and over those in folders, in the order of their names. In place
-// of a fuzzing engine in ordinary builds.
+// of a fuzzing engine in ordinary builds. With --all-messages it fails if the target has not
+// decoded every message that there is.
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 #include <vector>
 
 #include "fuzz_support.h"
+#include "reach.h"
 
 namespace {
 
@@ -43,17 +46,27 @@ bool Replay(const fs::path& file) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const bool allMessages = argc > 1 && std::string_view(argv[1]) == "--all-messages";
     std::size_t count = 0;
     bool read = true;
-    for (int index = 1; index < argc; ++index) {
+    for (int index = allMessages ? 2 : 1; index < argc; ++index) {
         for (const fs::path& file : FilesOf(argv[index])) {
             read = Replay(file) && read;
             ++count;
         }
     }
     if (count == 0) {
-        std::fprintf(stderr, "usage: %s FILE-OR-FOLDER...\nno file was found\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [--all-messages] FILE-OR-FOLDER...\nno file was found\n",
+                     argv[0]);
         return 2;
+    }
+    if (allMessages) {
+        const auto messages = quorvane::fuzz::ReachOfThisRun().Messages();
+        if (messages.reached < messages.all) {
+            std::fprintf(stderr, "%zu messages were not decoded\n",
+                         messages.all - messages.reached);
+            return 1;
+        }
     }
     return read ? 0 : 1;
 }

@@ -4,8 +4,8 @@
 // The encoder has rules of its own that keep some records from coming back: it writes a truncatable
 // structure whole, whatever was cut off; it takes no care that a CSN.1 structure ends with an
 // octet, and works out anew the lengths inside of it; of some structures the record does not tell
-// all; a digit list that was refused has gone. All of that shows in the field alone: see ComesBack.
-// Nothing else may be lost.
+// all; some read what stands behind them; a digit list that was refused has gone. All of that shows
+// in the field alone: see ComesBack. Nothing else may be lost.
 //
 // Input: the message set; the octets.
 
@@ -16,6 +16,7 @@
 #include "fuzz_support.h"
 #include "iecodec/value_encoder.h"
 #include "message_codec.h"
+#include "reach.h"
 #include "reflect/convert.h"
 
 namespace quorvane {
@@ -54,6 +55,19 @@ bool Fits(const iecodec::FieldRow& field, std::int64_t bits) {
     return true;
 }
 
+/// Whether a part of the value has no bits of its own: it is read from what follows, and not
+/// written there.
+bool ReadsBehind(const iecodec::CodecTables& tables, const iecodec::ValueRow& row) {
+    if (row.shape != iecodec::Shape::kFixed && row.shape != iecodec::Shape::kTruncatable) {
+        return false;
+    }
+    const auto parts = tables.parts.subspan(row.first, row.count);
+    return std::any_of(parts.begin(), parts.end(), [&](const iecodec::PartRow& part) {
+        return part.kind == iecodec::PartKind::kValue &&
+               (part.width == 0 || ReadsBehind(tables, tables.values[part.value]));
+    });
+}
+
 /// Whether the encoder's rules let a CSN.1 structure come back.
 bool StructureComesBack(const families::Family& family, const csn::CsnStructure& structure,
                         const bits::Cell& cell) {
@@ -81,8 +95,7 @@ bool FieldComesBack(const families::Family& family, const iecodec::FieldRow& fie
         return false;
     }
     Require(!result.Failed(), "what decodes does not encode");
-    const std::int64_t bits = result.Bits();
-    if (!Fits(field, bits)) {
+    if (!Fits(field, result.Bits()) || ReadsBehind(tables, row)) {
         return false;
     }
     if (row.shape == iecodec::Shape::kMessageBody) {
@@ -139,6 +152,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
     const fuzz::SetOfFamily& set = fuzz::AllSets()[input.Below(fuzz::AllSets().size())];
     bits::Arena arena;
     const Decoded decoded = fuzz::Decode(set, input.Rest(), arena);
+    fuzz::ReachOfThisRun().NoteMessage(*set.family, *set.set, decoded.container);
     if (decoded.Clean()) {
         CheckRoundTrip(set, decoded, arena);
     } else {

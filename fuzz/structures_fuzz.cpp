@@ -6,14 +6,15 @@
 // bits or what the record is made of.
 
 #include <algorithm>
-#include <vector>
 
+#include "all_structures.h"
 #include "csn/csn_record.h"
 #include "csn/machine.h"
 #include "csn_limits.h"
 #include "families/family.h"
 #include "fuzz_support.h"
 #include "random_record.h"
+#include "reach.h"
 #include "reflect/convert.h"
 #include "support/plain_decode.h"
 
@@ -22,28 +23,7 @@ namespace {
 
 using fuzz::ExactOctets;
 using fuzz::Input;
-
-struct Structure {
-    const csn::CsnStructure* csn;
-    const reflect::TypeTables* types;
-    std::uint16_t type;
-    bool isLossy;
-};
-
-std::vector<Structure> AllStructures() {
-    std::vector<Structure> all;
-    for (const families::Family* family : families::AllFamilies()) {
-        for (const csn::CsnStructure& structure : family->codec.structures) {
-            for (std::uint16_t type : family->types.named) {
-                if (family->types.NameOf(family->types.types[type]) == structure.name) {
-                    all.push_back(
-                        {&structure, &family->types, type, fuzz::IsLossy(*family, structure)});
-                }
-            }
-        }
-    }
-    return all;
-}
+using fuzz::Structure;
 
 /// No description of ours needs more instructions than this for so many bits.
 constexpr std::uint64_t CeilingFor(std::int32_t bits) {
@@ -54,7 +34,8 @@ constexpr std::uint64_t CeilingFor(std::int32_t bits) {
 
 class Check {
   public:
-    explicit Check(const Structure& structure) : structure_(structure) {}
+    explicit Check(const Structure& structure)
+        : structure_(structure), types_(structure.family->types) {}
 
     void Bits(std::span<const std::uint8_t> octets, std::int32_t first, std::int32_t count) {
         const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
@@ -62,6 +43,7 @@ class Check {
         bits::Cell cell{};
         const bits::Outcome result =
             csn::DecodeCsn(*structure_.csn, reader, arena_, first, count, cell);
+        fuzz::ReachOfThisRun().NoteValue(types_, structure_.type, cell);
         Require(result.Failed() || result.Bits() <= count, "more bits were taken than there are");
         bits::Cell plain{};
         Require(csn::test::DecodePlainly(*structure_.csn, reader, arena_, first, count, plain) ==
@@ -94,8 +76,8 @@ class Check {
         const ExactOctets octets({}, room);
         bits::BitWriter writer(octets.Data(), static_cast<std::int64_t>(room));
         const bits::Outcome result = csn::EncodeCsn(*structure_.csn, writer, start, cell);
-        if (structure_.isLossy || fuzz::HoldsCutField(*structure_.types, structure_.type, cell) ||
-            fuzz::HoldsManyFields(*structure_.types, structure_.type, cell)) {
+        if (structure_.isLossy || fuzz::HoldsCutField(types_, structure_.type, cell) ||
+            fuzz::HoldsManyFields(types_, structure_.type, cell)) {
             return;
         }
         Require(!result.Failed(), "what was decoded does not encode");
@@ -119,7 +101,7 @@ class Check {
     }
 
     [[nodiscard]] bool Same(const bits::Cell& left, const bits::Cell& right, bool locations) const {
-        return reflect::RecordsEqual(*structure_.types, structure_.type, left, right, locations);
+        return reflect::RecordsEqual(types_, structure_.type, left, right, locations);
     }
 
     void CountSteps(const bits::BitReader& reader, std::int32_t first, std::int32_t count) const {
@@ -133,6 +115,7 @@ class Check {
     }
 
     const Structure& structure_;
+    const reflect::TypeTables& types_;
     bits::Arena arena_;
 };
 
@@ -141,9 +124,9 @@ class Check {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
     using namespace quorvane;
-    static const std::vector<Structure> kStructures = AllStructures();
     Input input(octets, size);
-    const Structure& structure = kStructures[input.Below(kStructures.size())];
+    const auto& structures = fuzz::AllStructures();
+    const fuzz::Structure& structure = structures[input.Below(structures.size())];
     Check check(structure);
     const bool ofBits = input.Below(2) == 0;
     const std::size_t choice = input.Octet();
@@ -157,7 +140,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
         return 0;
     }
     bits::Cell cell{};
-    fuzz::FillRecord(*structure.types, structure.type, input, check.Arena(), cell);
+    fuzz::FillRecord(structure.family->types, structure.type, input, check.Arena(), cell);
     check.Record(cell, choice);
     return 0;
 }

@@ -10,6 +10,7 @@
 
 #include "fuzz_support.h"
 #include "message_codec.h"
+#include "reach.h"
 #include "reflect/convert.h"
 #include "reflect/render.h"
 
@@ -189,8 +190,14 @@ void UseRecord(const fuzz::SetOfFamily& set, const iecodec::MessageContainer& co
                        Text(set, type, copy, arena), "a tree's record gives another text");
     for (const std::size_t room : {std::size_t{65536}, std::size_t{16}}) {
         const fuzz::Encoded encoded = fuzz::Encode(set, container, room);
-        if (encoded.Clean()) {
-            static_cast<void>(fuzz::Decode(set, encoded.octets, arena, encoded.result.Bits()));
+        const fuzz::Encoded checked = fuzz::Encode(set, container, room, true);
+        Require(checked.result.Failed() || !encoded.result.Failed(),
+                "what passes the checks is not written without them");
+        for (const fuzz::Encoded* written : {&encoded, &checked}) {
+            if (written->Clean()) {
+                static_cast<void>(
+                    fuzz::Decode(set, written->octets, arena, written->result.Bits()));
+            }
         }
     }
 }
@@ -227,6 +234,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t size) {
     bits::Arena arena;
     const std::size_t length = input.Number(2);
     fuzz::Decoded decoded = fuzz::Decode(set, input.Take(length), arena);
+    fuzz::ReachOfThisRun().NoteMessage(*set.family, *set.set, decoded.container);
     if (decoded.container.tag != 0 && set.set->type != iecodec::kNone) {
         CheckTree(set, decoded, input, arena);
     }
