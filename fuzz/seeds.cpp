@@ -146,6 +146,7 @@ void WriteSeeds(const fs::path& folder, const std::string& name, const test::Gol
     const Octets calls = fuzz::WriteDecodeInput({golden.decoding, golden.length, golden.octets});
     WriteFile(folder / "decode_fuzz" / name, calls);
     WriteFile(folder / "plain_fuzz" / name, calls);
+    WriteFile(folder / "cost_fuzz" / name, Numbered(decoding, golden.octets, false));
     WriteFile(folder / "fields_fuzz" / name, Numbered(decoding, golden.octets, true));
     WriteFile(folder / "round_trip_fuzz" / name,
               Numbered(SetOf(golden.decoding), golden.octets, false));
