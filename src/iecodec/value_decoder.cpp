@@ -1,5 +1,6 @@
 #include "iecodec/value_decoder.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
 
@@ -251,15 +252,17 @@ class ExtensionDecoder {
     std::int64_t cursor_;
 };
 
-/// A CSN.1 structure. The machine counts bits in 32 bits: what lies beyond is out of its reach.
+/// A CSN.1 structure. The machine counts bits in 32 bits: what lies beyond is out of its reach, and
+/// a length far below zero is as good as any below.
 Outcome DecodeStructure(DecodeContext& context, const ValueRow& row, std::int64_t position,
                         Cell& cell, std::int64_t length) {
+    constexpr std::int64_t kLeast = std::numeric_limits<std::int32_t>::min();
     if (position + length > std::numeric_limits<std::int32_t>::max()) {
         return kSyntaxError;
     }
     return csn::DecodeCsn(context.tables.structures[row.item], context.reader, context.arena,
-                          static_cast<std::int32_t>(position), static_cast<std::int32_t>(length),
-                          cell);
+                          static_cast<std::int32_t>(position),
+                          static_cast<std::int32_t>(std::max<std::int64_t>(length, kLeast)), cell);
 }
 
 /// A whole message as a value, chosen by its type alone.

@@ -310,6 +310,18 @@ TEST(Describe, TellsAByteOrderMarkOnce) {
     }
 }
 
+// A text of 1000 characters stands in the tables with a number of 32 bits behind it.
+TEST(Describe, TellsOfTextsThatAreTooLong) {
+    const auto errorsWith = [](std::size_t length) {
+        return Describe(
+                   {{"f.qd", "family f\nenum v {\n    4294967295 = \"" + std::string(length, 'x') +
+                                 "\"\n}\nstruct s fixed {\n    a 32 : enum v\n}\n"}})
+            .errors;
+    };
+    EXPECT_EQ(errorsWith(1000), "");
+    EXPECT_EQ(errorsWith(1001), "f.qd:3:18: error: a name or a text has at most 1000 characters\n");
+}
+
 // Within a time that rises with their number: a hundred times of what they take.
 TEST(Describe, TellsManyErrors) {
     constexpr std::size_t kErrors = 300000;

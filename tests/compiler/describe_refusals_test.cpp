@@ -480,18 +480,6 @@ TEST(DescribeRefusals, TellTablesThatAreFull) {
 }
 
 // One body serves families under the names of each, in the place that each gives it.
-// A text of 1000 characters stands in the tables with a number of 32 bits behind it.
-TEST(DescribeRefusals, TellOfTextsThatAreTooLong) {
-    const auto errorsWith = [](std::size_t length) {
-        return Describe(
-                   {{"f.qd", "family f\nenum v {\n    4294967295 = \"" + std::string(length, 'x') +
-                                 "\"\n}\nstruct s fixed {\n    a 32 : enum v\n}\n"}})
-            .errors;
-    };
-    EXPECT_EQ(errorsWith(1000), "");
-    EXPECT_EQ(errorsWith(1001), "f.qd:3:18: error: a name or a text has at most 1000 characters\n");
-}
-
 TEST(Describe, FamiliesTakePatterns) {
     const std::string shared =
         "pattern struct Part fixed {\n    a 8 : enum {\n        1 = \"one\"\n    }\n}\n"

@@ -146,5 +146,25 @@ TEST(Bounds, LengthsAtTheEdgesAreDefined) {
     munmap(memory, kMapped);
 }
 
+// Whatever the type: a length in bits that wraps around would be a long message.
+TEST(Bounds, LengthsFarBelowZeroAreNone) {
+    std::vector<std::uint8_t> octets(24 + kReadAhead);
+    for (int first = 0; first < 256; ++first) {
+        octets[0] = static_cast<std::uint8_t>(first);
+        for (const Decoding decoding : {Decoding::RRSPD, Decoding::RRUplink, Decoding::L3Uplink,
+                                        Decoding::RLC_MACDownlink, Decoding::EPS_MMUplink}) {
+            const auto resultAt = [&](std::int32_t length) {
+                return Decode(decoding, PaddedMessage(octets.data(), length, octets.size()));
+            };
+            const Result of = resultAt(-1'000'000);
+            for (const std::int32_t length : {-300'000'000, -1'566'525'415, INT32_MIN}) {
+                const Result far = resultAt(length);
+                ASSERT_EQ(far.text, of.text) << first << " " << length;
+                ASSERT_EQ(far.diagnostics, of.diagnostics) << first << " " << length;
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace quorvane
