@@ -16,8 +16,7 @@
 #endif
 
 #ifdef QUORVANE_ADDRESS_SANITIZER
-extern "C" void __asan_poison_memory_region(const volatile void* memory, std::size_t size);
-extern "C" void __asan_unpoison_memory_region(const volatile void* memory, std::size_t size);
+#include <sanitizer/asan_interface.h>
 #endif
 
 namespace quorvane::bits {
@@ -31,13 +30,13 @@ inline constexpr bool kPoisons = false;
 
 inline void Poison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef QUORVANE_ADDRESS_SANITIZER
-    __asan_poison_memory_region(memory, size);
+    ASAN_POISON_MEMORY_REGION(memory, size);
 #endif
 }
 
 inline void Unpoison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef QUORVANE_ADDRESS_SANITIZER
-    __asan_unpoison_memory_region(memory, size);
+    ASAN_UNPOISON_MEMORY_REGION(memory, size);
 #endif
 }
 
