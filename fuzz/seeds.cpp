@@ -200,8 +200,9 @@ void WriteDictionaries(const fs::path& folder) {
             }
         }
         for (const reflect::ElementRow& element : family->types.elements) {
-            if (element.Name().size() + 6 <= kMostOctets) {
-                names.insert("\"\\\"" + std::string(element.Name()) + "\\\":\"\n");
+            const std::string name(family->types.NameOf(element));
+            if (name.size() + 6 <= kMostOctets) {
+                names.insert("\"\\\"" + name + "\\\":\"\n");
             }
         }
     }
