@@ -71,6 +71,10 @@ endfunction()
 
 # The same for a program in C.
 function(quorvane_c_target target)
+    if(QUORVANE_SANITIZE)
+        # Parts of clang's sanitizers come with its C++ alone.
+        set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+    endif()
     quorvane_target(${target})
     set_target_properties(${target} PROPERTIES C_STANDARD 11 C_STANDARD_REQUIRED ON
                                                C_EXTENSIONS OFF)
