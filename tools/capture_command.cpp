@@ -302,6 +302,8 @@ class CaptureRun {
 
 }  // namespace
 
+const bool kReadsCaptures = true;
+
 int Capture(const CaptureOptions& options) {
     CatchInterrupts();
     try {

@@ -4,6 +4,8 @@
 
 namespace quorvane::tool {
 
+const bool kReadsCaptures = false;
+
 int Capture(const CaptureOptions& /*options*/) {
     throw UsageError(
         "this build reads no captures, as it was made without libpcap (QUORVANE_CAPTURE=OFF)");

@@ -95,6 +95,9 @@ struct CaptureOptions {
     DecodeOptions decode;
 };
 
+/// Whether this build has Capture.
+extern const bool kReadsCaptures;
+
 /// Prints the messages in a capture, and on standard error what else it holds.
 int Capture(const CaptureOptions& options);
 

@@ -8,9 +8,9 @@
 #include <cstring>
 #include <iostream>
 
-#include "quorvane/version.h"
 #include "tools/commands.h"
 #include "tools/described_family.h"
+#include "tools/help.h"
 #include "tools/system.h"
 
 namespace quorvane::tool {
@@ -30,7 +30,8 @@ std::string CountProblem(const std::string& text) {
 
 int Run(int argc, char** argv) {
     CLI::App app("Decodes cellular signalling messages into text.", "quorvane");
-    app.set_version_flag("--version", Version());
+    app.set_version_flag("--version", VersionText,
+                         "Show the version and what this build holds, and exit");
     app.require_subcommand(1);
 
     const CLI::App* list = app.add_subcommand("list", "Show the decodings and what each is for");
@@ -180,6 +181,11 @@ int Run(int argc, char** argv) {
         ->check(isCount);
     generator->add_option("--message", generate.message, "Of this type alone");
 
+    std::string topic;
+    CLI::App* help = app.add_subcommand("help", "Show what a command does and takes");
+    help->add_option("COMMAND", topic, "The tool itself if it is left out");
+    CompleteHelp(app);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -191,6 +197,10 @@ int Run(int argc, char** argv) {
     }
     if (list->parsed()) {
         return List();
+    }
+    if (help->parsed()) {
+        Print(HelpOn(app, topic));
+        return kDone;
     }
     show.form = json ? MessageForm::kJson : MessageForm::kText;
     if (decode->parsed()) {

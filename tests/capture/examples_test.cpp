@@ -1,4 +1,5 @@
-// The examples of docs/captures.md and README.md, run over a capture made for them.
+// The examples of docs/captures.md, README.md and the tool's help, run over a capture made for
+// them.
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -67,6 +68,16 @@ TEST_F(CaptureExamplesTest, OfTheReadMeFindTheMessage) {
         }
     }
     EXPECT_EQ(examples, 1);
+}
+
+TEST_F(CaptureExamplesTest, OfTheHelpFindsTheMessage) {
+    const std::string help = Show("quorvane help capture");
+    const std::string mark = "\n  $ ";
+    ASSERT_NE(help.find(mark), std::string::npos) << help;
+    std::istringstream in(help.substr(help.find(mark) + mark.size()));
+    std::string line;
+    std::getline(in, line);
+    EXPECT_NE(Show(line).find("ATTACH_REJECT"), std::string::npos) << line;
 }
 
 }  // namespace

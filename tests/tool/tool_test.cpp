@@ -145,11 +145,11 @@ TEST_F(ToolTest, WrongArgumentsExitWith2) {
 TEST_F(ToolTest, HelpAndVersionExitWith0) {
     EXPECT_EQ(Run("--help").status, 0);
     EXPECT_EQ(Run("decode --help").status, 0);
-    EXPECT_EQ(Run("--version").output, "1.0.0\n");
+    EXPECT_EQ(Run("--version").status, 0);
 }
 
 TEST_F(ToolTest, OutputThatIsLostExitsWith2) {
-    for (const char* command : {"--version", "--help", "list"}) {
+    for (const char* command : {"--version", "--help", "help", "list"}) {
         EXPECT_EQ(Run(std::string(command) + " >/dev/full 2>/dev/null; exit $?; true").status, 2)
             << command;
     }

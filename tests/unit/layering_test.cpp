@@ -208,13 +208,15 @@ TEST(Layering, IncludesPointDownwards) {
     EXPECT_EQ(Rooms().size(), allowed.size());
 }
 
-// Families and their elements are data: only their own rooms, the decodings, tests, the messages
-// that are measured, and what finds messages of protocols in captures name them.
+// Families and their elements are data: only their own rooms, the decodings, tests, examples, those
+// of the tool's help included, the messages that are measured, and what finds messages of protocols
+// in captures name them.
 TEST(Layering, EnginesNameNoFamily) {
-    const std::set<std::string> named = {"src/families", "include/quorvane", "tests"};
+    const std::set<std::string> named = {"src/families", "include/quorvane", "tests", "examples"};
     const std::set<fs::path> tables = {
         kRoot / "src/facade/decodings.cpp", kRoot / "src/facade/engine.cpp",
-        kRoot / "benchmarks/traffic.cpp", kRoot / "benchmarks/hand_written.cpp"};
+        kRoot / "benchmarks/traffic.cpp", kRoot / "benchmarks/hand_written.cpp",
+        kRoot / "tools/help.cpp"};
     const fs::path captures = kRoot / "tools/capture";
     const std::set<std::string> words = FamilyWords();
     const std::set<std::string> types = FamilyTypes();
@@ -281,7 +283,8 @@ TEST(Layering, SourcesAreAscii) {
 }
 
 TEST(Documentation, LinksLeadToFiles) {
-    std::vector<fs::path> pages = {kRoot / "README.md", kRoot / "CONTRIBUTING.md"};
+    std::vector<fs::path> pages = {kRoot / "README.md", kRoot / "CONTRIBUTING.md",
+                                   kRoot / "CHANGELOG.md", kRoot / "SECURITY.md"};
     for (const auto& entry : fs::directory_iterator(kRoot / "docs")) {
         pages.push_back(entry.path());
     }
