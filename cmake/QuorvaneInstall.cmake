@@ -1,4 +1,4 @@
-# Headers, libraries, the tool, the CMake package and the pkg-config file.
+# Headers, libraries, the tool with its completion, the CMake package and the pkg-config file.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,6 +8,20 @@ install(TARGETS ${QUORVANE_FORMS} EXPORT QuorvaneTargets)
 install(DIRECTORY include/quorvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(QUORVANE_TOOL)
     install(TARGETS quorvane_tool)
+    # The tool writes its completion itself, where it runs on this machine.
+    if(NOT CMAKE_CROSSCOMPILING)
+        function(quorvane_install_completion shell file folder)
+            set(file ${CMAKE_CURRENT_BINARY_DIR}/completion/${file})
+            install(CODE "
+                file(MAKE_DIRECTORY \"${CMAKE_CURRENT_BINARY_DIR}/completion\")
+                execute_process(COMMAND \"$<TARGET_FILE:quorvane_tool>\" completion ${shell}
+                                OUTPUT_FILE \"${file}\" COMMAND_ERROR_IS_FATAL ANY)")
+            install(FILES ${file} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder})
+        endfunction()
+        quorvane_install_completion(bash quorvane bash-completion/completions)
+        quorvane_install_completion(zsh _quorvane zsh/site-functions)
+        quorvane_install_completion(fish quorvane.fish fish/vendor_completions.d)
+    endif()
 endif()
 
 install(EXPORT QuorvaneTargets NAMESPACE Quorvane:: DESTINATION ${QUORVANE_PACKAGE_DIR})

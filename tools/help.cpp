@@ -25,6 +25,7 @@ constexpr Example kExamples[] = {
     {"disassemble", "quorvane disassemble eps EPS_QOS"},
     {"generate", "quorvane generate EPS_MMUplink 3 --seed 1"},
     {"help", "quorvane help decode"},
+    {"completion", "quorvane completion bash"},
 };
 
 class Formatter : public CLI::Formatter {

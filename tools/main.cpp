@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "tools/commands.h"
+#include "tools/completion.h"
 #include "tools/described_family.h"
 #include "tools/help.h"
 #include "tools/system.h"
@@ -51,6 +52,7 @@ int Run(int argc, char** argv) {
                                           "The octets as a log has them, as 0741, 07-41, 0x07, or "
                                           "lines of xxd; - for standard input");
     decode->add_option("--file", octets.file, "A file that holds the octets; - for standard input")
+        ->type_name("FILE")
         ->excludes(hex);
     ShowOptions show;
     bool json = false;
@@ -115,9 +117,10 @@ int Run(int argc, char** argv) {
     capture->add_option("--port", captureOptions.port, "The UDP port of GSMTAP, 4729 if left out");
     const auto addFilter = [&](const std::string& name, std::vector<std::string>& values,
                                const std::string& purpose) {
-        capture->add_option(name, values, purpose)->allow_extra_args(false);
+        return capture->add_option(name, values, purpose)->allow_extra_args(false);
     };
-    addFilter("--function", captureOptions.functions, "Messages of this function alone");
+    addFilter("--function", captureOptions.functions, "Messages of this function alone")
+        ->type_name("FUNCTION");
     addFilter("--type", captureOptions.types, "Messages of this type alone");
     addFilter("--where", captureOptions.conditions,
               "Messages with such a field alone: PATH=VALUE, PATH!=VALUE or PATH. PATH is a "
@@ -146,8 +149,8 @@ int Run(int argc, char** argv) {
     const std::string message =
         "A file with a line \"FUNCTION LENGTH HEX\" or a JSON object, - for standard input, or "
         "\"FUNCTION HEX\" itself";
-    diff->add_option("A", before, message)->required();
-    diff->add_option("B", after, message)->required();
+    diff->add_option("A", before, message)->required()->type_name("FILE");
+    diff->add_option("B", after, message)->required()->type_name("FILE");
 
     std::string family;
     CLI::App* catalogue = app.add_subcommand("catalogue", "Show the types of a message family");
@@ -184,6 +187,12 @@ int Run(int argc, char** argv) {
     std::string topic;
     CLI::App* help = app.add_subcommand("help", "Show what a command does and takes");
     help->add_option("COMMAND", topic, "The tool itself if it is left out");
+    std::string shell;
+    CLI::App* completion = app.add_subcommand(
+        "completion", "Print the script by which a shell completes command lines of quorvane");
+    completion->add_option("SHELL", shell, "The shell")
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
     CompleteHelp(app);
 
     try {
@@ -200,6 +209,10 @@ int Run(int argc, char** argv) {
     }
     if (help->parsed()) {
         Print(HelpOn(app, topic));
+        return kDone;
+    }
+    if (completion->parsed()) {
+        Print(CompletionScript(app, shell));
         return kDone;
     }
     show.form = json ? MessageForm::kJson : MessageForm::kText;

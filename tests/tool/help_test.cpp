@@ -35,7 +35,7 @@ class HelpTest : public ToolTest {
 TEST_F(HelpTest, IsTheSameByCommandAndByOption) {
     EXPECT_EQ(Run("help").output, Run("--help").output);
     EXPECT_EQ(Run("help").status, 0);
-    EXPECT_EQ(Commands().size(), 10U);
+    EXPECT_EQ(Commands().size(), 11U);
     for (const std::string& command : Commands()) {
         const Outcome help = Run("help " + command);
         EXPECT_EQ(help.status, 0) << command;
