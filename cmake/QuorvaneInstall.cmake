@@ -1,4 +1,4 @@
-# Headers, libraries, the tool with its completion, the CMake package and the pkg-config file.
+# Headers, libraries, the tool with its man page and completion, the CMake package and the pkg-config file.
 
 include(CMakePackageConfigHelpers)
 
@@ -8,6 +8,19 @@ install(TARGETS ${QUORVANE_FORMS} EXPORT QuorvaneTargets)
 install(DIRECTORY include/quorvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(QUORVANE_TOOL)
     install(TARGETS quorvane_tool)
+    find_program(SCDOC scdoc)
+    if(SCDOC)
+        set(page ${CMAKE_CURRENT_SOURCE_DIR}/docs/man/quorvane.1.scd)
+        add_custom_command(
+            OUTPUT quorvane.1
+            COMMAND ${CMAKE_COMMAND} -DSCDOC=${SCDOC} -DPAGE=${page} -DOUTPUT=quorvane.1 -P
+                    ${CMAKE_CURRENT_SOURCE_DIR}/cmake/make_man_page.cmake
+            DEPENDS ${page} cmake/make_man_page.cmake
+            VERBATIM)
+        add_custom_target(quorvane_man_page ALL DEPENDS quorvane.1)
+        install(FILES ${CMAKE_CURRENT_BINARY_DIR}/quorvane.1
+                DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    endif()
     # The tool writes its completion itself, where it runs on this machine.
     if(NOT CMAKE_CROSSCOMPILING)
         function(quorvane_install_completion shell file folder)

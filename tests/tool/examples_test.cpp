@@ -1,5 +1,5 @@
-// The examples of the README and the documents: what a block shows behind a line "$ ..." with the
-// tool is what the tool prints. A last line "..." stands for more.
+// The examples of the README, the documents and the man page: what a block shows behind a line "$
+// ..." with the tool is what the tool prints. A last line "..." stands for more.
 
 #include <fstream>
 #include <string>
@@ -66,6 +66,10 @@ TEST_F(Examples, OfTheReadme) {
 
 TEST_F(Examples, OfLogs) {
     Check("docs/logs.md");
+}
+
+TEST_F(Examples, OfTheManPage) {
+    Check("docs/man/quorvane.1.scd");
 }
 
 }  // namespace
