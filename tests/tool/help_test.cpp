@@ -6,6 +6,7 @@
 
 #include "families/family.h"
 #include "quorvane/version.h"
+#include "support/family_files.h"
 #include "tool/tool_runner.h"
 
 namespace quorvane {
@@ -86,6 +87,11 @@ TEST_F(HelpTest, VersionNamesFamiliesAndCaptures) {
 #else
     EXPECT_TRUE(outcome.output.ends_with("\ncaptures: left out\n")) << outcome.output;
 #endif
+}
+
+TEST_F(HelpTest, VersionIsThatOfThePackages) {
+    const std::string start = std::string("quorvane (") + Version() + ")";
+    EXPECT_TRUE(test::SourceText("debian/changelog").starts_with(start)) << start;
 }
 
 }  // namespace
