@@ -16,7 +16,10 @@
 #endif
 
 #ifdef QUORVANE_ADDRESS_SANITIZER
-#include <sanitizer/asan_interface.h>
+// NOLINTBEGIN: the sanitizer's own names
+extern "C" void __asan_poison_memory_region(const volatile void* memory, std::size_t size);
+extern "C" void __asan_unpoison_memory_region(const volatile void* memory, std::size_t size);
+// NOLINTEND
 #endif
 
 namespace quorvane::bits {
@@ -30,13 +33,13 @@ inline constexpr bool kPoisons = false;
 
 inline void Poison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef QUORVANE_ADDRESS_SANITIZER
-    ASAN_POISON_MEMORY_REGION(memory, size);
+    __asan_poison_memory_region(memory, size);
 #endif
 }
 
 inline void Unpoison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef QUORVANE_ADDRESS_SANITIZER
-    ASAN_UNPOISON_MEMORY_REGION(memory, size);
+    __asan_unpoison_memory_region(memory, size);
 #endif
 }
 
