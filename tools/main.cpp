@@ -34,6 +34,7 @@ int Run(int argc, char** argv) {
     app.set_version_flag("--version", VersionText,
                          "Show the version and what this build holds, and exit");
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // file names may begin with a slash
 
     const CLI::App* list = app.add_subcommand("list", "Show the decodings and what each is for");
 

@@ -78,7 +78,8 @@ class Planner {
         return index_ + ahead < instructions_.size() ? &instructions_[index_ + ahead] : nullptr;
     }
     [[nodiscard]] bool IsPopAt(std::uint64_t offset) const {
-        return offset < code_.size() && OpcodeOf(code_[offset]) == Opcode::kPop;
+        return offset < code_.size() &&
+               OpcodeOf(code_[static_cast<std::size_t>(offset)]) == Opcode::kPop;
     }
 
     void Add(const Instruction& instruction) { plan_.steps.push_back(StepOf(instruction)); }
