@@ -179,7 +179,7 @@ class Emitter {
                 }
             }
             types.Remarked(type->name, texts.Add(type->named ? type->name : ""), type->kind,
-                           type->named, type->fixed, type->size, first, type->elements.size());
+                           type->fixed, type->size, first, type->elements.size());
         }
         Table named("std::uint16_t", "kNamed");
         for (const TypeModel* type : model_.named) {

@@ -15,18 +15,7 @@
 namespace quorvane::tool {
 namespace {
 
-/// Whether an empty line and the decoder's error stand behind the first line of a message's text.
-bool HasErrorLine(std::string_view text) {
-    const std::size_t end = text.find('\n');
-    return end != std::string_view::npos && text.substr(end + 1).starts_with('\n');
-}
-
-std::string_view TypeNameIn(std::string_view text) {
-    constexpr std::string_view kBefore = "MESSAGE: ";
-    const std::size_t start = std::min(text.find(kBefore), text.size());
-    text.remove_prefix(std::min(start + kBefore.size(), text.size()));
-    return text.substr(0, text.find('\n'));
-}
+constexpr std::string_view kBlanks = " \t\r";
 
 }  // namespace
 
@@ -35,7 +24,6 @@ void Answerer::Answer(const InputLine& line) {
         jsonRequest_.id.clear();
         return Refuse(line, LineReader::TooLongWords());
     }
-    constexpr std::string_view kBlanks = " \t\r";
     const std::size_t start = line.text.find_first_not_of(kBlanks);
     if (start == std::string_view::npos || line.text[start] == '#') {
         return;
@@ -55,8 +43,7 @@ void Answerer::Answer(const InputLine& line) {
     json_.Add("length", request_.length);
     json_.Add("hex", request_.hex);
     json_.Add("ret", found ? 1 : 0);
-    if (function_.decoding &&
-        !Decodings()[static_cast<std::size_t>(*function_.decoding)].described) {
+    if (function_.decoding && !InfoOf(*function_.decoding).described) {
         json_.AddFlag("described", false);
     }
     if (!request_.function.decoding) {
@@ -131,11 +118,8 @@ bool Answerer::DecodeAs(Decoding decoding, PaddedMessage octets) {
     if (options_.form == MessageForm::kJson) {
         return message_.Decode(decoding, octets, options_.decode);
     }
-    if (!options_.decode.tolerant && !options_.notes) {
-        textIsJson_ = !countsFaults_ && !countsTypes_;  // which look into the text
-        if (!textIsJson_) {
-            return DecodeInto(decoding, octets, text_, diagnostics_);
-        }
+    if (!needsMessage_) {
+        textIsJson_ = true;
         text_.clear();
         return AppendTextAsJson(decoding, octets, text_, diagnostics_);
     }
@@ -150,7 +134,7 @@ bool Answerer::DecodeAs(Decoding decoding, PaddedMessage octets) {
 void Answerer::Choose(PaddedMessage octets) {
     choice_ = ChooseFunction(octets, function_.direction, options_.decode, message_);
     if (choice_.taken) {
-        function_ = {Decodings()[static_cast<std::size_t>(*choice_.taken)].name, choice_.taken};
+        function_ = {InfoOf(*choice_.taken).name, choice_.taken};
     }
 }
 
@@ -180,18 +164,16 @@ void Answerer::Count(bool found) {
     if (!found) {
         return tally_.AddUnknown();
     }
-    const bool asJson = options_.form == MessageForm::kJson;
-    tally_.AddMessage(countsFaults_ && (asJson ? message_.Code() != 0 || message_.FaultCount() > 0
-                                               : !diagnostics_.empty() || HasErrorLine(text_)));
-    if (countsTypes_) {
-        tally_.AddType(function_.name, asJson ? message_.TypeName() : TypeNameIn(text_));
+    tally_.AddMessage(needsMessage_ && IsFaulty(message_));
+    if (summary_) {
+        tally_.AddType(function_.name, message_.TypeName());
     }
 }
 
 void Answerer::AddNames(std::string_view key, const std::vector<Decoding>& decodings) {
     std::string names;
     for (const Decoding decoding : decodings) {
-        names.append(Decodings()[static_cast<std::size_t>(decoding)].name).append("\n");
+        names.append(InfoOf(decoding).name).append("\n");
     }
     json_.AddLines(key, names);
 }

@@ -31,8 +31,9 @@ class Answerer {
   public:
     explicit Answerer(const BatchOptions& options)
         : options_(options.show),
-          countsFaults_(options.show.strict || options.summary),
-          countsTypes_(options.summary) {}
+          summary_(options.summary),
+          needsMessage_(options.show.form == MessageForm::kJson || options.show.strict ||
+                        options.show.notes || options.show.decode.tolerant || options.summary) {}
 
     /// Appends the answer, if the line is neither blank nor a comment.
     void Answer(const InputLine& line);
@@ -63,8 +64,8 @@ class Answerer {
     void Refuse(const InputLine& line, const std::string& problem);
 
     ShowOptions options_;
-    bool countsFaults_;
-    bool countsTypes_;
+    bool summary_;
+    bool needsMessage_;  // a text alone does not do
     Tally tally_;
     JsonLines json_;
     MessageLine request_;

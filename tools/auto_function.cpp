@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <tuple>
 
+#include "bits/bit_reader.h"
+#include "tools/function_name.h"
+#include "tools/tolerant.h"
+
 namespace quorvane::tool {
 namespace {
 
@@ -26,12 +30,12 @@ bool MayHaveLength(const facade::DecodingRow& row, PaddedMessage octets) {
 
 /// Whether nothing but fill octets of GSM's data link is left of what is readable of the message.
 bool IsFill(PaddedMessage octets, std::int64_t usedBits) {
-    constexpr std::uint8_t kFill = 0x2B;
     const auto used = static_cast<std::size_t>((usedBits + 7) / 8);
     const auto length = static_cast<std::size_t>(std::max(octets.length, 0));
-    return used >= length || (length <= octets.capacity &&
-                              std::all_of(octets.octets + used, octets.octets + length,
-                                          [](std::uint8_t octet) { return octet == kFill; }));
+    return used >= length ||
+           (length <= octets.capacity &&
+            std::all_of(octets.octets + used, octets.octets + length,
+                        [](std::uint8_t octet) { return octet == bits::kFillOctet; }));
 }
 
 std::optional<Fit> FitOf(Decoding decoding, PaddedMessage octets, DecodeOptions options,
@@ -40,12 +44,11 @@ std::optional<Fit> FitOf(Decoding decoding, PaddedMessage octets, DecodeOptions 
     if (!MayHaveLength(row, octets) || !message.Decode(decoding, octets, options)) {
         return std::nullopt;
     }
-    const bool clean = message.Code() == 0 && message.FaultCount() == 0;
     const bool whole = row.fixedBits > 0 || IsFill(octets, message.BitsConsumed());
     return Fit{row.start != Start::kDiscriminator,
-               !clean  ? Fit::Reading::kFaulty
-               : whole ? Fit::Reading::kWhole
-                       : Fit::Reading::kClean,
+               IsFaulty(message) ? Fit::Reading::kFaulty
+               : whole           ? Fit::Reading::kWhole
+                                 : Fit::Reading::kClean,
                row.start, decoding};
 }
 
@@ -111,7 +114,7 @@ std::string NamesOf(const std::vector<Decoding>& decodings) {
     for (std::size_t index = 0; index < decodings.size(); ++index) {
         const bool last = index + 1 == decodings.size();
         names += index == 0 ? "" : last ? " and " : ", ";
-        names += Decodings()[static_cast<std::size_t>(decodings[index])].name;
+        names += InfoOf(decodings[index]).name;
     }
     return names;
 }

@@ -1,9 +1,7 @@
 // Many messages: lines in, JSON objects out, in constant memory.
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
-#include <thread>
 
 #include "tools/answerer.h"
 #include "tools/commands.h"
@@ -33,9 +31,8 @@ class BatchRun {
   public:
     BatchRun(const BatchOptions& options, std::optional<std::uint64_t> allOctets)
         : answerer_(options), progress_(allOctets) {
-        const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
-        if (const unsigned jobs = options.jobs == 0 ? cores : options.jobs; jobs > 1) {
-            parallel_.emplace(options, jobs);
+        if (const unsigned threads = ThreadsOf(options.jobs); threads > 1) {
+            parallel_.emplace(options, threads);
         }
     }
 

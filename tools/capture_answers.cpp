@@ -5,8 +5,10 @@
 #include <cstdio>
 #include <optional>
 
+#include "facade/utf8.h"
 #include "quorvane/decode.h"
 #include "quorvane/json.h"
+#include "tools/function_name.h"
 #include "tools/hex.h"
 #include "tools/tolerant.h"
 
@@ -15,10 +17,6 @@ namespace {
 
 using capture::FoundMessage;
 using capture::Source;
-
-std::string_view FunctionName(Decoding decoding) {
-    return Decodings()[static_cast<std::size_t>(decoding)].name;
-}
 
 std::string_view InterfaceName(Source::Interface interface) {
     switch (interface) {
@@ -114,7 +112,7 @@ void CaptureAnswers::AddJson(const FoundMessage& found, const Message& message) 
         json_.AddFlag("pcs", source.isPcs);
         json_.Add("tdma", source.tdmaFrame);
     }
-    json_.Add("fn", FunctionName(found.decoding));
+    json_.Add("fn", InfoOf(found.decoding).name);
     json_.Add("length", static_cast<std::int64_t>(found.octets.size()));
     json_.Add("hex", ToHex(found.octets, ""));
     json_.Add("ret", message.IsFound() ? 1 : 0);
@@ -126,7 +124,7 @@ void CaptureAnswers::AddJson(const FoundMessage& found, const Message& message) 
 
 void CaptureAnswers::AddCsv(const FoundMessage& found, const Message& message) {
     rowStart_ = std::to_string(found.source.packet);
-    rowStart_.append(",").append(FunctionName(found.decoding)).append(",");
+    rowStart_.append(",").append(InfoOf(found.decoding).name).append(",");
     // The message itself: no path, its name as words, and all of its bits.
     output_.append(rowStart_).append(",,").append(message.TypeName()).append(",0,");
     output_.append(std::to_string(8 * found.octets.size())).append("\n");
@@ -185,14 +183,13 @@ void CaptureAnswers::AddRow(const Field& field) {
 void CaptureAnswers::AddCsvText(std::string_view text) {
     const bool isQuoted = text.find_first_of(",\"\r\n") != std::string_view::npos;
     output_.append(isQuoted ? "\"" : "");
-    for (const char character : text) {
-        constexpr char kSharpS = '\xDF';  // the one character of words that is not ASCII
-        if (character == kSharpS) {
-            output_.append("\xC3\x9F");
-        } else {
-            output_.append(character == '"' ? 2 : 1, character);
-        }
+    for (std::size_t quote = text.find('"'); quote != std::string_view::npos;
+         quote = text.find('"')) {
+        facade::AppendAsUtf8(output_, text.substr(0, quote + 1));
+        output_.append("\"");
+        text.remove_prefix(quote + 1);
     }
+    facade::AppendAsUtf8(output_, text);
     output_.append(isQuoted ? "\"" : "");
 }
 

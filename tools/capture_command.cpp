@@ -9,7 +9,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -22,6 +21,7 @@
 #include "tools/field_condition.h"
 #include "tools/ordered_jobs.h"
 #include "tools/system.h"
+#include "tools/tolerant.h"
 
 namespace quorvane::tool {
 namespace {
@@ -151,7 +151,7 @@ class GroupDecoder {
         Tally& tally = tallies_.of[static_cast<std::size_t>(found.decoding)];
         ++tally.messages;
         tally.unknown += isKnown ? 0U : 1U;
-        tally.faulty += message_.FaultCount() > 0 ? 1U : 0U;
+        tally.faulty += isKnown && IsFaulty(message_) ? 1U : 0U;
         if (filter_->Lets(found.decoding, message_)) {
             ++tallies_.shown;
             answers_.Add(found, message_);
@@ -166,11 +166,9 @@ class GroupDecoder {
 };
 
 std::vector<GroupDecoder> MakeDecoders(const CaptureOptions& options, CaptureForm form) {
-    const unsigned count =
-        options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
     const auto filter = std::make_shared<const Filter>(options);
     std::vector<GroupDecoder> decoders;
-    for (unsigned index = 0; index < count; ++index) {
+    for (unsigned index = 0; index < ThreadsOf(options.jobs); ++index) {
         decoders.emplace_back(options, form, filter);
     }
     return decoders;

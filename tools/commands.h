@@ -111,7 +111,10 @@ struct GenerateOptions {
 /// Prints lines for Batch of messages drawn at random.
 int Generate(const GenerateOptions& options);
 
-/// Writes to standard output; throws UsageError if that fails.
+/// What to throw when standard output takes no more; errno has the reason.
+UsageError CannotWrite();
+
+/// Writes to standard output; throws CannotWrite if that fails.
 void Print(std::string_view text);
 
 }  // namespace quorvane::tool

@@ -133,7 +133,7 @@ int Decode(const std::string& name, const OctetSource& source, const ShowOptions
     } else {
         PrintAsText(*decoding, padded, options, message);
     }
-    const DecodingInfo& info = Decodings()[static_cast<std::size_t>(*decoding)];
+    const DecodingInfo& info = InfoOf(*decoding);
     if (!info.described) {
         Tell(NotDescribed(info.name));
         return kNotDescribed;
@@ -142,8 +142,7 @@ int Decode(const std::string& name, const OctetSource& source, const ShowOptions
         TellOtherDirection(OtherDirection(*decoding, padded, options.decode, message));
         return kNotFound;
     }
-    const bool faulty = message.Code() != 0 || message.FaultCount() > 0;
-    return options.strict && faulty ? kFaulty : kDone;
+    return options.strict && IsFaulty(message) ? kFaulty : kDone;
 }
 
 }  // namespace quorvane::tool

@@ -4,6 +4,7 @@
 
 #include "quorvane/message.h"
 #include "tools/commands.h"
+#include "tools/function_name.h"
 #include "tools/hex.h"
 #include "tools/input_file.h"
 #include "tools/line_reader.h"
@@ -110,7 +111,7 @@ class EncodeRun {
 
 int Encode(const std::string& function, const std::string& file) {
     const Decoding decoding = DecodingNamed(function);
-    if (!Decodings()[static_cast<std::size_t>(decoding)].described) {
+    if (!InfoOf(decoding).described) {
         std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
         return kNotDescribed;
     }

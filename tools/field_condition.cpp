@@ -5,29 +5,18 @@
 #include <set>
 
 #include "tools/commands.h"
+#include "tools/edit_distance.h"
 #include "tools/hex.h"
 
 namespace quorvane::tool {
 namespace {
 
-char Lower(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-}
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return Lower(c); });
-    return lower;
-}
-
-bool EqualsLower(std::string_view text, std::string_view lower) {
-    return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
-                      [](char a, char b) { return Lower(a) == b; });
+bool EqualsInAnyCase(std::string_view left, std::string_view right) {
+    return std::ranges::equal(left, right, SameLetter);
 }
 
 std::optional<std::uint32_t> NumberOf(std::string_view text) {
-    const bool isHex = text.starts_with("0x");
+    const bool isHex = text.starts_with("0x") || text.starts_with("0X");
     text.remove_prefix(isHex ? 2 : 0);
     std::uint32_t number = 0;
     const char* end = text.data() + text.size();
@@ -35,12 +24,13 @@ std::optional<std::uint32_t> NumberOf(std::string_view text) {
     return status == std::errc() && parsedEnd == end ? std::optional(number) : std::nullopt;
 }
 
-/// Collects the names of all members below `type`. Types that were seen are passed over.
+/// Collects the names of all members below `type`. Named types that were seen are passed over; the
+/// others belong to one member each.
 void AddNames(Type type, std::set<std::string_view>& seen, std::set<std::string_view>& names) {
     if (type.Kind() == FieldKind::kSequence) {
         return AddNames(type.ItemType(), seen, names);
     }
-    if (type.MemberCount() == 0 || !seen.insert(type.Name()).second) {
+    if (!type.Name().empty() && !seen.insert(type.Name()).second) {
         return;
     }
     for (std::size_t index = 0; index < type.MemberCount(); ++index) {
@@ -70,7 +60,7 @@ FieldCondition::FieldCondition(const std::string& text) {
         const bool isNot = path.ends_with('!');
         path.remove_suffix(isNot ? 1 : 0);
         relation_ = isNot ? Relation::kIsNot : Relation::kIs;
-        value_ = Lower(std::string_view(text).substr(sign + 1));
+        value_ = text.substr(sign + 1);
         number_ = NumberOf(value_);
         if (value_.empty()) {
             throw UsageError("--where " + text + ": a value was expected behind =");
@@ -143,9 +133,9 @@ bool FieldCondition::HasValue(const Field& field) const {
         case FieldKind::kNumber:
             return number_ == field.Number();
         case FieldKind::kEnumerated:
-            return number_ == field.Number() || EqualsLower(field.Words(), value_);
+            return number_ == field.Number() || EqualsInAnyCase(field.Words(), value_);
         case FieldKind::kBits:
-            return EqualsLower(ToHex(field.Octets(), ""), value_);
+            return EqualsInAnyCase(ToHex(field.Octets(), ""), value_);
         default:
             return std::any_of(field.begin(), field.end(), [this](const Field& item) {
                 return item.Name().empty() && HasValue(item);

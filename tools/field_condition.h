@@ -2,7 +2,7 @@
 
 // What a message has to have: "EMMCause=15".
 //
-// Tests: tests/capture/field_condition_test.cpp.
+// Tests: tests/capture/capture_command_test.cpp.
 
 #include <cstdint>
 #include <optional>

@@ -28,7 +28,7 @@ void VisitFunctions(Visitor&& visitor) {
 
 std::optional<Function> FindFunction(std::string_view name) {
     if (const auto decoding = FindDecoding(name)) {
-        return Function{Decodings()[static_cast<std::size_t>(*decoding)].name, decoding};
+        return Function{InfoOf(*decoding).name, decoding};
     }
     std::optional<Function> found;
     VisitFunctions([&](const Function& function) {

@@ -13,6 +13,10 @@
 
 namespace quorvane::tool {
 
+inline const DecodingInfo& InfoOf(Decoding decoding) {
+    return Decodings()[static_cast<std::size_t>(decoding)];
+}
+
 /// What reads a message: a decoding, or all of a direction are tried (auto_function.h).
 struct Function {
     std::string_view name;                                   // to the letter

@@ -1,6 +1,7 @@
 #include "facade/decodings.h"
 #include "quorvane/decode.h"
 #include "tools/commands.h"
+#include "tools/function_name.h"
 #include "tools/hex.h"
 #include "tools/message_generator.h"
 
@@ -22,7 +23,7 @@ std::uint32_t TagOf(const families::Family& family, const iecodec::MessageSetRow
 
 int Generate(const GenerateOptions& options) {
     const Decoding decoding = DecodingNamed(options.function);
-    const std::string function(Decodings()[static_cast<std::size_t>(decoding)].name);
+    const std::string function(InfoOf(decoding).name);
     const facade::Binding& binding = facade::BindingOf(decoding);
     if (binding.set == nullptr) {
         throw UsageError(NotDescribed(function));

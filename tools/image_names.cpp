@@ -42,7 +42,7 @@ void ImageNames::CollectParents(const csn::CsnProgram& program) {
 ImageNames::Type ImageNames::TypeNamed(std::string_view name) const {
     const auto types = family_.types.types;
     const auto found = std::find_if(types.begin(), types.end(), [&](const reflect::TypeRow& type) {
-        return type.named && family_.types.NameOf(type) == name;
+        return type.IsNamed() && family_.types.NameOf(type) == name;
     });
     return found == types.end() ? nullptr : &*found;
 }

@@ -6,12 +6,10 @@
 #include <charconv>
 #include <cstring>
 
-#include "tools/hex.h"
+#include "facade/json_string.h"
 
 namespace quorvane::tool {
 namespace {
-
-constexpr std::size_t kLongestEscape = 6;  // \u001F
 
 // What is copied and looked through at once.
 using Step [[gnu::vector_size(16)]] = unsigned char;
@@ -32,32 +30,6 @@ std::size_t PlainCharacters(const char* text) {
     const int ahead = std::endian::native == std::endian::little ? std::countr_zero(half)
                                                                  : std::countl_zero(half);
     return static_cast<std::size_t>(ahead) / 8 + (first ? 0 : kStep / 2);
-}
-
-// The letter behind the backslash; 0 for characters that stand for themselves or need \u.
-constexpr std::array<char, 256> kLetters = [] {
-    std::array<char, 256> letters{};
-    letters['\n'] = 'n';
-    letters['\r'] = 'r';
-    letters['\t'] = 't';
-    letters['"'] = '"';
-    letters['\\'] = '\\';
-    return letters;
-}();
-
-char* PutCharacter(char* at, char character) {
-    const auto value = static_cast<unsigned char>(character);
-    if (kLetters[value] != 0) {
-        *at++ = '\\';
-        *at++ = kLetters[value];
-    } else if (value < 0x20) {
-        at = std::copy_n("\\u00", 4, at);
-        *at++ = kHexDigits[value >> 4];
-        *at++ = kHexDigits[value & 15];
-    } else {
-        *at++ = character;
-    }
-    return at;
 }
 
 }  // namespace
@@ -113,7 +85,7 @@ void JsonLines::AddKey(std::string_view key) {
 }
 
 void JsonLines::PutString(std::string_view text) {
-    MakeRoom(kLongestEscape * text.size() + kStep + 2);
+    MakeRoom(facade::JsonStringRoom(text.size()) + kStep);
     char* at = buffer_.data() + used_;
     *at++ = '"';
     const char* next = text.data();
@@ -126,13 +98,13 @@ void JsonLines::PutString(std::string_view text) {
         next += plain;
         left -= plain;
         if (plain < kStep) {
-            at = PutCharacter(at, *next);
+            at = facade::PutJsonCharacter(at, *next);
             ++next;
             --left;
         }
     }
     for (; left > 0; ++next, --left) {
-        at = PutCharacter(at, *next);
+        at = facade::PutJsonCharacter(at, *next);
     }
     *at++ = '"';
     used_ = static_cast<std::size_t>(at - buffer_.data());

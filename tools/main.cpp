@@ -1,23 +1,18 @@
 // quorvane: decodes messages on the command line and shows what the library knows.
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <iostream>
 
 #include "tools/commands.h"
 #include "tools/completion.h"
 #include "tools/described_family.h"
 #include "tools/help.h"
-#include "tools/system.h"
 
 namespace quorvane::tool {
 namespace {
-
-const std::string kCannotWrite = "cannot write to standard output: ";
 
 /// What is wrong with `text` as a number without sign, or nothing: where it is read, a negative or
 /// larger number wraps around.
@@ -201,7 +196,7 @@ int Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         const int status = app.exit(error);
         if (!std::cout.flush()) {
-            throw UsageError(kCannotWrite + std::strerror(errno));
+            throw CannotWrite();
         }
         return status == 0 ? kDone : kWrongUse;
     }
@@ -252,12 +247,6 @@ int Run(int argc, char** argv) {
 }
 
 }  // namespace
-
-void Print(std::string_view text) {
-    if (!WriteAll(kStandardOutput, text)) {
-        throw UsageError(kCannotWrite + std::strerror(errno));
-    }
-}
 
 }  // namespace quorvane::tool
 

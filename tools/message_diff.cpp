@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "facade/utf8.h"
+#include "tools/function_name.h"
 #include "tools/hex.h"
 
 namespace quorvane::tool {
@@ -49,8 +50,7 @@ class Comparer {
     void CompareHeads(const Message& before, const Message& after) {
         const auto nameOf = [](const Message& message) {
             const std::optional<Decoding> decoding = message.GetDecoding();
-            return decoding ? std::string(Decodings()[static_cast<std::size_t>(*decoding)].name)
-                            : std::string("none");
+            return decoding ? std::string(InfoOf(*decoding).name) : std::string("none");
         };
         CompareTexts("decoding", nameOf(before), nameOf(after));
         CompareTexts("type", std::string(before.TypeName()), std::string(after.TypeName()));

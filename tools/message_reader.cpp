@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "facade/utf8.h"
+#include "tools/function_name.h"
 #include "tools/hex.h"
 
 namespace quorvane::tool {
@@ -307,7 +308,7 @@ std::optional<Decoding> DecodingOf(std::optional<Decoding> told, const Json* jso
     }
     if (told && *told != *named) {
         problem = "decoding is " + std::string(TextOf(*json)) + ", not " +
-                  std::string(Decodings()[static_cast<std::size_t>(*told)].name);
+                  std::string(InfoOf(*told).name);
         return std::nullopt;
     }
     return named;

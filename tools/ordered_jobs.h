@@ -4,6 +4,7 @@
 //
 // Tests: tests/tool/ordered_jobs_test.cpp.
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,11 @@
 #include <vector>
 
 namespace quorvane::tool {
+
+/// How many threads `jobs` of a command line asks for; 0: one for each core.
+inline unsigned ThreadsOf(unsigned jobs) {
+    return jobs != 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1U);
+}
 
 /// Each job is worked on by one of several threads, many jobs at once, and then delivered by the
 /// same thread, one job at a time, in the order in which they were submitted. At most twice as many

@@ -62,4 +62,8 @@ void ShowAsText(const Message& message, std::string& text, std::string& diagnost
     }
 }
 
+bool IsFaulty(const Message& message) {
+    return message.Code() != 0 || message.FaultCount() > 0;
+}
+
 }  // namespace quorvane::tool

@@ -1,6 +1,6 @@
 #pragma once
 
-// Tolerant reading as a text.
+// Messages as texts, read strictly or tolerantly, with what is wrong with them.
 //
 // Tests: tests/tool/tolerant_test.cpp.
 
@@ -17,5 +17,8 @@ bool DecodeAsText(Message& message, Decoding decoding, PaddedMessage octets, Dec
 
 /// The same of a message that is decoded.
 void ShowAsText(const Message& message, std::string& text, std::string& diagnostics);
+
+/// Whether anything is wrong with a message that was decoded: an error may come without a fault.
+bool IsFaulty(const Message& message);
 
 }  // namespace quorvane::tool

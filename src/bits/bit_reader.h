@@ -11,6 +11,9 @@
 
 namespace quorvane::bits {
 
+/// What GSM fills frames and rest octets with.
+inline constexpr std::uint8_t kFillOctet = 0x2B;
+
 class BitReader {
   public:
     /// Reads of the `octetCount` octets at `octets`, which must outlive the reader.

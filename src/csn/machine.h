@@ -222,9 +222,9 @@ bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback);
 
 // What the machine is made of; actions and value functions call some of it.
 
-/// The bit of GSM's padding octet 2B at `position`: the bit L equals it, H differs.
+/// The bit of the fill octet at `position`: the bit L equals it, H differs.
 [[nodiscard]] inline std::uint32_t PaddingBit(std::int32_t position) {
-    return 0x2BU >> (7 - (position & 7)) & 1U;
+    return std::uint32_t{bits::kFillOctet} >> (7 - (position & 7)) & 1U;
 }
 
 /// Pushes the current state with `value` cut to 30 bits and `kind` of CsnEntryKind. A full stack

@@ -41,7 +41,7 @@ constexpr Next FailUnless(bool good) {
 /// padding.
 std::int32_t RunOf(PlanOp op, const bits::BitReader& reader, std::int32_t position,
                    std::int32_t most) {
-    constexpr std::uint64_t kPadding = 0x2B2B2B2B2B2B2B2B;
+    constexpr std::uint64_t kPadding = bits::kFillOctet * 0x0101010101010101U;
     const std::uint64_t wanted = op == PlanOp::kBit0   ? 0
                                  : op == PlanOp::kBit1 ? ~std::uint64_t{0}
                                  : op == PlanOp::kBitL ? kPadding

@@ -32,17 +32,20 @@ char* PutEscaped(char* at, char character) {
 
 }  // namespace
 
+char* PutJsonCharacter(char* at, char character) {
+    if (static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\') {
+        return PutEscaped(at, character);
+    }
+    *at++ = character;
+    return at;
+}
+
 char* PutJsonString(char* at, std::string_view words) {
     *at++ = '"';
     for (const char character : words) {
         const auto value = static_cast<unsigned char>(character);
-        if (value >= 0x80) {
-            at = std::ranges::copy(Utf8Of(value), at).out;
-        } else if (value < 0x20 || character == '"' || character == '\\') {
-            at = PutEscaped(at, character);
-        } else {
-            *at++ = character;
-        }
+        at = value < 0x80 ? PutJsonCharacter(at, character)
+                          : std::ranges::copy(Utf8Of(value), at).out;
     }
     *at++ = '"';
     return at;

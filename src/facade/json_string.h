@@ -9,6 +9,10 @@
 
 namespace quorvane::facade {
 
+/// Writes a character of ASCII, or an octet of another one in UTF-8, as it stands in a string of
+/// JSON, and returns where it ends.
+char* PutJsonCharacter(char* at, char character);
+
 /// How many octets PutJsonString writes at most for `size` characters.
 constexpr std::size_t JsonStringRoom(std::size_t size) {
     constexpr std::size_t kLongestCharacter = 6;  // \u001F

@@ -5,12 +5,9 @@
 namespace quorvane::iecodec {
 namespace {
 
-/// What GSM fills a frame with behind a message.
-constexpr std::uint8_t kFillOctet = 0x2B;
-
 /// Where what is left is padding throughout; `end` if nothing is.
 std::int64_t PaddingAt(const bits::BitReader& reader, std::int64_t from, std::int64_t end) {
-    while (end - from >= 8 && reader.ReadOctet(end - 8) == kFillOctet) {
+    while (end - from >= 8 && reader.ReadOctet(end - 8) == bits::kFillOctet) {
         end -= 8;
     }
     return end;
@@ -53,7 +50,7 @@ bool KeepsRest(DecodeContext& context, const FieldRow& field, const bits::Cell& 
 
 void KeepPassed(DecodeContext& context, const bits::Cell& message, std::int64_t from,
                 std::int64_t to, std::int64_t end) {
-    const bool maybePadding = to == end || context.reader.ReadOctet(from) == kFillOctet;
+    const bool maybePadding = to == end || context.reader.ReadOctet(from) == bits::kFillOctet;
     const std::int64_t stop =
         maybePadding ? std::min(to, PaddingAt(context.reader, from, end)) : to;
     while (from < stop) {

@@ -14,11 +14,12 @@ using bits::Cell;
 using bits::MakeFieldLocator;
 using bits::Outcome;
 
-void DecodeInteger(DecodeContext& context, const ValueRow& row, std::int64_t position, Cell& cell) {
-    cell.number = context.reader.Read(position, row.width);
+void StoreInteger(Cell& cell, std::uint32_t number, bool located, std::int64_t position,
+                  std::int32_t width) {
+    cell.number = number;
     cell.reached = true;
-    if (row.located) {
-        MakeFieldLocator(cell.location, position, row.width);
+    if (located) {
+        MakeFieldLocator(cell.location, position, width);
     }
 }
 
@@ -46,12 +47,8 @@ class PartDecoder {
     /// fixed place is as wide as its place, whatever its decoder came to.
     Outcome Decode(const PartRow& part, std::int64_t position) {
         if (part.kind == PartRow::Kind::kInteger) {
-            Cell& cell = cells_[part.element];
-            cell.number = window_.Read(position, part.width);
-            cell.reached = true;
-            if (part.located) {
-                MakeFieldLocator(cell.location, position, part.width);
-            }
+            StoreInteger(cells_[part.element], window_.Read(position, part.width), part.located,
+                         position, part.width);
             return part.width;
         }
         return part.kind == PartRow::Kind::kSkip ? Outcome(part.width)
@@ -291,7 +288,8 @@ Outcome DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t po
     cell.reached = true;
     switch (row.shape) {
         case Shape::kInteger:
-            DecodeInteger(context, row, position, cell);
+            StoreInteger(cell, context.reader.Read(position, row.width), row.located, position,
+                         row.width);
             return row.width;
         case Shape::kBinary:
             return DecodeBinary(context, row, position, cell, length);

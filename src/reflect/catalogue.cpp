@@ -18,9 +18,10 @@ class Builder {
     TEDClassBase* Make(std::uint16_t type, std::string_view around, std::string_view member) {
         TEDClassBase*& made = byType_[type];
         const TypeRow& row = tables_.types[type];
-        assert(made == nullptr || row.named);
+        assert(made == nullptr || row.IsNamed());
         if (made == nullptr) {
-            made = MakeNew(row, row.named ? tables_.NameOf(row) : Kept(InlineName(around, member)));
+            made = MakeNew(row,
+                           row.IsNamed() ? tables_.NameOf(row) : Kept(InlineName(around, member)));
         }
         return made;
     }
@@ -44,7 +45,7 @@ class Builder {
             case TypeKind::kSequence:
                 return new (arena_)
                     TEDClassSequence(arena_, name, Make(row.first, name, kItemName),
-                                     !tables_.types[row.first].named, row.size, row.fixed);
+                                     !tables_.types[row.first].IsNamed(), row.size, row.fixed);
             case TypeKind::kStruct:
                 return WithElements(row, new (arena_) TEDClassStruct(arena_, name));
             case TypeKind::kUnion:
@@ -77,7 +78,7 @@ class Builder {
         for (const ElementRow& element : tables_.ElementsOf(row)) {
             made->AdoptElement(new (arena_) TEDClassStructuredElement(
                 arena_, tables_.TextAt(element.label), byType_[element.type],
-                !tables_.types[element.type].named, element.optional));
+                !tables_.types[element.type].IsNamed(), element.optional));
         }
         return made;
     }

@@ -61,12 +61,14 @@ struct ElementRow {
 struct TypeRow {
     TextRef name;  // empty: an inline type
     TypeKind kind;
-    bool named;  // in the catalogue's list; its users do not own it
     bool fixed;  // binaries: always `size` bits
     std::uint32_t
         size;  // integer, enumerated: bits (0: no value); binary: most bits; sequence: bound
     std::uint16_t first;  // struct, union: first element; sequence: item type; enumerated: EnumRow
     std::uint16_t count;  // struct, union: elements
+
+    /// In the catalogue's list; its users do not own it.
+    [[nodiscard]] constexpr bool IsNamed() const { return name.length != 0; }
 };
 
 /// The last part of the name of a sequence's inline item.

@@ -2,14 +2,17 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "capture/capture_writer.h"
 #include "quorvane/json.h"
+#include "support/golden_file.h"
 #include "support/sanitized.h"
 #include "tool/tool_runner.h"
+#include "tools/field_condition.h"
 
 namespace quorvane::capture {
 namespace {
@@ -218,6 +221,16 @@ TEST_F(CaptureCommandTest, QuotesCsv) {
               "1,EPS_SMDownlink,ESMCause,111,\"Protocol error, unspecified\",24,8\n");
 }
 
+TEST_F(CaptureCommandTest, IsUtf8InCsv) {
+    // ALERTING with a progress indicator of coding standard 3, the one text that is not ASCII.
+    CaptureWriter writer;
+    for (const auto& segment : LapdmSegments(Hex("83 01 1E 02 E2 81"))) {
+        writer.Add(GsmtapPacket(Um(kUmSdcch8), segment));
+    }
+    EXPECT_TRUE(Has(Capture("--format csv", writer).output,
+                    ",3,Standard defined for the GSM\xC3\x9FPLMNS as described below,"));
+}
+
 TEST_F(CaptureCommandTest, ShowsListsInCsv) {
     // PDN CONNECTIVITY REQUEST with one protocol option, 000D, of two octets.
     const Outcome outcome = Capture("--format csv --function EPS_SMUplink",
@@ -287,6 +300,31 @@ TEST_F(CaptureCommandTest, Filters) {
     }
 }
 
+// Wherever in a message it stands, a field can be asked for.
+TEST_F(CaptureCommandTest, KnowsTheNamesOfAllFields) {
+    std::set<std::string> names;
+    for (const auto& path : quorvane::test::FindGoldenFiles(QUORVANE_SOURCE_DIR "/tests/golden")) {
+        std::string problem;
+        const auto golden = quorvane::test::ReadGoldenFile(path, problem);
+        ASSERT_TRUE(golden) << problem;
+        Message message;
+        message.Decode(golden->decoding,
+                       {golden->octets.data(), golden->length, golden->octets.size()});
+        Visit(message.Root(), [&](const Field& field, unsigned depth) {
+            if (depth > 0 && !field.Name().empty()) {
+                names.emplace(field.Name());
+            }
+            return true;
+        });
+    }
+    std::string path;
+    for (const std::string& name : names) {
+        path.append(path.empty() ? "" : ".").append(name);
+    }
+    EXPECT_GT(names.size(), 500U);
+    EXPECT_NO_THROW(tool::FieldCondition{path});
+}
+
 TEST_F(CaptureCommandTest, RefusesWrongFilters) {
     const CaptureWriter writer = Nas({"07 44 0F"});
     const auto refusal = [&](const std::string& options) {
@@ -308,7 +346,9 @@ TEST_F(CaptureCommandTest, RefusesWrongFilters) {
 }
 
 TEST_F(CaptureCommandTest, CountsWhatItPasses) {
-    CaptureWriter writer = Nas({"07 44 0F", "07 99", "02 01 D0"});
+    // The third is cut short; the fourth ends in an error, an unknown element, without a fault.
+    CaptureWriter writer = Nas({"07 44 0F", "07 99", "02 01 D0",
+                                "07 42 01 49 06 00 62 F2 10 00 01 00 04 52 01 E8 6F 6E 01 00"});
     writer.Add(test::Ethernet(test::Ipv4(test::Udp(Hex("00"), 53))));
     writer.Add({GsmtapPacket(LteNas(false), Hex("07 44")), 0, 0, 1});
     WrittenPacket cut{GsmtapPacket(LteNas(false), Hex("07 44 0F"))};
@@ -322,12 +362,12 @@ TEST_F(CaptureCommandTest, CountsWhatItPasses) {
     const Outcome outcome = Capture("--json --where EMMCause", writer);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.errors,
-              "           9 packets\n"
-              "           4 messages\n"
-              "           3   EPS_MMDownlink\n"
+              "          10 packets\n"
+              "           5 messages\n"
+              "           4   EPS_MMDownlink\n"
               "           1   EPS_SMUplink\n"
               "           1 unknown messages\n"
-              "           2 messages with faults\n"
+              "           3 messages with faults\n"
               "           1 messages shown\n"
               "           5 packets without a message\n"
               "           1   packets cut by the capture\n"

@@ -15,6 +15,8 @@ using tool::test::ToolTest;
 const std::string kGood = "EPC_UE2SS 0F87\n";
 const std::string kUnknown = "EPC_UE2SS FFFF\n";
 const std::string kFaulty = "EPC_SS2UE 0F84\n";  // TS 36.509, 6.1: the loop mode is missing
+// ATTACH ACCEPT that ends in an unknown element: an error without a fault.
+const std::string kInError = "EPS_MMDownlink 07420149060062F210000100045201E86F6E0100\n";
 const std::string kBad = "EPC_UE2SS 0F8\n";
 
 TEST_F(ToolTest, StrictMakesFaultsAnExitStatus) {
@@ -27,6 +29,8 @@ TEST_F(ToolTest, StrictMakesFaultsAnExitStatus) {
         const std::string strict = std::string("batch --strict") + form;
         EXPECT_EQ(Run(strict, kGood).status, 0) << form;
         EXPECT_EQ(Run(strict, kGood + kFaulty + kGood).status, 4) << form;
+        // Tolerant reading goes on behind it.
+        EXPECT_EQ(Run(strict, kInError).status, std::string(form) == " --tolerant" ? 0 : 4) << form;
         EXPECT_EQ(Run(strict, kFaulty + kUnknown).status, 1) << form;
         EXPECT_EQ(Run(strict, kFaulty + kBad).status, 1) << form;
         EXPECT_EQ(Run(std::string("batch") + form, kGood + kFaulty + kUnknown).status, 0) << form;

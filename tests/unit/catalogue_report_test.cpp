@@ -149,9 +149,9 @@ TEST(CatalogueReport, Enumerations) {
 TEST(CatalogueReport, ElementsInsideSequencesAreListedBelowThem) {
     const std::array kElements = {ElementRow{test::Label("Item"), 2, false}};
     const std::array kRows = {
-        TypeRow{test::Stored("List"), TypeKind::kSequence, true, false, 20, 1, 0},
-        TypeRow{{}, TypeKind::kStruct, false, false, 0, 0, 1},
-        TypeRow{{}, TypeKind::kBinary, false, true, 40, 0, 0},
+        TypeRow{test::Stored("List"), TypeKind::kSequence, false, 20, 1, 0},
+        TypeRow{{}, TypeKind::kStruct, false, 0, 0, 1},
+        TypeRow{{}, TypeKind::kBinary, true, 40, 0, 0},
     };
     static constexpr std::array<std::uint16_t, 1> kNamed = {0};
     const Catalogue catalogue(TypeTables{test::TableTexts(), kRows, kElements, {}, {}, kNamed});

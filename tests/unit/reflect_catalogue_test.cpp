@@ -35,7 +35,7 @@ TEST(Catalogue, DescriptorsSayWhatTheTablesSay) {
     for (std::uint16_t type = 0; type < kMixedTables.types.size(); ++type) {
         ASSERT_NE(catalogue.GetDescriptor(type), nullptr) << type;
         const TypeRow& row = kMixedTables.types[type];
-        if (row.named) {
+        if (row.IsNamed()) {
             EXPECT_EQ(catalogue.GetDescriptor(type)->GetName(), kMixedTables.NameOf(row));
         }
     }
@@ -93,7 +93,7 @@ TEST(Catalogue, ElementsStandAtTheirPositions) {
             EXPECT_EQ(element->GetLabel(), kMixedTables.TextAt(expected.label));
             EXPECT_EQ(element->IsOptional(), expected.optional);
             EXPECT_EQ(element->GetType().GetTarget(), catalogue.GetDescriptor(expected.type));
-            EXPECT_EQ(element->GetType().IsOwned(), !kMixedTables.types[expected.type].named);
+            EXPECT_EQ(element->GetType().IsOwned(), !kMixedTables.types[expected.type].IsNamed());
         }
     }
 }
@@ -115,8 +115,7 @@ TEST(Catalogue, CopiesOfDescriptorsOutliveIt) {
 }
 
 TEST(Catalogue, ItsCapacityIsTheNextMultipleOfEight) {
-    std::vector<TypeRow> rows(119,
-                              TypeRow{test::Stored("T"), TypeKind::kInteger, true, false, 8, 0, 0});
+    std::vector<TypeRow> rows(119, TypeRow{test::Stored("T"), TypeKind::kInteger, false, 8, 0, 0});
     std::vector<std::uint16_t> named;
     for (std::uint16_t type = 0; type < rows.size(); ++type) {
         named.push_back(type);

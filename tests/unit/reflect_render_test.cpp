@@ -149,7 +149,7 @@ TEST_F(RenderTest, TellsWhetherItsTextIsPlain) {
                                       "e",
                                       3)};
     const std::array enums = {EnumRow{0, 3, 0, test::Stored("a\tb"), true, false}};
-    const std::array rows = {TypeRow{{}, TypeKind::kEnumerated, false, false, 4, 0, 0}};
+    const std::array rows = {TypeRow{{}, TypeKind::kEnumerated, false, 4, 0, 0}};
     const TypeTables tables{test::TableTexts(), rows, {}, enums, values, {}};
     const auto isPlain = [&](std::uint32_t number) {
         TextBuffer stream;
@@ -162,8 +162,7 @@ TEST_F(RenderTest, TellsWhetherItsTextIsPlain) {
 }
 
 TEST_F(RenderTest, UnionsWithoutAlternativesAreNotSet) {
-    const std::array kRows = {
-        TypeRow{test::Stored("Nothing"), TypeKind::kUnion, true, false, 0, 0, 0}};
+    const std::array kRows = {TypeRow{test::Stored("Nothing"), TypeKind::kUnion, false, 0, 0, 0}};
     TextBuffer stream;
     AppendText(stream, TypeTables{test::TableTexts(), kRows, {}, {}, {}, {}}, 0, Cell{});
     EXPECT_EQ(stream.View(), "NOT SET");

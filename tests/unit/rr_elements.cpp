@@ -51,11 +51,11 @@ const std::array kElements = {
 };
 
 TypeRow Struct(std::string_view name, std::uint16_t first, std::uint16_t count) {
-    return {reflect::test::Stored(name), TypeKind::kStruct, true, false, 0, first, count};
+    return {reflect::test::Stored(name), TypeKind::kStruct, false, 0, first, count};
 }
 
 const std::array kTypes = {
-    TypeRow{{}, TypeKind::kInteger, false, false, 32, 0, 0},
+    TypeRow{{}, TypeKind::kInteger, false, 32, 0, 0},
     Struct("TChType", 6, 2),
     Struct("NeighbourCellDescription", 0, 3),
     Struct("NeighbourCellDescription2", 3, 3),
@@ -65,9 +65,8 @@ const std::array kTypes = {
     Struct("ChannelRequest", 17, 3),
     Struct("RRMobileId", 20, 2),
     Struct("BitmapTypeReporting", 22, 2),
-    TypeRow{reflect::test::Stored("CellChannel"), TypeKind::kUnion, true, false, 0, 0, 0},
-    TypeRow{reflect::test::Stored("BaRange"), TypeKind::kSequence, true, false, 32, kIntegerType,
-            0},
+    TypeRow{reflect::test::Stored("CellChannel"), TypeKind::kUnion, false, 0, 0, 0},
+    TypeRow{reflect::test::Stored("BaRange"), TypeKind::kSequence, false, 32, kIntegerType, 0},
 };
 
 constexpr std::array<std::uint16_t, 11> kNamed = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};

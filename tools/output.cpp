@@ -1,0 +1,21 @@
+// What every command writes its answers with.
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/commands.h"
+#include "tools/system.h"
+
+namespace quorvane::tool {
+
+UsageError CannotWrite() {
+    return UsageError(std::string("cannot write to standard output: ") + std::strerror(errno));
+}
+
+void Print(std::string_view text) {
+    if (!WriteAll(kStandardOutput, text)) {
+        throw CannotWrite();
+    }
+}
+
+}  // namespace quorvane::tool
