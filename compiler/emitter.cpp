@@ -147,6 +147,26 @@ std::vector<TypeModel*> NumberTypes(const std::vector<TypeModel*>& named) {
     return ordered;
 }
 
+std::string LabelOf(const ElementModel& element) {
+    return element.name + ": ";
+}
+
+std::size_t LabelOctets(const TypeModel& type) {
+    std::size_t octets = 0;
+    for (const ElementModel& element : type.elements) {
+        octets += LabelOf(element).size();
+    }
+    return octets;
+}
+
+reflect::LineKind LineOf(const TypeModel& type) {
+    if (type.size > 0 && type.kind == Kind::kInteger) {
+        return reflect::LineKind::kInteger;
+    }
+    return type.size > 0 && type.kind == Kind::kEnumerated ? reflect::LineKind::kEnumerated
+                                                           : reflect::LineKind::kOther;
+}
+
 class Emitter {
   public:
     Emitter(std::ostream& out, const FamilySyntax& family, FamilyModel& model)
@@ -172,14 +192,14 @@ class Emitter {
             } else if (!type->elements.empty()) {
                 first = elements.Count();
                 for (const ElementModel& element : type->elements) {
-                    elements.Remarked(
-                        type->name + " " + element.name, texts.Add(element.name + ": "),
-                        element.type->index, element.optional,
-                        element.type->kind == Kind::kInteger && element.type->size > 0);
+                    elements.Remarked(type->name + " " + element.name, texts.Add(LabelOf(element)),
+                                      element.type->index, element.optional, LineOf(*element.type));
                 }
             }
             types.Remarked(type->name, texts.Add(type->named ? type->name : ""), type->kind,
-                           type->fixed, type->size, first, type->elements.size());
+                           type->fixed,
+                           type->kind == Kind::kStruct ? LabelOctets(*type) : type->size, first,
+                           type->elements.size());
         }
         Table named("std::uint16_t", "kNamed");
         for (const TypeModel* type : model_.named) {

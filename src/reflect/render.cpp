@@ -1,7 +1,7 @@
-// A line costs one check of the buffer's room where it can: indentation, label, location, number
-// and line end are written as whole words under it, and only texts and octets of any length ask for
-// more. Each function writes at `at`, where the buffer's slack stands open, and leaves at least as
-// much room for the line end.
+// A struct costs one check of the buffer's room where it can: indentation, label, location, number
+// and line end are written as whole words under it, and only what may be of any length asks for
+// more, and behind it for the rest of the lines anew. Each function writes at `at`, where the
+// buffer's slack stands open, and leaves at least as much room for the line end.
 
 #include "reflect/render.h"
 
@@ -14,9 +14,10 @@ namespace {
 
 using bits::Cell;
 
-// A location and a number fit in the slack, with what a number overwrites, a comma and the line
-// end.
-static_assert(kMostLocation + kMostDigits + 4 + 1 + 2 <= TextBuffer::kSlack);
+// The most octets of a line behind its label if it holds a number: location, number, a comma and
+// the line end.
+constexpr std::size_t kMostNumber = kMostLocation + kMostDigits + 1 + 2;
+static_assert(kMostNumber + sizeof(ReadyNumber) <= TextBuffer::kSlack);
 static_assert(kCopyStep <= TextBuffer::kSlack);
 
 template <LineEnd kEnd>
@@ -24,26 +25,10 @@ class Renderer {
   public:
     Renderer(TextBuffer& stream, const TypeTables& tables) : stream_(stream), tables_(tables) {}
 
-    char* PutValue(char* at, std::uint16_t type, const Cell& cell, std::size_t indent) {
-        const TypeRow& row = tables_.types[type];
-        // Nearly all items of sequences, which are worth no call of their own.
-        if (row.kind == TypeKind::kInteger) {
-            return PutInteger(at, NumberCell(row, cell));
-        }
-        return PutOther(at, row, cell, indent);
-    }
-
-    [[nodiscard]] bool IsPlain() const { return plain_; }
-
-  private:
-    static char* PutInteger(char* at, const Cell& held) {
-        return PutSigned(PutLocation(at, held.location), static_cast<std::int32_t>(held.number));
-    }
-
-    char* PutOther(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
+    char* PutValue(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
         switch (row.kind) {
             case TypeKind::kInteger:
-                break;
+                return PutInteger(at, NumberCell(row, cell));
             case TypeKind::kEnumerated:
                 return PutEnumerated(at, row, NumberCell(row, cell));
             case TypeKind::kBinary:
@@ -58,17 +43,24 @@ class Renderer {
         return at;
     }
 
+    [[nodiscard]] bool IsPlain() const { return plain_; }
+
+  private:
+    static char* PutInteger(char* at, const Cell& held) {
+        return PutSigned(PutLocation(at, held.location), static_cast<std::int32_t>(held.number));
+    }
+
     char* PutEnumerated(char* at, const TypeRow& row, const Cell& held) {
         at = PutLocation(at, held.location);
         const EnumRow& values = tables_.enums[row.first];
         if (const EnumValueRow* listed = tables_.FindValue(values, held.number)) {
-            plain_ = plain_ && listed->plain;
+            plain_ &= listed->plain;
             return PutText(at, listed->rendered);
         }
         if (!values.hasOtherText) {
             return PutUnsigned(at, held.number);
         }
-        plain_ = plain_ && values.otherIsPlain;
+        plain_ &= values.otherIsPlain;
         at = PutLiteral(PutText(at, values.otherText), " (");
         at = PutUnsigned(at, held.number);
         return PutLiteral(at, ")");
@@ -103,11 +95,15 @@ class Renderer {
     }
 
     char* PutSequence(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
+        const TypeRow& item = tables_.types[row.first];
+        const bool integers = item.kind == TypeKind::kInteger;
         at = PutLineEnd<kEnd>(PutLiteral(at, "["));
         const std::uint32_t count = ItemCount(cell);
         for (std::uint32_t index = 0; index < count; ++index) {
             at = PutIndent(stream_.RoomAt(at, 2 * (indent + 1)), indent + 1);
-            at = PutValue(at, row.first, cell.cells[index], indent + 2);
+            const Cell& held = cell.cells[index];
+            at = integers ? PutInteger(at, NumberCell(item, held))
+                          : PutValue(at, item, held, indent + 2);
             if (index + 1 < count) {
                 *at++ = ',';
             }
@@ -117,27 +113,28 @@ class Renderer {
     }
 
     char* PutStruct(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
-        at = PutLineEnd<kEnd>(PutLiteral(at, "{"));
         const std::size_t inner = indent + 1;
+        const std::size_t room = row.size + row.count * (2 * inner + kMostNumber) + 2 * indent;
+        at = stream_.RoomAt(PutLineEnd<kEnd>(PutLiteral(at, "{")), room);
         const Cell* next = &CellAt(cell.cells, 0);
         const std::ptrdiff_t step = cell.cells == nullptr ? 0 : 1;
         for (const ElementRow& element : tables_.ElementsOf(row)) {
             const Cell& member = *next;
             next += step;
-            const std::string_view label = tables_.TextAt(element.label);
-            at = PutIndent(stream_.RoomAt(at, 2 * inner + label.size()), inner);
-            at = PutPadded(at, label);
+            at = PutPadded(PutIndent(at, inner), tables_.TextAt(element.label));
             if (element.optional && !member.present) {
                 at = PutLiteral(at, "MISSING");
-            } else if (element.integer) {
+            } else if (element.line == LineKind::kInteger) {
                 at = PutInteger(at, member);
             } else {
-                at = PutValue(at, element.type, member, inner);
+                const TypeRow& type = tables_.types[element.type];
+                at = element.line == LineKind::kEnumerated ? PutEnumerated(at, type, member)
+                                                           : PutValue(at, type, member, inner);
+                at = stream_.RoomAt(at, room);
             }
             at = PutLineEnd<kEnd>(at);
         }
-        at = PutLiteral(PutIndent(stream_.RoomAt(at, 2 * indent), indent), "}");
-        return PutLineEnd<kEnd>(at);
+        return PutLineEnd<kEnd>(PutLiteral(PutIndent(at, indent), "}"));
     }
 
     char* PutText(char* at, TextRef ref) {
@@ -151,7 +148,8 @@ class Renderer {
         }
         const Choice choice = ChoiceOf(row, cell);
         const ElementRow& chosen = tables_.ElementsOf(row)[choice.index];
-        return PutValue(PutText(at, chosen.label), chosen.type, *choice.body, indent + 1);
+        return PutValue(PutText(at, chosen.label), tables_.types[chosen.type], *choice.body,
+                        indent + 1);
     }
 
     TextBuffer& stream_;
@@ -163,7 +161,7 @@ template <LineEnd kEnd>
 bool Append(TextBuffer& stream, const TypeTables& tables, std::uint16_t type, const Cell& cell,
             std::uint32_t indent) {
     Renderer<kEnd> renderer(stream, tables);
-    stream.Advance(renderer.PutValue(stream.Room(0), type, cell, indent));
+    stream.Advance(renderer.PutValue(stream.Room(0), tables.types[type], cell, indent));
     return renderer.IsPlain();
 }
 

@@ -64,42 +64,52 @@ inline char* PutIndent(char* at, std::size_t levels) {
     return at + blanks;
 }
 
-/// A number below 1000 in decimal, ready to be copied as one word.
-struct SmallNumber {
-    char digits[3];
+/// A number below 1000 in decimal with what stands behind it, ready to be copied as one word.
+struct ReadyNumber {
+    char text[7];
     std::uint8_t length;
 };
-static_assert(sizeof(SmallNumber) == 4);
+static_assert(sizeof(ReadyNumber) == 8);
 
-inline constexpr std::uint32_t kSmallNumberCount = 1000;
+inline constexpr std::uint32_t kReadyNumberCount = 1000;
+using ReadyNumbers = std::array<ReadyNumber, kReadyNumberCount>;
 
-inline constexpr std::array<SmallNumber, kSmallNumberCount> kSmallNumbers = [] {
-    std::array<SmallNumber, kSmallNumberCount> numbers{};
-    for (std::uint32_t value = 0; value < kSmallNumberCount; ++value) {
-        SmallNumber& number = numbers[value];
-        number.length = value < 10 ? 1 : value < 100 ? 2 : 3;
+constexpr ReadyNumbers MakeReadyNumbers(std::string_view behind) {
+    ReadyNumbers numbers{};
+    for (std::uint32_t value = 0; value < kReadyNumberCount; ++value) {
+        ReadyNumber& number = numbers[value];
+        const std::size_t digits = value < 10 ? 1 : value < 100 ? 2 : 3;
         std::uint32_t rest = value;
-        for (std::size_t place = number.length; place > 0; --place, rest /= 10) {
-            number.digits[place - 1] = static_cast<char>('0' + rest % 10);
+        for (std::size_t place = digits; place > 0; --place, rest /= 10) {
+            number.text[place - 1] = static_cast<char>('0' + rest % 10);
         }
+        behind.copy(number.text + digits, behind.size());
+        number.length = static_cast<std::uint8_t>(digits + behind.size());
     }
     return numbers;
-}();
+}
 
-/// Writes `value` in decimal. May overwrite 3 octets behind it.
+inline constexpr ReadyNumbers kReadyNumbers = MakeReadyNumbers("");
+inline constexpr ReadyNumbers kReadyStarts = MakeReadyNumbers(",");
+inline constexpr ReadyNumbers kReadySizes = MakeReadyNumbers("] ");
+
+inline char* PutReadyNumber(char* at, const ReadyNumber& number) {
+    std::memcpy(at, &number, sizeof number);
+    return at + number.length;
+}
+
+/// Writes `value` in decimal. May overwrite 7 octets behind it.
 inline char* PutUnsigned(char* at, std::uint32_t value) {
-    if (value < kSmallNumberCount) {
-        const SmallNumber& number = kSmallNumbers[value];
-        std::memcpy(at, &number, sizeof number);
-        return at + number.length;
+    if (value < kReadyNumberCount) {
+        return PutReadyNumber(at, kReadyNumbers[value]);
     }
     return std::to_chars(at, at + kMostDigits, value).ptr;
 }
 
-/// Writes `value` in decimal, with a sign if it is negative. May overwrite 3 octets behind it.
+/// Writes `value` in decimal, with a sign if it is negative. May overwrite 7 octets behind it.
 inline char* PutSigned(char* at, std::int32_t value) {
-    if (value >= 0) {
-        return PutUnsigned(at, static_cast<std::uint32_t>(value));
+    if (static_cast<std::uint32_t>(value) < kReadyNumberCount) {
+        return PutReadyNumber(at, kReadyNumbers[static_cast<std::uint32_t>(value)]);
     }
     return std::to_chars(at, at + kMostDigits, value).ptr;
 }
@@ -137,16 +147,20 @@ inline char* PutHex(char* at, const std::uint8_t* octets, std::size_t count) {
 /// The most characters of a location: "LOC:[65535,65535] ".
 inline constexpr std::size_t kMostLocation = 18;
 
-/// Writes the location with a blank behind it; nothing if it is not known.
+/// Writes the location with a blank behind it; nothing if it is not known. May overwrite 7 octets
+/// behind it.
 inline char* PutLocation(char* at, bits::FieldLocator location) {
     if (location == 0) {
         return at;
     }
+    const std::uint32_t start = location >> 16;
+    const std::uint32_t size = location & 0xFFFFU;
     at = PutLiteral(at, "LOC:[");
-    at = PutUnsigned(at, location >> 16);
-    *at++ = ',';
-    at = PutUnsigned(at, location & 0xFFFFU);
-    return PutLiteral(at, "] ");
+    if (start < kReadyNumberCount && size < kReadyNumberCount) {
+        return PutReadyNumber(PutReadyNumber(at, kReadyStarts[start]), kReadySizes[size]);
+    }
+    at = PutLiteral(PutUnsigned(at, start), ",");
+    return PutLiteral(PutUnsigned(at, size), "] ");
 }
 
 }  // namespace quorvane::reflect

@@ -48,12 +48,16 @@ struct EnumRow {
     bool otherIsPlain;
 };
 
+/// What is written behind a member's label: mostly a number, of an integer or an enumeration of a
+/// bit or more.
+QUORVANE_NAMED_ENUM(LineKind, kOther, kInteger, kEnumerated)
+
 /// A member of a struct or an alternative of a union.
 struct ElementRow {
     TextRef label;       // the name, followed by ": "
     std::uint16_t type;  // into TypeTables::types
     bool optional;
-    bool integer = false;  // the type is an integer of a bit or more, as most are
+    LineKind line = LineKind::kOther;
 };
 
 /// One descriptor: a named type, or the inline type of exactly one member or sequence, whose name
@@ -61,9 +65,9 @@ struct ElementRow {
 struct TypeRow {
     TextRef name;  // empty: an inline type
     TypeKind kind;
-    bool fixed;  // binaries: always `size` bits
-    std::uint32_t
-        size;  // integer, enumerated: bits (0: no value); binary: most bits; sequence: bound
+    bool fixed;           // binaries: always `size` bits
+    std::uint32_t size;   // integer, enumerated: bits (0: no value); binary: most bits; sequence:
+                          // bound; struct: octets of all its labels
     std::uint16_t first;  // struct, union: first element; sequence: item type; enumerated: EnumRow
     std::uint16_t count;  // struct, union: elements
 

@@ -40,6 +40,17 @@ inline TextRef Label(std::string_view name) {
     return Stored(std::string(name) + ": ");
 }
 
+/// A struct of `count` members from `first` on.
+template <std::size_t kElements>
+TypeRow StructRow(TextRef name, const std::array<ElementRow, kElements>& elements,
+                  std::uint16_t first, std::uint16_t count) {
+    std::uint32_t labels = 0;
+    for (const ElementRow& element : std::span(elements).subspan(first, count)) {
+        labels += element.label.length;
+    }
+    return {name, TypeKind::kStruct, false, labels, first, count};
+}
+
 /// A value of an enumeration.
 inline EnumValueRow Listed(std::string_view text, std::uint32_t value) {
     return {Stored(std::string(text) + " (" + std::to_string(value) + ")"),

@@ -163,6 +163,32 @@ TEST(Families, HaveIntegerPartsThatSayWhatTheirValuesSay) {
     }
 }
 
+// What the rendering goes by without a look at the types.
+TEST(Families, HaveStructsThatKnowTheirLines) {
+    for (const Family* family : AllFamiliesAndTheSample()) {
+        const auto& tables = family->types;
+        for (const reflect::TypeRow& type : tables.types) {
+            if (type.kind != reflect::TypeKind::kStruct) {
+                continue;
+            }
+            std::size_t labels = 0;
+            for (const reflect::ElementRow& element : tables.ElementsOf(type)) {
+                labels += tables.TextAt(element.label).size();
+                const reflect::TypeRow& member = tables.types[element.type];
+                const bool number =
+                    member.size > 0 && (member.kind == reflect::TypeKind::kInteger ||
+                                        member.kind == reflect::TypeKind::kEnumerated);
+                const reflect::LineKind wanted = !number ? reflect::LineKind::kOther
+                                                 : member.kind == reflect::TypeKind::kEnumerated
+                                                     ? reflect::LineKind::kEnumerated
+                                                     : reflect::LineKind::kInteger;
+                EXPECT_EQ(element.line, wanted) << tables.NameOf(element);
+            }
+            EXPECT_EQ(type.size, labels) << tables.NameOf(type);
+        }
+    }
+}
+
 TEST(Families, HaveTheirTextsReadyForTheRendering) {
     for (const Family* family : AllFamiliesAndTheSample()) {
         const auto& tables = family->types;

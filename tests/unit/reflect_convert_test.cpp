@@ -277,8 +277,8 @@ const std::array kPdnElements = {
     ElementRow{test::Label("Contents"), kPcoContents, false},
 };
 const std::array kPdnRows = {
-    TypeRow{test::Stored("PDN_CONNECTIVITY_REQUEST"), TypeKind::kStruct, false, 0, 0, 7},
-    TypeRow{test::Stored("epsProtocolCfgList"), TypeKind::kStruct, false, 0, 7, 3},
+    test::StructRow(test::Stored("PDN_CONNECTIVITY_REQUEST"), kPdnElements, 0, 7),
+    test::StructRow(test::Stored("epsProtocolCfgList"), kPdnElements, 7, 3),
     TypeRow{{}, TypeKind::kInteger, false, 4, 0, 0},
     TypeRow{{}, TypeKind::kInteger, false, 8, 0, 0},
     TypeRow{{}, TypeKind::kEnumerated, false, 4, 0, 0},
@@ -288,7 +288,7 @@ const std::array kPdnRows = {
     TypeRow{{}, TypeKind::kInteger, false, 0, 0, 0},
     TypeRow{{}, TypeKind::kInteger, false, 3, 0, 0},
     TypeRow{{}, TypeKind::kSequence, false, 20, kPcoItem, 0},
-    TypeRow{test::Stored("10"), TypeKind::kStruct, false, 0, 10, 2},
+    test::StructRow(test::Stored("10"), kPdnElements, 10, 2),
     TypeRow{test::Stored("11"), TypeKind::kEnumerated, false, 16, 2, 0},
     TypeRow{test::Stored("12"), TypeKind::kBinary, false, 2008, 0, 0},
 };

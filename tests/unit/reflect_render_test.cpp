@@ -121,6 +121,24 @@ TEST_F(RenderTest, StructsShowAllMembers) {
     EXPECT_EQ(TextOf(kEmpty, Cell{}), "{\n}\n");
 }
 
+// The sanitizer sees any octet behind the buffer.
+TEST_F(RenderTest, StructsFitAtEveryFillOfTheBuffer) {
+    Cell everything{};
+    Cell* cells = bits::StructCells(arena_, everything, kMemberCount);
+    cells[kMemberPlain] = Number(65535, At(65535, 65535));
+    cells[kMemberKind] = Number(0xFFFFFFFFU, At(65535, 65535));
+    cells[kMemberColour] = Number(2, At(65535, 65535));
+    cells[kMemberColour].present = true;
+    ASSERT_FALSE(bits::SetSize(arena_, cells[kMemberNumbers], 2, 4).Failed());
+    const std::string text = TextOf(kEverything, everything);
+    for (std::size_t fill = 4096 - 2 * text.size(); fill < 4096; ++fill) {
+        TextBuffer stream;
+        stream.Append(std::string(fill, 'x'));
+        AppendText(stream, kMixedTables, kEverything, everything, 0);
+        ASSERT_EQ(stream.View().substr(fill), text);
+    }
+}
+
 TEST_F(RenderTest, UnionsNameTheirChoice) {
     Cell choice{};
     EXPECT_EQ(TextOf(kChoice, choice), "Num: 0");

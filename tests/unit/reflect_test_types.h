@@ -86,17 +86,17 @@ inline const std::array kMixedEnums = {
 
 inline const std::array kMixedElements = {
     // Small
-    ElementRow{Label("Number"), kSmallNumber, false},
-    ElementRow{Label("Flag"), kSmallFlag, true},
+    ElementRow{Label("Number"), kSmallNumber, false, LineKind::kInteger},
+    ElementRow{Label("Flag"), kSmallFlag, true, LineKind::kInteger},
     // Choice
     ElementRow{Label("Num"), kChoiceNum, true},
     ElementRow{Label("Item"), kSmall, true},
     ElementRow{Label("Octets"), kChoiceOctets, true},
     // Everything
-    ElementRow{Label("Plain"), kPlain, false},
+    ElementRow{Label("Plain"), kPlain, false, LineKind::kInteger},
     ElementRow{Label("Spare"), kSpare, false},
     ElementRow{Label("TypeOnly"), kTypeOnly, true},
-    ElementRow{Label("Kind"), kEnumKind, false},
+    ElementRow{Label("Kind"), kEnumKind, false, LineKind::kEnumerated},
     ElementRow{Label("Fixed"), kFixed, false},
     ElementRow{Label("Octets"), kOctets, true},
     ElementRow{Label("Numbers"), kNumbers, false},
@@ -104,10 +104,10 @@ inline const std::array kMixedElements = {
     ElementRow{Label("Choice"), kChoice, false},
     ElementRow{Label("Inner"), kInner, false},
     ElementRow{Label("MaybeSmall"), kSmall, true},
-    ElementRow{Label("Bare"), kBareEnum, false},
-    ElementRow{Label("Colour"), kColour, true},
+    ElementRow{Label("Bare"), kBareEnum, false, LineKind::kEnumerated},
+    ElementRow{Label("Colour"), kColour, true, LineKind::kEnumerated},
     // Inner
-    ElementRow{Label("Wide"), kWide, false},
+    ElementRow{Label("Wide"), kWide, false, LineKind::kInteger},
     ElementRow{Label("Grid"), kGrid, false},
     // MixedSet
     ElementRow{Label("Small"), kSmall, true},
@@ -116,12 +116,12 @@ inline const std::array kMixedElements = {
 };
 
 inline const std::array kMixedRows = {
-    TypeRow{Stored("Small"), TypeKind::kStruct, false, 0, 0, 2},
+    StructRow(Stored("Small"), kMixedElements, 0, 2),
     TypeRow{Stored("SmallList"), TypeKind::kSequence, false, 3, kSmall, 0},
     TypeRow{Stored("Colour"), TypeKind::kEnumerated, false, 2, 2, 0},
     TypeRow{Stored("Choice"), TypeKind::kUnion, false, 0, 2, 3},
-    TypeRow{Stored("Everything"), TypeKind::kStruct, false, 0, 5, kMemberCount},
-    TypeRow{Stored("Empty"), TypeKind::kStruct, false, 0, 20, 0},
+    StructRow(Stored("Everything"), kMixedElements, 5, kMemberCount),
+    StructRow(Stored("Empty"), kMixedElements, 20, 0),
     TypeRow{Stored("Message_set_Mixed"), TypeKind::kUnion, false, 0, 20, 3},
     TypeRow{{}, TypeKind::kInteger, false, 8, 0, 0},
     TypeRow{{}, TypeKind::kInteger, false, 1, 0, 0},
@@ -135,7 +135,7 @@ inline const std::array kMixedRows = {
     TypeRow{{}, TypeKind::kBinary, false, 16, 0, 0},
     TypeRow{{}, TypeKind::kSequence, false, 4, kNumbersItem, 0},
     TypeRow{{}, TypeKind::kInteger, false, 8, 0, 0},
-    TypeRow{{}, TypeKind::kStruct, false, 0, 18, 2},
+    StructRow({}, kMixedElements, 18, 2),
     TypeRow{{}, TypeKind::kInteger, false, 32, 0, 0},
     TypeRow{{}, TypeKind::kSequence, false, 2, kGridRow, 0},
     TypeRow{{}, TypeKind::kSequence, false, 3, kGridItem, 0},

@@ -51,7 +51,7 @@ TEST(TextBuffer, WritesSignedNumbers) {
 }
 
 TEST(TextBuffer, AllNumbersBelowTheEndOfTheTableAreTheirDecimals) {
-    for (std::uint32_t value = 0; value <= kSmallNumberCount; ++value) {
+    for (std::uint32_t value = 0; value <= kReadyNumberCount; ++value) {
         TextBuffer buffer;
         buffer.AppendUnsigned(value);
         ASSERT_EQ(buffer.View(), std::to_string(value));
