@@ -27,6 +27,21 @@ bool IsSeparator(char character) {
     return character == ' ' || character == '\t' || character == ':';
 }
 
+/// Reads the pairs of digits that the text begins with, which are mostly all of it, and returns
+/// where they end.
+std::size_t PairsAtStart(std::string_view text, std::uint8_t* octets) {
+    std::size_t index = 0;
+    for (; index + 1 < text.size(); index += 2) {
+        const std::uint32_t high = ValueOf(text[index]);
+        const std::uint32_t low = ValueOf(text[index + 1]);
+        if ((high | low) > 15) {
+            break;
+        }
+        *octets++ = static_cast<std::uint8_t>(high << 4 | low);
+    }
+    return index;
+}
+
 std::string At(std::size_t index, const std::string& problem) {
     return "character " + std::to_string(index + 1) + ": " + problem;
 }
@@ -49,9 +64,10 @@ std::optional<std::uint8_t> DigitOf(char character) {
 
 std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
     octets.resize(text.size() / 2);
-    std::size_t count = 0;
-    bool inGroup = false;
-    for (std::size_t index = 0; index < text.size();) {
+    std::size_t index = PairsAtStart(text, octets.data());
+    std::size_t count = index / 2;
+    bool inGroup = count > 0;
+    while (index < text.size()) {
         const std::uint8_t high = ValueOf(text[index]);
         const std::uint8_t low = index + 1 < text.size() ? ValueOf(text[index + 1]) : kNoValue;
         if (high < kNoValue && low < kNoValue) {

@@ -78,10 +78,17 @@ void JsonLines::AddLines(std::string_view key, std::string_view text) {
 }
 
 void JsonLines::AddKey(std::string_view key) {
-    Put(first_ ? "\"" : ",\"");
+    MakeRoom(key.size() + 4);
+    char* at = buffer_.data() + used_;
+    if (!first_) {
+        *at++ = ',';
+    }
     first_ = false;
-    Put(key);
-    Put("\":");
+    *at++ = '"';
+    at = std::copy(key.begin(), key.end(), at);
+    *at++ = '"';
+    *at++ = ':';
+    used_ = static_cast<std::size_t>(at - buffer_.data());
 }
 
 void JsonLines::PutString(std::string_view text) {

@@ -20,11 +20,18 @@ std::string_view WithoutBlanks(std::string_view text) {
     return text.substr(0, text.find_last_not_of(kBlanks) + 1);  // npos + 1 is 0
 }
 
+bool IsBlank(char character) {
+    return std::any_of(kBlanks.begin(), kBlanks.end(),
+                       [character](char blank) { return blank == character; });
+}
+
+// Not by find_first_of, which calls a function for each character.
 std::string_view CutWord(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
-    text.remove_prefix(word.size());
-    return word;
+    const char* const end = text.data() + text.size();
+    const char* const first = std::find_if_not(text.data(), end, IsBlank);
+    const char* const last = std::find_if(first, end, IsBlank);
+    text = {last, static_cast<std::size_t>(end - last)};
+    return {first, static_cast<std::size_t>(last - first)};
 }
 
 std::string_view WithoutMark(std::string_view word) {
