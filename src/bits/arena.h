@@ -41,7 +41,9 @@ class Arena {
     [[nodiscard]] T* AllocateZeroed(std::size_t count) {
         static_assert(std::is_trivially_destructible_v<T>);
         T* items = static_cast<T*>(Allocate(count * sizeof(T)));
-        std::uninitialized_value_construct_n(items, count);
+        for (std::size_t index = 0; index < count; ++index) {
+            ::new (items + index) T{};  // quicker than the algorithm, which copies the first item
+        }
         return items;
     }
 

@@ -92,11 +92,11 @@ class BitWindow {
 
     /// As BitReader::Read.
     [[nodiscard]] std::uint32_t Read(std::int64_t position, std::int32_t count) {
-        std::int64_t offset = position - start_;
-        if (offset < 0 || offset + count > kBits) {
+        auto offset = static_cast<std::uint64_t>(position - start_);
+        if (offset > static_cast<std::uint64_t>(kBits - count)) {
             start_ = position & ~std::int64_t{7};
             window_ = reader_.ReadWindow(position);
-            offset = position - start_;
+            offset = static_cast<std::uint64_t>(position - start_);
         }
         // In two steps: 64 is too far for one, and 0 bits have to give 0.
         return static_cast<std::uint32_t>(window_ << offset >> 1 >> (kBits - 1 - count));

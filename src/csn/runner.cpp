@@ -23,18 +23,16 @@ struct Entry {
     void SetCounts(std::uint32_t least, std::uint32_t most) { value = least << 16 | most; }
 };
 
-/// How the run goes on behind a step.
-enum class Next : std::uint8_t {
-    kOn,    // at the next step
-    kBack,  // at the nearest choice point
-    kFail,  // not at all
-};
+/// Where the run goes on: a step, or one of these.
+using Target = std::uint32_t;
+constexpr Target kFailed = 0xFFFFFFFE;  // not at all
+constexpr Target kBack = 0xFFFFFFFF;    // at the nearest choice point
 
-constexpr Next OnIf(bool there) {
-    return there ? Next::kOn : Next::kBack;
+constexpr Target OnIf(bool there, Target on) {
+    return there ? on : kBack;
 }
-constexpr Next FailUnless(bool good) {
-    return good ? Next::kOn : Next::kFail;
+constexpr Target FailUnless(bool good, Target on) {
+    return good ? on : kFailed;
 }
 
 /// How many bits from `position` on, up to `most`, are those that steps `op` ask for: fixed bits or
@@ -73,13 +71,12 @@ class Runner {
     }
 
     bits::Outcome Run(std::uint32_t step) {
-        pc_ = step;
-        return Walk() ? bits::Outcome(machine_.bitPos - machine_.startPos) : kSyntaxError;
+        return Walk(step) ? bits::Outcome(machine_.bitPos - machine_.startPos) : kSyntaxError;
     }
 
   private:
-    /// Takes steps to the end of the outermost rule. False: the run fails.
-    bool Walk();
+    /// Takes steps from `next` on to the end of the outermost rule. False: the run fails.
+    bool Walk(Target next);
 
     [[nodiscard]] bool IsLeft(std::int32_t bits) const {
         return machine_.endPos - machine_.bitPos >= bits;
@@ -99,6 +96,11 @@ class Runner {
     /// Passes `width` bits if they have the value.
     bool Pass(std::uint32_t value, std::int32_t width) {
         const bool there = IsNext(value, width);
+        machine_.bitPos += there ? width : 0;
+        return there;
+    }
+    bool SkipBits(std::int32_t width) {
+        const bool there = IsLeft(width);
         machine_.bitPos += there ? width : 0;
         return there;
     }
@@ -137,21 +139,23 @@ class Runner {
         entry.tagCount = static_cast<std::uint8_t>(machine_.tagCount);
     }
 
-    Next Alternative(const PlanStep& step, bool begins, std::int32_t width);
-    Next Call(std::uint32_t function, std::uint32_t& result);
-    Next Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most);
-    Next Require(std::uint32_t count);
-    Next Loop(std::uint32_t body);
+    // What a step does. `on` is the step behind it.
+    Target Alternative(const PlanStep& step, Target on, bool begins, std::int32_t width);
+    Target Call(std::uint32_t function, Target on, std::uint32_t& result);
+    Target Repeat(const PlanStep& step, Target on, std::uint32_t least, std::uint32_t most);
+    Target Require(std::uint32_t count, Target on);
+    Target Loop(Target body, Target on);
     void PassAtOnce(const PlanStep& step);
-    Next Exclude(std::uint32_t otherwise);
+    Target Exclude(Target otherwise, Target on);
     bool ReadAgain(std::int32_t mark);
-    Next TakeField(std::uint16_t tag, std::uint16_t width);
-    Next Open(std::uint16_t tag);
-    Next Close();
-    bool GoBack();
+    Target TakeField(std::uint16_t tag, std::uint16_t width, Target on);
+    Target Open(std::uint16_t tag, Target on);
+    Target Close(Target on);
+    /// To the nearest choice point; kFailed if there is none.
+    Target GoBack();
     bool Commit();
 
-    bool LeavesLoop(std::uint32_t target);
+    bool LeavesLoop();
     [[nodiscard]] bool IsAborted() const { return (machine_.flags & kFlagAbort) != 0; }
     [[nodiscard]] std::uint16_t TagOf(std::uint32_t id) const {
         const std::uint16_t* pair = machine_.program->fieldTable + id;
@@ -173,104 +177,99 @@ class Runner {
                           // but the tags is used
     CsnLog& log_;
     std::int32_t depth_ = 0;
-    std::uint32_t pc_ = 0;        // the next step
-    std::uint32_t loopExit_ = 0;  // of the repetition entered last
+    Target loopExit_ = 0;  // of the repetition entered last
     std::uint16_t records_ = 0;
     std::uint16_t parentTag_;  // of the innermost open field, or the root's
     std::uint64_t left_;
     Entry stack_[kMostStackEntries];
 };
 
-bool Runner::Walk() {
+bool Runner::Walk(Target next) {
     const PlanStep* const steps = machine_.program->plan;
     while (left_ > 0) {
         --left_;
-        const PlanStep& step = steps[pc_++];
-        Next next = Next::kOn;
+        const PlanStep& step = steps[next++];
         std::uint32_t count = 0;
         std::uint32_t other = 0;
         switch (step.op) {
             case PlanOp::kNone:
                 break;
             case PlanOp::kBack:
-                next = Next::kBack;
+                next = kBack;
                 break;
             case PlanOp::kBit0:
-                next = OnIf(PassBit(0));
+                next = OnIf(PassBit(0), next);
                 break;
             case PlanOp::kBit1:
-                next = OnIf(PassBit(1));
+                next = OnIf(PassBit(1), next);
                 break;
             case PlanOp::kBitL:
-                next = OnIf(PassBit(PaddingBit(machine_.bitPos)));
+                next = OnIf(PassBit(PaddingBit(machine_.bitPos)), next);
                 break;
             case PlanOp::kBitH:
-                next = OnIf(PassBit(PaddingBit(machine_.bitPos) ^ 1U));
+                next = OnIf(PassBit(PaddingBit(machine_.bitPos) ^ 1U), next);
                 break;
             case PlanOp::kLiteral:
-                next = OnIf(Pass(step.a, step.width));
+                next = OnIf(Pass(step.a, step.width), next);
                 break;
             case PlanOp::kSkip:
-                next = OnIf(IsLeft(step.width));
-                machine_.bitPos += next == Next::kOn ? step.width : 0;
+                next = OnIf(SkipBits(step.width), next);
                 break;
             case PlanOp::kField:
-                next = IsLeft(step.c) ? TakeField(step.a, step.c) : Next::kBack;
+                next = IsLeft(step.c) ? TakeField(step.a, step.c, next) : kBack;
                 break;
             case PlanOp::kFieldOf:
-                next = IsLeft(step.c) ? TakeField(TagOf(step.a), step.c) : Next::kBack;
+                next = IsLeft(step.c) ? TakeField(TagOf(step.a), step.c, next) : kBack;
                 break;
             case PlanOp::kFieldLiteral:
-                next = IsNext(step.b, step.width) ? TakeField(TagOf(step.a), step.c) : Next::kBack;
+                next = IsNext(step.b, step.width) ? TakeField(TagOf(step.a), step.c, next) : kBack;
                 break;
             case PlanOp::kBegin:
-                next = Open(TagOf(step.a));
+                next = Open(TagOf(step.a), next);
                 break;
             case PlanOp::kEnd:
-                next = Close();
+                next = Close(next);
                 break;
             case PlanOp::kEndTag:
-                if (next = Close(); next == Next::kOn) {
+                if (next = Close(next); next != kFailed) {
                     count = ReadBetween(machine_.reader, Popped().bitPos, machine_.bitPos);
                     TagAdd(machine_, step.a, static_cast<std::int32_t>(count));
-                    next = FailUnless(!IsAborted());
+                    next = FailUnless(!IsAborted(), next);
                 }
                 break;
             case PlanOp::kAlt:
-                next = FailUnless(Push(step.a, true));
+                next = FailUnless(Push(step.a, true), next);
                 break;
             case PlanOp::kAlt0:
-                next = Alternative(step, IsNextBit(0), 1);
+                next = Alternative(step, next, IsNextBit(0), 1);
                 break;
             case PlanOp::kAlt1:
-                next = Alternative(step, IsNextBit(1), 1);
+                next = Alternative(step, next, IsNextBit(1), 1);
                 break;
             case PlanOp::kAltL:
-                next = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos)), 1);
+                next = Alternative(step, next, IsNextBit(PaddingBit(machine_.bitPos)), 1);
                 break;
             case PlanOp::kAltH:
-                next = Alternative(step, IsNextBit(PaddingBit(machine_.bitPos) ^ 1U), 1);
+                next = Alternative(step, next, IsNextBit(PaddingBit(machine_.bitPos) ^ 1U), 1);
                 break;
             case PlanOp::kAltLiteral:
-                next = Alternative(step, IsNext(step.c, step.width), step.width);
+                next = Alternative(step, next, IsNext(step.c, step.width), step.width);
                 break;
             case PlanOp::kJumpPop:
-                next = FailUnless(Spend(1) && Pop());
-                pc_ = step.a;
+                next = FailUnless(Spend(1) && Pop(), step.a);
                 break;
             case PlanOp::kJump:
-                pc_ = step.a;
+                next = step.a;
                 break;
             case PlanOp::kPop:
             case PlanOp::kRescanEnd:
-                next = FailUnless(Pop());
+                next = FailUnless(Pop(), next);
                 break;
             case PlanOp::kCommit:
-                next = FailUnless(Commit());
+                next = FailUnless(Commit(), next);
                 break;
             case PlanOp::kCall:
-                next = FailUnless(Push(pc_));
-                pc_ = step.a;
+                next = FailUnless(Push(next), step.a);
                 break;
             case PlanOp::kReturn:
             case PlanOp::kReturnTags:
@@ -281,13 +280,15 @@ bool Runner::Walk() {
                 if (step.op == PlanOp::kReturnTags) {
                     machine_.tagCount = Popped().tagCount;
                 }
-                pc_ = Popped().value;
+                next = Popped().value;
                 break;
             case PlanOp::kAct:
                 machine_.program->actionTable[step.a](machine_);
                 if ((machine_.flags & kFlagRefused) != 0) {
                     machine_.flags &= ~kFlagRefused;
-                    GoBack();  // without a choice point the run goes on
+                    // Without a choice point the run goes on.
+                    const Target back = GoBack();
+                    next = back == kFailed ? next : back;
                 }
                 if ((machine_.flags & (kFlagRunning | kFlagAbort)) != kFlagRunning) {
                     return !IsAborted();
@@ -295,40 +296,40 @@ bool Runner::Walk() {
                 break;
             case PlanOp::kTagPosition:
                 TagAdd(machine_, step.a, machine_.bitPos);
-                next = FailUnless(!IsAborted());
+                next = FailUnless(!IsAborted(), next);
                 break;
             case PlanOp::kRepeat:
-                next = Repeat(step, step.b, step.c);
+                next = Repeat(step, next, step.b, step.c);
                 break;
             case PlanOp::kRepeatBit:
                 count = machine_.reader.Read(std::int64_t{TagValue(machine_, step.b)} + step.c, 1);
-                next = Repeat(step, count, count);
+                next = Repeat(step, next, count, count);
                 break;
             case PlanOp::kRepeatTag:
                 count = static_cast<std::uint32_t>(TagValue(machine_, step.b));
-                next = Repeat(step, count & kMostLeast, count & kMostCount);
+                next = Repeat(step, next, count & kMostLeast, count & kMostCount);
                 break;
             case PlanOp::kRepeatFunction:
-                if (next = Call(step.b, count); next == Next::kOn) {
-                    next = Repeat(step, count & kMostLeast, count & kMostCount);
+                if (next = Call(step.b, next, count); next < kFailed) {
+                    next = Repeat(step, next, count & kMostLeast, count & kMostCount);
                 }
                 break;
             case PlanOp::kLoop:
-                next = Loop(step.a);
+                next = Loop(step.a, next);
                 break;
             case PlanOp::kCount:
-                next = Require(step.a);
+                next = Require(step.a, next);
                 break;
             case PlanOp::kCountFunction:
-                if (next = Call(step.a, count); next == Next::kOn) {
-                    next = Require(count & kMostLeast);
+                if (next = Call(step.a, next, count); next < kFailed) {
+                    next = Require(count & kMostLeast, next);
                 }
                 break;
             case PlanOp::kMark:
-                next = FailUnless(Push(static_cast<std::uint32_t>(machine_.bitPos)));
+                next = FailUnless(Push(static_cast<std::uint32_t>(machine_.bitPos)), next);
                 break;
             case PlanOp::kExclude:
-                next = Exclude(step.a);
+                next = Exclude(step.a, next);
                 break;
             case PlanOp::kExcludeEnd:
                 if (depth_ < 2) {
@@ -337,67 +338,68 @@ bool Runner::Walk() {
                 Pop();
                 machine_.endPos = static_cast<std::int32_t>(Popped().value);
                 Pop();
-                next = Next::kBack;
+                next = kBack;
                 break;
             case PlanOp::kRescan:
-                next = FailUnless(Pop() && ReadAgain(static_cast<std::int32_t>(Popped().value)));
+                next =
+                    FailUnless(Pop() && ReadAgain(static_cast<std::int32_t>(Popped().value)), next);
                 break;
             case PlanOp::kCompare:
-                next = OnIf(IsBetween(step.a, step.b | std::uint32_t{steps[pc_].b} << 16,
-                                      step.c | std::uint32_t{steps[pc_].c} << 16));
-                ++pc_;
+                next = OnIf(IsBetween(step.a, step.b | std::uint32_t{steps[next].b} << 16,
+                                      step.c | std::uint32_t{steps[next].c} << 16),
+                            next + 1);
                 break;
             case PlanOp::kCompareFunction:
-                if (next = Call(step.b, count); next == Next::kOn) {
-                    next = OnIf(IsBetween(step.a, count, count));
+                if (next = Call(step.b, next, count); next < kFailed) {
+                    next = OnIf(IsBetween(step.a, count, count), next);
                 }
                 break;
             case PlanOp::kCompareFunctions:
-                next = Call(step.b, count);
-                if (next == Next::kOn) {
-                    next = Call(step.c, other);
+                next = Call(step.b, next, count);
+                if (next < kFailed) {
+                    next = Call(step.c, next, other);
                 }
-                if (next == Next::kOn) {
-                    next = OnIf(IsBetween(step.a, count, other));
+                if (next < kFailed) {
+                    next = OnIf(IsBetween(step.a, count, other), next);
                 }
                 break;
             case PlanOp::kAtEnd:
-                next = OnIf(machine_.bitPos >= machine_.endPos);
+                next = OnIf(machine_.bitPos >= machine_.endPos, next);
                 break;
         }
-        if (next != Next::kOn && (next == Next::kFail || !GoBack())) {
-            return false;
+        if (next >= kFailed) {
+            next = next == kBack ? GoBack() : kFailed;
+            if (next == kFailed) {
+                return false;
+            }
         }
     }
     return false;
 }
 
 /// An alternative whose first `width` bits are there, or not.
-Next Runner::Alternative(const PlanStep& step, bool begins, std::int32_t width) {
+Target Runner::Alternative(const PlanStep& step, Target on, bool begins, std::int32_t width) {
     if (depth_ >= kMostStackEntries - 1) {
-        return FailUnless(Push(step.a, true));  // the choice point tells on a full stack
+        return FailUnless(Push(step.a, true), on);  // the choice point tells on a full stack
     }
     if (!begins) {
-        pc_ = step.a;
-        return FailUnless(Spend(1));
+        return FailUnless(Spend(1), step.a);
     }
     if (step.b != 0) {
         machine_.bitPos += width;
-        pc_ = step.b;
-        return FailUnless(Spend(3));
+        return FailUnless(Spend(3), step.b);
     }
     Push(step.a, true);
     machine_.bitPos += width;
-    ++pc_;
-    return FailUnless(Spend(1));
+    return FailUnless(Spend(1), on + 1);
 }
 
-Next Runner::Call(std::uint32_t function, std::uint32_t& result) {
+Target Runner::Call(std::uint32_t function, Target on, std::uint32_t& result) {
     result = machine_.program->valueTable[function](machine_);
-    return result > kNoCount || IsAborted() ? Next::kFail : OnIf(result < kNoCount);
+    return result > kNoCount || IsAborted() ? kFailed : OnIf(result < kNoCount, on);
 }
 
-Next Runner::Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t most) {
+Target Runner::Repeat(const PlanStep& step, Target on, std::uint32_t least, std::uint32_t most) {
     loopExit_ = step.a;
     const bool exact = least == most && most != kOpenEndedCount;
     const bool any = least == 0 && most == kOpenEndedCount;
@@ -408,25 +410,22 @@ Next Runner::Repeat(const PlanStep& step, std::uint32_t least, std::uint32_t mos
         const std::uint32_t fits = left / step.width;
         const std::uint32_t count = any ? fits : most;
         if (count > fits) {
-            return Spend(2 * fits + 1) ? Next::kBack : Next::kFail;
+            return FailUnless(Spend(2 * fits + 1), kBack);
         }
         machine_.bitPos += static_cast<std::int32_t>(count * step.width);
-        pc_ = step.a;
-        return FailUnless(Spend(exact ? 2 * count : count == 0 ? 1 : 3));
+        return FailUnless(Spend(exact ? 2 * count : count == 0 ? 1 : 3), step.a);
     }
     if (!Push(step.a) || !Push(0)) {
-        return Next::kFail;
+        return kFailed;
     }
     Top().SetCounts(least, most);
-    LeavesLoop(step.a);
-    return Next::kOn;
+    return LeavesLoop() ? step.a : on;
 }
 
-bool Runner::LeavesLoop(std::uint32_t target) {
+bool Runner::LeavesLoop() {
     if (Top().Most() == 0) {
         Pop();
         Pop();
-        pc_ = target;
         return true;
     }
     if (Top().Least() == 0) {
@@ -435,13 +434,12 @@ bool Runner::LeavesLoop(std::uint32_t target) {
     return false;
 }
 
-Next Runner::Require(std::uint32_t count) {
+Target Runner::Require(std::uint32_t count, Target on) {
     if (depth_ < 2) {
-        return Next::kFail;
+        return kFailed;
     }
     Top().SetCounts(count, Top().Most());
-    LeavesLoop(loopExit_);
-    return Next::kOn;
+    return LeavesLoop() ? loopExit_ : on;
 }
 
 /// Of a repetition without end whose body is one step, as many iterations as can be told at once.
@@ -468,9 +466,9 @@ void Runner::PassAtOnce(const PlanStep& step) {
     }
 }
 
-Next Runner::Loop(std::uint32_t body) {
+Target Runner::Loop(Target body, Target on) {
     if (depth_ < 2) {
-        return Next::kFail;
+        return kFailed;
     }
     Entry& counter = Top();
     const std::uint32_t least = counter.Least();
@@ -478,30 +476,29 @@ Next Runner::Loop(std::uint32_t body) {
     if (most == 1) {
         Pop();
         Pop();
-        return Next::kOn;
+        return on;
     }
     counter.SetCounts(least == 0 ? 0 : least - 1,
                       most == 0 || most == kOpenEndedCount ? most : most - 1);
     if (least > 0) {
-        if (LeavesLoop(pc_)) {
-            return Next::kOn;
+        if (LeavesLoop()) {
+            return on;
         }
-    } else if (most == kOpenEndedCount && body + 2 == pc_) {
+    } else if (most == kOpenEndedCount && body + 2 == on) {
         PassAtOnce(machine_.program->plan[body]);
     }
-    pc_ = body;
     if (counter.Least() == 0) {
         SaveIn(stack_[depth_ - 2]);  // a later iteration that fails is undone up to here
     }
-    return Next::kOn;
+    return body;
 }
 
-Next Runner::Exclude(std::uint32_t otherwise) {
+Target Runner::Exclude(Target otherwise, Target on) {
     if (!Pop()) {
-        return Next::kFail;
+        return kFailed;
     }
     const auto mark = static_cast<std::int32_t>(Popped().value);
-    return FailUnless(Push(otherwise, true) && ReadAgain(mark));
+    return FailUnless(Push(otherwise, true) && ReadAgain(mark), on);
 }
 
 bool Runner::ReadAgain(std::int32_t mark) {
@@ -513,42 +510,42 @@ bool Runner::ReadAgain(std::int32_t mark) {
     return true;
 }
 
-Next Runner::TakeField(std::uint16_t tag, std::uint16_t width) {
+Target Runner::TakeField(std::uint16_t tag, std::uint16_t width, Target on) {
     if (records_ + 2 > kMostRecords) {
         if (records_ < kMostRecords) {
             Log(tag, CsnLogLine::kOpens);
         }
-        return Next::kFail;
+        return kFailed;
     }
     Log(tag, width);
     records_ += 2;
     machine_.bitPos += width;
-    return Next::kOn;
+    return on;
 }
 
-Next Runner::Open(std::uint16_t tag) {
+Target Runner::Open(std::uint16_t tag, Target on) {
     const bool pushed = Push(0);
     if (records_ >= kMostRecords) {
-        return Next::kFail;
+        return kFailed;
     }
     Log(tag, CsnLogLine::kOpens);
     ++records_;
     parentTag_ = tag;
-    return FailUnless(pushed);
+    return FailUnless(pushed, on);
 }
 
-Next Runner::Close() {
+Target Runner::Close(Target on) {
     if (depth_ < 1 || records_ >= kMostRecords) {
-        return Next::kFail;
+        return kFailed;
     }
     Log(0, CsnLogLine::kCloses);
     ++records_;
-    return FailUnless(Pop());
+    return FailUnless(Pop(), on);
 }
 
-bool Runner::GoBack() {
+Target Runner::GoBack() {
     if (depth_ >= kMostStackEntries) {
-        return false;
+        return kFailed;
     }
     for (std::int32_t index = depth_ - 1; index >= 0; --index) {
         const Entry& entry = stack_[index];
@@ -561,12 +558,11 @@ bool Runner::GoBack() {
             log_.count = entry.logCount;
             records_ = entry.records;
             parentTag_ = entry.parentTag;
-            pc_ = entry.value;
             depth_ = index;
-            return true;
+            return entry.value;
         }
     }
-    return false;
+    return kFailed;
 }
 
 bool Runner::Commit() {

@@ -128,7 +128,7 @@ class TEDEnumValue : public Placeable {
   public:
     TEDEnumValue(std::string_view text, std::uint32_t value);
     /// `rendered` is the text followed by " (", the value in decimal and ")", with kCopyStep
-    /// readable octets from its start.
+    /// readable octets behind.
     TEDEnumValue(bits::Arena& arena, std::string_view rendered, std::size_t textLength,
                  std::uint32_t value);
 
@@ -214,8 +214,8 @@ class TEDClassBinary : public TEDClassBase {
 class TEDClassStructuredElement : public Placeable {
   public:
     TEDClassStructuredElement(std::string_view name, const TEDClassReference& type, bool optional);
-    /// `label` is the name followed by ": ", with kCopyStep readable octets from its start. `type`
-    /// is taken over if `owned`.
+    /// `label` is the name followed by ": ", with kCopyStep readable octets behind. `type` is
+    /// taken over if `owned`.
     TEDClassStructuredElement(bits::Arena& arena, std::string_view label, TEDClassBase* type,
                               bool owned, bool optional);
     TEDClassStructuredElement(const TEDClassStructuredElement& other)

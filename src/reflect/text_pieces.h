@@ -22,12 +22,12 @@ namespace quorvane::reflect {
 /// The most characters of a number: "-2147483648".
 inline constexpr std::size_t kMostDigits = 11;
 
-/// Writes `text`, of which kCopyStep octets are readable however short it is. Overwrites up
-/// to kCopyStep octets from `at`.
+/// Writes `text`, behind whose end kCopyStep octets are readable. Overwrites less than kCopyStep
+/// octets behind it, or kCopyStep if it is empty.
 inline char* PutPadded(char* at, std::string_view text) {
     std::memcpy(at, text.data(), kCopyStep);
-    if (text.size() > kCopyStep) {
-        std::memcpy(at + kCopyStep, text.data() + kCopyStep, text.size() - kCopyStep);
+    for (std::size_t done = kCopyStep; done < text.size(); done += kCopyStep) {
+        std::memcpy(at + done, text.data() + done, kCopyStep);
     }
     return at + text.size();
 }
@@ -54,12 +54,12 @@ inline char* PutLineEnd(char* at) {
     }
 }
 
-/// Writes two blanks for each of `levels`. Overwrites up to kCopyStep octets from `at`.
+/// Writes two blanks for each of `levels`. Overwrites as PutPadded does.
 inline char* PutIndent(char* at, std::size_t levels) {
     const std::size_t blanks = 2 * levels;
     std::memset(at, ' ', kCopyStep);
-    if (blanks > kCopyStep) {
-        std::memset(at + kCopyStep, ' ', blanks - kCopyStep);
+    for (std::size_t done = kCopyStep; done < blanks; done += kCopyStep) {
+        std::memset(at + done, ' ', kCopyStep);
     }
     return at + blanks;
 }

@@ -18,7 +18,7 @@ namespace quorvane::reflect {
 QUORVANE_NAMED_ENUM(TypeKind, kInteger, kEnumerated, kBinary, kSequence, kStruct, kUnion)
 
 /// Octets of one copying step: longer than most names with their ": ". As many octets are readable
-/// from the start of every text of the tables, however short it is.
+/// behind the end of every text of the tables.
 inline constexpr std::size_t kCopyStep = 32;
 
 /// A text among those of its tables (TypeTables::texts). Offsets instead of pointers: the tables
@@ -126,11 +126,12 @@ struct TypeTables {
         if (value < row.inPlace) {
             return first + value;
         }
-        const EnumValueRow* end = first + row.valueCount;
-        const EnumValueRow* found =
-            std::find_if(first + row.inPlace, end,
-                         [value](const EnumValueRow& listed) { return listed.value == value; });
-        return found == end ? nullptr : found;
+        for (std::uint32_t index = row.inPlace; index < row.valueCount; ++index) {
+            if (first[index].value == value) {
+                return first + index;
+            }
+        }
+        return nullptr;
     }
 };
 
