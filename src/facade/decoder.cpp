@@ -11,6 +11,9 @@ namespace facade {
 namespace {
 
 using reflect::LineEnd;
+using reflect::PutLineEnd;
+using reflect::PutLiteral;
+using reflect::PutPadded;
 
 // The workspace that the thread keeps. Nothing runs at the end of these, so that they can be read
 // as long as the thread runs.
@@ -36,8 +39,22 @@ Workspace* FindThreadWorkspace() {
 }
 
 template <LineEnd kEnd>
+char* PutQuote(char* at) {
+    if constexpr (kEnd == LineEnd::kJson) {
+        return PutLiteral(at, "\\\"");
+    } else {
+        return PutLiteral(at, "\"");
+    }
+}
+
+template <LineEnd kEnd>
+char* PutQuoted(char* at, std::string_view name) {
+    return PutQuote<kEnd>(std::copy(name.begin(), name.end(), PutQuote<kEnd>(at)));
+}
+
+template <LineEnd kEnd>
 void AppendLineEnd(reflect::TextBuffer& text) {
-    text.Advance(reflect::PutLineEnd<kEnd>(text.Room(2)));
+    text.Advance(PutLineEnd<kEnd>(text.Room(0)));
 }
 
 template <LineEnd kEnd>
@@ -59,19 +76,13 @@ inline Answer WriteText(reflect::TextBuffer& text, Decoding decoding, const Deco
                         std::string_view diagnostics) {
     const std::string_view name = RowOf(decoding).textName;
     if (!decoded.Found()) {
-        const std::string_view quote = kEnd == LineEnd::kJson ? "\\\"" : "\"";
-        text.Append("Failed to decode ");
-        text.Append(quote);
-        text.Append(name);
-        text.Append(quote);
-        text.Append(" message");
+        char* at = PutLiteral(text.Room(name.size()), "Failed to decode ");
+        text.Advance(PutLiteral(PutQuoted<kEnd>(at, name), " message"));
         return {false, true, text.View(), diagnostics};
     }
 
-    text.Append(kEnd == LineEnd::kJson ? "Decoded using \\\"" : "Decoded using \"");
-    text.Append(name);
-    text.Append(kEnd == LineEnd::kJson ? "\\\"." : "\".");
-    AppendLineEnd<kEnd>(text);
+    char* at = PutLiteral(text.Room(name.size()), "Decoded using ");
+    text.Advance(PutLineEnd<kEnd>(PutLiteral(PutQuoted<kEnd>(at, name), ".")));
     if (decoded.outcome.Failed()) {
         AppendLineEnd<kEnd>(text);
         AppendErrorLine<kEnd>(text, decoded.outcome.Error());
@@ -79,9 +90,9 @@ inline Answer WriteText(reflect::TextBuffer& text, Decoding decoding, const Deco
     }
     const std::uint16_t type = decoded.Type();
     const reflect::TypeTables& types = decoded.binding.family->types;
-    text.Append("MESSAGE: ");
-    text.Append(types.NameOf(types.types[type]));
-    AppendLineEnd<kEnd>(text);
+    const std::string_view typeName = types.NameOf(types.types[type]);
+    at = PutLiteral(text.Room(typeName.size()), "MESSAGE: ");
+    text.Advance(PutLineEnd<kEnd>(PutPadded(at, typeName)));
     const bool plain = reflect::AppendText(text, types, type, decoded.container.body, 0, kEnd);
     return {true, plain, text.View(), diagnostics};
 }
