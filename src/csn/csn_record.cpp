@@ -74,7 +74,12 @@ class Sink {
             const CsnLogLine& line = log_.lines[index];
             if (line.Closes()) {
                 --depth_;
-            } else if (const Outcome result = Store(line); result.Failed()) {
+                continue;
+            }
+            if (StoreNumber(line)) {
+                continue;
+            }
+            if (const Outcome result = Store(line); result.Failed()) {
                 return result;
             }
         }
@@ -96,6 +101,31 @@ class Sink {
     Inside StructOf(Cell& cell, std::uint32_t memberCount) {
         const bool isNew = cell.cells == nullptr;
         return {StructCells(arena_, cell, memberCount), isNew, 0};
+    }
+    /// The member that the field `row` is of, or an item of.
+    static Cell& Reach(const Inside& around, const CsnFieldRow& row) {
+        Cell& cell = around.members[row.element];
+        cell.reached = true;
+        cell.present = cell.present || row.optional;
+        return cell;
+    }
+    void StoreInteger(Cell& cell, const CsnLogLine& line, const CsnFieldRow& row) {
+        cell.number = window_.Read(line.bitPos, row.width);
+        if (row.located) {
+            bits::MakeFieldLocator(cell.location, line.bitPos, row.width);
+        }
+    }
+    /// Stores a number that is no item, as most fields are: Store does the same with more
+    /// questions. False: the field is something else.
+    bool StoreNumber(const CsnLogLine& line) {
+        const CsnFieldRow* row = RowOf(structure_, line.tag);
+        const Inside& around = open_[depth_ - 1];
+        const bool isNumber = row != nullptr && row->kind == CsnFieldRow::Kind::kInteger &&
+                              row->bound == 0 && !line.Opens() && around.members != nullptr;
+        if (isNumber) {
+            StoreInteger(Reach(around, *row), line, *row);
+        }
+        return isNumber;
     }
     Outcome Store(const CsnLogLine& line);
     Outcome StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow& row, Inside& inside);
@@ -135,9 +165,7 @@ Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow&
         around.counts = false;
         return 0;
     }
-    Cell* cell = &around.members[row.element];
-    cell->reached = true;
-    cell->present = cell->present || row.optional;
+    Cell* cell = &Reach(around, row);
     if (row.bound > 0) {
         const std::int32_t item =
             around.counts ? static_cast<std::int32_t>(cell->number) : ItemOf(line, row);
@@ -153,10 +181,7 @@ Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow&
         case CsnFieldRow::Kind::kMarker:
             break;
         case CsnFieldRow::Kind::kInteger:
-            cell->number = window_.Read(line.bitPos, row.width);
-            if (row.located) {
-                bits::MakeFieldLocator(cell->location, line.bitPos, row.width);
-            }
+            StoreInteger(*cell, line, row);
             break;
         case CsnFieldRow::Kind::kBinary:
             StoreBinary(arena_, *cell, reader_, line.bitPos, LengthOf(line), row.mostBits);

@@ -140,7 +140,8 @@ class Runner {
     }
 
     // What a step does. `on` is the step behind it.
-    Target Alternative(const PlanStep& step, Target on, bool begins, std::int32_t width);
+    [[gnu::always_inline]] inline Target Alternative(const PlanStep& step, Target on, bool begins,
+                                                     std::int32_t width);
     Target Call(std::uint32_t function, Target on, std::uint32_t& result);
     Target Repeat(const PlanStep& step, Target on, std::uint32_t least, std::uint32_t most);
     Target Require(std::uint32_t count, Target on);
