@@ -54,7 +54,7 @@ test::DecodeRun DecodeTo(Image& image, std::string_view bits, Listener& listener
     CsnMachineInit(*run.machine, image.Program(), 0, reader, 0, test::Count(bits));
     run.machine->rootTag = kRoot;
     run.machine->userRecord = &listener;
-    run.result = CsnMachineRun(*run.machine, Listener::Hear);
+    EXPECT_EQ(reference::DifferenceOfSlow(*run.machine, Listener::Hear, run.result), "");
     return run;
 }
 

@@ -14,6 +14,7 @@
 #include "csn/assembly/assembler.h"
 #include "csn/assembly/planner.h"
 #include "csn/machine.h"
+#include "reference/csn_slow_beside.h"
 #include "support/plain_decode.h"
 #include "support/print_outcome.h"
 
@@ -119,7 +120,8 @@ struct DecodeRun {
     bits::Outcome result = 0;
 };
 
-/// Decodes all of `bits` from its first bit on; without a callback by the plan too.
+/// Decodes all of `bits` from its first bit on, by the slow machine too, without a callback also by
+/// the plan.
 inline DecodeRun Decode(Image& image, std::string_view bits, CsnCallback callback = nullptr,
                         std::uint32_t label = 0) {
     DecodeRun run;
@@ -127,11 +129,11 @@ inline DecodeRun Decode(Image& image, std::string_view bits, CsnCallback callbac
     const bits::BitReader reader(run.octets.data(), static_cast<std::int64_t>(run.octets.size()));
     CsnMachineInit(*run.machine, image.Program(), label, reader, 0, Count(bits));
     run.machine->rootTag = kRoot;
+    EXPECT_EQ(reference::DifferenceOfSlow(*run.machine, callback, run.result), "");
     if (callback == nullptr) {
-        const std::uint16_t step = image.StepAt(label);
-        EXPECT_EQ(DifferenceOfPlan(*run.machine, step, run.result), "");
-    } else {
-        run.result = CsnMachineRun(*run.machine, callback);
+        CsnMachineInit(*run.machine, image.Program(), label, reader, 0, Count(bits));
+        run.machine->rootTag = kRoot;
+        EXPECT_EQ(DifferenceOfPlan(*run.machine, image.StepAt(label), run.result), "");
     }
     return run;
 }
@@ -149,7 +151,7 @@ struct EncodeRun {
     }
 };
 
-/// Encodes over a buffer of ones, so that bits that are cleared show.
+/// Encodes over a buffer of ones, so that bits that are cleared show, by the slow machine too.
 inline EncodeRun Encode(Image& image, CsnCallback callback = nullptr, std::size_t octetCount = 64,
                         void* userRecord = nullptr) {
     EncodeRun run;
@@ -159,7 +161,7 @@ inline EncodeRun Encode(Image& image, CsnCallback callback = nullptr, std::size_
     CsnMachineInit(*run.machine, image.Program(), 0, *run.writer, 0);
     run.machine->rootTag = kRoot;
     run.machine->userRecord = userRecord;
-    run.result = CsnMachineRun(*run.machine, callback);
+    EXPECT_EQ(reference::DifferenceOfSlow(*run.machine, callback, run.result), "");
     return run;
 }
 
