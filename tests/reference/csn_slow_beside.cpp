@@ -13,14 +13,6 @@
 namespace quorvane::reference {
 namespace {
 
-std::vector<bool> BitsOf(const bits::BitReader& reader) {
-    std::vector<bool> bits(static_cast<std::size_t>(reader.OctetCount()) * 8);
-    for (std::size_t bit = 0; bit < bits.size(); ++bit) {
-        bits[bit] = reader.ReadBit(static_cast<std::int64_t>(bit)) != 0;
-    }
-    return bits;
-}
-
 // ---- What the callback heard and did ----
 
 std::string TextOf(std::int32_t index, std::uint32_t id, std::int32_t bitPos,
@@ -56,10 +48,10 @@ std::int32_t Record(csn::CsnFieldEvent& event) {
     heard.event = TextOf(event.fieldIndex, event.fieldId, event.bitPos, event.bitLength, event.kind,
                          event.literalValue, event.literalWidth,
                          static_cast<std::size_t>(machine.recordCount));
-    const std::vector<bool> before = BitsOf(machine.reader);
+    const std::vector<bool> before = AllBitsOf(machine.reader);
     heard.answer = recording->callback(event);
     heard.bitLength = event.bitLength;
-    const std::vector<bool> after = BitsOf(machine.reader);
+    const std::vector<bool> after = AllBitsOf(machine.reader);
     for (std::size_t bit = 0; bit < after.size(); ++bit) {
         if (after[bit] != before[bit]) {
             heard.changed.emplace_back(bit, after[bit]);
@@ -138,7 +130,7 @@ class Copy {
         slow.running = (machine.flags & csn::kFlagRunning) != 0;
         slow.partialOk = slow.partialOk && (machine.flags & csn::kFlagPartialOk) != 0;
         slow.abort = slow.abort || (machine.flags & csn::kFlagAbort) != 0;
-        slow.buffer = BitsOf(machine.reader);
+        slow.buffer = AllBitsOf(machine.reader);
         slow.overflowed = slow.overflowed || writer_.Overflowed();
         slow.tags.clear();
         for (std::int32_t index = 0; index < machine.tagCount; ++index) {
@@ -157,29 +149,26 @@ class Copy {
     bits::BitWriter writer_;
 };
 
-SlowProgram ProgramOf(const csn::CsnProgram& program, const FunctionNames* names) {
+SlowProgram WithoutFunctions(const csn::CsnProgram& program) {
     SlowProgram slow;
     slow.code.assign(program.code, program.code + program.codeSize);
     slow.fieldTable = program.fieldTable;
-    if (names == nullptr) {
-        slow.action = [&](std::uint32_t index, SlowMachine& machine) {
-            const auto copy = std::make_unique<Copy>(machine, program);
-            program.actionTable[index](copy->machine);
-            copy->GiveBack(machine);
-        };
-        slow.value = [&](std::uint32_t index, SlowMachine& machine) {
-            const auto copy = std::make_unique<Copy>(machine, program);
-            const std::uint32_t value = program.valueTable[index](copy->machine);
-            copy->GiveBack(machine);
-            return value;
-        };
-        return slow;
-    }
-    slow.action = [names](std::uint32_t index, SlowMachine& machine) {
-        SlowActionNamed(names->actions.at(index))(machine);
+    return slow;
+}
+
+/// Calls the functions of the image itself.
+SlowProgram WithItsOwnFunctions(const csn::CsnProgram& program) {
+    SlowProgram slow = WithoutFunctions(program);
+    slow.action = [&](std::uint32_t index, SlowMachine& machine) {
+        const auto copy = std::make_unique<Copy>(machine, program);
+        program.actionTable[index](copy->machine);
+        copy->GiveBack(machine);
     };
-    slow.value = [names](std::uint32_t index, SlowMachine& machine) {
-        return SlowValueFunctionNamed(names->functions.at(index))(machine);
+    slow.value = [&](std::uint32_t index, SlowMachine& machine) {
+        const auto copy = std::make_unique<Copy>(machine, program);
+        const std::uint32_t value = program.valueTable[index](copy->machine);
+        copy->GiveBack(machine);
+        return value;
     };
     return slow;
 }
@@ -255,18 +244,47 @@ std::string TextOf(const std::vector<bool>& bits) {
 
 }  // namespace
 
+SlowProgram SlowProgramOf(const csn::CsnProgram& program, const FunctionNames& names) {
+    SlowProgram slow = WithoutFunctions(program);
+    std::vector<SlowAction> actions;
+    for (const std::string& name : names.actions) {
+        actions.push_back(SlowActionNamed(name));
+    }
+    std::vector<SlowValueFunction> functions;
+    for (const std::string& name : names.functions) {
+        functions.push_back(SlowValueFunctionNamed(name));
+    }
+    slow.action = [actions](std::uint32_t index, SlowMachine& machine) {
+        actions.at(index)(machine);
+    };
+    slow.value = [functions](std::uint32_t index, SlowMachine& machine) {
+        return functions.at(index)(machine);
+    };
+    return slow;
+}
+
+std::vector<bool> AllBitsOf(const bits::BitReader& reader) {
+    std::vector<bool> bits(static_cast<std::size_t>(reader.OctetCount()) * 8);
+    for (std::size_t bit = 0; bit < bits.size(); ++bit) {
+        bits[bit] = reader.ReadBit(static_cast<std::int64_t>(bit)) != 0;
+    }
+    return bits;
+}
+
 std::string DifferenceOfSlow(csn::CsnMachine& machine, csn::CsnCallback callback,
-                             bits::Outcome& result, const FunctionNames* names) {
-    const SlowProgram program = ProgramOf(*machine.program, names);
+                             bits::Outcome& result, const SlowProgram* given,
+                             std::optional<std::uint64_t> instructions) {
+    const SlowProgram own =
+        given == nullptr ? WithItsOwnFunctions(*machine.program) : SlowProgram{};
+    const SlowProgram& program = given == nullptr ? own : *given;
     const bool encode = machine.writer != nullptr;
-    SlowMachine slow(program, machine.pc, BitsOf(machine.reader), machine.bitPos, machine.bitLength,
-                     encode);
+    SlowMachine slow(program, machine.pc, AllBitsOf(machine.reader), machine.bitPos,
+                     machine.bitLength, encode);
     slow.rootTag = machine.rootTag;
     slow.abort = (machine.flags & csn::kFlagAbort) != 0;
-    const std::int64_t atHand =
-        encode ? machine.reader.OctetCount() * 8 - machine.bitPos : machine.bitLength;
-    if (machine.instructionsLeft != csn::InstructionCeiling(atHand)) {
-        slow.limits.instructions = machine.instructionsLeft;
+    if (instructions) {
+        machine.instructionsLeft = *instructions;
+        slow.limits.instructions = instructions;
     }
 
     Recording recorded{callback, {}};
@@ -293,7 +311,7 @@ std::string DifferenceOfSlow(csn::CsnMachine& machine, csn::CsnCallback callback
     if (actual != expected) {
         difference += "the machine:\n" + actual + "the slow machine:\n" + expected;
     }
-    const std::vector<bool> written = BitsOf(machine.reader);
+    const std::vector<bool> written = AllBitsOf(machine.reader);
     if (written != slow.buffer) {
         difference += "written by the machine:\n" + TextOf(written) + "by the slow machine:\n" +
                       TextOf(slow.buffer);
