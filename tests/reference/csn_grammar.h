@@ -43,6 +43,7 @@ class Grammar {
     [[nodiscard]] const compiler::CsnStructureTypes& Types(std::size_t structure = 0) const {
         return types_.structures[structure];
     }
+    [[nodiscard]] const compiler::CsnTypeTables& AllTypes() const { return types_; }
     [[nodiscard]] std::size_t StructureCount() const { return structures_.size(); }
     [[nodiscard]] const csn::CsnStructure& Structure(std::size_t structure = 0) const {
         return structures_[structure];

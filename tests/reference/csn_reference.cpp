@@ -9,99 +9,20 @@
 namespace quorvane::reference {
 namespace {
 
-using compiler::CsnCount;
 using compiler::CsnNode;
 using compiler::CsnRule;
 using compiler::CsnVariable;
 using Kind = CsnNode::Kind;
 using Form = CsnNode::Repetition::Form;
 
-// ---- Facts about descriptions, found the slow way ----------------------------------------------
-
-bool HasFields(const CsnNode& node, std::set<const CsnRule*> seen = {}) {
-    if (node.kind == Kind::kField) {
-        return true;
-    }
-    if (node.kind == Kind::kReference && seen.insert(node.rule).second &&
-        HasFields(*node.rule->body, seen)) {
-        return true;
-    }
-    return std::any_of(node.children.begin(), node.children.end(),
-                       [&](const CsnNode* child) { return HasFields(*child, seen); });
-}
-
-bool CanBeEmpty(const CsnNode& node, std::set<const CsnRule*> seen = {}) {
-    const auto empty = [&](const CsnNode* child) { return CanBeEmpty(*child, seen); };
-    switch (node.kind) {
-        case Kind::kBits:
-        case Kind::kAnyBits:
-            return false;
-        case Kind::kConcat:
-            return std::all_of(node.children.begin(), node.children.end(), empty);
-        case Kind::kChoice:
-        case Kind::kError:
-            return std::any_of(node.children.begin(), node.children.end(), empty);
-        case Kind::kRepeat:
-            switch (node.repetition.form) {
-                case Form::kCount:
-                    return node.repetition.count.form != CsnCount::Form::kNumber ||
-                           empty(node.children[0]);
-                case Form::kRange:
-                    return node.low == 0 || empty(node.children[0]);
-                case Form::kAny:
-                case Form::kWriteCount:
-                    return true;
-            }
-            return true;
-        case Kind::kIntersection:
-            return empty(node.children[1]);
-        case Kind::kExclude:
-        case Kind::kSend:
-        case Kind::kRange:
-        case Kind::kField:
-            return empty(node.children[0]);
-        case Kind::kReference:
-            return seen.insert(node.rule).second && CanBeEmpty(*node.rule->body, seen);
-        case Kind::kNull:
-        case Kind::kTruncate:
-        case Kind::kAction:
-            return true;
-    }
-    return true;
-}
-
-/// The width of a field that is a plain number of bits, either bit or a pattern, which is only
-/// noted when all of it is there; -1 for others, which are noted where they open.
-std::int32_t PlainWidth(const CsnNode& field) {
-    const CsnNode& content = *field.children[0];
-    if (field.variable != nullptr) {
-        return -1;
-    }
-    if (content.kind == Kind::kAnyBits) {
-        return static_cast<std::int32_t>(content.width);
-    }
-    if (content.kind == Kind::kChoice && content.children.size() == 2 &&
-        content.children[0]->kind == Kind::kBits && content.children[1]->kind == Kind::kBits) {
-        const std::string both = content.children[0]->text + content.children[1]->text;
-        return both == "LH" || both == "HL" || both == "01" || both == "10" ? 1 : -1;
-    }
-    if (content.kind == Kind::kBits && content.text.find_first_of("LH") == std::string::npos) {
-        return static_cast<std::int32_t>(content.text.size());
-    }
-    return -1;
-}
-
 }  // namespace
 
 // ---- The reader --------------------------------------------------------------------------------
 
-class Reader {
+class Reader : Walk {
   public:
     Reader(Reference& reference, const std::string& bits, std::int32_t start)
-        : reference_(reference),
-          bits_(bits),
-          position_(start),
-          end_(static_cast<std::int32_t>(bits.size())) {}
+        : Walk(bits, start), reference_(reference) {}
 
     Reading Run(const CsnRule& rule, std::int32_t start) {
         Reading reading;
@@ -116,9 +37,6 @@ class Reader {
     }
 
   private:
-    /// Thrown when a count below 0 ends the reading.
-    struct Ended {};
-
     /// What is taken back when something else is tried.
     struct State {
         std::int32_t position;
@@ -207,12 +125,7 @@ class Reader {
         if (position_ + 1 > end_) {
             return false;
         }
-        const bool padding =
-            std::string("00101011")[static_cast<std::size_t>(position_ % 8)] == '1';
-        const bool bit = At(position_);
-        const bool matches = wanted == 'L'   ? bit == padding
-                             : wanted == 'H' ? bit != padding
-                                             : bit == (wanted == '1');
+        const bool matches = At(position_) == Meaning(wanted);
         position_ += matches ? 1 : 0;
         return matches;
     }
@@ -227,7 +140,7 @@ class Reader {
 
     bool Choice(const CsnNode& node) {
         const State before = Now();
-        for (const CsnNode* branch : reference_.BranchesOf(node)) {
+        for (const CsnNode* branch : reference_.branches_.Of(node)) {
             if (Node(*branch)) {
                 return true;
             }
@@ -349,84 +262,7 @@ class Reader {
         open_.pop_back();
     }
 
-    // ---- Numbers ---------------------------------------------------------------------------
-
-    /// Bits outside of the message are 0: a length may be read there.
-    [[nodiscard]] bool At(std::int32_t position) const {
-        const auto index = static_cast<std::size_t>(position);
-        return position >= 0 && index < bits_.size() && bits_[index] == '1';
-    }
-
-    [[nodiscard]] std::uint32_t Value(std::int32_t from, std::int32_t to) const {
-        std::uint32_t value = 0;
-        for (std::int32_t position = from; position < to; ++position) {
-            value = value << 1 | (At(position) ? 1U : 0U);
-        }
-        return value;
-    }
-
-    [[nodiscard]] std::int32_t Variable(const CsnVariable* variable) const {
-        const auto found = std::find_if(variables_.rbegin(), variables_.rend(),
-                                        [&](const auto& entry) { return entry.first == variable; });
-        return found == variables_.rend() ? -1 : found->second;
-    }
-
-    /// Changes the newest value, which nothing takes back.
-    void Change(const CsnVariable* variable, std::int64_t value) {
-        const auto found = std::find_if(variables_.rbegin(), variables_.rend(),
-                                        [&](const auto& entry) { return entry.first == variable; });
-        if (found != variables_.rend()) {
-            found->second = static_cast<std::int32_t>(value);
-        }
-    }
-
-    [[nodiscard]] std::uint64_t Count(const CsnCount& count) const {
-        const std::int64_t number = Number(count);
-        return number < 0 ? throw Ended() : static_cast<std::uint64_t>(number);
-    }
-
-    [[nodiscard]] std::int64_t Number(const CsnCount& count) const {
-        const std::int64_t value =
-            count.variable == nullptr ? 0 : std::int64_t{Variable(count.variable)};
-        switch (count.form) {
-            case CsnCount::Form::kNumber:
-                return count.number;
-            case CsnCount::Form::kValue:
-                return value + count.number;
-            case CsnCount::Form::kRest:
-                return count.number - value;
-            case CsnCount::Form::kTimes:
-                return count.number * value;
-            case CsnCount::Form::kOnes: {
-                const std::int64_t width = count.variable == nullptr ? count.number : value;
-                std::int64_t ones = 0;
-                for (std::int64_t back = 1; back <= std::min<std::int64_t>(width, 32); ++back) {
-                    ones += At(position_ - static_cast<std::int32_t>(back)) ? 1 : 0;
-                }
-                return ones;
-            }
-            case CsnCount::Form::kOctetEnd:
-                return (8 - position_ % 8) % 8;
-            case CsnCount::Form::kDeclared:
-                return count.function->name == "FddCellInfoBits"
-                           ? CellBits(value, "0a13 1c24 2c34 3c43 4a51 585f 666d 747a")
-                           : CellBits(value, "0911 1920 272e 353b 4147 4d53 595f 656a 6f74 797e");
-            default:
-                std::abort();  // no grammar of the tests uses it
-        }
-    }
-
-    /// The width of a cell information field for `cells` cells, the first of which has the first
-    /// width of `widths`: two hexadecimal digits each.
-    static std::int64_t CellBits(std::int64_t cells, std::string widths) {
-        std::erase(widths, ' ');
-        const auto most = static_cast<std::int64_t>(widths.size() / 2);
-        if (cells < 1 || cells > most) {
-            return 0;
-        }
-        const auto first = static_cast<std::size_t>(cells - 1) * 2;
-        return std::stol(widths.substr(first, 2), nullptr, 16);
-    }
+    // ---- Actions ---------------------------------------------------------------------------
 
     void Action(const CsnNode& node) {
         if (node.direction == CsnNode::Direction::kWriting) {
@@ -476,28 +312,9 @@ class Reader {
     }
 
     Reference& reference_;
-    const std::string& bits_;
-    std::int32_t position_;
-    std::int32_t end_;
     std::vector<Event> events_;
     std::vector<std::size_t> open_;  // events of the fields that are open
-    std::vector<std::pair<const CsnVariable*, std::int32_t>> variables_;
 };
-
-const std::vector<const CsnNode*>& Reference::BranchesOf(const CsnNode& choice) {
-    const auto [entry, isNew] = branches_.try_emplace(&choice);
-    std::vector<const CsnNode*>& branches = entry->second;
-    if (isNew) {
-        branches.assign(choice.children.begin(), choice.children.end());
-        const auto withFields = [](const CsnNode* node) { return HasFields(*node); };
-        const auto notEmpty = [](const CsnNode* node) { return !CanBeEmpty(*node); };
-        if (!choice.inOrder) {
-            std::stable_partition(branches.begin(), branches.end(), withFields);
-            std::stable_partition(branches.begin(), branches.end(), notEmpty);
-        }
-    }
-    return branches;
-}
 
 const std::string& Reference::NameOf(const CsnNode& field) {
     const auto [entry, isNew] = names_.try_emplace(&field);

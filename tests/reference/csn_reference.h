@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "compiler/csn/csn_syntax.h"
+#include "reference/csn_walk.h"
 
 namespace quorvane::reference {
 
@@ -52,15 +53,12 @@ class Reference {
   private:
     friend class Reader;
 
-    /// The branches of a choice in the order in which they are tried.
-    const std::vector<const compiler::CsnNode*>& BranchesOf(const compiler::CsnNode& choice);
-
     /// The name of the member that a field is.
     const std::string& NameOf(const compiler::CsnNode& field);
 
     const compiler::CsnRule& rule_;
     std::map<const compiler::CsnNode*, std::string> names_;
-    std::map<const compiler::CsnNode*, std::vector<const compiler::CsnNode*>> branches_;
+    Branches branches_;
 };
 
 }  // namespace quorvane::reference
