@@ -1,6 +1,7 @@
 #include "tools/auto_function.h"
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 #include "bits/bit_reader.h"
@@ -64,9 +65,11 @@ std::vector<Decoding> Known(PaddedMessage octets, DecodeOptions options, Message
             }
         }
     }
-    std::ranges::sort(fits, {}, &Fit::Order);
+    std::sort(fits.begin(), fits.end(),
+              [](const Fit& left, const Fit& right) { return left.Order() < right.Order(); });
     std::vector<Decoding> known;
-    std::ranges::transform(fits, std::back_inserter(known), &Fit::decoding);
+    std::transform(fits.begin(), fits.end(), std::back_inserter(known),
+                   [](const Fit& fit) { return fit.decoding; });
     return known;
 }
 

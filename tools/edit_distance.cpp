@@ -11,10 +11,14 @@ char Lower(char character) {
                                                 : character;
 }
 
-}  // namespace
-
 bool SameLetter(char left, char right) {
     return Lower(left) == Lower(right);
+}
+
+}  // namespace
+
+bool EqualsInAnyCase(std::string_view left, std::string_view right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), SameLetter);
 }
 
 std::size_t EditDistance(std::string_view from, std::string_view to) {

@@ -5,8 +5,8 @@
 
 namespace quorvane::tool {
 
-/// Whether two letters are the same but for their case.
-bool SameLetter(char left, char right);
+/// Whether two texts are the same but for the case of their letters.
+bool EqualsInAnyCase(std::string_view left, std::string_view right);
 
 /// How many letters have to be put in, taken out, replaced or exchanged with the next one to make
 /// one text the other, their case aside. Takes time of the product of their lengths.

@@ -11,10 +11,6 @@
 namespace quorvane::tool {
 namespace {
 
-bool EqualsInAnyCase(std::string_view left, std::string_view right) {
-    return std::ranges::equal(left, right, SameLetter);
-}
-
 std::optional<std::uint32_t> NumberOf(std::string_view text) {
     const bool isHex = text.starts_with("0x") || text.starts_with("0X");
     text.remove_prefix(isHex ? 2 : 0);

@@ -32,7 +32,7 @@ std::optional<Function> FindFunction(std::string_view name) {
     }
     std::optional<Function> found;
     VisitFunctions([&](const Function& function) {
-        if (std::ranges::equal(function.name, name, SameLetter)) {
+        if (EqualsInAnyCase(function.name, name)) {
             found = function;
         }
         return found.has_value();

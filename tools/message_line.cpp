@@ -39,7 +39,8 @@ std::string_view WithoutMark(std::string_view word) {
 }
 
 bool AreDigits(std::string_view text) {
-    return std::ranges::all_of(text, [](char each) { return DigitOf(each).has_value(); });
+    return std::all_of(text.begin(), text.end(),
+                       [](char each) { return DigitOf(each).has_value(); });
 }
 
 /// Whether `length` may be octets that no LENGTH goes ahead of: the words behind it are as long as
@@ -72,7 +73,7 @@ bool AreAlike(std::string_view text) {
             form = WithoutMark(form);
             form = AreDigits(form) ? form.substr(0, word.size()) : form;
         }
-        if (!std::ranges::equal(form, word, sameForm)) {
+        if (!std::equal(form.begin(), form.end(), word.begin(), word.end(), sameForm)) {
             return false;
         }
     }

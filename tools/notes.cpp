@@ -58,8 +58,9 @@ std::size_t FindField(const std::vector<TextLine>& lines, std::size_t start,
 
 std::string WithNotes(std::string_view text, const Message& message) {
     std::vector<TextLine> lines = LinesOf(text);
-    const auto start = std::ranges::find_if(
-        lines, [](const TextLine& line) { return line.text.starts_with("MESSAGE: "); });
+    const auto start = std::find_if(lines.begin(), lines.end(), [](const TextLine& line) {
+        return line.text.starts_with("MESSAGE: ");
+    });
     if (start == lines.end()) {
         return std::string(text);
     }

@@ -33,16 +33,13 @@ class OrderedJobs {
     /// What is done with a job by the thread of that number, from 0.
     using Step = std::function<void(std::size_t thread, Job& job)>;
 
-    /// Fewer threads run if there can be no more of them; std::system_error if there is none.
+    /// Fewer threads run if there can be no more of them; without any, Submit runs the job.
     OrderedJobs(std::size_t threads, Step work, Step deliver)
         : work_(std::move(work)), deliver_(std::move(deliver)) {
         for (std::size_t thread = 0; thread < threads; ++thread) {
             try {
                 threads_.emplace_back([this, thread] { Run(thread); });
             } catch (const std::system_error&) {
-                if (threads_.empty()) {
-                    throw;
-                }
                 break;
             }
         }
@@ -66,6 +63,11 @@ class OrderedJobs {
     /// Takes a job, and waits ahead of that while there are too many. Throws what a step has
     /// thrown; no job is begun or delivered after that.
     void Submit(Job job) {
+        if (threads_.empty()) {
+            work_(0, job);
+            deliver_(0, job);
+            return;
+        }
         std::unique_lock lock(mutex_);
         changed_.wait(lock, [this] { return failure_ || waiting_.size() < threads_.size(); });
         ThrowFailure();

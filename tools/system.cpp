@@ -94,6 +94,9 @@ bool IsTerminal(int descriptor) {
 }
 
 void CatchInterrupts() {
+#ifdef __EMSCRIPTEN__  // has no signals, and no poll for files of the machine
+    return;
+#endif
     if (interruptPipe[0] >= 0 || pipe2(interruptPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         return;
     }

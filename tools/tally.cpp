@@ -26,8 +26,9 @@ std::string Tally::Summary() const {
                        std::to_string(unknown_) + ", with faults " + std::to_string(faulty_) +
                        ", bad lines " + std::to_string(badLines_) + "\n";
     std::vector<std::pair<std::string_view, std::int64_t>> types(types_.begin(), types_.end());
-    std::ranges::stable_sort(types, std::ranges::greater{},
-                             [](const auto& type) { return type.second; });
+    std::stable_sort(types.begin(), types.end(), [](const auto& left, const auto& right) {
+        return left.second > right.second;
+    });
     constexpr std::size_t kColumn = 9;
     for (const auto& [name, count] : types) {
         const std::string number = std::to_string(count);

@@ -44,8 +44,12 @@ char* PutJsonString(char* at, std::string_view words) {
     *at++ = '"';
     for (const char character : words) {
         const auto value = static_cast<unsigned char>(character);
-        at = value < 0x80 ? PutJsonCharacter(at, character)
-                          : std::ranges::copy(Utf8Of(value), at).out;
+        if (value < 0x80) {
+            at = PutJsonCharacter(at, character);
+        } else {
+            const auto utf8 = Utf8Of(value);
+            at = std::copy(utf8.begin(), utf8.end(), at);
+        }
     }
     *at++ = '"';
     return at;

@@ -11,7 +11,7 @@ namespace quorvane::tool {
 namespace {
 
 TEST(OrderedJobs, DeliverInOrder) {
-    for (const std::size_t threads : {1U, 2U, 5U}) {
+    for (const std::size_t threads : {0U, 1U, 2U, 5U}) {
         std::vector<int> delivered;  // by one thread at a time
         OrderedJobs<int> jobs(
             threads,
