@@ -18,7 +18,7 @@ namespace {
 std::optional<std::uint64_t> SizeOf(const std::vector<std::string>& files) {
     std::uint64_t all = 0;
     for (const std::string& name : files) {
-        const auto size = name == "-" ? SizeOfFile(kStandardInput) : SizeOfFile(name);
+        const auto size = SizeOfInput(name);
         if (!size) {
             return std::nullopt;
         }
@@ -30,7 +30,7 @@ std::optional<std::uint64_t> SizeOf(const std::vector<std::string>& files) {
 class BatchRun {
   public:
     BatchRun(const BatchOptions& options, std::optional<std::uint64_t> allOctets)
-        : answerer_(options), progress_(allOctets) {
+        : answerer_(options), progress_("lines", allOctets) {
         if (const unsigned threads = ThreadsOf(options.jobs); threads > 1) {
             parallel_.emplace(options, threads);
         }
@@ -64,6 +64,14 @@ class BatchRun {
         if (parallel_) {
             parallel_->Finish();
         }
+        progress_.Hide();
+    }
+
+    /// Says on standard error what is wrong with a file.
+    void Tell(const FileError& error) {
+        Pause();
+        progress_.Hide();
+        std::fprintf(stderr, "quorvane: %s\n", error.what());
     }
 
     /// Behind Finish.
@@ -109,8 +117,7 @@ bool AnswerFile(const std::string& name, bool isNamed, BatchRun& run) {
         }
         return true;
     } catch (const FileError& error) {
-        run.Pause();
-        std::fprintf(stderr, "quorvane: %s\n", error.what());
+        run.Tell(error);
         return false;
     }
 }

@@ -3,7 +3,9 @@
 // One thread reads, puts segments together and prints; the others decode what it has gathered.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -19,32 +21,26 @@
 #include "tools/capture_answers.h"
 #include "tools/commands.h"
 #include "tools/field_condition.h"
+#include "tools/input_file.h"
 #include "tools/ordered_jobs.h"
+#include "tools/progress.h"
 #include "tools/system.h"
+#include "tools/tally.h"
 #include "tools/tolerant.h"
 
 namespace quorvane::tool {
 namespace {
 
-struct Tally {
-    std::uint64_t messages = 0;
-    std::uint64_t unknown = 0;
-    std::uint64_t faulty = 0;
-};
+struct Counts {
+    Tally all;
+    std::vector<std::int64_t> ofFunction = std::vector<std::int64_t>(Decodings().size());
+    std::int64_t shown = 0;
 
-/// By function.
-struct Tallies {
-    std::vector<Tally> of = std::vector<Tally>(Decodings().size());
-    std::uint64_t shown = 0;
-
-    Tallies& operator+=(const Tallies& other) {
-        for (std::size_t index = 0; index < of.size(); ++index) {
-            of[index].messages += other.of[index].messages;
-            of[index].unknown += other.of[index].unknown;
-            of[index].faulty += other.of[index].faulty;
-        }
+    void Add(const Counts& other) {
+        all.Add(other.all);
+        std::transform(ofFunction.begin(), ofFunction.end(), other.ofFunction.begin(),
+                       ofFunction.begin(), std::plus());
         shown += other.shown;
-        return *this;
     }
 };
 
@@ -132,7 +128,7 @@ class GroupDecoder {
     }
 
     /// Of all groups so far.
-    [[nodiscard]] const Tallies& Counts() const { return tallies_; }
+    [[nodiscard]] const Counts& Counted() const { return counts_; }
 
   private:
     void Decode(capture::FoundMessage& found) {
@@ -148,12 +144,14 @@ class GroupDecoder {
                 message_.Decode(found.decoding, found.octets, options);
             }
         }
-        Tally& tally = tallies_.of[static_cast<std::size_t>(found.decoding)];
-        ++tally.messages;
-        tally.unknown += isKnown ? 0U : 1U;
-        tally.faulty += isKnown && IsFaulty(message_) ? 1U : 0U;
+        ++counts_.ofFunction[static_cast<std::size_t>(found.decoding)];
+        if (isKnown) {
+            counts_.all.AddMessage(IsFaulty(message_));
+        } else {
+            counts_.all.AddUnknown();
+        }
         if (filter_->Lets(found.decoding, message_)) {
-            ++tallies_.shown;
+            ++counts_.shown;
             answers_.Add(found, message_);
         }
     }
@@ -162,7 +160,7 @@ class GroupDecoder {
     std::shared_ptr<const Filter> filter_;
     Message message_;
     CaptureAnswers answers_;
-    Tallies tallies_;
+    Counts counts_;
 };
 
 std::vector<GroupDecoder> MakeDecoders(const CaptureOptions& options, CaptureForm form) {
@@ -182,6 +180,7 @@ class CaptureRun {
                                           : CaptureForm::kText),
           dissector_(options.port),
           decoders_(MakeDecoders(options, form_)),
+          progress_("packets", SizeOfInput(options.file)),
           file_(options.file, [this] { Flush(); }) {
         if (decoders_.size() > 1) {
             jobs_.emplace(
@@ -201,9 +200,11 @@ class CaptureRun {
             if (dissector_.Take(packet, found)) {
                 Add(found);
             }
+            progress_.Show(file_.Packets(), file_.Octets());
         }
         Flush();
         dissector_.Finish();
+        progress_.Hide();
         PrintSummary();
         if (const int signal = InterruptSignal(); signal != 0) {
             std::fprintf(stderr, "quorvane: interrupted behind packet %llu\n",
@@ -255,30 +256,24 @@ class CaptureRun {
     }
 
     void PrintSummary() const {
-        Tallies tallies;
+        Counts counts;
         for (const GroupDecoder& decoder : decoders_) {
-            tallies += decoder.Counts();
+            counts.Add(decoder.Counted());
         }
-        Tally sum;
-        for (const Tally& tally : tallies.of) {
-            sum.messages += tally.messages;
-            sum.unknown += tally.unknown;
-            sum.faulty += tally.faulty;
-        }
-        const auto show = [](std::uint64_t count, const std::string& words) {
+        const auto show = [](auto count, const std::string& words) {
             std::fprintf(stderr, "%12llu %s\n", static_cast<unsigned long long>(count),
                          words.c_str());
         };
         show(file_.Packets(), "packets");
-        show(sum.messages, "messages");
-        for (std::size_t index = 0; index < tallies.of.size(); ++index) {
-            if (tallies.of[index].messages > 0) {
-                show(tallies.of[index].messages, "  " + std::string(Decodings()[index].name));
+        show(counts.all.Messages(), "messages");
+        for (std::size_t index = 0; index < counts.ofFunction.size(); ++index) {
+            if (counts.ofFunction[index] > 0) {
+                show(counts.ofFunction[index], "  " + std::string(Decodings()[index].name));
             }
         }
-        show(sum.unknown, "unknown messages");
-        show(sum.faulty, "messages with faults");
-        show(tallies.shown, "messages shown");
+        show(counts.all.Unknown(), "unknown messages");
+        show(counts.all.Faulty(), "messages with faults");
+        show(counts.shown, "messages shown");
         show(dissector_.Counts().Sum(), "packets without a message");
         for (const auto& [kind, count] : dissector_.Counts().All()) {
             if (count > 0) {
@@ -293,6 +288,7 @@ class CaptureRun {
     CaptureForm form_;
     capture::Dissector dissector_;
     std::vector<GroupDecoder> decoders_;  // one a thread
+    Progress progress_;
     Group group_;
     std::optional<OrderedJobs<Group>> jobs_;  // with more than one thread
     capture::CaptureFile file_;               // which may call Flush as soon as it is opened

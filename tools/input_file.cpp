@@ -38,6 +38,10 @@ InputFile::~InputFile() {
     }
 }
 
+std::optional<std::uint64_t> SizeOfInput(const std::string& name) {
+    return name == "-" ? SizeOfFile(kStandardInput) : SizeOfFile(name);
+}
+
 std::string ReadMessageFile(const std::string& name) {
     const InputFile file(name);
     Contents contents;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "tools/commands.h"
@@ -26,6 +28,9 @@ class InputFile {
   private:
     int descriptor_;
 };
+
+/// How many octets the file has, standard input for "-"; nothing if that is not known.
+std::optional<std::uint64_t> SizeOfInput(const std::string& name);
 
 /// All of a file that holds one message. Throws FileError if it cannot be read, UsageError if it is
 /// longer than any message.

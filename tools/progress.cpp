@@ -26,14 +26,14 @@ std::string Duration(double seconds) {
 
 }  // namespace
 
-std::string ProgressLine(std::uint64_t lines, std::uint64_t octets,
+std::string ProgressLine(std::string_view counted, std::uint64_t count, std::uint64_t octets,
                          std::optional<std::uint64_t> allOctets, double seconds) {
-    std::string text = std::to_string(lines) + " lines";
+    std::string text = std::to_string(count).append(" ").append(counted);
     if (seconds <= 0) {
         return text;
     }
-    const auto rate = static_cast<std::uint64_t>(static_cast<double>(lines) / seconds);
-    text += ", " + std::to_string(rate) + " lines/s";
+    const auto rate = static_cast<std::uint64_t>(static_cast<double>(count) / seconds);
+    text.append(", ").append(std::to_string(rate)).append(" ").append(counted).append("/s");
     if (allOctets && octets > 0 && octets <= *allOctets) {
         const auto left = static_cast<double>(*allOctets - octets);
         text += ", " + Duration(seconds * left / static_cast<double>(octets)) + " left";
@@ -41,16 +41,19 @@ std::string ProgressLine(std::uint64_t lines, std::uint64_t octets,
     return text;
 }
 
-Progress::Progress(std::optional<std::uint64_t> allOctets)
-    : shown_(IsTerminal(kStandardError) && !IsTerminal(kStandardOutput)), allOctets_(allOctets) {}
+Progress::Progress(std::string_view counted, std::optional<std::uint64_t> allOctets)
+    : counted_(counted),
+      shown_(IsTerminal(kStandardError) && !IsTerminal(kStandardOutput)),
+      allOctets_(allOctets) {}
 
-Progress::~Progress() {
+void Progress::Hide() {
     if (any_) {
         std::fputs("\r\033[K", stderr);
+        any_ = false;
     }
 }
 
-void Progress::Show(std::uint64_t lines, std::uint64_t octets) {
+void Progress::Show(std::uint64_t count, std::uint64_t octets) {
     constexpr std::chrono::milliseconds kPause(200);
     if (!shown_) {
         return;
@@ -61,7 +64,7 @@ void Progress::Show(std::uint64_t lines, std::uint64_t octets) {
         any_ = true;
         const std::chrono::duration<double> passed = now - start_;
         std::fprintf(stderr, "\r%s\033[K",
-                     ProgressLine(lines, octets, allOctets_, passed.count()).c_str());
+                     ProgressLine(counted_, count, octets, allOctets_, passed.count()).c_str());
     }
 }
 

@@ -8,28 +8,33 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorvane::tool {
 
-/// "1200 lines, 400 lines/s, 1 min 05 s left": what is done after `seconds`. The time left is told
-/// if the size of the input is known.
-std::string ProgressLine(std::uint64_t lines, std::uint64_t octets,
+/// "1200 lines, 400 lines/s, 1 min 05 s left": what is done after `seconds`, `count` of what is
+/// counted. The time left is told if the size of the input is known.
+std::string ProgressLine(std::string_view counted, std::uint64_t count, std::uint64_t octets,
                          std::optional<std::uint64_t> allOctets, double seconds);
 
 class Progress {
   public:
-    explicit Progress(std::optional<std::uint64_t> allOctets);
+    /// `counted`: "lines", which stays the caller's.
+    Progress(std::string_view counted, std::optional<std::uint64_t> allOctets);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    /// Takes the line away.
-    ~Progress();
+    ~Progress() { Hide(); }
 
     /// Shows what is done, if the last time is long enough ago.
-    void Show(std::uint64_t lines, std::uint64_t octets);
+    void Show(std::uint64_t count, std::uint64_t octets);
+
+    /// Takes the line away, ahead of other words.
+    void Hide();
 
   private:
     using Clock = std::chrono::steady_clock;
 
+    std::string_view counted_;
     bool shown_;
     bool any_ = false;
     std::optional<std::uint64_t> allOctets_;

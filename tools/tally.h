@@ -1,6 +1,6 @@
 #pragma once
 
-// What `batch` has answered, counted.
+// What `batch` or `capture` has answered, counted.
 //
 // Tests: tests/tool/report_test.cpp.
 
@@ -26,6 +26,7 @@ class Tally {
     void AddType(std::string_view function, std::string_view type);
     void Add(const Tally& other);
 
+    [[nodiscard]] std::int64_t Messages() const { return messages_; }
     [[nodiscard]] std::int64_t BadLines() const { return badLines_; }
     [[nodiscard]] std::int64_t Unknown() const { return unknown_; }
     [[nodiscard]] std::int64_t Faulty() const { return faulty_; }

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -421,6 +422,16 @@ TEST_F(CaptureCommandTest, AnswersAheadOfAPause) {
         ASSERT_EQ(std::system(command.c_str()), 0);
         EXPECT_EQ(Frames(tool::test::ReadAll(Path("answers"))), "1 2 ") << jobs;
     }
+}
+
+TEST_F(CaptureCommandTest, ShowsItsProgressAndTakesItAway) {
+    const std::vector<std::string> messages(5'000, "07 44 0F");
+    std::ofstream(Path("log.pcap"), std::ios::binary) << Nas(messages).File();
+    const std::string shown = ShownOnTerminal(QUORVANE_TOOL_PATH " capture " + Path("log.pcap") +
+                                              " | { sleep 0.5; cat >/dev/null; }");
+    EXPECT_TRUE(std::regex_search(shown, std::regex(R"(\r\d+ packets, \d+ packets/s, .* left)")))
+        << shown;
+    EXPECT_TRUE(Has(shown, "\r\x1B[K        5000 packets\r\n")) << shown;
 }
 
 // What was read by then is answered and summed up.

@@ -2,6 +2,7 @@
 // early.
 
 #include <fstream>
+#include <regex>
 #include <string>
 
 #include "tool/tool_runner.h"
@@ -68,6 +69,15 @@ TEST_F(ToolTest, BatchAnswersAheadOfAPause) {
             jobs + "; printf '%s\\n' \"$line\"; cat; }");
         EXPECT_EQ(JsonLines(outcome.output).size(), 2U) << jobs;
     }
+}
+
+TEST_F(ToolTest, BatchShowsItsProgressAndTakesItAway) {
+    std::ofstream(Path("lines")) << ManyLines();
+    const std::string shown = ShownOnTerminal(QUORVANE_TOOL_PATH " batch --summary " +
+                                              Path("lines") + " | { sleep 0.5; cat >/dev/null; }");
+    EXPECT_TRUE(std::regex_search(shown, std::regex(R"(\r\d+ lines, \d+ lines/s, .* left)")))
+        << shown;
+    EXPECT_NE(shown.find("\r\x1B[Kmessages "), std::string::npos) << shown;
 }
 
 TEST_F(ToolTest, BatchTellsOfAFullDisk) {

@@ -49,6 +49,11 @@ class ToolTest : public testing::Test {
         return RunCommand("quorvane() { " QUORVANE_TOOL_PATH " \"$@\"; }; { " + line + "; }", "");
     }
 
+    /// What a terminal shows of a command line, which calls the tool by QUORVANE_TOOL_PATH.
+    std::string ShownOnTerminal(const std::string& line) {
+        return RunShell("script -qec '" + line + "' /dev/null").output;
+    }
+
     [[nodiscard]] std::string Path(const std::string& name) const { return folder_ / name; }
 
   private:

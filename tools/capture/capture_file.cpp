@@ -23,7 +23,7 @@ struct CaptureFile::Reader {
         }
     }
 
-    InputProblem input;
+    InputState input;
     std::FILE* file = nullptr;
     pcap_t* pcap = nullptr;
     int linkType = 0;
@@ -48,7 +48,7 @@ CaptureFile::CaptureFile(const std::string& name, std::function<void()> beforeWa
         if (reader_->input.thrown) {
             std::rethrow_exception(reader_->input.thrown);
         }
-        const std::string& problem = reader_->input.words;
+        const std::string& problem = reader_->input.problem;
         throw CaptureError(shownName + " is no capture in pcap or pcapng: " +
                            (problem.empty() ? words.data() : problem));
     }
@@ -56,6 +56,10 @@ CaptureFile::CaptureFile(const std::string& name, std::function<void()> beforeWa
 }
 
 CaptureFile::~CaptureFile() = default;
+
+std::uint64_t CaptureFile::Octets() const {
+    return reader_->input.octets;
+}
 
 bool CaptureFile::Next(Packet& packet) {
     pcap_pkthdr* header = nullptr;
@@ -65,7 +69,7 @@ bool CaptureFile::Next(Packet& packet) {
         std::rethrow_exception(reader_->input.thrown);
     }
     if (status != 1) {
-        problem_ = reader_->input.words;
+        problem_ = reader_->input.problem;
         if (problem_.empty() && status == PCAP_ERROR) {
             problem_ = pcap_geterr(reader_->pcap);
         }

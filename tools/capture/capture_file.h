@@ -35,6 +35,8 @@ class CaptureFile {
     /// Why the capture ended ahead of its end; empty if it did not.
     [[nodiscard]] const std::string& Problem() const { return problem_; }
     [[nodiscard]] std::uint64_t Packets() const { return packets_; }
+    /// How many octets of the file have been read; of a compressed one, compressed ones.
+    [[nodiscard]] std::uint64_t Octets() const;
 
   private:
     struct Reader;

@@ -20,8 +20,8 @@ namespace {
 
 class InputStream {
   public:
-    InputStream(int descriptor, InputProblem& problem, std::function<void()> beforeWaiting)
-        : descriptor_(descriptor), problem_(problem), beforeWaiting_(std::move(beforeWaiting)) {}
+    InputStream(int descriptor, InputState& state, std::function<void()> beforeWaiting)
+        : descriptor_(descriptor), state_(state), beforeWaiting_(std::move(beforeWaiting)) {}
     InputStream(const InputStream&) = delete;
     InputStream& operator=(const InputStream&) = delete;
     ~InputStream() {
@@ -80,7 +80,7 @@ class InputStream {
             }
             if (begin_ == end_) {
                 if (!betweenMembers_) {
-                    problem_.words = "the gzip stream is cut short";
+                    state_.problem = "the gzip stream is cut short";
                 }
                 isInflated_ = true;
                 break;
@@ -106,7 +106,7 @@ class InputStream {
             return true;
         }
         if (status != Z_OK && status != Z_BUF_ERROR) {
-            problem_.words = "the gzip stream is damaged";
+            state_.problem = "the gzip stream is damaged";
             errno = EIO;
             return false;
         }
@@ -125,7 +125,7 @@ class InputStream {
             try {
                 beforeWaiting_();
             } catch (...) {
-                problem_.thrown = std::current_exception();
+                state_.thrown = std::current_exception();
                 errno = EIO;
                 return false;
             }
@@ -133,11 +133,12 @@ class InputStream {
         const std::int64_t count = tool::ReadSome(
             descriptor_, reinterpret_cast<char*>(buffer_.data() + end_), buffer_.size() - end_);
         if (count < 0) {
-            problem_.words = std::string("cannot read: ") + std::strerror(errno);
+            state_.problem = std::string("cannot read: ") + std::strerror(errno);
             return false;
         }
         atEnd_ = count == 0;
         end_ += static_cast<std::size_t>(count);
+        state_.octets += static_cast<std::uint64_t>(count);
         return true;
     }
 
@@ -147,7 +148,7 @@ class InputStream {
     }
 
     int descriptor_;
-    InputProblem& problem_;
+    InputState& state_;
     std::function<void()> beforeWaiting_;
     std::array<std::uint8_t, std::size_t{64} << 10> buffer_{};
     std::size_t begin_ = 0;
@@ -171,9 +172,8 @@ int CloseCookie(void* cookie) {
 
 }  // namespace
 
-std::FILE* OpenInputStream(int descriptor, InputProblem& problem,
-                           std::function<void()> beforeWaiting) {
-    auto stream = std::make_unique<InputStream>(descriptor, problem, std::move(beforeWaiting));
+std::FILE* OpenInputStream(int descriptor, InputState& state, std::function<void()> beforeWaiting) {
+    auto stream = std::make_unique<InputStream>(descriptor, state, std::move(beforeWaiting));
     std::FILE* file = fopencookie(stream.get(), "r", {ReadCookie, nullptr, nullptr, CloseCookie});
     if (file != nullptr) {
         static_cast<void>(stream.release());
