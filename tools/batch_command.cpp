@@ -140,9 +140,7 @@ int Batch(const std::vector<std::string>& files, const BatchOptions& options) {
         allRead = AnswerFile(name, files.size() > 1, run) && allRead;
         if (InterruptSignal() != 0) {
             run.Finish();
-            std::fprintf(stderr, "quorvane: interrupted behind line %lld of '%s'\n",
-                         static_cast<long long>(run.LineNumber()), name.c_str());
-            return kSignal + InterruptSignal();
+            return Interrupted("line " + std::to_string(run.LineNumber()) + " of '" + name + "'");
         }
     }
     run.Finish();

@@ -206,10 +206,8 @@ class CaptureRun {
         dissector_.Finish();
         progress_.Hide();
         PrintSummary();
-        if (const int signal = InterruptSignal(); signal != 0) {
-            std::fprintf(stderr, "quorvane: interrupted behind packet %llu\n",
-                         static_cast<unsigned long long>(file_.Packets()));
-            return kSignal + signal;
+        if (InterruptSignal() != 0) {
+            return Interrupted("packet " + std::to_string(file_.Packets()));
         }
         if (!file_.Problem().empty()) {
             std::fprintf(stderr, "quorvane: the capture cannot be read behind packet %llu: %s\n",

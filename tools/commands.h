@@ -21,7 +21,7 @@ enum ExitStatus : int {
     kWrongUse = 2,      // also what cannot be read or written
     kNotDescribed = 3,  // decode, encode: this build does not describe the function's messages
     kFaulty = 4,        // decode, batch with --strict: a message has faults
-    kSignal = 128,      // and the number of the signal that interrupted batch or capture
+    kSignal = 128,      // and the number of the signal that interrupted a run over many messages
 };
 
 /// What is wrong and where, in words for the user.
@@ -116,5 +116,8 @@ UsageError CannotWrite();
 
 /// Writes to standard output; throws CannotWrite if that fails.
 void Print(std::string_view text);
+
+/// Says on standard error behind which place the process was interrupted. Returns the exit status.
+int Interrupted(const std::string& place);
 
 }  // namespace quorvane::tool

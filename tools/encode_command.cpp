@@ -1,5 +1,6 @@
 // JSON objects in, octets out: lines in constant memory, or one object over many lines.
 
+#include <cerrno>
 #include <cstdint>
 
 #include "quorvane/message.h"
@@ -9,6 +10,7 @@
 #include "tools/input_file.h"
 #include "tools/line_reader.h"
 #include "tools/message_reader.h"
+#include "tools/system.h"
 #include "tools/utf8.h"
 
 namespace quorvane::tool {
@@ -52,6 +54,9 @@ class EncodeRun {
         Print(hex_);
         hex_.clear();
     }
+
+    /// Of the last line that was read.
+    [[nodiscard]] std::int64_t LineNumber() const { return lineNumber_; }
 
     /// Writes what is left. Whether all messages were good.
     bool Finish() {
@@ -115,9 +120,14 @@ int Encode(const std::string& function, const std::string& file) {
         std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
         return kNotDescribed;
     }
+    CatchInterrupts();
     const InputFile input(file);
     EncodeRun run(decoding);
     const int error = ReadLines(input.Descriptor(), run);
+    if (error == EINTR) {
+        run.Pause();
+        return Interrupted("line " + std::to_string(run.LineNumber()) + " of '" + file + "'");
+    }
     const bool good = run.Finish();
     if (error != 0) {
         throw ReadError(file, error);

@@ -4,6 +4,7 @@
 #include "tools/function_name.h"
 #include "tools/hex.h"
 #include "tools/message_generator.h"
+#include "tools/system.h"
 
 namespace quorvane::tool {
 namespace {
@@ -39,8 +40,13 @@ int Generate(const GenerateOptions& options) {
     MessageGenerator generator(*binding.family, options.seed,
                                lengthIsFixed ? MessageEnd::kAnyBit : MessageEnd::kOctet);
     constexpr std::size_t kFullBuffer = std::size_t{1} << 16;
+    CatchInterrupts();
     std::string lines;
     for (std::uint64_t count = 0; count < options.count; ++count) {
+        if (InterruptSignal() != 0) {
+            Print(lines);
+            return Interrupted("message " + std::to_string(count));
+        }
         const auto message =
             tag == 0 ? generator.Generate(*binding.set) : generator.Generate(*binding.set, tag);
         if (!message) {

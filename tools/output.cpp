@@ -18,4 +18,9 @@ void Print(std::string_view text) {
     }
 }
 
+int Interrupted(const std::string& place) {
+    std::fprintf(stderr, "quorvane: interrupted behind %s\n", place.c_str());
+    return kSignal + InterruptSignal();
+}
+
 }  // namespace quorvane::tool

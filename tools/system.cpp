@@ -33,6 +33,16 @@ std::optional<std::uint64_t> SizeOf(const struct stat& status) {
                                    : std::nullopt;
 }
 
+/// Takes the beginning of a line off a file that ends with what was written.
+void TakeBackPartOfLine(int descriptor, std::string_view written) {
+    const std::size_t part = written.size() - (written.rfind('\n') + 1);  // npos + 1 is 0
+    const off_t end = lseek(descriptor, 0, SEEK_CUR);
+    if (part > 0 && SizeOfFile(descriptor) == end) {
+        const off_t start = lseek(descriptor, -static_cast<off_t>(part), SEEK_CUR);
+        [[maybe_unused]] const int status = ftruncate(descriptor, start);
+    }
+}
+
 /// Waits until there is something to read, or the process is interrupted.
 void WaitForInput(int descriptor) {
     std::array<pollfd, 2> files = {pollfd{descriptor, POLLIN, 0},
@@ -78,11 +88,14 @@ std::int64_t ReadSome(int descriptor, char* octets, std::size_t size) {
 }
 
 bool WriteAll(int descriptor, std::string_view octets) {
-    while (!octets.empty()) {
-        const ssize_t count = write(descriptor, octets.data(), octets.size());
+    std::string_view left = octets;
+    while (!left.empty()) {
+        const ssize_t count = write(descriptor, left.data(), left.size());
         if (count >= 0) {
-            octets.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
+            left.remove_prefix(static_cast<std::size_t>(count));
+        } else if (const int error = errno; error != EINTR) {
+            TakeBackPartOfLine(descriptor, octets.substr(0, octets.size() - left.size()));
+            errno = error;
             return false;
         }
     }

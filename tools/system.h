@@ -26,7 +26,7 @@ std::optional<std::uint64_t> SizeOfFile(int descriptor);
 /// be read, with EINTR if the process was interrupted (CatchInterrupts).
 std::int64_t ReadSome(int descriptor, char* octets, std::size_t size);
 
-/// Writes all; false with errno if it cannot be written.
+/// Writes all; false with errno if it cannot be written. A file then ends with a whole line.
 bool WriteAll(int descriptor, std::string_view octets);
 
 bool IsTerminal(int descriptor);

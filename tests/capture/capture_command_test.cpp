@@ -454,6 +454,50 @@ TEST_F(CaptureCommandTest, AnswersWhatItHasReadWhenInterrupted) {
     }
 }
 
+TEST_F(CaptureCommandTest, InterruptedInTheMidstEndsWithAWholeLine) {
+    const std::vector<std::string> messages(1'000, "07 44 0F");
+    const CaptureWriter writer = Nas(messages);
+    const std::size_t header = CaptureWriter().File().size();
+    std::ofstream(Path("header"), std::ios::binary) << writer.File().substr(0, header);
+    std::ofstream(Path("body"), std::ios::binary) << writer.File().substr(header);
+    for (const std::string jobs : {"1", "2"}) {
+        const Outcome outcome = RunShell(
+            ": >" + Path("answers") + "; { cat " + Path("header") + "; while cat " + Path("body") +
+            "; do :; done; } 2>/dev/null | env --default-signal=INT " QUORVANE_TOOL_PATH
+            " capture --json --jobs " +
+            jobs + " >" + Path("answers") + " & until [ -s " + Path("answers") +
+            " ] || [ $((tries += 1)) -gt 3000 ]; do sleep 0.01; done; kill -INT $!; wait $!");
+        EXPECT_EQ(outcome.status, 130) << jobs;
+        const std::string answers = tool::test::ReadAll(Path("answers"));
+        EXPECT_TRUE(answers.ends_with("}\n")) << jobs;
+        // All packets that were read are answered, and the last one is told.
+        const auto last = JsonLines(answers.substr(answers.rfind('\n', answers.size() - 2) + 1));
+        ASSERT_EQ(last.size(), 1U) << jobs;
+        EXPECT_TRUE(outcome.errors.ends_with("\nquorvane: interrupted behind packet " +
+                                             std::to_string(last[0]["frame"].GetUint64()) + "\n"))
+            << outcome.errors;
+    }
+}
+
+TEST_F(CaptureCommandTest, EndsWithItsReader) {
+    const std::vector<std::string> messages(5'000, "07 44 0F");
+    std::ofstream(Path("log.pcap"), std::ios::binary) << Nas(messages).File();
+    for (const std::string jobs : {"1", "2"}) {
+        const std::string command = "capture --json --jobs " + jobs + " " + Path("log.pcap");
+        const Outcome killed = RunShell("{ quorvane " + command + " 2>/dev/null; echo $? >" +
+                                        Path("status") + "; } | head -1");
+        EXPECT_EQ(Frames(killed.output), "1 ") << jobs;
+        EXPECT_EQ(tool::test::ReadAll(Path("status")), "141\n") << jobs;  // 128 + SIGPIPE
+        const Outcome told =
+            RunShell("{ (trap '' PIPE; quorvane " + command + " 2>" + Path("words") +
+                     "; echo $? >" + Path("status") + "); } | head -1");
+        EXPECT_EQ(Frames(told.output), "1 ") << jobs;
+        EXPECT_EQ(tool::test::ReadAll(Path("status")), "2\n") << jobs;
+        EXPECT_EQ(tool::test::ReadAll(Path("words")),
+                  "quorvane: cannot write to standard output: Broken pipe\n");
+    }
+}
+
 // Packets of many links with a message in the making, each more often than links are remembered.
 TEST_F(CaptureCommandTest, NeedsNoMoreMemoryForMorePackets) {
     if (quorvane::test::kSanitized) {
