@@ -33,7 +33,8 @@ int Generate(const GenerateOptions& options) {
     if (!options.message.empty()) {
         tag = TagOf(*binding.family, *binding.set, options.message);
         if (tag == 0) {
-            throw UsageError(function + " has no message " + options.message);
+            throw UsageError(function + " has no message " + options.message +
+                             "; the line \"MESSAGE: \" of a text shows a message's name");
         }
     }
     const bool lengthIsFixed = facade::RowOf(decoding).fixedBits != 0;

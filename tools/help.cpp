@@ -59,14 +59,18 @@ std::string HelpOn(const CLI::App& app, const std::string& command) {
     if (command.empty()) {
         return app.get_formatter()->make_help(&app, name, CLI::AppFormatMode::Normal);
     }
+    return CommandNamed(app, command).help(name);
+}
+
+const CLI::App& CommandNamed(const CLI::App& app, const std::string& name) {
     std::string names;
-    for (const CLI::App* known : app.get_subcommands([](const CLI::App*) { return true; })) {
-        if (known->get_name() == command) {
-            return known->help(name);
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        if (command->get_name() == name) {
+            return *command;
         }
-        names += (names.empty() ? "" : ", ") + known->get_name();
+        names += (names.empty() ? "" : ", ") + command->get_name();
     }
-    throw UsageError("unknown command '" + command + "'; the commands are " + names);
+    throw UsageError("unknown command '" + name + "'; the commands are " + names);
 }
 
 std::string VersionText() {

@@ -16,8 +16,10 @@ std::string_view Summary(std::string_view description);
 /// Adds examples to the help of the commands, and lists each command with its summary alone.
 void CompleteHelp(CLI::App& app);
 
-/// The help of the command of that name, of the tool if it is empty; throws UsageError if there is
-/// no such command.
+/// The command of that name; throws UsageError with those that there are if it is none.
+const CLI::App& CommandNamed(const CLI::App& app, const std::string& name);
+
+/// The help of the command of that name, of the tool if it is empty.
 std::string HelpOn(const CLI::App& app, const std::string& command);
 
 /// The version, the families of this build and those that it leaves out, and whether it reads

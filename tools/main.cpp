@@ -110,7 +110,8 @@ int Run(int argc, char** argv) {
     capture->add_flag_callback(
         "--json", [&captureOptions] { captureOptions.format = "json"; },
         "The same as --format json");
-    capture->add_option("--port", captureOptions.port, "The UDP port of GSMTAP, 4729 if left out");
+    capture->add_option("--port", captureOptions.port, "The UDP port of GSMTAP, 4729 if left out")
+        ->check(CLI::Range(0U, 65535U));
     const auto addFilter = [&](const std::string& name, std::vector<std::string>& values,
                                const std::string& purpose) {
         return capture->add_option(name, values, purpose)->allow_extra_args(false);
@@ -190,6 +191,9 @@ int Run(int argc, char** argv) {
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "fish"}));
     CompleteHelp(app);
+    if (argc > 1 && *argv[1] != '-') {
+        CommandNamed(app, argv[1]);  // the parser would miss a command, and not name the word
+    }
 
     try {
         app.parse(argc, argv);

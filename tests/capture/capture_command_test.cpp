@@ -343,7 +343,8 @@ TEST_F(CaptureCommandTest, RefusesWrongFilters) {
               "quorvane: --type ATTACH: no message has that name; the line \"MESSAGE: \" of a text "
               "shows it\n");
     EXPECT_TRUE(Has(refusal("--function EPS"), "unknown function 'EPS'"));
-    EXPECT_TRUE(Has(refusal("--format xml"), "--format"));
+    EXPECT_TRUE(Has(refusal("--format xml"), "--format: xml not in {text,json,csv}"));
+    EXPECT_TRUE(Has(refusal("--port 65536"), "--port: Value 65536 not in range 0 to 65535"));
 }
 
 TEST_F(CaptureCommandTest, CountsWhatItPasses) {
@@ -394,6 +395,18 @@ TEST_F(CaptureCommandTest, TellsOfCapturesThatEndTooEarly) {
     EXPECT_EQ(missing.status, 2);
     EXPECT_EQ(missing.errors,
               "quorvane: cannot open '" + Path("missing") + "': No such file or directory\n");
+}
+
+// libpcap reads no further than to the first interface of another type.
+TEST_F(CaptureCommandTest, TellsOfInterfacesOfSeveralLinkTypes) {
+    const Outcome outcome = Capture("--json", test::TwoLinkTypes(Hex("07 44 0F")));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(Frames(outcome.output), "1 ");
+    EXPECT_TRUE(Has(outcome.errors, "\nquorvane: the capture cannot be read behind packet 1: "))
+        << outcome.errors;
+    EXPECT_TRUE(
+        outcome.errors.ends_with("; examples/one_link_type.sh gives all packets one type\n"))
+        << outcome.errors;
 }
 
 TEST_F(CaptureCommandTest, TellsOfOutputThatCannotBeWritten) {

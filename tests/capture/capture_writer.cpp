@@ -149,19 +149,7 @@ CaptureWriter::CaptureWriter(FileForm form) : form_(form) {
         Put16(0);
         Put(~std::uint64_t{0}, 8);  // of unknown length
         Put32(28);
-        const std::uint32_t size = form_.nanoseconds ? 32 : 20;
-        Put32(1);  // interface description
-        Put32(size);
-        Put16(static_cast<unsigned>(form_.linkType));
-        Put16(0);
-        Put32(0x40000);
-        if (form_.nanoseconds) {
-            Put16(9);  // if_tsresol: 10 to the power of -9
-            Put16(1);
-            PutOctets(Octets{9, 0, 0, 0});
-            Put32(0);
-        }
-        Put32(size);
+        BeginInterface(form_.linkType);
         return;
     }
     Put32(form_.nanoseconds ? 0xA1B23C4D : 0xA1B2C3D4);
@@ -171,6 +159,23 @@ CaptureWriter::CaptureWriter(FileForm form) : form_(form) {
     Put32(0);
     Put32(0x40000);
     Put32(static_cast<std::uint32_t>(form_.linkType));
+}
+
+void CaptureWriter::BeginInterface(int linkType) {
+    const std::uint32_t size = form_.nanoseconds ? 32 : 20;
+    Put32(1);  // interface description
+    Put32(size);
+    Put16(static_cast<unsigned>(linkType));
+    Put16(0);
+    Put32(0x40000);
+    if (form_.nanoseconds) {
+        Put16(9);  // if_tsresol: 10 to the power of -9
+        Put16(1);
+        PutOctets(Octets{9, 0, 0, 0});
+        Put32(0);
+    }
+    Put32(size);
+    ++interfaces_;
 }
 
 void CaptureWriter::Add(const WrittenPacket& packet) {
@@ -190,7 +195,7 @@ void CaptureWriter::Add(const WrittenPacket& packet) {
         packet.seconds * std::uint64_t{form_.nanoseconds ? 1'000'000'000U : 1'000'000U} + fraction;
     Put32(6);  // enhanced packet
     Put32(32 + size + padding);
-    Put32(0);
+    Put32(interfaces_ - 1);
     Put32(static_cast<std::uint32_t>(time >> 32));
     Put32(static_cast<std::uint32_t>(time));
     Put32(size);
@@ -198,6 +203,19 @@ void CaptureWriter::Add(const WrittenPacket& packet) {
     PutOctets(packet.octets);
     PutOctets(Octets(padding));
     Put32(32 + size + padding);
+}
+
+CaptureWriter TwoLinkTypes(const Octets& nas) {
+    constexpr int kEthernet = 1;
+    constexpr int kRawIp = 101;
+    const Octets ip = Ipv4(Udp(Gsmtap(LteNas(false), nas)));
+    CaptureWriter writer({true, false, false, kEthernet});
+    writer.Add(Ethernet(ip));
+    writer.BeginInterface(kRawIp);
+    writer.Add(ip);
+    writer.BeginInterface(kEthernet);
+    writer.Add(Ethernet(ip));
+    return writer;
 }
 
 void CaptureWriter::Put(std::uint64_t number, int octets) {

@@ -74,6 +74,9 @@ class CaptureWriter {
   public:
     explicit CaptureWriter(FileForm form = {});
 
+    /// Of pcapng: the packets from here on come from another interface.
+    void BeginInterface(int linkType);
+
     void Add(const WrittenPacket& packet);
     void Add(const Octets& packet) { Add(WrittenPacket{packet}); }
 
@@ -86,7 +89,12 @@ class CaptureWriter {
     void PutOctets(std::span<const std::uint8_t> octets);
 
     FileForm form_;
+    std::uint32_t interfaces_ = 0;
     std::string file_;
 };
+
+/// The NAS message three times: on an interface of Ethernet, on one of raw IP, and on one of
+/// Ethernet again.
+CaptureWriter TwoLinkTypes(const Octets& nas);
 
 }  // namespace quorvane::capture::test

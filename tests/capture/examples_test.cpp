@@ -5,11 +5,9 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "capture/capture_writer.h"
-#include "support/family_files.h"
-#include "tool/tool_runner.h"
+#include "tool/page_examples.h"
 
 namespace quorvane::capture {
 namespace {
@@ -29,45 +27,26 @@ class CaptureExamplesTest : public tool::test::ToolTest {
     }
 
     /// What a shell in the folder of the capture shows for it.
-    std::string Show(std::string command) {
-        command.replace(0, command.find(' '), QUORVANE_TOOL_PATH);
-        const std::string line =
-            "cd " + Path(".") + " && (" + command + ") >" + Path("shown") + " 2>&1";
-        EXPECT_EQ(std::system(line.c_str()), 0) << command;
-        return tool::test::ReadAll(Path("shown"));
+    std::string Show(const std::string& command) {
+        const tool::test::Outcome outcome =
+            RunShell("cd " + Path(".") + " && { " + command + "; } 2>&1");
+        EXPECT_EQ(outcome.status, 0) << command;
+        return outcome.output;
+    }
+
+    void Check(const std::string& page) {
+        for (const auto& example : tool::test::ExamplesOf(page, true)) {
+            ExpectShown(example, Show(example.command));
+        }
     }
 };
 
 TEST_F(CaptureExamplesTest, OfTheDocumentGiveWhatItShows) {
-    std::istringstream in(quorvane::test::SourceText("docs/captures.md"));
-    std::string line;
-    int examples = 0;
-    while (std::getline(in, line)) {
-        if (!line.starts_with("$ quorvane capture")) {
-            continue;
-        }
-        const std::string command = line.substr(2);
-        std::string expected;
-        while (std::getline(in, line) && line != "```") {
-            expected += line + "\n";
-        }
-        EXPECT_EQ(Show(command), expected) << command;
-        ++examples;
-    }
-    EXPECT_EQ(examples, 4);
+    Check("docs/captures.md");
 }
 
-TEST_F(CaptureExamplesTest, OfTheReadMeFindTheMessage) {
-    std::istringstream in(quorvane::test::SourceText("README.md"));
-    int examples = 0;
-    for (std::string line; std::getline(in, line);) {
-        if (line.starts_with("quorvane capture")) {
-            const std::string shown = Show(line.substr(0, line.find("  ")));
-            EXPECT_NE(shown.find("ATTACH_REJECT"), std::string::npos) << shown;
-            ++examples;
-        }
-    }
-    EXPECT_EQ(examples, 1);
+TEST_F(CaptureExamplesTest, OfTheReadMeGiveWhatItShows) {
+    Check("README.md");
 }
 
 TEST_F(CaptureExamplesTest, OfTheHelpFindsTheMessage) {

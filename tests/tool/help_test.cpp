@@ -45,12 +45,14 @@ TEST_F(HelpTest, IsTheSameByCommandAndByOption) {
 }
 
 TEST_F(HelpTest, NamesTheCommandsThatThereAre) {
-    const Outcome outcome = Run("help decod");
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.output, "");
-    EXPECT_TRUE(outcome.errors.starts_with(
-        "quorvane: unknown command 'decod'; the commands are list, decode, batch, "))
-        << outcome.errors;
+    for (const char* arguments : {"help decod", "decod", "decod EPC_UE2SS 0F87"}) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_TRUE(outcome.errors.starts_with(
+            "quorvane: unknown command 'decod'; the commands are list, decode, batch, "))
+            << outcome.errors;
+    }
 }
 
 TEST_F(HelpTest, HasAnExampleOfEachCommandThatRuns) {

@@ -72,6 +72,10 @@ bool CaptureFile::Next(Packet& packet) {
         problem_ = reader_->input.problem;
         if (problem_.empty() && status == PCAP_ERROR) {
             problem_ = pcap_geterr(reader_->pcap);
+            if (problem_.find("different from the type of the first interface") !=
+                std::string::npos) {
+                problem_ += "; examples/one_link_type.sh gives all packets one type";
+            }
         }
         return false;
     }

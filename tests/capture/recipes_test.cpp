@@ -1,9 +1,11 @@
-// The recipe for NAS messages in S1AP, over a capture made for it, with tshark.
+// The recipes with tshark, over captures made for them: NAS messages in S1AP, and interfaces of
+// several link types.
 
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 #include "capture/capture_writer.h"
 #include "tool/tool_runner.h"
@@ -58,32 +60,52 @@ Octets Sctp(const std::vector<Octets>& chunks) {
     return test::Ethernet(test::Ipv4(octets, kSctp));
 }
 
-class S1apTest : public tool::test::ToolTest {};
-
-TEST_F(S1apTest, RecipeGivesNasMessagesWithTheirDirection) {
-    if (std::system("tshark --version >/dev/null 2>&1") != 0) {
-        GTEST_SKIP() << "tshark is not here";
+class RecipesTest : public tool::test::ToolTest {
+  protected:
+    void SetUp() override {
+        if (std::system("tshark --version >/dev/null 2>&1") != 0) {
+            GTEST_SKIP() << "tshark is not here";
+        }
     }
+
+    /// What the tool answers to what the script makes of a capture.
+    std::vector<rapidjson::Document> Answers(const std::string& script,
+                                             const CaptureWriter& capture,
+                                             const std::string& command) {
+        std::ofstream(Path("log.pcap"), std::ios::binary) << capture.File();
+        const tool::test::Outcome outcome =
+            RunShell(QUORVANE_SOURCE_DIR "/examples/" + script + " " + Path("log.pcap") +
+                     " | quorvane " + command);
+        EXPECT_EQ(outcome.status, 0) << outcome.errors;
+        return JsonLines(outcome.output);
+    }
+};
+
+TEST_F(RecipesTest, GiveNasMessagesOfS1apWithTheirDirection) {
     const Octets attachReject = Hex("07 44 0F");
     const Octets attachComplete = Hex("27 01 02 03 04 05 07 43 00 03 52 00 C2");
     CaptureWriter writer;
     writer.Add(Sctp({Chunk(1, S1ap(11, attachReject))}));  // downlink
     writer.Add(
         Sctp({Chunk(2, S1ap(13, attachComplete)), Chunk(3, S1ap(11, attachReject))}));  // both
-    std::ofstream(Path("log.pcap"), std::ios::binary) << writer.File();
-    const std::string command = std::string(QUORVANE_SOURCE_DIR) + "/examples/s1ap_to_batch.sh " +
-                                Path("log.pcap") + " 2>" + Path("words") + " | " +
-                                QUORVANE_TOOL_PATH " batch --json --tolerant --deciphered >" +
-                                Path("answers");
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    const auto lines = JsonLines(tool::test::ReadAll(Path("answers")));
-    ASSERT_EQ(lines.size(), 3U) << tool::test::ReadAll(Path("words"));
+    const auto lines = Answers("s1ap_to_batch.sh", writer, "batch --json --tolerant --deciphered");
+    ASSERT_EQ(lines.size(), 3U);
     EXPECT_STREQ(lines[0]["fn"].GetString(), "EPS_MMDownlink");
     EXPECT_STREQ(lines[0]["message"]["type"].GetString(), "ATTACH_REJECT");
     EXPECT_STREQ(lines[1]["fn"].GetString(), "EPS_MMUplink");
     EXPECT_STREQ(lines[1]["message"]["type"].GetString(), "ATTACH_COMPLETE");
     EXPECT_STREQ(lines[2]["fn"].GetString(), "EPS_MMDownlink");
     EXPECT_STREQ(lines[2]["message"]["type"].GetString(), "ATTACH_REJECT");
+}
+
+TEST_F(RecipesTest, GiveAllPacketsOneLinkType) {
+    const auto answers =
+        Answers("one_link_type.sh", test::TwoLinkTypes(Hex("07 44 0F")), "capture --json");
+    ASSERT_EQ(answers.size(), 3U);
+    for (const auto& answer : answers) {
+        EXPECT_STREQ(answer["hex"].GetString(), "07440F");
+        EXPECT_STREQ(answer["time"].GetString(), "2023-11-14T22:13:20.123456000Z");
+    }
 }
 
 }  // namespace
