@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#ifdef __MINGW32__
+#include <cxxabi.h>
+#endif
 
 #include "reflect/render.h"
 #include "reflect/text_pieces.h"
@@ -33,7 +36,14 @@ struct ThreadWorkspace : Workspace {
 /// Null when the thread has given it back already.
 Workspace* FindThreadWorkspace() {
     if (threadWorkspace == nullptr && !threadIsEnding) {
+#if defined(__MINGW32__) && defined(__GLIBCXX__)
+        // There the memory of a thread_local object is given back before its destructor runs.
+        static const char inThisModule = 0;
+        const auto destroy = [](void* made) { delete static_cast<ThreadWorkspace*>(made); };
+        abi::__cxa_thread_atexit(destroy, new ThreadWorkspace, const_cast<char*>(&inThisModule));
+#else
         thread_local ThreadWorkspace made;
+#endif
     }
     return threadWorkspace;
 }
