@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -20,6 +21,7 @@
 #include "tools/capture/dissector.h"
 #include "tools/capture_answers.h"
 #include "tools/commands.h"
+#include "tools/edit_distance.h"
 #include "tools/field_condition.h"
 #include "tools/input_file.h"
 #include "tools/ordered_jobs.h"
@@ -74,15 +76,17 @@ class Filter {
     }
 
     static void RequireType(const std::string& name) {
+        std::set<std::string_view> names;
         for (const DecodingInfo& info : Decodings()) {
             for (std::size_t index = 0; index < MessageTypes::Count(info.decoding); ++index) {
-                if (MessageTypes::At(info.decoding, index).Name() == name) {
-                    return;
-                }
+                names.insert(MessageTypes::At(info.decoding, index).Name());
             }
         }
-        throw UsageError("--type " + name +
-                         ": no message has that name; the line \"MESSAGE: \" of a text shows it");
+        if (!names.contains(name)) {
+            throw UsageError("--type " + name + ": no message has that name" +
+                             NearestWords(name, names) +
+                             "; the line \"MESSAGE: \" of a text shows it");
+        }
     }
 
     std::vector<Decoding> functions_;

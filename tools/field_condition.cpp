@@ -20,30 +20,37 @@ std::optional<std::uint32_t> NumberOf(std::string_view text) {
     return status == std::errc() && parsedEnd == end ? std::optional(number) : std::nullopt;
 }
 
-/// Collects the names of all members below `type`. Named types that were seen are passed over; the
-/// others belong to one member each.
-void AddNames(Type type, std::set<std::string_view>& seen, std::set<std::string_view>& names) {
+/// Visits all members below `type`. Named types that were seen are passed over; the others belong
+/// to one member each.
+template <typename Visitor>
+void VisitMembers(Type type, std::set<std::string_view>& seen, const Visitor& visitor) {
     if (type.Kind() == FieldKind::kSequence) {
-        return AddNames(type.ItemType(), seen, names);
+        return VisitMembers(type.ItemType(), seen, visitor);
     }
     if (!type.Name().empty() && !seen.insert(type.Name()).second) {
         return;
     }
     for (std::size_t index = 0; index < type.MemberCount(); ++index) {
         const TypeMember member = type.Member(index);
-        names.insert(member.name);
-        AddNames(member.type, seen, names);
+        visitor(member);
+        VisitMembers(member.type, seen, visitor);
+    }
+}
+
+/// Visits all members of all messages.
+template <typename Visitor>
+void VisitMembers(const Visitor& visitor) {
+    for (const DecodingInfo& info : Decodings()) {
+        std::set<std::string_view> seen;
+        for (std::size_t index = 0; index < MessageTypes::Count(info.decoding); ++index) {
+            VisitMembers(MessageTypes::At(info.decoding, index), seen, visitor);
+        }
     }
 }
 
 std::set<std::string_view> AllNames() {
     std::set<std::string_view> names;
-    for (const DecodingInfo& info : Decodings()) {
-        std::set<std::string_view> seen;
-        for (std::size_t index = 0; index < MessageTypes::Count(info.decoding); ++index) {
-            AddNames(MessageTypes::At(info.decoding, index), seen, names);
-        }
-    }
+    VisitMembers([&](const TypeMember& member) { names.insert(member.name); });
     return names;
 }
 
@@ -67,7 +74,8 @@ FieldCondition::FieldCondition(const std::string& text) {
         const std::string_view name = path.substr(0, path.find('.'));
         if (!names.contains(name)) {
             throw UsageError("--where " + text + ": no message has a field '" + std::string(name) +
-                             "'; expected PATH=VALUE, PATH!=VALUE or PATH with names that "
+                             "'" + NearestWords(name, names) +
+                             "; expected PATH=VALUE, PATH!=VALUE or PATH with names that "
                              "\"quorvane decode\" shows");
         }
         path_.emplace_back(name);
@@ -75,6 +83,49 @@ FieldCondition::FieldCondition(const std::string& text) {
             break;
         }
         path.remove_prefix(name.size() + 1);
+    }
+    if (!value_.empty()) {
+        RequireValue(text);
+    }
+}
+
+void FieldCondition::RequireValue(const std::string& text) const {
+    bool isThere = false;
+    std::set<std::string_view> words;
+    VisitMembers([&](const TypeMember& member) {
+        if (member.name == path_.back()) {
+            isThere = isThere || MayHaveValue(member.type, words);
+        }
+    });
+    if (isThere) {
+        return;
+    }
+    words.erase(std::string_view());
+    throw UsageError("--where " + text + ": no field '" + path_.back() + "' can have that value" +
+                     NearestWords(value_, words) +
+                     "; expected a number, words or digits that \"quorvane decode\" shows");
+}
+
+bool FieldCondition::MayHaveValue(Type type, std::set<std::string_view>& words) const {
+    switch (type.Kind()) {
+        case FieldKind::kNumber:
+            return number_.has_value();
+        case FieldKind::kEnumerated: {
+            words.insert(type.OtherWords());
+            for (std::size_t index = 0; index < type.ValueCount(); ++index) {
+                words.insert(type.Value(index).words);
+            }
+            return number_ || std::any_of(words.begin(), words.end(), [&](std::string_view each) {
+                       return EqualsInAnyCase(each, value_);
+                   });
+        }
+        case FieldKind::kBits:
+            return std::all_of(value_.begin(), value_.end(),
+                               [](char each) { return DigitOf(each).has_value(); });
+        case FieldKind::kSequence:
+            return MayHaveValue(type.ItemType(), words);
+        default:
+            return false;
     }
 }
 

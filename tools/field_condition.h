@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,7 +22,8 @@ namespace quorvane::tool {
 /// there.
 class FieldCondition {
   public:
-    /// Throws UsageError for a text that has not that form and for names that no message has.
+    /// Throws UsageError for a text that has not that form, for names that no message has, and for
+    /// a value that no field of the name can have.
     explicit FieldCondition(const std::string& text);
 
     [[nodiscard]] bool Holds(const Message& message) const;
@@ -29,12 +31,15 @@ class FieldCondition {
   private:
     enum class Relation : std::uint8_t { kIsThere, kIs, kIsNot };
 
+    void RequireValue(const std::string& text) const;
+    /// Whether a field of the type may have the value. Adds the words that it may have.
+    [[nodiscard]] bool MayHaveValue(Type type, std::set<std::string_view>& words) const;
     [[nodiscard]] bool IsAtPath(const std::vector<std::string_view>& names) const;
     [[nodiscard]] bool HasValue(const Field& field) const;
 
     Relation relation_ = Relation::kIsThere;
     std::vector<std::string> path_;
-    std::string value_;  // in lower case
+    std::string value_;
     std::optional<std::uint32_t> number_;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "tools/edit_distance.h"
 
@@ -24,6 +25,15 @@ void VisitFunctions(Visitor&& visitor) {
     std::any_of(kAuto.begin(), kAuto.end(), visitor);
 }
 
+std::vector<std::string_view> FunctionNames() {
+    std::vector<std::string_view> names;
+    VisitFunctions([&](const Function& function) {
+        names.push_back(function.name);
+        return false;
+    });
+    return names;
+}
+
 }  // namespace
 
 std::optional<Function> FindFunction(std::string_view name) {
@@ -41,30 +51,11 @@ std::optional<Function> FindFunction(std::string_view name) {
 }
 
 std::string NearestFunctions(std::string_view name) {
-    constexpr std::size_t kLongest = 64;
-    if (name.size() > kLongest) {
-        return {};
-    }
-    std::size_t least = std::max<std::size_t>(name.size() / 3, 1);
-    std::string nearest;
-    VisitFunctions([&](const Function& function) {
-        const std::size_t distance = EditDistance(name, function.name);
-        if (distance < least) {
-            nearest.clear();
-        }
-        if (distance <= least) {
-            least = distance;
-            nearest.append(nearest.empty() ? "" : " or ").append(function.name);
-        }
-        return false;
-    });
-    return nearest;
+    return NearestNames(name, FunctionNames());
 }
 
 std::string UnknownFunction(std::string_view name) {
-    const std::string nearest = NearestFunctions(name);
-    std::string words = "unknown function '" + std::string(name) + "'";
-    return nearest.empty() ? words : words + "; the nearest is " + nearest;
+    return "unknown function '" + std::string(name) + "'" + NearestWords(name, FunctionNames());
 }
 
 }  // namespace quorvane::tool

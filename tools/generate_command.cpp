@@ -1,6 +1,7 @@
 #include "facade/decodings.h"
 #include "quorvane/decode.h"
 #include "tools/commands.h"
+#include "tools/edit_distance.h"
 #include "tools/function_name.h"
 #include "tools/hex.h"
 #include "tools/message_generator.h"
@@ -9,15 +10,19 @@
 namespace quorvane::tool {
 namespace {
 
-/// The tag of the message of that name, or 0.
-std::uint32_t TagOf(const families::Family& family, const iecodec::MessageSetRow& set,
-                    std::string_view name) {
-    for (std::size_t index = 0; index < set.messages.size(); ++index) {
-        if (family.codec.messages[set.messages[index]].name == name) {
-            return static_cast<std::uint32_t>(index + 1);
+/// The tag of the function's message of that name.
+std::uint32_t TagOf(Decoding decoding, const std::string& name) {
+    const facade::Binding& binding = facade::BindingOf(decoding);
+    std::vector<std::string_view> names;
+    for (const auto index : binding.set->messages) {
+        names.push_back(binding.family->codec.messages[index].name);
+        if (names.back() == name) {
+            return static_cast<std::uint32_t>(names.size());
         }
     }
-    return 0;
+    throw UsageError(std::string(InfoOf(decoding).name) + " has no message " + name +
+                     NearestWords(name, names) +
+                     "; the line \"MESSAGE: \" of a text shows a message's name");
 }
 
 }  // namespace
@@ -31,11 +36,7 @@ int Generate(const GenerateOptions& options) {
     }
     std::uint32_t tag = 0;
     if (!options.message.empty()) {
-        tag = TagOf(*binding.family, *binding.set, options.message);
-        if (tag == 0) {
-            throw UsageError(function + " has no message " + options.message +
-                             "; the line \"MESSAGE: \" of a text shows a message's name");
-        }
+        tag = TagOf(decoding, options.message);
     }
     const bool lengthIsFixed = facade::RowOf(decoding).fixedBits != 0;
     MessageGenerator generator(*binding.family, options.seed,

@@ -335,13 +335,23 @@ TEST_F(CaptureCommandTest, RefusesWrongFilters) {
         return outcome.errors;
     };
     EXPECT_EQ(refusal("--where EMMCuase=15"),
-              "quorvane: --where EMMCuase=15: no message has a field 'EMMCuase'; expected "
-              "PATH=VALUE, PATH!=VALUE or PATH with names that \"quorvane decode\" shows\n");
+              "quorvane: --where EMMCuase=15: no message has a field 'EMMCuase'; the nearest is "
+              "EMMCause; expected PATH=VALUE, PATH!=VALUE or PATH with names that \"quorvane "
+              "decode\" shows\n");
+    EXPECT_EQ(refusal("--where EMMCause=congestoin"),
+              "quorvane: --where EMMCause=congestoin: no field 'EMMCause' can have that value; the "
+              "nearest is Congestion; expected a number, words or digits that \"quorvane decode\" "
+              "shows\n");
+    EXPECT_TRUE(Has(refusal("--where ProtocolCfgs.Contents=abcx"),
+                    ": no field 'Contents' can have that value; expected a number, "));
+    EXPECT_TRUE(Has(refusal("--where PTI!=x"), "no message has a field 'PTI'"));
+    EXPECT_TRUE(Has(refusal("--where ProcedureTransactionIdentity!=x"), "can have that value"));
     EXPECT_EQ(refusal("--where EMMCause="),
               "quorvane: --where EMMCause=: a value was expected behind =\n");
     EXPECT_EQ(refusal("--type ATTACH"),
               "quorvane: --type ATTACH: no message has that name; the line \"MESSAGE: \" of a text "
               "shows it\n");
+    EXPECT_TRUE(Has(refusal("--type attach-reject"), "the nearest is ATTACH_REJECT; the line "));
     EXPECT_TRUE(Has(refusal("--function EPS"), "unknown function 'EPS'"));
     EXPECT_TRUE(Has(refusal("--format xml"), "--format: xml not in {text,json,csv}"));
     EXPECT_TRUE(Has(refusal("--port 65536"), "--port: Value 65536 not in range 0 to 65535"));

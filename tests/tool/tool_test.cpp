@@ -142,6 +142,15 @@ TEST_F(ToolTest, WrongArgumentsExitWith2) {
     }
 }
 
+TEST_F(ToolTest, GenerateNamesTheNearestMessage) {
+    const Outcome outcome = Run("generate EPC_UE2SS 1 --message DEACTIVATE_TESTMODE_COMPLETE");
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.errors,
+              "quorvane: EPC_UE2SS has no message DEACTIVATE_TESTMODE_COMPLETE; the nearest is "
+              "DEACTIVATE_TEST_MODE_COMPLETE; the line \"MESSAGE: \" of a text shows a message's "
+              "name\n");
+}
+
 TEST_F(ToolTest, HelpAndVersionExitWith0) {
     EXPECT_EQ(Run("--help").status, 0);
     EXPECT_EQ(Run("decode --help").status, 0);
