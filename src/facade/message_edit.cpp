@@ -234,15 +234,18 @@ class Message::Editor {
     /// Whether `field` stands where it did when it was looked up, or would stand there.
     static bool IsCurrent(const Field& field, const TypeRow& rowAround) {
         const Cell& around = Mutable(field.around_);
+        const bool wasMade = field.cell_ != &bits::kEmptyCell;
         switch (rowAround.kind) {
             case TypeKind::kStruct:
-                return around.cells == nullptr || &around.cells[field.index_] == field.cell_;
+                return around.cells == nullptr ? !wasMade
+                                               : &around.cells[field.index_] == field.cell_;
             case TypeKind::kSequence:
                 return field.index_ < reflect::ItemCount(around) &&
                        &around.cells[field.index_] == field.cell_;
             default:
-                return !reflect::IsTagOf(rowAround, around.number) ||
-                       (around.number == field.index_ + 1 && around.cells == field.cell_);
+                return reflect::IsTagOf(rowAround, around.number)
+                           ? around.number == field.index_ + 1 && around.cells == field.cell_
+                           : !wasMade;
         }
     }
 

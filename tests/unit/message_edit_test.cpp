@@ -1,5 +1,6 @@
 // Changing a message. Names, widths and values are those of TS 24.301, 8.2.4, 8.3.20 and 9.9.3.12.
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <string>
@@ -56,7 +57,12 @@ TEST_F(MessageEdit, AnUnknownMessageLeavesTheOneThatIsThere) {
 
 TEST_F(MessageEdit, WithoutAMessageNothingIsSet) {
     ExpectError(message_.Set("PDNType", 1), kNoMessage, "", "no message");
+    ExpectError(message_.SetWords("PDNType", "IPv4"), kNoMessage, "", "no message");
+    ExpectError(message_.SetBits("AccessPointName", {}, 0), kNoMessage, "", "no message");
+    ExpectError(message_.Choose("EPSMobileIdentity", "GUTI"), kNoMessage, "", "no message");
     ExpectError(message_.Append(message_.Root()), kNoMessage, "", "no message");
+    ExpectError(message_.Add("AccessPointName"), kNoMessage, "", "no message");
+    ExpectError(message_.Clear("AccessPointName"), kNoMessage, "", "no message");
 }
 
 TEST_F(MessageEdit, Numbers) {
@@ -87,6 +93,40 @@ TEST_F(MessageEdit, PathsThatLeadNowhereSayWhatThereIs) {
     ExpectError(message_.Set("EPSAttachType[0", 1), kUnknownName, "EPSAttachType[0", "no path");
     // Nothing was chosen on the way.
     EXPECT_EQ(message_.Find("EPSMobileIdentity").Status(), FieldStatus::kDefault);
+}
+
+TEST_F(MessageEdit, ErrorsSayWhatAFieldIs) {
+    NewAttachRequest();
+    ExpectError(message_.SetBits("EPSAttachType", {}, 0), kWrongKind, "EPSAttachType",
+                "is a number, not a bit string");
+    ExpectError(message_.SetBits("EPSMobileIdentity.GUTI.MMECode", {}, 0), kWrongKind,
+                "EPSMobileIdentity.GUTI.MMECode", "is a number, not a bit string");
+    ExpectError(message_.Set("EPSMobileIdentity", 1), kWrongKind, "EPSMobileIdentity",
+                "is a choice of alternatives, not a number");
+    ExpectError(message_.Set("NASKeySetIdentifier", 1), kWrongKind, "NASKeySetIdentifier",
+                "is a structure, not a number");
+    ExpectError(message_.Set(message_.Root(), 1), kWrongKind, "", "is a structure, not a number");
+    NewPdnRequest();
+    const std::string list = "ProtocolConfigurationOptions.ProtocolCfgs";
+    ExpectError(message_.Choose(list, "x"), kWrongKind, list,
+                "is a list, not a choice of alternatives");
+    ExpectError(message_.Resize("AccessPointName", 1), kWrongKind, "AccessPointName",
+                "is a bit string, not a list");
+    ExpectError(message_.Set(list + ".ProtocolId", 1), kWrongKind, list + ".ProtocolId",
+                "a list has items, such as [0], and no members");
+    ExpectError(message_.Set(list + "[0]", 1), kIndexOutOfRange, list + "[0]", "there are none, ");
+    EXPECT_FALSE(message_.Append(list));
+    ExpectError(message_.Set(list + "[1]", 1), kIndexOutOfRange, list + "[1]", "there is 1, ");
+    ExpectError(message_.Set(list + "[0)", 1), kUnknownName, list + "[0)", "no path");
+}
+
+// The uplink messages of layer 3 are more than forty.
+TEST_F(MessageEdit, NamesAreListedUpToForty) {
+    const std::string words = message_.New(Decoding::L3Uplink, "NONE").words;
+    EXPECT_EQ(std::count(words.begin(), words.end(), ','), 40) << words;
+    EXPECT_TRUE(words.ends_with(", ...")) << words;
+    const std::string all = message_.New(Decoding::EPS_SMUplink, "NONE").words;
+    EXPECT_FALSE(all.ends_with("...")) << all;
 }
 
 TEST_F(MessageEdit, AUnionHoldsWhatWasChosen) {
@@ -190,6 +230,52 @@ TEST_F(MessageEdit, ByField) {
     Message other;
     EXPECT_FALSE(other.New(Decoding::EPS_MMUplink, "ATTACH_REQUEST"));
     ExpectError(message_.Set(other.Find("EPSAttachType"), 1), kNotThere, "", "no field");
+}
+
+// A field that was looked up before the structure, list or union around it was changed.
+TEST_F(MessageEdit, ByAFieldThatWasReplaced) {
+    NewPdnRequest();
+    const std::string options = "ProtocolConfigurationOptions";
+    EXPECT_FALSE(message_.Add(options));
+    const Field member = message_.Find(options + ".ConfigurationProtocol");
+    EXPECT_FALSE(message_.Clear(options));
+    ExpectError(message_.Set(member, 1), kNotThere, "", "replaced");
+    EXPECT_FALSE(message_.Add(options));
+    ExpectError(message_.Set(member, 1), kNotThere, "", "replaced");
+    EXPECT_EQ(message_.Find(options + ".ConfigurationProtocol").Status(), FieldStatus::kDefault);
+
+    EXPECT_FALSE(message_.Resize(options + ".ProtocolCfgs", 2));
+    const Field first = message_.Find(options + ".ProtocolCfgs")[0];
+    const Field second = message_.Find(options + ".ProtocolCfgs")[1];
+    EXPECT_FALSE(message_.Resize(options + ".ProtocolCfgs", 1));
+    ExpectError(message_.Add(second), kNotThere, "", "replaced");
+    EXPECT_FALSE(message_.Add(first));
+}
+
+// An alternative of a union without one is chosen by what is done with it.
+TEST_F(MessageEdit, ByAFieldOfAUnion) {
+    NewAttachRequest();
+    EXPECT_FALSE(message_.Add(message_.Find("EPSMobileIdentity")[0]));
+    EXPECT_EQ(message_.Find("EPSMobileIdentity.IMSI").Status(), FieldStatus::kDecoded);
+    const Field old = message_.Find("EPSMobileIdentity.IMSI");
+    EXPECT_FALSE(message_.Add(old));
+    EXPECT_FALSE(message_.Choose("EPSMobileIdentity", "GUTI"));
+    EXPECT_FALSE(message_.Choose("EPSMobileIdentity", "IMSI"));
+    ExpectError(message_.Add(old), kNotThere, "", "replaced");
+}
+
+// PDN CONNECTIVITY REQUEST with options whose protocol has 5 octets, of which 2 are there.
+TEST_F(MessageEdit, OfWhatWasRefused) {
+    message_.Decode(Decoding::EPS_SMUplink,
+                    std::to_array<std::uint8_t>(
+                        {0x02, 0x01, 0xD0, 0x31, 0x27, 0x06, 0x80, 0x00, 0x0A, 0x05, 0x01, 0x02}));
+    const std::string options = "ProtocolConfigurationOptions";
+    ASSERT_EQ(message_.Find(options).Status(), FieldStatus::kRefused);
+    EXPECT_EQ(message_.Find(options + ".ProtocolCfgs").size(), 1U);
+    // What the decoder came to is kept, if part of it is set.
+    EXPECT_FALSE(message_.Set(options + ".ConfigurationProtocol", 1));
+    EXPECT_EQ(message_.Find(options).Status(), FieldStatus::kDecoded);
+    EXPECT_EQ(message_.Find(options + ".ProtocolCfgs").size(), 1U);
 }
 
 // PDN CONNECTIVITY REQUEST: bearer 0, transaction 1, PDN type IPv4v6, initial request.

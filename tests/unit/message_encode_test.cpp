@@ -200,6 +200,13 @@ TEST_F(MessageEncode, AConditionalFieldFollowsItsCondition) {
     EXPECT_EQ(Written(message_),
               "UE_test_loop_mode_B_LB_setup: is absent, though the fields ahead of it say that it "
               "is there");
+    EXPECT_FALSE(message_.Add("UE_test_loop_mode_B_LB_setup"));
+    EXPECT_FALSE(message_.Add("UE_test_loop_mode_A_LB_setup"));
+    EXPECT_EQ(ErrorOf(message_), kContradiction);
+    EXPECT_EQ(
+        Written(message_),
+        "UE_test_loop_mode_A_LB_setup: is there, though the fields ahead of it say that it is "
+        "not");
 }
 
 // Read tolerantly: PDN CONNECTIVITY REQUEST behind a security header (TS 24.301, 9.1), and SERVICE
