@@ -66,7 +66,7 @@ class FieldReader {
 
   private:
     [[nodiscard]] std::string Problem(std::string_view words) const {
-        return path_.empty() ? std::string(words) : path_ + ": " + std::string(words);
+        return (path_.empty() ? "the object " : path_ + ": ") + std::string(words);
     }
 
     std::string ReadField(const Field& field, const Json& json) {

@@ -1,6 +1,10 @@
 #include "tools/capture/dissector.h"
 
 #include <gtest/gtest.h>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "capture/dissected.h"
 
@@ -100,7 +104,8 @@ TEST(Dissector, CountsOtherGsmtap) {
         packet[gsmtapAt + place] = static_cast<std::uint8_t>(value);
         EXPECT_FALSE(dissection.Take(packet));
     }
-    EXPECT_EQ(dissection.CountOf(Passed::kNotGsmtap), 3U);
+    EXPECT_FALSE(dissection.Take(test::Ethernet(test::Ipv4(test::Udp(Hex("02 04 01"))))));
+    EXPECT_EQ(dissection.CountOf(Passed::kNotGsmtap), 4U);
 }
 
 TEST(Dissector, PassesLongerHeaders) {
@@ -113,6 +118,42 @@ TEST(Dissector, PassesLongerHeaders) {
     const auto found = dissection.Take(packet);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->octets, block);
+}
+
+// The names of TS 44.003, 4.1; one is taken for what it is, whether it is known or not.
+TEST(Dissector, NamesChannels) {
+    EXPECT_EQ(UmChannelName(0), "an unknown channel");
+    EXPECT_EQ(UmChannelName(kUmSdcch), "SDCCH");
+    EXPECT_EQ(UmChannelName(kUmSdcch | kUmSlowAssociated), "SACCH");
+    EXPECT_EQ(UmChannelName(kUmSdcch4 | kUmSlowAssociated), "SACCH/4");
+    EXPECT_EQ(UmChannelName(kUmSdcch8 | kUmSlowAssociated), "SACCH/8");
+    EXPECT_EQ(UmChannelName(kUmFacchF | kUmSlowAssociated), "SACCH/F");
+    EXPECT_EQ(UmChannelName(kUmFacchH | kUmSlowAssociated), "SACCH/H");
+    EXPECT_EQ(UmChannelName(0x11), "TCH/H");
+    EXPECT_EQ(UmChannelName(0x12), "channel 18");
+}
+
+// LAPDm frames without a message are counted by what they are.
+TEST(Dissector, CountsEmptyFramesOfDedicatedChannels) {
+    Dissection dissection;
+    const std::vector<std::pair<unsigned, LapdmKind>> frames = {
+        {test::kUiFrame, LapdmKind::kUi},    {0x01, LapdmKind::kSupervisory},
+        {test::IFrame(0), LapdmKind::kI},    {test::kSabmFrame, LapdmKind::kSetUp},
+        {test::kUaFrame, LapdmKind::kSetUp}, {test::kDiscFrame, LapdmKind::kRelease}};
+    std::set<std::string> words;
+    for (const unsigned channel : {kUmSdcch, kUmSdcch4}) {
+        for (const auto& [control, kind] : frames) {
+            EXPECT_FALSE(dissection.Take(Um(channel), test::LapdmBlock(control, {}))) << control;
+            words.insert(WordsOf({Passed::kLapdmEmpty, static_cast<std::uint16_t>(kind)}));
+        }
+    }
+    EXPECT_EQ(words.size(), 5U);
+    for (const LapdmKind kind :
+         {LapdmKind::kUi, LapdmKind::kSupervisory, LapdmKind::kI, LapdmKind::kRelease}) {
+        EXPECT_EQ(dissection.CountOf(Passed::kLapdmEmpty, static_cast<unsigned>(kind)), 2U);
+    }
+    EXPECT_EQ(dissection.CountOf(Passed::kLapdmEmpty, static_cast<unsigned>(LapdmKind::kSetUp)),
+              4U);
 }
 
 // Every kind has words of its own.

@@ -67,6 +67,7 @@ TEST(LinkLayer, PassesVlanTags) {
     const Octets ip = Ipv4(Udp(kPayload));
     EXPECT_EQ(Find(Ethernet(Behind("00 05 08 00", ip), 0x8100)), std::nullopt);
     EXPECT_EQ(Find(Ethernet(Behind("00 05 81 00 00 06 08 00", ip), 0x88A8)), std::nullopt);
+    EXPECT_EQ(Find(Ethernet(Behind("00 05 08 00", ip), 0x9100)), std::nullopt);
     EXPECT_EQ(Find(Ethernet(Behind("00 05 08 06", ip), 0x8100)), Passed::kNotIp);
 }
 
@@ -102,6 +103,7 @@ TEST(LinkLayer, TellsWhatIsNotOurs) {
     const Octets udp = Udp(kPayload);
     EXPECT_EQ(Find(Ethernet(Ipv4(udp)), 105), Passed::kLinkType);
     EXPECT_EQ(Find(Ethernet(Ipv4(udp), 0x0806)), Passed::kNotIp);
+    EXPECT_EQ(Find(Behind("50", udp), kLinkRaw), Passed::kNotIp);
     EXPECT_EQ(Find(Ipv4(udp, 6), kLinkRaw), Passed::kNotUdp);
     EXPECT_EQ(Find(Ipv4(udp, 17, 0x2000), kLinkRaw), Passed::kFragment);  // more follow
     EXPECT_EQ(Find(Ipv4(udp, 17, 0x0001), kLinkRaw), Passed::kFragment);  // the last one
@@ -130,6 +132,13 @@ TEST(LinkLayer, TellsCutFromMalformed) {
     Octets shortIp = Ipv4(Udp(kPayload));
     shortIp[0] = 0x44;
     EXPECT_EQ(Find(shortIp, kLinkRaw), Passed::kBadHeader);
+    Octets longIp = Ipv4({});
+    longIp[0] = 0x46;  // 24 octets, of which 20 are there
+    EXPECT_EQ(Find(longIp, kLinkRaw), Passed::kBadHeader);
+    EXPECT_EQ(Find(Hex("02 00 00"), kLinkNull), Passed::kBadHeader);
+    EXPECT_EQ(Find(Ethernet(Hex("00 05 08"), 0x8100)), Passed::kBadHeader);
+    EXPECT_EQ(Find(Ipv6("00", Hex("11 00 00 00 00 00 00")), kLinkRaw), Passed::kBadHeader);
+    EXPECT_EQ(Find(Ipv6("00", Hex("11 01 00 00 00 00 00 00")), kLinkRaw), Passed::kBadHeader);
 }
 
 }  // namespace

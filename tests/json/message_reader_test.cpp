@@ -93,6 +93,20 @@ TEST(MessageReader, SaysWhereAndWhatIsWrong) {
     expect(R"("ProtocolConfigurationOptions":{"fields":{"ProtocolCfgs":{"items":)"
            R"([0,0,0,0,0,0,0]}}})",
            "ProtocolConfigurationOptions.ProtocolCfgs: 7 items are too many: it has 6 at most");
+    expect(R"("ProtocolConfigurationOptions":{"fields":{"ProtocolCfgs":{"items":{}}}})",
+           "ProtocolConfigurationOptions.ProtocolCfgs: has items that are no JSON array");
+    expect(R"("ProtocolConfigurationOptions":{"fields":[]})",
+           "ProtocolConfigurationOptions: has fields that are no JSON object");
+    expect(R"("PDNType":{"words":3})", "PDNType: has words that are no string");
+    expect(R"("PDNType":{"words":"IPv4","value":"1"})",
+           "PDNType: has a value that is no whole number from 0 to 4294967295");
+    expect(R"("AccessPointName":{"hex":3})", "AccessPointName: has a hex that is no string");
+    for (const char* bits : {"17", "\"16\"", "-1"}) {
+        expect(R"("AccessPointName":{"hex":"0361","bits":)" + std::string(bits) + "}",
+               "AccessPointName: has bits that are no number of bits of its 2 octets");
+    }
+    expect(kPdnTypes + std::string(R"(,"AccessPointName":{"hex":"0361","bits":9})"),
+           "AccessPointName: takes 9 bits, which have to be whole octets");
 }
 
 TEST(MessageReader, Unions) {
@@ -105,6 +119,7 @@ TEST(MessageReader, Unions) {
               "MobileId: there is no alternative IMSI; there are Identity, TMGI");
     EXPECT_EQ(read(R"({"TMGI":{"fields":{}},"Identity":{}})"),
               "MobileId: has a choice that is no JSON object with one alternative");
+    EXPECT_EQ(read("[]"), "MobileId: has a choice that is no JSON object with one alternative");
     EXPECT_EQ(read(R"({"TMGI":{"fields":{"x":{}}}})").substr(0, 22), "MobileId.TMGI.x: there");
 }
 
@@ -116,6 +131,9 @@ TEST(MessageReader, TheMessage) {
     EXPECT_EQ(Read("{}", std::nullopt), "the object has to have the key \"decoding\"");
     EXPECT_EQ(Read(R"({"decoding":"EPS","type":null,"code":-2})"),
               "decoding is none that \"quorvane list\" shows");
+    EXPECT_EQ(Read(R"({"decoding":3})"), "decoding is none that \"quorvane list\" shows");
+    EXPECT_EQ(Read(R"({"type":"PDN_CONNECTIVITY_REQUEST","fields":[]})"),
+              "the object has fields that are no JSON object");
     EXPECT_EQ(Read(R"({"decoding":"EPS_SMUplink","type":null,"code":-2})"),
               "type has to be the name of a message");
     EXPECT_EQ(Read(R"({"type":"PDN_CONNECTIVITY_REQUEST"})"),

@@ -59,7 +59,41 @@ TEST_F(ToolTest, EncodeSaysNothingInInvalidUtf8) {
     EXPECT_EQ(outcome.errors.find('\xff'), std::string::npos);
 }
 
+// A line may have 655,360 characters, and so may an object over many lines.
+TEST_F(ToolTest, EncodeRefusesWhatIsTooLong) {
+    const std::string blanks(655360, ' ');
+    const Outcome line = Run("encode EPS_SMUplink", Request("1") + blanks + " \n" + Request("2"));
+    EXPECT_EQ(line.status, 1);
+    EXPECT_EQ(line.output, "0201D011\n0201D021\n");
+    EXPECT_EQ(line.errors, "quorvane: line 2: the line is longer than 655360 characters\n");
+    const Outcome object = Run("encode EPS_SMUplink", "{\n" + blanks + "\n" + Request("1"));
+    EXPECT_EQ(object.status, 1);
+    EXPECT_EQ(object.output, "");
+    EXPECT_EQ(object.errors, "quorvane: the object is longer than 655360 characters\n");
+}
+
+TEST_F(ToolTest, EncodeWritesManyMessages) {
+    constexpr std::size_t kMany = 8000;  // 72,000 octets of output
+    std::string json;
+    std::string expected;
+    for (std::size_t count = 0; count < kMany; ++count) {
+        json += Request("1");
+        expected += "0201D011\n";
+    }
+    const Outcome outcome = Run("encode EPS_SMUplink", json);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.output, expected);
+}
+
 TEST_F(ToolTest, EncodeNamesWrongUse) {
+    // A folder can be opened, but not read.
+    const Outcome folder = Run("encode EPS_SMUplink " + Path(""));
+    EXPECT_EQ(folder.status, 2);
+    EXPECT_EQ(folder.errors, "quorvane: cannot read '" + Path("") + "': Is a directory\n");
+    const Outcome decoded = Run("decode EPS_SMUplink --file " + Path(""));
+    EXPECT_EQ(decoded.status, 2);
+    EXPECT_EQ(decoded.errors, "quorvane: cannot read '" + Path("") + "': Is a directory\n");
+
     EXPECT_EQ(Run("encode EPS_SM").status, 2);
     EXPECT_EQ(Run("encode EPS_SMUplink " + Path("none")).status, 2);
     EXPECT_EQ(Run("encode EPS_SMUplink", "").status, 0);
