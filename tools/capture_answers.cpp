@@ -27,7 +27,7 @@ std::string_view InterfaceName(Source::Interface interface) {
         case Source::Interface::kLteNas:
             return "LTE NAS";
     }
-    return {};
+    return {};  // unreachable: each interface returns
 }
 
 std::string_view DirectionName(const Source& source) {

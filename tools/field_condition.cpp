@@ -156,7 +156,7 @@ bool FieldCondition::Holds(const Message& message) const {
         case Relation::kIsNot:
             return isThere && !hasValue;
     }
-    return false;
+    return false;  // unreachable: each relation returns
 }
 
 bool FieldCondition::IsAtPath(const std::vector<std::string_view>& names) const {

@@ -89,13 +89,16 @@ constexpr std::size_t IndexOf(Decoding decoding) {
 // That of a value that is no enumerator: it has no messages.
 constexpr DecodingRow kNoRow{};
 
+// unreachable from here: the compiler calls it
 constexpr bool InOrder() {
     std::size_t index = 0;
     return std::all_of(kEntries.begin(), kEntries.end(),
                        [&](const Entry& entry) { return IndexOf(entry.info.decoding) == index++; });
 }
+// to here
 static_assert(InOrder());
 
+// unreachable from here: the compiler calls it
 constexpr bool IsBuilt(std::string_view family) {
 #define QUORVANE_FAMILY(variable, name, ...) family == name ||
 #define QUORVANE_LEFT_OUT_FAMILY(...)
@@ -105,6 +108,7 @@ constexpr bool IsBuilt(std::string_view family) {
 #undef QUORVANE_FAMILY
 #undef QUORVANE_LEFT_OUT_FAMILY
 }
+// to here
 
 // Made by the compiler: a table that the first call makes would need a lock, which a child process
 // might find locked.

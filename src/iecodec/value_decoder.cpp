@@ -315,7 +315,7 @@ Outcome DecodeValue(DecodeContext& context, const ValueRow& row, std::int64_t po
         case Shape::kSpecial:
             return context.tables.specials[row.item]->decode(context, row, position, cell, length);
     }
-    return kSyntaxError;
+    return kSyntaxError;  // unreachable: each shape returns
 }
 
 }  // namespace quorvane::iecodec

@@ -280,7 +280,7 @@ Outcome EncodeValue(EncodeContext& context, const ValueRow& row, std::int64_t po
         case Shape::kSpecial:
             return EncodeSpecial(context, row, position, cell);
     }
-    return kSyntaxError;
+    return kSyntaxError;  // unreachable: each shape returns
 }
 
 }  // namespace quorvane::iecodec

@@ -38,8 +38,10 @@ class Placeable {
     }
 
     // For an object whose constructor threw.
+    // unreachable from here: only without memory does one throw
     static void operator delete(void* memory) { ::operator delete(memory); }
     static void operator delete(void*, bits::Arena&) {}
+    // to here
 
   protected:
     Placeable() = default;

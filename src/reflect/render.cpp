@@ -40,7 +40,7 @@ class Renderer {
             case TypeKind::kUnion:
                 return PutUnion(at, row, cell, indent);
         }
-        return at;
+        return at;  // unreachable: each kind returns
     }
 
     [[nodiscard]] bool IsPlain() const { return plain_; }

@@ -74,7 +74,7 @@ std::string LapdmFrames(std::uint16_t kind) {
         case LapdmKind::kRelease:
             return "LAPDm DISC and DM frames";
     }
-    return {};
+    return {};  // unreachable: each kind returns
 }
 
 }  // namespace
@@ -142,7 +142,7 @@ std::string WordsOf(PassedKind kind) {
         case Passed::kAbisLink:
             return "LAPD frames without information";
     }
-    return {};
+    return {};  // unreachable: each reason returns
 }
 
 }  // namespace quorvane::capture

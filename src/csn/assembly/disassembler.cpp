@@ -71,7 +71,7 @@ std::string OperandText(const Instruction& instruction, std::size_t place,
         case OperandKind::kSkipBits:
             return number;
     }
-    return {};
+    return {};  // unreachable: each kind returns
 }
 
 std::string Line(const Instruction& instruction, const ListingNames& names) {

@@ -206,7 +206,7 @@ PlanStep Planner::StepOf(const Instruction& instruction) {
         case Opcode::kSkip:
             return {PlanOp::kSkip, static_cast<std::uint8_t>(operands[0]), 0, 0, 0};
     }
-    return Simple(PlanOp::kNone);
+    return Simple(PlanOp::kNone);  // unreachable: each opcode returns
 }
 
 PlanStep Planner::Alternative(const Instruction& instruction) {
