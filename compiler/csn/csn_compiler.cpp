@@ -4,16 +4,10 @@
 
 #include "compiler/csn/csn_parser.h"
 #include "compiler/csn/csn_resolver.h"
-#include "csn/assembly/disassembler.h"
 #include "csn/assembly/verifier.h"
 
 namespace quorvane::compiler {
 namespace {
-
-std::string NameOf(const std::map<std::uint32_t, std::string>& names, std::uint32_t number) {
-    const auto found = names.find(number);
-    return found == names.end() ? std::string() : found->second;
-}
 
 /// Reports what is wrong with the code at `offset` at the rule whose code it is.
 void ErrorInCode(Reporter& reporter, const CompiledCsn& csn, std::uint32_t offset,
@@ -54,25 +48,6 @@ void VerifyImage(Reporter& reporter, CompiledCsn& csn) {
 }
 
 }  // namespace
-
-const CompiledCsnStructure* CompiledCsn::Find(const std::string& name) const {
-    for (const CompiledCsnStructure& structure : structures) {
-        if (structure.name == name) {
-            return &structure;
-        }
-    }
-    return nullptr;
-}
-
-std::string CompiledCsn::Listing() const {
-    csn::ListingNames names;
-    names.field = [this](std::uint32_t id) { return NameOf(image.fieldNames, id); };
-    names.rule = [this](std::uint32_t offset) { return NameOf(image.ruleNames, offset); };
-    names.tag = [this](std::uint32_t tag) { return NameOf(image.tagNames, tag); };
-    names.action = [this](std::uint32_t index) { return image.actions[index]; };
-    names.function = [this](std::uint32_t index) { return image.functions[index]; };
-    return csn::Disassemble(image.code, names);
-}
 
 CompiledCsn CompileCsn(Reporter& reporter, const std::vector<std::uint32_t>& files,
                        const CsnFamily& family, TypeStore& store) {

@@ -44,11 +44,6 @@ struct CompiledCsn {
     std::vector<CompiledCsnStructure>
         structures;                   // in the order of the sources, those without mistakes
     std::vector<std::string> broken;  // names of the others
-
-    [[nodiscard]] const CompiledCsnStructure* Find(const std::string& name) const;
-
-    /// The image as a listing, one line an instruction.
-    [[nodiscard]] std::string Listing() const;
 };
 
 /// Compiles the files `files` of `reporter`, which share their rules, into one image. The types of

@@ -20,6 +20,13 @@ TEST(CsnCounts, OnesOfTheLastBits) {
               "33: e=0 m=255 u=[0 1 2 3 4 5 6 7]");
 }
 
+TEST(CsnCounts, OfNumbersAlone) {
+    CsnCodec codec("< t > ::= < a : bit (1 + 2) > < b : bit (6 - 2) > < c : bit (2 * 4) > ;");
+    ASSERT_EQ(codec.Errors(), "");
+    EXPECT_EQ(codec.Decode("101 0110 10000001"), "15: a=5 b=6 c=129");
+    EXPECT_EQ(codec.Encode(), "101011010000001");
+}
+
 // N: the timeslots of both carriers. The allocation has N bits; M, which follows from it or is N,
 // is the count of the fields, of which the first one always is there.
 constexpr const char* kAllocation =

@@ -1,8 +1,10 @@
 // Plans: what the planner makes of the code, where it takes several instructions in one step, and
 // the limits of a run, at which the plan does what the machine does.
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "csn/functions.h"
@@ -342,6 +344,30 @@ TEST(Plan, CountsTheMachinesInstructions) {
             machine.instructionsLeft = instructions;
             bits::Outcome result = 0;
             EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
+        }
+    }
+}
+
+// Bits of any value, as often as can be: at least so often, at most so often.
+TEST(Plan, TakesAsManyBitsOfAnyValueAsTheMachine) {
+    constexpr std::uint32_t kMany = kOpenEndedCount;
+    for (const auto& [least, most] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
+             {0, 0}, {1, 1}, {3, 3}, {0, 2}, {1, 3}, {0, kMany}, {1, kMany}, {2, kMany}}) {
+        for (const std::uint32_t width : {1U, 2U, 5U}) {
+            for (std::uint32_t left = 0; left < 12; ++left) {
+                Image image;
+                const auto exit = image.code.NewLabel();
+                image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), least, most});
+                const auto body = image.code.BindNew();
+                image.code.Emit(Opcode::kSkip, {width});
+                image.code.Emit(Opcode::kLoop, {body});
+                image.code.Bind(exit);
+                image.code.Emit(Opcode::kRet);
+                const std::uint32_t count = std::min(left / width, most);
+                EXPECT_EQ(Decode(image, std::string(left, '1')).result,
+                          count < least ? -1 : static_cast<int>(count * width))
+                    << least << " to " << most << " of " << width << " in " << left;
+            }
         }
     }
 }
