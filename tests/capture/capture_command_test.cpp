@@ -290,6 +290,10 @@ TEST_F(CaptureCommandTest, Filters) {
     EXPECT_EQ(frames("--where ProtocolCfgs.Contents=abcd"), "5 ");
     EXPECT_EQ(frames("--where ProtocolConfigurationOptions.ProtocolCfgs.Contents=abcd"), "5 ");
     EXPECT_EQ(frames("--where PDNType.Contents=abcd"), "");
+    EXPECT_EQ(frames("--where EMMCause=0XF"), "1 3 ");
+    EXPECT_EQ(frames("--where EMMCause=15x"), "");
+    EXPECT_EQ(frames("--where ProtocolCfgs=abcd"), "");  // its items are no values
+    EXPECT_EQ(frames("--where ProtocolCfgs"), "5 ");
 
     // FILE may stand behind them.
     std::ofstream(Path("log.pcap"), std::ios::binary) << writer.File();

@@ -242,6 +242,31 @@ TEST(Lapdm, DropsMessagesThatAreTooLong) {
     EXPECT_EQ(dissection.CountOf(Passed::kLapdmLost), most / 20 + 1);
 }
 
+// TS 44.006, 8.4: a frame whose number is that of the one before, with other contents, is out of
+// turn, as one is that a gap is ahead of.
+TEST(Lapdm, TakesTheSameNumberWithOtherContentsForAGap) {
+    Dissection dissection;
+    EXPECT_TRUE(dissection.Take(Um(kUmSdcch8), LapdmBlock(IFrame(0), Mobility(4))));
+    EXPECT_FALSE(dissection.Take(Um(kUmSdcch8), LapdmBlock(IFrame(0), Mobility(4))));
+    EXPECT_EQ(dissection.CountOf(Passed::kLapdmRepeated), 1U);
+    EXPECT_TRUE(dissection.Take(Um(kUmSdcch8), LapdmBlock(IFrame(0), Mobility(5))));
+    EXPECT_EQ(dissection.dissector.LapdmGaps(), 1U);
+    EXPECT_FALSE(dissection.Take(Um(kUmSdcch8), LapdmBlock(IFrame(0), Mobility(5), true)));
+    EXPECT_EQ(dissection.dissector.LapdmGaps(), 2U);
+    EXPECT_EQ(dissection.CountOf(Passed::kLapdmRepeated), 1U);
+}
+
+TEST(Lapdm, TakesUiFramesOfSacchWithALengthWhereNoPseudoLengthIs) {
+    Dissection dissection;
+    // Two octets of the layer below, address, control, and a length where a pseudo length may be.
+    Octets block = Hex("00 00 03 03 0D 05 08 01");
+    block.resize(23, 0x2B);
+    const auto found = dissection.Take(Um(kUmSdcch8 | kUmSlowAssociated), block);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->octets, Hex("05 08 01"));
+    EXPECT_EQ(found->decoding, Decoding::L3Downlink);
+}
+
 TEST(Lapdm, ForgetsTheLinkUsedLongestAgo) {
     const auto blocks = LapdmSegments(Mobility(30));
     const auto link = [](std::size_t number) {

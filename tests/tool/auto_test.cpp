@@ -73,6 +73,16 @@ TEST_F(ToolTest, AutoTakesTheFunctionThatFits) {
 }
 
 // TS 24.301, 8.2.1: ATTACH ACCEPT and, sent by the UE, ATTACH REQUEST.
+// Protocol discriminator 0, group call control, is nobody's, nor is type 28 of RLC/MAC control.
+TEST_F(ToolTest, AutoTellsThatNoFunctionKnowsTheMessage) {
+    const Outcome outcome = Run("decode auto 70 00 00");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.errors, "quorvane: no function knows the message\n");
+    const Outcome json = Run("decode auto --json 70 00 00");
+    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(JsonLines(json.output).at(0)["type"].IsNull(), true);
+}
+
 TEST_F(ToolTest, MessagesOfTheOtherDirectionAreTold) {
     const Outcome outcome = Run("decode EPS_MMDownlink 0741");
     EXPECT_EQ(outcome.status, 1);
