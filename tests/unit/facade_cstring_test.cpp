@@ -119,6 +119,7 @@ TEST(WideFormat, Strings) {
               L"wide|long|narrow|short");
     EXPECT_EQ(Formatted(L"%S", "\xDF"), L"\u00DF");
     EXPECT_EQ(Formatted(L"%s", static_cast<const wchar_t*>(nullptr)), L"(null)");
+    EXPECT_EQ(Formatted(L"%hs", static_cast<const char*>(nullptr)), L"(null)");
     EXPECT_EQ(Formatted(L"%c%c", L'a', L'\u00DF'), L"a\u00DF");
 }
 

@@ -355,6 +355,37 @@ TEST_F(DataTest, CopiesOfStructsHaveNoMembers) {
     EXPECT_TRUE(target.HasMember(0));
 }
 
+TEST_F(DataTest, ANodeAssignedToItselfStays) {
+    const TEDClassBinary binaryType("b", 32, false);
+    const std::array<std::uint8_t, 2> source = {0xAB, 0xCD};
+    TEDDataBinary binary(&binaryType, source.data(), 16);
+    const TEDDataBinary& sameBinary = binary;
+    binary = sameBinary;
+    EXPECT_EQ(binary.GetBitCount(), 16U);
+    EXPECT_EQ(binary.GetData()[1], 0xCD);
+
+    const TEDClassSequence sequenceType("q", toCounted_, 20, false);
+    TEDDataSequence sequence(&sequenceType);
+    sequence.Append(new CountedNode);
+    const TEDDataSequence& sameSequence = sequence;
+    sequence = sameSequence;
+    EXPECT_EQ(sequence.GetCount(), 1U);
+
+    TEDClassUnion unionType("u");
+    unionType.AddAlternative("a", toCounted_);
+    TEDDataUnion choice(&unionType);
+    const TEDDataUnion& sameChoice = choice;
+    choice = sameChoice;
+    EXPECT_NE(choice.GetChoice(), nullptr);
+    EXPECT_EQ(choice.GetClass(), &unionType);
+    EXPECT_EQ(CountedNode::alive, 2);
+}
+
+TEST_F(DataTest, AUnionWithoutAlternativesHasNoChoice) {
+    const TEDClassUnion type("u");
+    EXPECT_EQ(TEDDataUnion(&type).GetChoice(), nullptr);
+}
+
 TEST_F(DataTest, CopiesOfUnionsHaveTheChoiceOnly) {
     TEDClassUnion type("u");
     type.AddAlternative("a", toCounted_);
