@@ -295,6 +295,18 @@ TEST_F(CaptureCommandTest, Filters) {
     EXPECT_EQ(frames("--where ProtocolCfgs=abcd"), "");  // its items are no values
     EXPECT_EQ(frames("--where ProtocolCfgs"), "5 ");
 
+    // ATTACH REQUEST, TS 24.301, 8.2.4, with the IMSI 262011234567890: one of its digits, or none.
+    writer = CaptureWriter();
+    writer.Add(GsmtapPacket(LteNas(true), Hex("07 41 71 08 29 26 10 21 43 65 87 09 02 E0 E0 00 04 "
+                                              "02 01 D0 11")));
+    EXPECT_EQ(frames("--where IdentityDigit=9"), "1 ");
+    EXPECT_EQ(frames("--where IMSI.IdentityDigit=9"), "1 ");
+    EXPECT_EQ(frames("--where IdentityDigit=15"), "");
+    EXPECT_EQ(frames("--where 'IdentityDigit!=9'"), "");
+    EXPECT_EQ(frames("--where EPSMobileIdentity=9"), "");
+    EXPECT_EQ(frames("--where EPSMobileIdentity"), "1 ");
+    writer = Nas({"07 44 0F", "07 44 16", "07 60 0F", "02 00 E8 6F"});
+
     // FILE may stand behind them.
     std::ofstream(Path("log.pcap"), std::ios::binary) << writer.File();
     for (const char* filter :

@@ -150,6 +150,7 @@ TEST_F(CaptureFileTest, TellsOfDamagedGzip) {
 TEST_F(CaptureFileTest, RefusesWhatIsNoCapture) {
     EXPECT_NE(ErrorOf("").find("is no capture in pcap or pcapng"), std::string::npos);
     EXPECT_NE(ErrorOf("EPS_MMUplink 2 07 41\n").find("is no capture"), std::string::npos);
+    EXPECT_NE(ErrorOf("\x1F\x8A").find("is no capture"), std::string::npos);  // nor compressed
     std::filesystem::remove(Path());
     try {
         const CaptureFile file(Path().string());

@@ -41,6 +41,14 @@ TEST_F(ToolTest, DiffShowsChangedAddedAndMissingFields) {
     EXPECT_EQ(outcome.errors, "");
 }
 
+// AUTHENTICATION FAILURE, TS 24.301, 8.2.5, whose parameter has 3 octets instead of 14.
+TEST_F(ToolTest, DiffShowsWhatWasRefused) {
+    const Outcome outcome = Run("diff 'EPS_MMUplink 075C15' 'EPS_MMUplink 075C15 3003010203'");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.output.find("+ AuthenticationFailureParameter: "), std::string::npos);
+    EXPECT_TRUE(outcome.output.ends_with(", refused\n")) << outcome.output;
+}
+
 TEST_F(ToolTest, DiffOfMessagesOfDifferentTypes) {
     const Outcome outcome = Run("diff 'EPS_MMUplink 0760 15' 'EPS_MMUplink 075C 16'");
     EXPECT_EQ(outcome.status, 1);

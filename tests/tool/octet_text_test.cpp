@@ -37,6 +37,7 @@ TEST(OctetText, TakesGroupsOfManyForms) {
                              "0F:87",
                              "0F::87",
                              "0x0F,0X87",
+                             "\\X0F\\X87",
                              "0x0F87",
                              "{0x0F, 0x87}",
                              "{ 0x0F, 0x87, };",

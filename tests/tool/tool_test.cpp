@@ -398,6 +398,15 @@ TEST_F(ToolTest, DisassembleListsRulesAndFieldsByName) {
     EXPECT_NE(all.output.find("UENetworkCapability:\n"), std::string::npos);
 }
 
+TEST_F(ToolTest, DisassembleListsTheStructuresOfAllFamilies) {
+    for (const std::string family : {"eps", "l3", "rr", "rlcmac"}) {
+        const Outcome all = Run("disassemble " + family);
+        EXPECT_EQ(all.status, 0) << family;
+        EXPECT_EQ(all.errors, "") << family;
+        EXPECT_NE(all.output.find("RET"), std::string::npos) << family;
+    }
+}
+
 TEST_F(ToolTest, DisassembleNamesTheStructuresThatThereAre) {
     const Outcome unknown = Run("disassemble eps Nope");
     EXPECT_EQ(unknown.status, 2);
