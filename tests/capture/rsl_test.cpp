@@ -110,8 +110,19 @@ TEST(Rsl, CountsWhatCarriesNoMessage) {
     EXPECT_EQ(countOf("03 01 01 51 02 00 0B 00 04 05 21 00", Passed::kRslMalformed), 1U);
     EXPECT_EQ(countOf("03 01 01 51 02 00 0B 00", Passed::kRslMalformed), 1U);
     EXPECT_EQ(countOf("03 01 01 51 33 00", Passed::kRslMalformed), 1U);  // unknown element
+    EXPECT_EQ(countOf("03 01 01 51 F0 00", Passed::kRslMalformed), 1U);  // of no format
+    EXPECT_EQ(countOf("08 26 01 0A 07", Passed::kRslMalformed), 1U);     // cut ahead of a length
+    EXPECT_EQ(countOf("10", Passed::kRslMalformed), 1U);                 // no type
+    EXPECT_EQ(countOf("02 06 01 38 02 00 0B 00 00", Passed::kRsl, 0x0206), 1U);  // of no octet
+    EXPECT_EQ(countOf("10 1A 1E 05 0B 00 01 49", Passed::kRsl, 0x101A), 1U);     // it alone
     EXPECT_EQ(countOf("00 83 02 04", Passed::kAbisLink), 1U);
     EXPECT_EQ(countOf("03 01 01 51 02 C0 0B 00 02 09 01", Passed::kProtocol, 9), 1U);  // SMS
+}
+
+// TS 48.058, 9.1 and 9.2.
+TEST(Rsl, NamesWhatItPasses) {
+    EXPECT_EQ(RslName(0x0206), "ESTABLISH INDICATION");
+    EXPECT_EQ(RslName(0x0266), "type 102 of group 2");
 }
 
 }  // namespace
