@@ -43,9 +43,11 @@ void Answerer::Answer(const InputLine& line) {
     json_.Add("length", request_.length);
     json_.Add("hex", request_.hex);
     json_.Add("ret", found ? 1 : 0);
+    // unreachable from here: with all families
     if (function_.decoding && !InfoOf(*function_.decoding).described) {
         json_.AddFlag("described", false);
     }
+    // to here
     if (!request_.function.decoding) {
         AddNames("others", choice_.others);
     }

@@ -134,10 +134,12 @@ int Decode(const std::string& name, const OctetSource& source, const ShowOptions
         PrintAsText(*decoding, padded, options, message);
     }
     const DecodingInfo& info = InfoOf(*decoding);
+    // unreachable from here: with all families
     if (!info.described) {
         Tell(NotDescribed(info.name));
         return kNotDescribed;
     }
+    // to here
     if (!message.IsFound()) {
         TellOtherDirection(OtherDirection(*decoding, padded, options.decode, message));
         return kNotFound;

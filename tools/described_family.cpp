@@ -9,10 +9,12 @@ const families::Family& DescribedFamily(const std::string& name) {
         if (family.name != name) {
             continue;
         }
+        // unreachable from here: with all families
         if (family.tables == nullptr) {
             throw UsageError("the family " + name + ", " + std::string(family.title) +
                              ", is not described in this build");
         }
+        // to here
         return *family.tables;
     }
     throw UsageError("unknown family '" + name + "'; the families are " + FamilyNames("and"));

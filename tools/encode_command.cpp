@@ -116,10 +116,12 @@ class EncodeRun {
 
 int Encode(const std::string& function, const std::string& file) {
     const Decoding decoding = DecodingNamed(function);
+    // unreachable from here: with all families
     if (!InfoOf(decoding).described) {
         std::fprintf(stderr, "quorvane: %s\n", NotDescribed(function).c_str());
         return kNotDescribed;
     }
+    // to here
     CatchInterrupts();
     const InputFile input(file);
     EncodeRun run(decoding);

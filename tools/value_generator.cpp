@@ -269,7 +269,7 @@ bool ValueGenerator::Fill(const ValueRow& row, Cell& cell, std::int64_t most) {
         case Shape::kSpecial: {
             const auto draw = families::ElementDraw::Of(tables.specials[row.item]);
             return (draw != nullptr && draw(*this, row, cell, most)) ||
-                   Drop(DropReason::kNoValue, row);
+                   Drop(DropReason::kNoValue, row);  // unreachable: it is false
         }
     }
     return false;
@@ -354,7 +354,7 @@ bool ValueGenerator::FillChoice(const ValueRow& row, Cell& cell, std::int64_t mo
                                     [&](const iecodec::AlternativeRow& other) {
                                         return !other.isDefault && other.selector == selector;
                                     });
-    return !others || Drop(DropReason::kOtherAlternative, row);
+    return !others || Drop(DropReason::kOtherAlternative, row);  // unreachable: it is false
 }
 
 bool ValueGenerator::FillSequence(const ValueRow& row, Cell& cell, std::int64_t most) {
@@ -447,7 +447,7 @@ bool ValueGenerator::FillStructure(const ValueRow& row, Cell& cell, std::int64_t
                                           arena, start_, size, cell) == size &&
                            EncodeInto(structure, cell, start_, again) == size &&
                            again == canonical && SameRecord(structure.name, first, cell);
-    return comesBack || Drop(DropReason::kDoesNotComeBack, row);
+    return comesBack || Drop(DropReason::kDoesNotComeBack, row);  // unreachable: it is false
 }
 
 bool ValueGenerator::SameRecord(std::string_view type, const Cell& a, const Cell& b) const {

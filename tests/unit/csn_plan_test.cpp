@@ -348,6 +348,22 @@ TEST(Plan, CountsTheMachinesInstructions) {
     }
 }
 
+// What is no image has no plan; the first mistake is told.
+TEST(Plan, RefusesWhatIsNoCode) {
+    const Plan cut = MakePlan(std::vector<std::uint8_t>{0x00, 0x10}, {});  // NOP, FIELD
+    EXPECT_EQ(cut.error, "an instruction is cut off");
+    EXPECT_EQ(cut.errorOffset, 1U);
+    Image image;
+    const auto end = image.code.NewLabel();
+    image.code.Emit(Opcode::kNop);
+    image.code.Emit(Opcode::kRepAny, {Assembler::Exit(end, false)});
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(end, false)});
+    image.code.Bind(end);
+    const Plan open = MakePlan(image.Octets(), {});
+    EXPECT_EQ(open.error, "its target is no instruction");
+    EXPECT_EQ(open.errorOffset, 1U);
+}
+
 // Bits of any value, as often as can be: at least so often, at most so often.
 TEST(Plan, TakesAsManyBitsOfAnyValueAsTheMachine) {
     constexpr std::uint32_t kMany = kOpenEndedCount;
