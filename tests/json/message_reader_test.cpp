@@ -101,6 +101,14 @@ TEST(MessageReader, SaysWhereAndWhatIsWrong) {
     expect(R"("PDNType":{"words":"IPv4","value":"1"})",
            "PDNType: has a value that is no whole number from 0 to 4294967295");
     expect(R"("AccessPointName":{"hex":3})", "AccessPointName: has a hex that is no string");
+    EXPECT_EQ(ReadFields(kPdnTypes + std::string(R"(,"AccessPointName":{"hex":"036162"})")),
+              "02 01 D0 31 28 03 03 61 62");
+    EXPECT_EQ(ReadFields(kPdnTypes +
+                         std::string(R"(,"AccessPointName":{"hex":"00","status":"refused"})")),
+              "02 01 D0 31 28 01 00");
+    expect(
+        R"("AccessPointName":{"hex":"\u007f"})",
+        "AccessPointName: hex, character 1: an unprintable character is not a hexadecimal digit");
     for (const char* bits : {"17", "\"16\"", "-1"}) {
         expect(R"("AccessPointName":{"hex":"0361","bits":)" + std::string(bits) + "}",
                "AccessPointName: has bits that are no number of bits of its 2 octets");
@@ -119,6 +127,7 @@ TEST(MessageReader, Unions) {
               "MobileId: there is no alternative IMSI; there are Identity, TMGI");
     EXPECT_EQ(read(R"({"TMGI":{"fields":{}},"Identity":{}})"),
               "MobileId: has a choice that is no JSON object with one alternative");
+    EXPECT_EQ(read(R"({"TMGI":3})"), "MobileId.TMGI: is no JSON object");
     EXPECT_EQ(read("[]"), "MobileId: has a choice that is no JSON object with one alternative");
     EXPECT_EQ(read(R"({"TMGI":{"fields":{"x":{}}}})").substr(0, 22), "MobileId.TMGI.x: there");
 }

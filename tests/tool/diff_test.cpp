@@ -80,6 +80,8 @@ TEST_F(ToolTest, DiffSaysWhatIsNoMessage) {
     expect(Path("none"), "cannot open");
     expect("'EPS_SMUplink 0g'", "HEX, character 2: 'g' is not a hexadecimal digit");
     expect("'EPS_SMUplink FFFF'", "no message");
+    expect("'auto 70 00 00'", "no message");  // nor in any other function
+    expect("'nothingofthekind 0201D031'", "cannot open");
     std::ofstream(Path("lines")) << "EPS_SMUplink 1 02\nEPS_SMUplink 1 02\n";
     expect(Path("lines"), "more than one line");
     std::ofstream(Path("json")) << "{\n}\n";

@@ -66,6 +66,9 @@ TEST_F(ToolTest, EncodeRefusesWhatIsTooLong) {
     EXPECT_EQ(line.status, 1);
     EXPECT_EQ(line.output, "0201D011\n0201D021\n");
     EXPECT_EQ(line.errors, "quorvane: line 2: the line is longer than 655360 characters\n");
+    const Outcome last = Run("encode EPS_SMUplink", Request("1") + blanks + " ");
+    EXPECT_EQ(last.output, "0201D011\n");
+    EXPECT_EQ(last.errors, line.errors);
     const Outcome object = Run("encode EPS_SMUplink", "{\n" + blanks + "\n" + Request("1"));
     EXPECT_EQ(object.status, 1);
     EXPECT_EQ(object.output, "");

@@ -95,6 +95,7 @@ TEST(OctetText, TakesDumps) {
 // What the text column shows may read as octets and blanks.
 TEST(OctetText, KeepsTheTextColumnOut) {
     EXPECT_EQ(Read("00000000: 4142  AB"), (Octets{0x41, 0x42}));
+    EXPECT_EQ(Read("0X0000: 41 42  AB"), (Octets{0x41, 0x42}));
     EXPECT_EQ(Read("00000000: 2020 3132 2020                             12  "),
               (Octets{0x20, 0x20, 0x31, 0x32, 0x20, 0x20}));
     EXPECT_EQ(Read("00000000: 3120 3241 2020                           1 2A"),

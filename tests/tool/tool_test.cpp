@@ -71,6 +71,22 @@ TEST_F(ToolTest, DecodeTakesOctetsFromFilesAndStandardInput) {
     EXPECT_EQ(Run("decode EPC_UE2SS 0F87 --file " + Path("dump")).status, 2);
 }
 
+// As many characters as a line may have, 655,360, in one line or in many.
+TEST_F(ToolTest, DecodeRefusesFilesThatAreTooLong) {
+    const std::string words = ": more than 655360 characters are no message\n";
+    std::string lines;
+    while (lines.size() <= 655360) {
+        lines += std::string(99, ' ') + "\n";
+    }
+    for (const std::string& text : {std::string(655361, ' '), lines, lines + "\n0F87\n"}) {
+        std::ofstream(Path("long"), std::ios::binary) << text;
+        const Outcome outcome = Run("decode EPC_UE2SS --file " + Path("long"));
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.output, "");
+        EXPECT_NE(outcome.errors.find(Path("long") + words), std::string::npos) << outcome.errors;
+    }
+}
+
 TEST_F(ToolTest, DecodeOfAnUnknownMessageExitsWith1) {
     const Outcome outcome = Run("decode EPC_UE2SS FF FF");
     EXPECT_EQ(outcome.status, 1);
