@@ -265,6 +265,18 @@ TEST(Lapdm, TakesUiFramesOfSacchWithALengthWhereNoPseudoLengthIs) {
     ASSERT_TRUE(found);
     EXPECT_EQ(found->octets, Hex("05 08 01"));
     EXPECT_EQ(found->decoding, Decoding::L3Downlink);
+    // No length, one that more follows, and an I frame are no pseudo length either.
+    const auto take = [&](const std::string& octets) {
+        block = Hex(octets);
+        block.resize(23, 0x2B);
+        return dissection.Take(Um(kUmSdcch8 | kUmSlowAssociated), block);
+    };
+    EXPECT_FALSE(take("00 00 03 03 01 06 1D"));
+    EXPECT_EQ(dissection.CountOf(Passed::kLapdmEmpty, static_cast<unsigned>(LapdmKind::kUi)), 1U);
+    EXPECT_TRUE(take("00 00 03 03 0F 06 1D 00"));
+    EXPECT_TRUE(take("00 00 03 00 0D 06 1D 00"));
+    EXPECT_TRUE(take("00 00 03 03 0D 06 1D 00"));
+    EXPECT_EQ(dissection.dissector.LapdmGaps(), 0U);
 }
 
 TEST(Lapdm, ForgetsTheLinkUsedLongestAgo) {
