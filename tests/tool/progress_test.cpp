@@ -58,6 +58,7 @@ TEST(Progress, ShowsALineThatIsGoneInTheEnd) {
     std::string shown;
     std::string soonAfter;
     std::string inTheEnd;
+    bool isSoon = false;  // on a busy machine it may be late
     {
         const OnATerminal terminal;
         {
@@ -65,16 +66,18 @@ TEST(Progress, ShowsALineThatIsGoneInTheEnd) {
             progress.Show(0, 0);  // too soon after the start, or the first line
             static_cast<void>(terminal.Shown());
             std::this_thread::sleep_for(std::chrono::milliseconds(210));
+            const auto before = std::chrono::steady_clock::now();
             progress.Show(12, 500);
             shown = terminal.Shown();
             progress.Show(13, 600);
             soonAfter = terminal.Shown();
+            isSoon = std::chrono::steady_clock::now() - before < std::chrono::milliseconds(200);
         }
         inTheEnd = terminal.Shown();
     }
     EXPECT_EQ(shown.substr(0, 10), "\r12 lines,");
     EXPECT_TRUE(shown.ends_with(" lines/s\033[K")) << shown;
-    EXPECT_EQ(soonAfter, "");
+    EXPECT_TRUE(soonAfter.empty() || !isSoon) << soonAfter;
     EXPECT_EQ(inTheEnd, "\r\033[K");
 }
 
