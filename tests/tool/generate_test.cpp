@@ -20,7 +20,9 @@ TEST_F(ToolTest, GenerateDrawsMessagesOfOneType) {
     const Outcome unknown = Run("generate EPC_UE2SS 2 --message DETACH_REQUEST");
     EXPECT_EQ(unknown.status, 2);
     EXPECT_EQ(unknown.output, "");
-    EXPECT_EQ(unknown.errors, "quorvane: EPC_UE2SS has no message DETACH_REQUEST\n");
+    EXPECT_EQ(unknown.errors,
+              "quorvane: EPC_UE2SS has no message DETACH_REQUEST; the line \"MESSAGE: \" of a text "
+              "shows a message's name\n");
 }
 
 TEST_F(ToolTest, GenerateDrawsTheSameMessagesByTheSameSeed) {

@@ -18,6 +18,7 @@ using Emit = void (*)(Image& image);
 void ExpectFailure(std::uint32_t marks, Opcode opcode, bool hasLabel,
                    std::initializer_list<Assembler::Operand> operands) {
     Image image;
+    image.isSound = false;
     image.Field({{test::kRoot, 7}});  // number 1
     const auto start = image.code.BindNew();
     for (std::uint32_t mark = 0; mark < marks; ++mark) {

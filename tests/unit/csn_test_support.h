@@ -67,6 +67,7 @@ class Image {
     std::vector<CsnAction> actions;
     std::vector<CsnValueFunction> functions;
     std::vector<std::uint16_t> fields;
+    bool isSound = true;  // the slow machine judges no others
 
     /// A field with its tag under each parent, and its index.
     std::uint32_t Field(Pairs parentAndTag, std::int16_t index = 0) {
@@ -114,6 +115,16 @@ class Image {
 
 inline constexpr std::int32_t kRoot = 3;  // root tag of the runs below
 
+/// Runs a machine that was set up. Empty, or in what it and the slow one differ.
+inline std::string RunOf(const Image& image, CsnMachine& machine, CsnCallback callback,
+                         bits::Outcome& result) {
+    if (image.isSound) {
+        return reference::DifferenceOfSlow(machine, callback, result);
+    }
+    result = CsnMachineRun(machine, callback);
+    return "";
+}
+
 struct DecodeRun {
     std::vector<std::uint8_t> octets;
     std::unique_ptr<CsnMachine> machine = std::make_unique<CsnMachine>();
@@ -129,7 +140,7 @@ inline DecodeRun Decode(Image& image, std::string_view bits, CsnCallback callbac
     const bits::BitReader reader(run.octets.data(), static_cast<std::int64_t>(run.octets.size()));
     CsnMachineInit(*run.machine, image.Program(), label, reader, 0, Count(bits));
     run.machine->rootTag = kRoot;
-    EXPECT_EQ(reference::DifferenceOfSlow(*run.machine, callback, run.result), "");
+    EXPECT_EQ(RunOf(image, *run.machine, callback, run.result), "");
     if (callback == nullptr) {
         CsnMachineInit(*run.machine, image.Program(), label, reader, 0, Count(bits));
         run.machine->rootTag = kRoot;
@@ -161,7 +172,7 @@ inline EncodeRun Encode(Image& image, CsnCallback callback = nullptr, std::size_
     CsnMachineInit(*run.machine, image.Program(), 0, *run.writer, 0);
     run.machine->rootTag = kRoot;
     run.machine->userRecord = userRecord;
-    EXPECT_EQ(reference::DifferenceOfSlow(*run.machine, callback, run.result), "");
+    EXPECT_EQ(RunOf(image, *run.machine, callback, run.result), "");
     return run;
 }
 
