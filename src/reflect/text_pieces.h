@@ -74,6 +74,7 @@ static_assert(sizeof(ReadyNumber) == 8);
 inline constexpr std::uint32_t kReadyNumberCount = 1000;
 using ReadyNumbers = std::array<ReadyNumber, kReadyNumberCount>;
 
+// unreachable from here: the compiler calls it
 constexpr ReadyNumbers MakeReadyNumbers(std::string_view behind) {
     ReadyNumbers numbers{};
     for (std::uint32_t value = 0; value < kReadyNumberCount; ++value) {
@@ -88,6 +89,7 @@ constexpr ReadyNumbers MakeReadyNumbers(std::string_view behind) {
     }
     return numbers;
 }
+// to here
 
 inline constexpr ReadyNumbers kReadyNumbers = MakeReadyNumbers("");
 inline constexpr ReadyNumbers kReadyStarts = MakeReadyNumbers(",");
