@@ -96,6 +96,7 @@ class Renderer {
 
     char* PutSequence(char* at, const TypeRow& row, const Cell& cell, std::size_t indent) {
         const TypeRow& item = tables_.types[row.first];
+        // Nearly all items, which are worth no call of their own.
         const bool integers = item.kind == TypeKind::kInteger;
         at = PutLineEnd<kEnd>(PutLiteral(at, "["));
         const std::uint32_t count = ItemCount(cell);

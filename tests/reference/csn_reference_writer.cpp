@@ -320,34 +320,22 @@ class Writer : Walk {
     }
 
     void Action(const CsnNode& node) {
-        const std::string& action = node.name.text;
+        if (Act(node)) {
+            return;
+        }
+        if (node.name.text != "write_back") {
+            std::abort();  // no description writes with it
+        }
         const auto number = [&](std::size_t index) {
             return static_cast<std::int32_t>(node.arguments[index].count->number);
         };
-        const CsnVariable* variable = node.arguments[0].variable;
-        if (action == "note") {
-            variables_.emplace_back(variable, position_);
-        } else if (action == "write_back") {
-            const std::int32_t noted = Variable(variable);
-            const std::int32_t here = std::exchange(position_, noted - number(3));
-            const auto length = static_cast<std::uint32_t>(here - noted - number(2));
-            for (std::int32_t bit = number(1); bit > 0; --bit) {
-                Put((length >> static_cast<std::uint32_t>(bit - 1) & 1U) != 0);
-            }
-            position_ = here;
-        } else if (action == "set") {
-            const std::int64_t kept = Number(*node.arguments[1].count);
-            variables_.emplace_back(variable, static_cast<std::int32_t>(kept));
-        } else if (action == "add") {
-            Change(variable, Variable(variable) + Number(*node.arguments[1].count));
-        } else if (action == "raise_maximum") {
-            const auto value = static_cast<std::int32_t>(Value(position_ - number(1), position_));
-            Change(variable, std::max(Variable(variable), value));
-        } else if (action == "clip") {
-            position_ = std::min(position_, Variable(variable) + number(1));
-        } else {
-            std::abort();  // no description writes with it
+        const std::int32_t noted = Variable(node.arguments[0].variable);
+        const std::int32_t here = std::exchange(position_, noted - number(3));
+        const auto length = static_cast<std::uint32_t>(here - noted - number(2));
+        for (std::int32_t bit = number(1); bit > 0; --bit) {
+            Put((length >> static_cast<std::uint32_t>(bit - 1) & 1U) != 0);
         }
+        position_ = here;
     }
 
     // ---- Fields ----------------------------------------------------------------------------

@@ -10,6 +10,7 @@
 #include "csn/functions.h"
 #include "csn/machine.h"
 #include "reference/csn_slow_beside.h"
+#include "unit/csn_record_support.h"
 #include "unit/csn_test_support.h"
 
 namespace quorvane::reference {
@@ -91,22 +92,9 @@ TEST(CsnSlowCases, PassesOverFlaggedBranchesInWritingAlone) {
             image.code.Emit(Opcode::kBegin, {delimiter});
         }
         const auto exit = image.code.NewLabel();
-        const auto next = image.code.NewLabel();
-        const auto fail = image.code.NewLabel();
-        const auto join = image.code.NewLabel();
         image.code.Emit(Opcode::kRepAny, {Assembler::Exit(exit, false)});
         const auto body = image.code.BindNew();
-        image.code.Emit(Opcode::kAlt, {Assembler::Branch(next, false)});
-        image.code.Emit(Opcode::kBit1);
-        image.code.Emit(Opcode::kJmp, {join});
-        image.code.Bind(next);
-        image.code.Emit(Opcode::kAlt, {Assembler::Branch(fail, true)});
-        image.code.Emit(Opcode::kBit0);
-        image.code.Emit(Opcode::kJmp, {join});
-        image.code.Bind(fail);
-        image.code.Emit(Opcode::kFail);
-        image.code.Bind(join);
-        image.code.Emit(Opcode::kPop);
+        csn::test::Optional(image, [] {});
         image.code.Emit(Opcode::kLoop, {body});
         image.code.Bind(exit);
         if (again) {

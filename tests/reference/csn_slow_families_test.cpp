@@ -46,11 +46,7 @@ class StructureRuns {
         std::vector<std::uint8_t> octets = Encode(record, tally);
         AskAtRandom();
         Decode(octets, tally);
-        for (std::uint32_t changes = 1 + Below(random_, 3); changes > 0 && !octets.empty();
-             --changes) {
-            const std::uint32_t bit = Below(random_, static_cast<std::uint32_t>(octets.size()) * 8);
-            octets[bit / 8] = static_cast<std::uint8_t>(octets[bit / 8] ^ 0x80U >> bit % 8);
-        }
+        FlipBits(random_, 1 + Below(random_, 3), octets);
         Decode(octets, tally);
         octets.resize(Below(random_, static_cast<std::uint32_t>(octets.size()) + 1));
         Decode(octets, tally);

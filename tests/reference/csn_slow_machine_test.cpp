@@ -188,11 +188,7 @@ class RandomRuns {
         if (!encode && !written_.empty() && Below(random_, 2) == 0) {
             octets = written_;
             start = writtenFrom_;
-            for (std::uint32_t changes = Below(random_, 3); changes > 0; --changes) {
-                const std::uint32_t bit =
-                    Below(random_, static_cast<std::uint32_t>(octets.size()) * 8);
-                octets[bit / 8] = static_cast<std::uint8_t>(octets[bit / 8] ^ 0x80U >> bit % 8);
-            }
+            FlipBits(random_, Below(random_, 3), octets);
         }
         const auto size = static_cast<std::int64_t>(octets.size());
         bits::BitWriter writer(octets.data(), size);

@@ -26,6 +26,13 @@ std::vector<std::uint8_t> RandomOctets(std::mt19937& random, std::size_t size) {
     return octets;
 }
 
+void FlipBits(std::mt19937& random, std::uint32_t count, std::vector<std::uint8_t>& octets) {
+    for (; count > 0 && !octets.empty(); --count) {
+        const std::uint32_t bit = Below(random, static_cast<std::uint32_t>(octets.size()) * 8);
+        octets[bit / 8] = static_cast<std::uint8_t>(octets[bit / 8] ^ 0x80U >> bit % 8);
+    }
+}
+
 std::int32_t RandomSource(csn::CsnFieldEvent& event) {
     auto& random = *static_cast<std::mt19937*>(event.machine->userRecord);
     const auto number = static_cast<std::uint32_t>(random());

@@ -20,6 +20,9 @@ namespace quorvane::reference {
 /// Of any bits, of few ones, of many ones, or the fill octet alone.
 [[nodiscard]] std::vector<std::uint8_t> RandomOctets(std::mt19937& random, std::size_t size);
 
+/// Changes so many bits, perhaps one of them twice. No octets stay as they are.
+void FlipBits(std::mt19937& random, std::uint32_t count, std::vector<std::uint8_t>& octets);
+
 /// A callback with a generator as `userRecord`: it gives any answer, and writes mostly what it is
 /// asked for.
 std::int32_t RandomSource(csn::CsnFieldEvent& event);

@@ -144,6 +144,30 @@ void Walk::Change(const CsnVariable* variable, std::int64_t value) {
     }
 }
 
+bool Walk::Act(const CsnNode& action) {
+    const std::string& name = action.name.text;
+    const CsnVariable* variable = action.arguments[0].variable;
+    const auto number = [&] {
+        return static_cast<std::int32_t>(action.arguments[1].count->number);
+    };
+    if (name == "note") {
+        variables_.emplace_back(variable, position_);
+    } else if (name == "set") {
+        const std::int64_t kept = Number(*action.arguments[1].count);
+        variables_.emplace_back(variable, static_cast<std::int32_t>(kept));
+    } else if (name == "add") {
+        Change(variable, Variable(variable) + Number(*action.arguments[1].count));
+    } else if (name == "raise_maximum") {
+        const auto value = static_cast<std::int32_t>(Value(position_ - number(), position_));
+        Change(variable, std::max(Variable(variable), value));
+    } else if (name == "clip") {
+        position_ = std::min(position_, Variable(variable) + number());
+    } else {
+        return false;
+    }
+    return true;
+}
+
 std::uint64_t Walk::Count(const CsnCount& count) const {
     const std::int64_t number = Number(count);
     return number < 0 ? throw Ended() : static_cast<std::uint64_t>(number);

@@ -48,6 +48,9 @@ class Walk {
     /// Changes the newest value, which nothing takes back.
     void Change(const compiler::CsnVariable* variable, std::int64_t value);
 
+    /// Does what an action does in both directions; false if it does something else.
+    bool Act(const compiler::CsnNode& action);
+
     [[nodiscard]] std::int64_t Number(const compiler::CsnCount& count) const;
     [[nodiscard]] std::uint64_t Count(const compiler::CsnCount& count) const;
 

@@ -196,9 +196,6 @@ TEST(Families, HaveTheirTextsReadyForTheRendering) {
             const std::string_view label = tables.TextAt(element.label);
             EXPECT_TRUE(label.ends_with(": ")) << label;
             EXPECT_TRUE(NeedsNoEscape(label)) << label;
-            // What a copying step reads behind a label is there to be read, as the sanitizer sees.
-            const std::string behind(label.data() + label.size(), reflect::kCopyStep);
-            EXPECT_EQ(behind.size(), reflect::kCopyStep);
         }
         for (const reflect::EnumValueRow& value : tables.enumValues) {
             const std::string_view text = tables.TextOf(value);
@@ -206,6 +203,25 @@ TEST(Families, HaveTheirTextsReadyForTheRendering) {
                       std::string(text) + " (" + std::to_string(value.value) + ")");
             EXPECT_EQ(value.plain, NeedsNoEscape(text)) << text;
         }
+        // What a copying step reads behind the last text is there to be read.
+        std::size_t end = 0;
+        const auto reachTo = [&end](reflect::TextRef text) {
+            end = std::max<std::size_t>(end, text.offset + text.length);
+        };
+        for (const reflect::ElementRow& element : tables.elements) {
+            reachTo(element.label);
+        }
+        for (const reflect::EnumValueRow& value : tables.enumValues) {
+            reachTo(value.rendered);
+        }
+        for (const reflect::EnumRow& row : tables.enums) {
+            reachTo(row.otherText);
+        }
+        for (const reflect::TypeRow& type : tables.types) {
+            reachTo(type.name);
+        }
+        EXPECT_EQ(std::string(tables.texts + end, reflect::kCopyStep),
+                  std::string(reflect::kCopyStep, '\0'));
         for (const reflect::EnumRow& row : tables.enums) {
             const auto values = tables.enumValues.subspan(row.firstValue, row.valueCount);
             const std::string_view other = tables.TextAt(row.otherText);
