@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "quorvane/message.h"
@@ -40,6 +41,8 @@ class Answerer {
 
     [[nodiscard]] const JsonLines& Answers() const { return json_; }
     void Clear() { json_.Clear(); }
+    /// Gives the answers away for `other`, to which it appends.
+    void Exchange(JsonLines& other) { std::swap(json_, other); }
 
     /// Has faults with --strict or --summary, and types with --summary.
     [[nodiscard]] const Tally& Counts() const { return tally_; }

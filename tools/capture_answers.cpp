@@ -1,8 +1,10 @@
 #include "tools/capture_answers.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <chrono>
-#include <cstdio>
+#include <cstdint>
 #include <optional>
 
 #include "facade/utf8.h"
@@ -38,20 +40,40 @@ bool HasChannel(const Source& source) {
     return source.interface != Source::Interface::kLteNas && source.channel != 0;
 }
 
+/// With zeros ahead of it, so that it has at least so many digits.
+void AppendPadded(std::string& text, std::uint64_t number, std::size_t digits) {
+    std::array<char, 20> buffer{};
+    const char* end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+    const auto size = static_cast<std::size_t>(end - buffer.data());
+    text.append(digits - std::min(digits, size), '0').append(buffer.data(), size);
+}
+
 /// "2026-11-22T10:54:27.000000000Z".
 std::string Time(const Source& source) {
     using namespace std::chrono;
     const sys_seconds time{seconds(source.seconds)};
     const auto day = floor<days>(time);
     const year_month_day date(day);
-    const auto clock = static_cast<int>((time - day).count());
-    std::array<char, 48> text{};
-    const int size =
-        std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%09uZ",
-                      static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                      static_cast<unsigned>(date.day()), clock / 3600, clock / 60 % 60, clock % 60,
-                      source.nanoseconds);
-    return {text.data(), static_cast<std::size_t>(size)};
+    const auto clock = static_cast<std::uint64_t>((time - day).count());
+    const int ofEra = static_cast<int>(date.year());
+    std::string text;
+    if (ofEra >= 0) {
+        AppendPadded(text, static_cast<std::uint64_t>(ofEra), 4);
+    } else {
+        text.append(std::to_string(ofEra));
+    }
+    const auto append = [&text](char separator, std::uint64_t number, std::size_t digits) {
+        text.push_back(separator);
+        AppendPadded(text, number, digits);
+    };
+    append('-', static_cast<unsigned>(date.month()), 2);
+    append('-', static_cast<unsigned>(date.day()), 2);
+    append('T', clock / 3600, 2);
+    append(':', clock / 60 % 60, 2);
+    append(':', clock % 60, 2);
+    append('.', source.nanoseconds, 9);
+    text.push_back('Z');
+    return text;
 }
 
 }  // namespace

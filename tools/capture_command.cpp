@@ -1,6 +1,6 @@
 // The messages of a capture: packets in, answers out, in constant memory.
 //
-// One thread reads, puts segments together and prints; the others decode what it has gathered.
+// One thread reads and puts segments together; all decode what it has gathered, itself included.
 
 #include <algorithm>
 #include <cstdint>
@@ -94,8 +94,10 @@ class Filter {
     std::vector<FieldCondition> conditions_;
 };
 
-/// Messages to be decoded together.
+/// Messages to be decoded together, and their answers.
 struct Group {
+    explicit Group(CaptureForm form) : answers(form) {}
+
     struct Item {
         capture::FoundMessage found;  // without its octets
         std::size_t begin = 0;        // of its octets
@@ -105,37 +107,33 @@ struct Group {
     void Clear() {
         items.clear();
         octets.clear();
+        answers.Clear();
     }
 
     std::vector<Item> items;
     std::vector<std::uint8_t> octets;
+    CaptureAnswers answers;
 };
 
 /// Decodes groups, in one thread.
 class GroupDecoder {
   public:
-    GroupDecoder(const CaptureOptions& options, CaptureForm form,
-                 std::shared_ptr<const Filter> filter)
-        : options_(options.decode), filter_(std::move(filter)), answers_(form) {}
+    GroupDecoder(const CaptureOptions& options, std::shared_ptr<const Filter> filter)
+        : options_(options.decode), filter_(std::move(filter)) {}
 
-    void Decode(const Group& group) {
+    void Decode(Group& group) {
         for (const Group::Item& item : group.items) {
             capture::FoundMessage found = item.found;
             found.octets = std::span(group.octets).subspan(item.begin, item.size);
-            Decode(found);
+            Decode(found, group.answers);
         }
-    }
-
-    void PrintAnswers() {
-        Print(answers_.View());
-        answers_.Clear();
     }
 
     /// Of all groups so far.
     [[nodiscard]] const Counts& Counted() const { return counts_; }
 
   private:
-    void Decode(capture::FoundMessage& found) {
+    void Decode(capture::FoundMessage& found, CaptureAnswers& answers) {
         DecodeOptions options = options_;
         options.tolerant = options.tolerant || found.isProtected;
         bool isKnown = message_.Decode(found.decoding, found.octets, options);
@@ -156,22 +154,21 @@ class GroupDecoder {
         }
         if (filter_->Lets(found.decoding, message_)) {
             ++counts_.shown;
-            answers_.Add(found, message_);
+            answers.Add(found, message_);
         }
     }
 
     DecodeOptions options_;
     std::shared_ptr<const Filter> filter_;
     Message message_;
-    CaptureAnswers answers_;
     Counts counts_;
 };
 
-std::vector<GroupDecoder> MakeDecoders(const CaptureOptions& options, CaptureForm form) {
+std::vector<GroupDecoder> MakeDecoders(const CaptureOptions& options) {
     const auto filter = std::make_shared<const Filter>(options);
     std::vector<GroupDecoder> decoders;
     for (unsigned index = 0; index < ThreadsOf(options.jobs); ++index) {
-        decoders.emplace_back(options, form, filter);
+        decoders.emplace_back(options, filter);
     }
     return decoders;
 }
@@ -183,16 +180,18 @@ class CaptureRun {
                 : options.format == "csv" ? CaptureForm::kCsv
                                           : CaptureForm::kText),
           dissector_(options.port),
-          decoders_(MakeDecoders(options, form_)),
+          decoders_(MakeDecoders(options)),
           progress_("packets", SizeOfInput(options.file)),
-          file_(options.file, [this] { Flush(); }) {
-        if (decoders_.size() > 1) {
-            jobs_.emplace(
-                decoders_.size(),
-                [this](std::size_t thread, Group& group) { decoders_[thread].Decode(group); },
-                [this](std::size_t thread, Group& /*group*/) { decoders_[thread].PrintAnswers(); });
-        }
-    }
+          group_(form_),
+          jobs_(
+              decoders_.size(),
+              [this](std::size_t thread, Group& group) { decoders_[thread].Decode(group); },
+              [](Group& group) {
+                  Print(group.answers.View());
+                  group.Clear();
+              },
+              group_),
+          file_(options.file, [this] { Flush(); }) {}
 
     int Run() {
         if (form_ == CaptureForm::kCsv) {
@@ -233,28 +232,16 @@ class CaptureRun {
         item.size = found.octets.size();
         group_.octets.insert(group_.octets.end(), found.octets.begin(), found.octets.end());
         if (group_.octets.size() >= kGroupOctets) {
-            Submit();
+            jobs_.Submit(group_);
         }
-    }
-
-    void Submit() {
-        if (jobs_) {
-            jobs_->Submit(std::exchange(group_, {}));
-            return;
-        }
-        decoders_.front().Decode(group_);
-        decoders_.front().PrintAnswers();
-        group_.Clear();
     }
 
     /// Shows all that was found by now.
     void Flush() {
         if (!group_.items.empty()) {
-            Submit();
+            jobs_.Submit(group_);
         }
-        if (jobs_) {
-            jobs_->Finish();
-        }
+        jobs_.Finish();
     }
 
     void PrintSummary() const {
@@ -292,8 +279,8 @@ class CaptureRun {
     std::vector<GroupDecoder> decoders_;  // one a thread
     Progress progress_;
     Group group_;
-    std::optional<OrderedJobs<Group>> jobs_;  // with more than one thread
-    capture::CaptureFile file_;               // which may call Flush as soon as it is opened
+    OrderedJobs<Group> jobs_;
+    capture::CaptureFile file_;  // which may call Flush as soon as it is opened
 };
 
 }  // namespace

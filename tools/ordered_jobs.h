@@ -24,19 +24,21 @@ inline unsigned ThreadsOf(unsigned jobs) {
     return jobs != 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1U);
 }
 
-/// Each job is worked on by one of several threads, many jobs at once, and then delivered by the
-/// same thread, one job at a time, in the order in which they were submitted. At most twice as many
-/// jobs are held as there are threads.
+/// Each job is worked on by one of several threads, many jobs at once, and then delivered, one job
+/// at a time, in the order in which they were submitted. The thread that submits is one of them: it
+/// works, too, when four jobs are held for each of the others.
 template <typename Job>
 class OrderedJobs {
   public:
-    /// What is done with a job by the thread of that number, from 0.
-    using Step = std::function<void(std::size_t thread, Job& job)>;
+    /// What is done with a job by the thread of that number; 0 is the one that submits.
+    using Work = std::function<void(std::size_t thread, Job& job)>;
+    using Delivery = std::function<void(Job& job)>;
 
-    /// Fewer threads run if there can be no more of them; without any, Submit runs the job.
-    OrderedJobs(std::size_t threads, Step work, Step deliver)
-        : work_(std::move(work)), deliver_(std::move(deliver)) {
-        for (std::size_t thread = 0; thread < threads; ++thread) {
+    /// `threads` counts the one that submits. Fewer run if there can be no more of them; where it
+    /// is alone, Submit runs the job. New jobs are copies of `fresh`.
+    OrderedJobs(std::size_t threads, Work work, Delivery deliver, Job fresh = {})
+        : work_(std::move(work)), deliver_(std::move(deliver)), fresh_(std::move(fresh)) {
+        for (std::size_t thread = 1; thread < threads; ++thread) {
             try {
                 threads_.emplace_back([this, thread] { Run(thread); });
             } catch (const std::system_error&) {
@@ -51,96 +53,127 @@ class OrderedJobs {
     ~OrderedJobs() {
         {
             const std::scoped_lock lock(mutex_);
-            waiting_.clear();
             ended_ = true;
         }
-        changed_.notify_all();
+        work_or_end_.notify_all();
         for (std::thread& thread : threads_) {
             thread.join();
         }
     }
 
-    /// Takes a job, and waits ahead of that while there are too many. Throws what a step has
-    /// thrown; no job is begun or delivered after that.
-    void Submit(Job job) {
-        if (threads_.empty()) {
-            work_(0, job);
-            deliver_(0, job);
-            return;
-        }
+    /// Takes a job, and works or waits while there are too many. What it leaves in `job` is one
+    /// that was delivered, for its memory, or a new one. Throws what work or delivery has thrown;
+    /// no job is begun after that, and none behind that one delivered.
+    void Submit(Job& job) {
         std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return failure_ || waiting_.size() < threads_.size(); });
         ThrowFailure();
-        waiting_.push_back(std::move(job));
-        ++submitted_;
-        lock.unlock();
-        changed_.notify_all();
+        held_.push_back({std::move(job), false});
+        job = Spare();
+        work_or_end_.notify_one();
+        const std::size_t most = 4 * threads_.size();
+        WorkUntil(lock, [this, most] { return held_.size() <= most; });
     }
 
-    /// Waits until all jobs are delivered. Throws as Submit does.
+    /// Waits until all jobs are delivered, and works on them. Throws as Submit does.
     void Finish() {
         std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return failure_ || delivered_ == submitted_; });
-        ThrowFailure();
+        WorkUntil(lock, [this] { return held_.empty(); });
     }
 
   private:
+    struct Held {
+        Job job;
+        bool done = false;  // and not delivered
+    };
+    using Lock = std::unique_lock<std::mutex>;
+
+    [[nodiscard]] std::size_t Waiting() const { return held_.size() - begun_; }
+
+    Job Spare() {
+        if (spare_.empty()) {
+            return fresh_;
+        }
+        Job job = std::move(spare_.back());
+        spare_.pop_back();
+        return job;
+    }
+
     void ThrowFailure() {
         if (failure_) {
             std::rethrow_exception(failure_);
         }
     }
 
+    template <typename Condition>
+    void WorkUntil(Lock& lock, Condition condition) {
+        while (!failure_ && !condition()) {
+            if (Waiting() > 0) {
+                RunJob(lock, 0);
+            } else {
+                progress_.wait(lock);
+            }
+        }
+        ThrowFailure();
+    }
+
     void Run(std::size_t thread) {
+        Lock lock(mutex_);
+        for (;;) {
+            work_or_end_.wait(lock, [this] { return ended_ || failure_ || Waiting() > 0; });
+            if (ended_ || failure_) {
+                return;
+            }
+            RunJob(lock, thread);
+        }
+    }
+
+    /// Runs the first job that waits, and delivers all that are done.
+    void RunJob(Lock& lock, std::size_t thread) {
+        Held& held = held_[begun_++];  // stays where it is until it is delivered
+        lock.unlock();
         try {
-            while (RunJob(thread)) {
-            }
+            work_(thread, held.job);
+            lock.lock();
+            held.done = true;
+            Deliver(lock);
         } catch (...) {
-            const std::scoped_lock lock(mutex_);
-            if (!failure_) {
-                failure_ = std::current_exception();
+            if (!lock) {
+                lock.lock();
             }
+            failure_ = std::current_exception();
+            work_or_end_.notify_all();
         }
-        changed_.notify_all();
+        progress_.notify_one();
     }
 
-    /// Waits for a job and runs it. False at the end.
-    bool RunJob(std::size_t thread) {
-        std::unique_lock lock(mutex_);
-        changed_.wait(lock, [this] { return failure_ || ended_ || !waiting_.empty(); });
-        if (failure_ || waiting_.empty()) {
-            return false;
+    /// Unless another thread is at it, which goes on with what is done in the meantime.
+    void Deliver(Lock& lock) {
+        if (delivers_) {
+            return;
         }
-        Job job = std::move(waiting_.front());
-        waiting_.pop_front();
-        const std::uint64_t turn = begun_++;
-        lock.unlock();
-        changed_.notify_all();
-
-        work_(thread, job);
-
-        lock.lock();
-        changed_.wait(lock, [this, turn] { return failure_ || delivered_ == turn; });
-        if (failure_) {
-            return false;
+        delivers_ = true;
+        while (!held_.empty() && held_.front().done) {
+            Job& job = held_.front().job;
+            lock.unlock();
+            deliver_(job);
+            lock.lock();
+            spare_.push_back(std::move(job));
+            held_.pop_front();
+            --begun_;
         }
-        lock.unlock();
-        deliver_(thread, job);  // nobody else has the turn
-        lock.lock();
-        ++delivered_;
-        lock.unlock();
-        changed_.notify_all();
-        return true;
+        delivers_ = false;
     }
 
-    Step work_;
-    Step deliver_;
+    Work work_;
+    Delivery deliver_;
+    const Job fresh_;
     std::mutex mutex_;  // of what follows but the threads
-    std::condition_variable changed_;
-    std::deque<Job> waiting_;
-    std::uint64_t submitted_ = 0;
-    std::uint64_t begun_ = 0;
-    std::uint64_t delivered_ = 0;
+    std::condition_variable work_or_end_;
+    std::condition_variable progress_;  // for the thread that submits
+    std::deque<Held> held_;             // in order
+    std::size_t begun_ = 0;             // of those, from the front
+    std::vector<Job> spare_;
+    bool delivers_ = false;  // some thread
     std::exception_ptr failure_;
     bool ended_ = false;
     std::vector<std::thread> threads_;

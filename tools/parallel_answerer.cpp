@@ -1,7 +1,5 @@
 #include "tools/parallel_answerer.h"
 
-#include <utility>
-
 namespace quorvane::tool {
 
 namespace {
@@ -27,14 +25,15 @@ ParallelAnswerer::ParallelAnswerer(const BatchOptions& options, std::size_t thre
                   answerers_[thread].Answer(each.line);
                   text.remove_prefix(each.size);
               }
+              answerers_[thread].Exchange(block.answers);
           },
-          [this](std::size_t thread, Block& /*block*/) {
-              Print(answerers_[thread].Answers().View());
-              answerers_[thread].Clear();
+          [](Block& block) {
+              Print(block.answers.View());
+              block.Clear();
           }) {}
 
 void ParallelAnswerer::Add(const InputLine& line) {
-    constexpr std::size_t kFullBlock = std::size_t{32} << 10;
+    constexpr std::size_t kFullBlock = std::size_t{8} << 10;
     block_.text.append(line.text);
     block_.lines.push_back({line.text.size(), {{}, line.number, line.file, line.tooLong}});
     if (block_.text.size() >= kFullBlock) {
@@ -44,7 +43,7 @@ void ParallelAnswerer::Add(const InputLine& line) {
 
 void ParallelAnswerer::Flush() {
     if (!block_.lines.empty()) {
-        jobs_.Submit(std::exchange(block_, {}));
+        jobs_.Submit(block_);
     }
 }
 

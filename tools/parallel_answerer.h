@@ -28,7 +28,7 @@ class ParallelAnswerer {
     [[nodiscard]] Tally Counts() const;
 
   private:
-    /// Lines that one thread answers.
+    /// Lines that one thread answers, and the answers.
     struct Block {
         std::string text;  // of all lines
         struct Line {
@@ -36,6 +36,13 @@ class ParallelAnswerer {
             InputLine line;  // without its text
         };
         std::vector<Line> lines;
+        JsonLines answers;
+
+        void Clear() {
+            text.clear();
+            lines.clear();
+            answers.Clear();
+        }
     };
 
     std::vector<Answerer> answerers_;  // one for each thread

@@ -10,6 +10,15 @@
 namespace quorvane::tool {
 namespace {
 
+/// Until it holds, or ten seconds have passed.
+template <typename Condition>
+void WaitFor(Condition holds) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!holds() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
+}
+
 TEST(OrderedJobs, DeliverInOrder) {
     for (const std::size_t threads : {0U, 1U, 2U, 5U}) {
         std::vector<int> delivered;  // by one thread at a time
@@ -20,8 +29,9 @@ TEST(OrderedJobs, DeliverInOrder) {
                 std::this_thread::sleep_for(std::chrono::microseconds(job % 7 * 20));
                 job = -job;
             },
-            [&](std::size_t /*thread*/, int& job) { delivered.push_back(job); });
-        for (int job = 0; job < 500; ++job) {
+            [&](int& job) { delivered.push_back(job); });
+        for (int number = 0; number < 500; ++number) {
+            int job = number;
             jobs.Submit(job);
         }
         jobs.Finish();
@@ -29,7 +39,8 @@ TEST(OrderedJobs, DeliverInOrder) {
         for (int job = 0; job < 500; ++job) {
             EXPECT_EQ(delivered[static_cast<std::size_t>(job)], -job);
         }
-        jobs.Submit(1);
+        int job = 1;
+        jobs.Submit(job);
         jobs.Finish();
         EXPECT_EQ(delivered.back(), -1);
     }
@@ -41,16 +52,79 @@ TEST(OrderedJobs, HoldFewJobs) {
     constexpr int kThreads = 3;
     OrderedJobs<int> jobs(
         kThreads, [](std::size_t /*thread*/, int& /*job*/) {},
-        [&](std::size_t /*thread*/, int& /*job*/) {
+        [&](int& /*job*/) {
             std::this_thread::yield();
             --held;
         });
-    for (int job = 0; job < 300; ++job) {
+    for (int number = 0; number < 300; ++number) {
+        int job = number;
         most = std::max(most.load(), ++held);
         jobs.Submit(job);
     }
     jobs.Finish();
-    EXPECT_LE(most, 2 * kThreads + 1);  // and the one that waits
+    EXPECT_LE(most, 4 * (kThreads - 1) + 1);  // and the one that waits
+}
+
+TEST(OrderedJobs, AreWorkedOnByTheThreadThatSubmitsToo) {
+    std::atomic<bool> submitterWorked = false;
+    OrderedJobs<int> jobs(
+        2,
+        [&](std::size_t thread, int& /*job*/) {
+            if (thread == 0) {
+                submitterWorked = true;
+            }
+            // The other thread's job is not done before this one has begun another.
+            WaitFor([&] { return submitterWorked.load(); });
+        },
+        [](int& /*job*/) {});
+    for (int number = 0; number < 10; ++number) {
+        int job = number;
+        jobs.Submit(job);
+    }
+    jobs.Finish();
+    EXPECT_TRUE(submitterWorked);
+}
+
+TEST(OrderedJobs, GoOnWhileTheFirstTakesLong) {
+    std::atomic<int> done = 0;
+    std::atomic<bool> othersWentOn = false;
+    std::vector<int> delivered;
+    OrderedJobs<int> jobs(
+        2,
+        [&](std::size_t /*thread*/, int& job) {
+            // The first job ends when two others have.
+            if (job == 0) {
+                WaitFor([&] { return done >= 2; });
+                othersWentOn = done >= 2;
+            }
+            ++done;
+        },
+        [&](int& job) { delivered.push_back(job); });
+    for (int number = 0; number < 6; ++number) {
+        int job = number;
+        jobs.Submit(job);
+    }
+    jobs.Finish();
+    EXPECT_TRUE(othersWentOn);
+    EXPECT_EQ(delivered, (std::vector{0, 1, 2, 3, 4, 5}));
+}
+
+TEST(OrderedJobs, ComeBackForTheirMemory) {
+    for (const std::size_t threads : {1U, 3U}) {
+        OrderedJobs<std::vector<int>> jobs(
+            threads, [](std::size_t /*thread*/, std::vector<int>& /*job*/) {},
+            [](std::vector<int>& job) { job[0] = 2; }, std::vector{1});
+        int fresh = 0;
+        for (int number = 0; number < 200; ++number) {
+            std::vector<int> job(10);
+            jobs.Submit(job);
+            const bool isFresh = job == std::vector{1};
+            fresh += isFresh ? 1 : 0;
+            EXPECT_TRUE(isFresh || (job.size() == 10 && job[0] == 2)) << number;
+        }
+        EXPECT_GE(fresh, 1);
+        EXPECT_LE(fresh, 4 * static_cast<int>(threads));
+    }
 }
 
 TEST(OrderedJobs, HandOnWhatAStepThrows) {
@@ -64,14 +138,15 @@ TEST(OrderedJobs, HandOnWhatAStepThrows) {
                         throw std::runtime_error("work");
                     }
                 },
-                [&](std::size_t /*thread*/, int& job) {
+                [&](int& job) {
                     if (!early && job == 20) {
                         throw std::runtime_error("delivery");
                     }
                     delivered.push_back(job);
                 });
             const auto submitAll = [&] {
-                for (int job = 0; job < 100; ++job) {
+                for (int number = 0; number < 100; ++number) {
+                    int job = number;
                     jobs.Submit(job);
                 }
                 jobs.Finish();
@@ -87,13 +162,36 @@ TEST(OrderedJobs, HandOnWhatAStepThrows) {
     }
 }
 
+TEST(OrderedJobs, AreNotBegunBehindAFailure) {
+    std::atomic<bool> allSubmitted = false;
+    std::atomic<int> begunLater = 0;
+    OrderedJobs<int> jobs(
+        2,
+        [&](std::size_t /*thread*/, int& job) {
+            if (job == 0) {
+                WaitFor([&] { return allSubmitted.load(); });
+                throw std::runtime_error("work");
+            }
+            ++begunLater;
+        },
+        [](int& /*job*/) {});
+    for (int number = 0; number < 4; ++number) {
+        int job = number;
+        jobs.Submit(job);
+    }
+    allSubmitted = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_THROW(jobs.Finish(), std::runtime_error);
+    EXPECT_EQ(begunLater, 0);
+}
+
 TEST(OrderedJobs, EndWithoutFinish) {
     std::atomic<int> delivered = 0;
     {
         OrderedJobs<int> jobs(
-            2, [](std::size_t /*thread*/, int& /*job*/) {},
-            [&](std::size_t /*thread*/, int& /*job*/) { ++delivered; });
-        for (int job = 0; job < 10; ++job) {
+            2, [](std::size_t /*thread*/, int& /*job*/) {}, [&](int& /*job*/) { ++delivered; });
+        for (int number = 0; number < 10; ++number) {
+            int job = number;
             jobs.Submit(job);
         }
     }
