@@ -14,9 +14,8 @@ using bits::Outcome;
 
 /// The row of a field of the structure; null if the tag is another's.
 const CsnFieldRow* RowOf(const CsnStructure& structure, std::int32_t tag) {
-    const std::int64_t index = std::int64_t{tag} - structure.firstTag;
-    const bool own = index >= 0 && index < static_cast<std::int64_t>(structure.fields.size());
-    return own ? &structure.fields[static_cast<std::size_t>(index)] : nullptr;
+    const auto index = static_cast<std::uint32_t>(tag - structure.firstTag);
+    return index < structure.fields.size() ? &structure.fields[index] : nullptr;
 }
 
 /// Which item of its sequence `record` is.
@@ -70,18 +69,19 @@ class Sink {
     /// refuses.
     Outcome Walk(Cell& cell) {
         Open(StructOf(cell, structure_.memberCount), 0);
-        for (std::int32_t index = 0; index < log_.count; ++index) {
-            const CsnLogLine& line = log_.lines[index];
-            if (line.Closes()) {
+        bits::BitWindow window(reader_);
+        Cell* members = open_[0].members;
+        const CsnLogLine* const end = log_.lines + log_.count;
+        for (const CsnLogLine* line = log_.lines; line != end; ++line) {
+            if (line->IsWhole() && StoreNumber(*line, members, window)) {
+                continue;
+            }
+            if (line->Closes()) {
                 --depth_;
-                continue;
-            }
-            if (StoreNumber(line)) {
-                continue;
-            }
-            if (const Outcome result = Store(line); result.Failed()) {
+            } else if (const Outcome result = Store(*line); result.Failed()) {
                 return result;
             }
+            members = open_[depth_ - 1].members;
         }
         return 0;
     }
@@ -102,30 +102,30 @@ class Sink {
         const bool isNew = cell.cells == nullptr;
         return {StructCells(arena_, cell, memberCount), isNew, 0};
     }
-    /// The member that the field `row` is of, or an item of.
-    static Cell& Reach(const Inside& around, const CsnFieldRow& row) {
-        Cell& cell = around.members[row.element];
+    /// The one of `members` that the field `row` is of, or an item of.
+    static Cell& Reach(Cell* members, const CsnFieldRow& row) {
+        Cell& cell = members[row.element];
         cell.reached = true;
-        cell.present = cell.present || row.optional;
+        cell.present |= row.optional;
         return cell;
     }
-    void StoreInteger(Cell& cell, const CsnLogLine& line, const CsnFieldRow& row) {
-        cell.number = window_.Read(line.bitPos, row.width);
+    static void StoreInteger(Cell& cell, const CsnLogLine& line, const CsnFieldRow& row,
+                             bits::BitWindow& window) {
+        cell.number = window.Read(line.bitPos, row.width);
         if (row.located) {
             bits::MakeFieldLocator(cell.location, line.bitPos, row.width);
         }
     }
     /// Stores a number that is no item, as most fields are: Store does the same with more
-    /// questions. False: the field is something else.
-    bool StoreNumber(const CsnLogLine& line) {
+    /// questions. False: the whole field is something else.
+    bool StoreNumber(const CsnLogLine& line, Cell* members, bits::BitWindow& window) const {
         const CsnFieldRow* row = RowOf(structure_, line.tag);
-        const Inside& around = open_[depth_ - 1];
-        const bool isNumber = row != nullptr && row->kind == CsnFieldRow::Kind::kInteger &&
-                              row->bound == 0 && !line.Opens() && around.members != nullptr;
-        if (isNumber) {
-            StoreInteger(Reach(around, *row), line, *row);
+        if (row == nullptr || row->kind != CsnFieldRow::Kind::kInteger || row->bound != 0 ||
+            members == nullptr) {
+            return false;
         }
-        return isNumber;
+        StoreInteger(Reach(members, *row), line, *row, window);
+        return true;
     }
     Outcome Store(const CsnLogLine& line);
     Outcome StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow& row, Inside& inside);
@@ -165,7 +165,7 @@ Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow&
         around.counts = false;
         return 0;
     }
-    Cell* cell = &Reach(around, row);
+    Cell* cell = &Reach(around.members, row);
     if (row.bound > 0) {
         const std::int32_t item =
             around.counts ? static_cast<std::int32_t>(cell->number) : ItemOf(line, row);
@@ -181,7 +181,7 @@ Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow&
         case CsnFieldRow::Kind::kMarker:
             break;
         case CsnFieldRow::Kind::kInteger:
-            StoreInteger(*cell, line, row);
+            StoreInteger(*cell, line, row, window_);
             break;
         case CsnFieldRow::Kind::kBinary:
             StoreBinary(arena_, *cell, reader_, line.bitPos, LengthOf(line), row.mostBits);

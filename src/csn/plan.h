@@ -25,7 +25,7 @@ QUORVANE_NAMED_ENUM(PlanOp,
                     kBitH,          // its inverse
                     kLiteral,       // `width` bits of the value a
                     kSkip,          // `width` bits of any value
-                    kField,         // a field of c bits with the tag a
+                    kField,         // a field of c bits with the tag a; b: how many kField follow
                     kFieldOf,       // a field of c bits, whose tag field identifier a tells
                     kFieldLiteral,  // the same with the value b in `width` bits
                     kBegin,         // opens the field a
@@ -34,12 +34,12 @@ QUORVANE_NAMED_ENUM(PlanOp,
                     kAlt,           // a choice point that leads to a
                     kAlt0,          // kAlt and kBit0, without choice point where that goes back; b:
                     kAlt1,          //   where to go on behind the group that ends with them; 0:
-                    kAltL,          //   it does not
-                    kAltH,          //
+                    kAltL,          //   it does not; width: 1 if the step at a is the one of them
+                    kAltH,          //   that begins with the inverse bit
                     kAltLiteral,    // the same with `width` bits of the value c
                     kJump,          // to a
                     kPop,           // closes a group of alternatives
-                    kJumpPop,       // kJump to a kPop, on at a
+                    kJumpPop,       // kJump to a kPop, on at a, b more times behind the first
                     kCommit,        // moves the nearest choice point up to here
                     kCall,          // calls the rule at a
                     kReturn,        // ends a rule, or the run

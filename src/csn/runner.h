@@ -27,6 +27,7 @@ struct CsnLogLine {
 
     [[nodiscard]] bool Opens() const { return width == kOpens; }
     [[nodiscard]] bool Closes() const { return width == kCloses; }
+    [[nodiscard]] bool IsWhole() const { return width < kCloses; }
 };
 
 /// The fields of a run in the order of the message. What is behind `count` was never set.

@@ -305,7 +305,20 @@ TEST(Plan, FailsAtTheMachinesRecordLimit) {
     }
 }
 
-// However few instructions a run may take, plan and machine end at the same one.
+/// However few instructions a run may take, plan and machine end at the same one.
+void ExpectSameLimits(Image& image, const std::string& bits) {
+    const std::vector<std::uint8_t> octets = Octets(bits);
+    const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+    for (std::uint64_t instructions = 0; instructions < 40; ++instructions) {
+        CsnMachine machine;
+        CsnMachineInit(machine, image.Program(), 0, reader, 0, Count(bits));
+        machine.rootTag = kRoot;
+        machine.instructionsLeft = instructions;
+        bits::Outcome result = 0;
+        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
+    }
+}
+
 TEST(Plan, CountsTheMachinesInstructions) {
     Image image;
     const std::uint32_t field = image.Field({{kRoot, 10}});
@@ -335,16 +348,63 @@ TEST(Plan, CountsTheMachinesInstructions) {
     image.code.Bind(end);
     image.code.Emit(Opcode::kRet);
     for (const std::string bits : {"0000000", "0000000000", "111000000", "11100000000", "000"}) {
-        const std::vector<std::uint8_t> octets = Octets(bits);
-        const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
-        for (std::uint64_t instructions = 0; instructions < 40; ++instructions) {
-            CsnMachine machine;
-            CsnMachineInit(machine, image.Program(), 0, reader, 0, Count(bits));
-            machine.rootTag = kRoot;
-            machine.instructionsLeft = instructions;
-            bits::Outcome result = 0;
-            EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
+        ExpectSameLimits(image, bits);
+    }
+}
+
+// Fields in a row are one step, which may end inside of them or go back from there.
+TEST(Plan, TakesFieldsInARowAtOnce) {
+    Image image;
+    const std::uint32_t first = image.Field({{kRoot, 10}});
+    const std::uint32_t second = image.Field({{kRoot, 11}});
+    const auto cut = image.code.NewLabel();
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(cut, false)});
+    image.code.Emit(Opcode::kField, {first, 2});
+    image.code.Emit(Opcode::kField, {second, 3});
+    image.code.Emit(Opcode::kField, {first, 1});
+    image.code.Emit(Opcode::kPop);
+    image.code.Emit(Opcode::kRet);
+    image.code.Bind(cut);
+    image.code.Emit(Opcode::kField, {second, 1});
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(PlanOf(image),
+              "Alt 0 6 0 0\n"
+              "Field 0 10 2 2\n"
+              "Field 0 11 1 3\n"
+              "Field 0 10 0 1\n"
+              "Pop 0 0 0 0\n"
+              "Return 0 0 0 0\n"
+              "Field 0 11 0 1\n"
+              "Return 0 0 0 0\n");
+    for (std::size_t count = 0; count < 8; ++count) {
+        ExpectSameLimits(image, std::string(count, '1'));
+    }
+}
+
+TEST(Plan, TakesNoMoreFieldsInARowThanTheMachine) {
+    for (const std::size_t fields : {127U, 128U, 129U, 130U}) {
+        Image image;
+        const std::uint32_t field = image.Field({{kRoot, 10}});
+        for (std::size_t count = 0; count < fields; ++count) {
+            image.code.Emit(Opcode::kField, {field, 1});
         }
+        image.code.Emit(Opcode::kRet);
+        EXPECT_EQ(Decode(image, std::string(fields, '1')).result.Failed(), fields > 128) << fields;
+    }
+}
+
+// A group whose end is that of the group around it; and one bit tells two alternatives apart.
+TEST(Plan, EndsSeveralGroupsAtOnce) {
+    Image image;
+    Optional(image, [&] {
+        Optional(image, [&] { Optional(image, [&] { image.code.Emit(Opcode::kSkip, {1}); }); });
+    });
+    image.code.Emit(Opcode::kRet);
+    const std::string plan = PlanOf(image);
+    EXPECT_TRUE(plan.starts_with("Alt1 1 20 0 0\n")) << plan;
+    EXPECT_NE(plan.find("\nJumpPop 0 25 2 0\n"), std::string::npos) << plan;
+    for (const std::string bits : {"0", "10", "110", "1110", "11", "1", ""}) {
+        ExpectSameLimits(image, bits);
     }
 }
 

@@ -40,6 +40,10 @@ class Planner {
         for (index_ = 0; index_ < instructions_.size(); ++index_) {
             Add(instructions_[index_]);
         }
+        // From the end on, so that what is behind a step is ready.
+        for (std::size_t index = plan_.steps.size(); index-- > 0;) {
+            Join(index);
+        }
         return std::move(plan_);
     }
 
@@ -83,6 +87,9 @@ class Planner {
     }
 
     void Add(const Instruction& instruction) { plan_.steps.push_back(StepOf(instruction)); }
+
+    /// Has a step take those that follow it, too.
+    void Join(std::size_t index);
 
     PlanStep StepOf(const Instruction& instruction);
     PlanStep Alternative(const Instruction& instruction);
@@ -241,6 +248,30 @@ PlanStep Planner::Alternative(const Instruction& instruction) {
         step.b = static_cast<std::uint16_t>(Target(*jump) + 1);
     }
     return step;
+}
+
+bool AreInverse(PlanOp one, PlanOp other) {
+    const auto is = [one, other](PlanOp first, PlanOp second) {
+        return (one == first && other == second) || (one == second && other == first);
+    };
+    return is(PlanOp::kAlt0, PlanOp::kAlt1) || is(PlanOp::kAltL, PlanOp::kAltH);
+}
+
+void Planner::Join(std::size_t index) {
+    const auto stepAt = [this](std::size_t at) {
+        return at < plan_.steps.size() ? plan_.steps[at] : PlanStep{};
+    };
+    PlanStep& step = plan_.steps[index];
+    const PlanStep next = stepAt(index + 1);
+    const PlanStep target = stepAt(step.a);
+    if (step.op == PlanOp::kField && next.op == PlanOp::kField) {
+        step.b = static_cast<std::uint16_t>(next.b + 1);
+    } else if (AreInverse(step.op, target.op)) {
+        step.width = 1;
+    } else if (step.op == PlanOp::kJumpPop && target.op == PlanOp::kJumpPop && step.a > index) {
+        step.b = static_cast<std::uint16_t>(target.b + 1);
+        step.a = target.a;
+    }
 }
 
 PlanStep Planner::Field(const Instruction& instruction) {
