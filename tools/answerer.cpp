@@ -17,6 +17,15 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
 
+/// A line each.
+std::string LinesOf(const std::vector<Decoding>& decodings) {
+    std::string names;
+    for (const Decoding decoding : decodings) {
+        names.append(InfoOf(decoding).name).append("\n");
+    }
+    return names;
+}
+
 }  // namespace
 
 void Answerer::Answer(const InputLine& line) {
@@ -49,10 +58,10 @@ void Answerer::Answer(const InputLine& line) {
     }
     // to here
     if (!request_.function.decoding) {
-        AddNames("others", choice_.others);
+        json_.AddLines("others", LinesOf(choice_.others));
     }
     if (!choice_.otherDirection.empty()) {
-        AddNames("otherDirection", choice_.otherDirection);
+        json_.AddLines("otherDirection", LinesOf(choice_.otherDirection));
     }
     if (options_.form == MessageForm::kJson) {
         text_.clear();
@@ -170,14 +179,6 @@ void Answerer::Count(bool found) {
     if (summary_) {
         tally_.AddType(function_.name, message_.TypeName());
     }
-}
-
-void Answerer::AddNames(std::string_view key, const std::vector<Decoding>& decodings) {
-    std::string names;
-    for (const Decoding decoding : decodings) {
-        names.append(InfoOf(decoding).name).append("\n");
-    }
-    json_.AddLines(key, names);
 }
 
 void Answerer::Begin(const InputLine& line) {

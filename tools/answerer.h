@@ -56,7 +56,6 @@ class Answerer {
     bool Decode(PaddedMessage octets);
     bool DecodeAs(Decoding decoding, PaddedMessage octets);
     void Choose(PaddedMessage octets);
-    void AddNames(std::string_view key, const std::vector<Decoding>& decodings);
     /// Whether the function that a line asked for and `taken` reads a message tells it from other
     /// octets; of auto, only those with a discriminator do.
     [[nodiscard]] bool IsTold(const Function& taken) const;

@@ -43,29 +43,16 @@ void JsonLines::End() {
     Put("}\n");
 }
 
-void JsonLines::Add(std::string_view key, std::string_view text) {
-    AddKey(key);
-    PutString(text);
-}
-
-void JsonLines::Add(std::string_view key, std::int64_t number) {
-    AddKey(key);
+void JsonLines::PutNumber(std::int64_t number) {
     char digits[20];
     const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     Put({digits, static_cast<std::size_t>(end - digits)});
 }
 
-void JsonLines::AddFlag(std::string_view key, bool flag) {
-    AddJson(key, flag ? "true" : "false");
-}
-
-void JsonLines::AddJson(std::string_view key, std::string_view value) {
-    AddKey(key);
-    Put(value);
-}
-
-void JsonLines::AddLines(std::string_view key, std::string_view text) {
-    AddKey(key);
+void JsonLines::PutLines(std::string_view text) {
+    if (text.empty()) {
+        return Put("[]");
+    }
     const char* separator = "[";
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find('\n'));
@@ -74,21 +61,7 @@ void JsonLines::AddLines(std::string_view key, std::string_view text) {
         separator = ",";
         text.remove_prefix(std::min(line.size() + 1, text.size()));
     }
-    Put(*separator == '[' ? "[]" : "]");
-}
-
-void JsonLines::AddKey(std::string_view key) {
-    MakeRoom(key.size() + 4);
-    char* at = buffer_.data() + used_;
-    if (!first_) {
-        *at++ = ',';
-    }
-    first_ = false;
-    *at++ = '"';
-    at = std::copy(key.begin(), key.end(), at);
-    *at++ = '"';
-    *at++ = ':';
-    used_ = static_cast<std::size_t>(at - buffer_.data());
+    Put("]");
 }
 
 void JsonLines::PutString(std::string_view text) {
@@ -110,7 +83,14 @@ void JsonLines::PutString(std::string_view text) {
             --left;
         }
     }
-    for (; left > 0; ++next, --left) {
+    // The rest is shorter than a step, and mostly stands for itself, too.
+    std::array<char, kStep> rest;
+    rest.fill(' ');
+    std::copy_n(next, left, rest.data());
+    const std::size_t plain = std::min(PlainCharacters(rest.data()), left);
+    std::memcpy(at, rest.data(), kStep);
+    at += plain;
+    for (next += plain, left -= plain; left > 0; ++next, --left) {
         at = facade::PutJsonCharacter(at, *next);
     }
     *at++ = '"';

@@ -11,21 +11,28 @@
 namespace quorvane::tool {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
 constexpr std::string_view kMarks = ",;:";
 constexpr const char* kForm = "expected FUNCTION LENGTH HEX, or FUNCTION HEX";
 
-std::string_view WithoutBlanks(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);  // npos + 1 is 0
-}
-
+// Blanks are looked for one by one: find_first_of calls a function for each character.
 bool IsBlank(char character) {
-    return std::any_of(kBlanks.begin(), kBlanks.end(),
-                       [character](char blank) { return blank == character; });
+    return character == ' ' || character == '\t' || character == '\r';
 }
 
-// Not by find_first_of, which calls a function for each character.
+void CutBlanks(std::string_view& text) {
+    while (!text.empty() && IsBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+}
+
+std::string_view WithoutBlanks(std::string_view text) {
+    CutBlanks(text);
+    while (!text.empty() && IsBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
 std::string_view CutWord(std::string_view& text) {
     const char* const end = text.data() + text.size();
     const char* const first = std::find_if_not(text.data(), end, IsBlank);
@@ -107,7 +114,7 @@ struct Text {
 
     explicit Text(std::string_view text) : whole(text), behind(text) {
         first = CutWord(behind);
-        behind.remove_prefix(std::min(behind.find_first_not_of(kBlanks), behind.size()));
+        CutBlanks(behind);
         std::int32_t value = 0;
         const char* last = first.data() + first.size();
         const auto [end, status] = std::from_chars(first.data(), last, value);

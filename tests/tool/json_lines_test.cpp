@@ -1,7 +1,10 @@
 #include "tools/json_lines.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
+#include <string_view>
 
 namespace quorvane::tool {
 namespace {
@@ -54,6 +57,38 @@ TEST(JsonLines, EscapesEveryCharacterAtEveryPlace) {
         }
     }
     EXPECT_EQ(LineOf(""), "{\"k\":\"\"}\n");
+}
+
+TEST(JsonLines, EscapeTextsOfEverySize) {
+    for (std::size_t size = 1; size < 50; ++size) {
+        for (std::size_t place = 0; place < size; ++place) {
+            const std::string before(place, 'a');
+            const std::string behind(size - place - 1, 'b');
+            ASSERT_EQ(LineOf(before + '"' + behind),
+                      "{\"k\":\"" + before + "\\\"" + behind + "\"}\n");
+        }
+    }
+}
+
+TEST(JsonLines, HaveNumbersFlagsJsonAndLines) {
+    JsonLines lines;
+    lines.Begin();
+    lines.Add("most", std::numeric_limits<std::int64_t>::max());
+    lines.Add("least", std::numeric_limits<std::int64_t>::min());
+    lines.AddFlag("flag", false);
+    lines.AddJson("json", "{\"a\":[1]}");
+    lines.AddLines("none", "");
+    lines.AddLines("some", "one\n\n\"three\"\n");
+    lines.AddLines("open", "one\ntwo");
+    lines.End();
+    lines.Begin();
+    lines.End();
+    EXPECT_EQ(lines.View(),
+              "{\"most\":9223372036854775807,\"least\":-9223372036854775808,\"flag\":false,"
+              "\"json\":{\"a\":[1]},\"none\":[],\"some\":[\"one\",\"\",\"\\\"three\\\"\"],"
+              "\"open\":[\"one\",\"two\"]}\n{}\n");
+    lines.Clear();
+    EXPECT_EQ(lines.View(), "");
 }
 
 }  // namespace
