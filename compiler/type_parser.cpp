@@ -149,7 +149,7 @@ TypeSyntax TypeParser::ParseType() {
         return type;
     }
     const Name word = tokens_.ExpectName("a type");
-    if (word.text == "spare") {
+    if (Sized(reporter_, word, "spare", type.size)) {
         type.kind = TypeSyntax::Kind::kSpare;
     } else if (word.text == "binary") {
         type.kind = TypeSyntax::Kind::kBinary;

@@ -87,10 +87,11 @@ TypeModel* TypeResolver::Build(const TypeSyntax& syntax, const std::string& inli
         case TypeSyntax::Kind::kNamed:
             return Find(syntax.name);
         case TypeSyntax::Kind::kSpare:
-            return store.NewType(Kind::kInteger, inlineName, syntax.span);
         case TypeSyntax::Kind::kInteger: {
             TypeModel* type = store.NewType(Kind::kInteger, inlineName, syntax.span);
-            type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kIntegerBits);
+            if (syntax.size) {
+                type->size = Narrow<std::uint32_t>(reporter_, *syntax.size, kIntegerBits);
+            }
             return type;
         }
         case TypeSyntax::Kind::kEnumerated: {

@@ -217,6 +217,8 @@ const Refusal kFields[] = {
      Error("16:7", "the identifiers of 'a' and 'b' begin alike, one of them half an octet")},
     {"IdentifierOfAHalfOctet", Message("    a 93 TV 1 : int8\n    b 9- TV half : int4\n"),
      Error("16:7", "the identifiers of 'a' and 'b' begin alike, one of them half an octet")},
+    {"SpareOfNoBits", Message("    a V half : spare0\n    b V half : spare\n"),
+     Error("15:21", "0 is below 1, the least bits of this integer")},
     {"SpareOctet", Message("    a V 1 : spare\n"), Error("15:13", kNoSpare)},
     {"SpareWithALength", Message("    a 12 TLV 1-3 : spare\n"), Error("15:20", kNoSpare)},
     {"SpareWithAnIdentifier", Message("    a 9- TV half : spare\n"), Error("15:20", kNoSpare)},

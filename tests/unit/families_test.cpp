@@ -84,6 +84,22 @@ TEST(Families, HaveTheirPinnedCounts) {
     }
 }
 
+TEST(Families, HaveSpareHalfOctetsOfFourBitsInLayer3Alone) {
+    for (const Family* family : AllFamilies()) {
+        const auto& tables = family->types;
+        std::size_t count = 0;
+        for (const auto& element : tables.elements) {
+            if (tables.TextAt(element.label).starts_with("SpareHalfOctet")) {
+                EXPECT_EQ(tables.types[element.type].size, family->name == "l3" ? 4U : 0U);
+                ++count;
+            }
+        }
+        if (family->name == "l3") {
+            EXPECT_EQ(count, 13U);
+        }
+    }
+}
+
 TEST(Families, EndTheirCataloguesWithTheMessageSets) {
     for (const Family* family : AllFamiliesAndTheSample()) {
         const auto& tables = family->types;
