@@ -41,13 +41,20 @@ inline void SetPosition(CsnMachine& machine, std::int32_t position) {
     machine.bitPos = std::clamp(position, -kMostPosition, kMostPosition);
 }
 
-/// Sets the end of what may be read, which is within the run when decoding. An encoder has no end
-/// of its own.
+/// Where a decoder's run ends. An encoder has no end of its own.
+inline std::int32_t RunEnd(const CsnMachine& machine) {
+    if ((machine.flags & kFlagEncode) != 0) {
+        return kMostPosition;
+    }
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(std::int64_t{machine.startPos} + machine.bitLength,
+                                 -std::int64_t{kMostPosition}, kMostPosition));
+}
+
+/// Sets the end of what may be read, which is within the run.
 inline void SetEnd(CsnMachine& machine, std::int32_t position) {
-    const std::int32_t end = std::clamp(position, -kMostPosition, kMostPosition);
-    const std::int64_t runEnd = std::int64_t{machine.startPos} + machine.bitLength;
-    const bool past = (machine.flags & kFlagEncode) == 0 && end > runEnd;
-    machine.endPos = past ? static_cast<std::int32_t>(runEnd) : end;
+    machine.scopeEnd = std::clamp(position, -kMostPosition, kMostPosition);
+    machine.endPos = std::min(machine.scopeEnd, RunEnd(machine));
 }
 
 // Actions.
@@ -94,9 +101,13 @@ void OpenFixedScope(CsnMachine& machine) {
     SetEnd(machine, Sum(machine.bitPos, N));
 }
 
-/// Takes back the limit of a scope that was opened under the same tag.
+/// Takes back the limit of a scope that was opened under the same tag. A scope past the run that
+/// was read as far as the run goes ends where it says, so that no run passes for whole that is not.
 template <std::int32_t T>
 void CloseScope(CsnMachine& machine) {
+    if (machine.bitPos == RunEnd(machine) && machine.bitPos == machine.endPos) {
+        machine.bitPos = std::max(machine.bitPos, machine.scopeEnd);
+    }
     SetEnd(machine, TagValue(machine, T));
 }
 

@@ -191,6 +191,7 @@ struct CsnMachine {
     bits::BitWriter* writer = nullptr;    // of the same buffer; null when decoding
     std::int32_t bitLength = 0;           // available from startPos; 0 when encoding
     std::int32_t endPos = 0;              // first position past the data allowed
+    std::int32_t scopeEnd = 0;            // where a scope set it, also if that is past the run
     std::int32_t sourceLimit = kNoLimit;  // end of a stretch that the callback has written
     std::uint16_t sourceNesting = 0;      // open fields inside that stretch
     CsnFieldRecord records[kMostRecords];

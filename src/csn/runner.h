@@ -43,7 +43,8 @@ struct CsnLog {
 /// Decodes `bitLength` bits of `reader` at `bitPos` by the rule at `step` of the program's plan.
 /// `instructions` is what the run may take, those that a step stands for counted one by one.
 /// Returns the count of bits passed, or kSyntaxError; `log` has the fields that were accepted
-/// either way.
+/// either way. More than `bitLength` were passed if a part says that it is longer than what is
+/// left.
 bits::Outcome RunPlan(const CsnProgram& program, std::uint32_t step, std::uint16_t rootTag,
                       const bits::BitReader& reader, std::int32_t bitPos, std::int32_t bitLength,
                       std::uint64_t instructions, CsnLog& log);

@@ -264,6 +264,11 @@ class Reader : Walk {
 
     // ---- Actions ---------------------------------------------------------------------------
 
+    void SetEnd(std::int32_t end) {
+        scopeEnd_ = end;
+        end_ = std::min(end, static_cast<std::int32_t>(bits_.size()));
+    }
+
     void Action(const CsnNode& node) {
         if (node.direction == CsnNode::Direction::kWriting) {
             return;
@@ -272,24 +277,26 @@ class Reader : Walk {
             return static_cast<std::int32_t>(node.arguments[index].count->number);
         };
         const CsnVariable* variable = node.arguments[0].variable;
-        const auto runEnd = static_cast<std::int32_t>(bits_.size());
         if (node.name.text == "open_behind_length") {
             variables_.emplace_back(variable, end_);
             const auto length = static_cast<std::int32_t>(Value(position_ - number(1), position_));
-            end_ = std::min(position_ + length, runEnd);
+            SetEnd(position_ + length);
         } else if (node.name.text == "open_before_length") {
             variables_.emplace_back(variable, end_);
             const auto length = static_cast<std::int32_t>(Value(position_, position_ + number(1)));
-            end_ = std::min(position_ + length + number(2), runEnd);
+            SetEnd(position_ + length + number(2));
         } else if (node.name.text == "open_coded_length") {
             variables_.emplace_back(variable, end_);
             const auto code = static_cast<std::int32_t>(Value(position_, position_ + 6));
-            end_ = std::min(position_ + (code < 6 ? code + 65 : code + 1), runEnd);
+            SetEnd(position_ + (code < 6 ? code + 65 : code + 1));
         } else if (node.name.text == "open_fixed") {
             variables_.emplace_back(variable, end_);
-            end_ = std::min(position_ + number(1), runEnd);
+            SetEnd(position_ + number(1));
         } else if (node.name.text == "close") {
-            end_ = std::min(Variable(variable), runEnd);
+            // The rest of a scope counts as read, also what the run does not have of it.
+            const bool all = end_ == static_cast<std::int32_t>(bits_.size()) && position_ == end_;
+            position_ = all ? std::max(end_, scopeEnd_) : position_;
+            SetEnd(Variable(variable));
         } else if (node.name.text == "jump_over") {
             const std::int32_t noted = Variable(variable);
             const auto length = static_cast<std::int32_t>(Value(noted, noted + number(1)));

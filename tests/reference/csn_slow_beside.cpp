@@ -117,6 +117,7 @@ class Copy {
         machine.flags |= csn::kFlagRunning | (slow.rescan ? csn::kFlagRescan : 0U);
         machine.startPos = slow.startPos;
         machine.endPos = slow.endPos;
+        machine.scopeEnd = slow.scopeEnd;
         machine.sourceLimit = slow.sourceLimit;
         for (const SlowTag& tag : slow.tags) {
             csn::TagAdd(machine, static_cast<std::int32_t>(tag.tag), tag.value);
@@ -126,6 +127,7 @@ class Copy {
     void GiveBack(SlowMachine& slow) const {
         slow.bitPos = machine.bitPos;
         slow.endPos = machine.endPos;
+        slow.scopeEnd = machine.scopeEnd;
         slow.sourceLimit = machine.sourceLimit;
         slow.running = (machine.flags & csn::kFlagRunning) != 0;
         slow.partialOk = slow.partialOk && (machine.flags & csn::kFlagPartialOk) != 0;

@@ -56,9 +56,10 @@ Call Parse(std::string name) {
     return call;
 }
 
-/// A decoder's scope never ends behind its run.
+/// A decoder reads nothing of a scope behind its run.
 void SetEnd(SlowMachine& m, std::int64_t end) {
-    m.endPos = std::clamp(Wrapped(end), -SlowMachine::kFarthest, SlowMachine::kFarthest);
+    m.scopeEnd = std::clamp(Wrapped(end), -SlowMachine::kFarthest, SlowMachine::kFarthest);
+    m.endPos = m.scopeEnd;
     if (!m.encode) {
         m.endPos = std::min(m.endPos, m.startPos + m.bitLength);
     }
@@ -142,7 +143,13 @@ SlowAction SlowActionNamed(const std::string& name) {
         };
     }
     if (call.function == "CloseScope") {
-        return [=](SlowMachine& m) { SetEnd(m, m.TagValue(tag)); };
+        return [=](SlowMachine& m) {
+            const bool all = !m.encode && m.endPos == m.startPos + m.bitLength;
+            if (all && m.bitPos == m.endPos && m.scopeEnd > m.endPos) {
+                m.bitPos += m.scopeEnd - m.endPos;
+            }
+            SetEnd(m, m.TagValue(tag));
+        };
     }
     if (call.function == "WriteBackLength") {
         return [=, bits = number(1), less = number(2), before = number(3)](SlowMachine& m) {

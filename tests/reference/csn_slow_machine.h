@@ -111,6 +111,7 @@ class SlowMachine {
     std::int32_t startPos = 0;
     std::int32_t bitLength = 0;
     std::int32_t endPos = 0;
+    std::int32_t scopeEnd = 0;
     std::int32_t sourceLimit = kNoLimit;
     std::uint16_t sourceNesting = 0;
     std::int32_t rootTag = -1;  // low 16 bits all set: no records are kept

@@ -57,6 +57,7 @@ class Walk {
     std::string bits_;
     std::int32_t position_;
     std::int32_t end_;
+    std::int32_t scopeEnd_ = 0;
     std::vector<std::pair<const compiler::CsnVariable*, std::int32_t>> variables_;
 };
 

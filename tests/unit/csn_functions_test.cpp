@@ -124,6 +124,49 @@ TEST_F(CsnFunctions, ScopesStayWithinTheRun) {
     EXPECT_EQ(machine.endPos, 110);
 }
 
+TEST_F(CsnFunctions, AScopePastTheRunEndsWhereItSays) {
+    At("11111111 0000", 8);
+    fn::OpenScopeAtLengthEnd<1, 4>(machine);  // to 23, of 12 bits
+    EXPECT_EQ(machine.endPos, 12);
+    machine.bitPos = 11;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 11);  // not all that there was has been read
+    At("11111111 0000", 8);
+    fn::OpenScopeAtLengthEnd<1, 4>(machine);
+    machine.bitPos = 12;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 23);
+    EXPECT_EQ(machine.endPos, 12);
+    // One that ends with the run, and one that ends ahead of it.
+    At("1111 0100 0000", 8);
+    fn::OpenScopeAtLengthEnd<1, 4>(machine);
+    machine.bitPos = 12;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 12);
+    At("1111 0011 0000", 8);
+    fn::OpenScopeAtLengthEnd<1, 4>(machine);
+    machine.bitPos = 11;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 11);
+    // A second reading ends ahead of the scope.
+    At("11111111 0000", 8);
+    fn::OpenScopeAtLengthEnd<1, 4>(machine);
+    machine.bitPos = 10;
+    machine.endPos = 10;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 10);
+}
+
+TEST_F(CsnFunctions, AnEncodersScopeHasNoRunToEndWith) {
+    Encoding(4, 8);
+    fn::OpenFixedScope<1, 128>(machine);
+    EXPECT_EQ(machine.endPos, 136);
+    machine.bitPos = 8;
+    machine.endPos = 8;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 8);
+}
+
 TEST_F(CsnFunctions, ClosingWhatWasNeverOpenedLeavesNoBits) {
     At(kLong, 10);
     fn::CloseScope<1>(machine);
