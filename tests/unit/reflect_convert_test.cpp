@@ -236,6 +236,16 @@ TEST_F(ConvertTest, ThereIsNoTreeOfATagOutsideTheSet) {
     }
 }
 
+TEST(Convert, AUnionWithoutAlternativesHasNoChoice) {
+    const std::array elements = {ElementRow{test::Label("Number"), 1, false}};
+    const std::array rows = {TypeRow{test::Stored("Nothing"), TypeKind::kUnion, false, 0, 0, 0},
+                             TypeRow{{}, TypeKind::kInteger, false, 8, 0, 0}};
+    constexpr std::array<std::uint16_t, 1> kNamed = {0};
+    const Catalogue catalogue(TypeTables{test::TableTexts(), rows, elements, {}, {}, kNamed});
+    bits::Arena arena;
+    EXPECT_EQ(Printed(*ToTree(catalogue, 0, Cell{}, arena)), "NOT SET");
+}
+
 // PDN CONNECTIVITY REQUEST of TS 24.301, 8.3.20, with the octets
 // 02 01 D0 31 27 09 80 00 0D 02 AB CD 00 0A 00.
 enum PdnType : std::uint16_t {
