@@ -101,8 +101,9 @@ void OpenFixedScope(CsnMachine& machine) {
     SetEnd(machine, Sum(machine.bitPos, N));
 }
 
-/// Takes back the limit of a scope that was opened under the same tag. A scope past the run that
-/// was read as far as the run goes ends where it says, so that no run passes for whole that is not.
+/// Takes back the limit of a scope that was opened under the same tag. If the scope reaches past
+/// the run and all of the run was read, what is missing counts as read: the run's result is then
+/// more than its length, and whoever compares the two refuses it.
 template <std::int32_t T>
 void CloseScope(CsnMachine& machine) {
     if (machine.bitPos == RunEnd(machine) && machine.bitPos == machine.endPos) {
