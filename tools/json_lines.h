@@ -18,30 +18,24 @@ class JsonLines {
     void Begin();
     void End();
 
-    /// Adds a member. `key` is a literal that needs no escaping.
-    template <std::size_t kSize>
-    void Add(const char (&key)[kSize], std::string_view text) {
+    // Keys are mostly literals: inline, their copies have a fixed size.
+    /// Adds a member. `key` needs no escaping.
+    void Add(std::string_view key, std::string_view text) {
         AddKey(key);
         PutString(text);
     }
-    template <std::size_t kSize>
-    void Add(const char (&key)[kSize], std::int64_t number) {
+    void Add(std::string_view key, std::int64_t number) {
         AddKey(key);
         PutNumber(number);
     }
-    template <std::size_t kSize>
-    void AddFlag(const char (&key)[kSize], bool flag) {
-        AddJson(key, flag ? "true" : "false");
-    }
+    void AddFlag(std::string_view key, bool flag) { AddJson(key, flag ? "true" : "false"); }
     /// Adds a value that is JSON already.
-    template <std::size_t kSize>
-    void AddJson(const char (&key)[kSize], std::string_view value) {
+    void AddJson(std::string_view key, std::string_view value) {
         AddKey(key);
         Put(value);
     }
     /// Adds an array of the lines of `text`, each of which ends in a line feed.
-    template <std::size_t kSize>
-    void AddLines(const char (&key)[kSize], std::string_view text) {
+    void AddLines(std::string_view key, std::string_view text) {
         AddKey(key);
         PutLines(text);
     }
@@ -50,16 +44,15 @@ class JsonLines {
     void Clear() { used_ = 0; }
 
   private:
-    template <std::size_t kSize>
-    void AddKey(const char (&key)[kSize]) {
-        MakeRoom(kSize + 3);
+    void AddKey(std::string_view key) {
+        MakeRoom(key.size() + 4);
         char* at = buffer_.data() + used_;
         if (!first_) {
             *at++ = ',';
         }
         first_ = false;
         *at++ = '"';
-        at = std::copy_n(key, kSize - 1, at);
+        at = std::copy(key.begin(), key.end(), at);
         *at++ = '"';
         *at++ = ':';
         used_ = static_cast<std::size_t>(at - buffer_.data());

@@ -63,7 +63,7 @@ class Sink {
   public:
     Sink(const CsnStructure& structure, const bits::BitReader& reader, const CsnLog& log,
          bits::Arena& arena)
-        : structure_(structure), reader_(reader), window_(reader), log_(log), arena_(arena) {}
+        : structure_(structure), reader_(reader), log_(log), arena_(arena) {}
 
     /// Into the struct of `cell`: 0, or kSizeOutOfRange at the first item that its sequence
     /// refuses.
@@ -110,8 +110,8 @@ class Sink {
         return cell;
     }
     static void StoreInteger(Cell& cell, const CsnLogLine& line, const CsnFieldRow& row,
-                             bits::BitWindow& window) {
-        cell.number = window.Read(line.bitPos, row.width);
+                             std::uint32_t number) {
+        cell.number = number;
         if (row.located) {
             bits::MakeFieldLocator(cell.location, line.bitPos, row.width);
         }
@@ -124,7 +124,7 @@ class Sink {
             members == nullptr) {
             return false;
         }
-        StoreInteger(Reach(members, *row), line, *row, window);
+        StoreInteger(Reach(members, *row), line, *row, window.Read(line.bitPos, row->width));
         return true;
     }
     Outcome Store(const CsnLogLine& line);
@@ -134,7 +134,6 @@ class Sink {
 
     const CsnStructure& structure_;
     const bits::BitReader& reader_;
-    bits::BitWindow window_;
     const CsnLog& log_;
     bits::Arena& arena_;
     std::int32_t depth_ = 0;
@@ -181,7 +180,7 @@ Outcome Sink::StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow&
         case CsnFieldRow::Kind::kMarker:
             break;
         case CsnFieldRow::Kind::kInteger:
-            StoreInteger(*cell, line, row, window_);
+            StoreInteger(*cell, line, row, reader_.Read(line.bitPos, row.width));
             break;
         case CsnFieldRow::Kind::kBinary:
             StoreBinary(arena_, *cell, reader_, line.bitPos, LengthOf(line), row.mostBits);

@@ -106,7 +106,7 @@ void OpenFixedScope(CsnMachine& machine) {
 /// more than its length, and whoever compares the two refuses it.
 template <std::int32_t T>
 void CloseScope(CsnMachine& machine) {
-    if (machine.bitPos == RunEnd(machine) && machine.bitPos == machine.endPos) {
+    if (machine.bitPos == RunEnd(machine)) {
         machine.bitPos = std::max(machine.bitPos, machine.scopeEnd);
     }
     SetEnd(machine, TagValue(machine, T));

@@ -202,9 +202,11 @@ bool Runner::Walk(Target next) {
                 next = OnIf(SkipBits(step.width), next);
                 break;
             case PlanOp::kField:
-                next = step.b == 0 || !HasRoomFor(step.b)
-                           ? IsLeft(step.c) ? TakeField(step.a, step.c, next) : kBack
-                           : TakeFields(&step, next);
+                if (step.b != 0 && HasRoomFor(step.b)) {
+                    next = TakeFields(&step, next);
+                } else {
+                    next = IsLeft(step.c) ? TakeField(step.a, step.c, next) : kBack;
+                }
                 break;
             case PlanOp::kFieldOf:
                 next = IsLeft(step.c) ? TakeField(TagOf(step.a), step.c, next) : kBack;

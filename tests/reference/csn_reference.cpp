@@ -294,8 +294,9 @@ class Reader : Walk {
             SetEnd(position_ + number(1));
         } else if (node.name.text == "close") {
             // The rest of a scope counts as read, also what the run does not have of it.
-            const bool all = end_ == static_cast<std::int32_t>(bits_.size()) && position_ == end_;
-            position_ = all ? std::max(end_, scopeEnd_) : position_;
+            if (position_ == static_cast<std::int32_t>(bits_.size())) {
+                position_ = std::max(position_, scopeEnd_);
+            }
             SetEnd(Variable(variable));
         } else if (node.name.text == "jump_over") {
             const std::int32_t noted = Variable(variable);

@@ -144,9 +144,9 @@ SlowAction SlowActionNamed(const std::string& name) {
     }
     if (call.function == "CloseScope") {
         return [=](SlowMachine& m) {
-            const bool all = !m.encode && m.endPos == m.startPos + m.bitLength;
-            if (all && m.bitPos == m.endPos && m.scopeEnd > m.endPos) {
-                m.bitPos += m.scopeEnd - m.endPos;
+            const bool readAll = !m.encode && m.bitPos == m.startPos + m.bitLength;
+            if (readAll && m.scopeEnd > m.bitPos) {
+                m.bitPos = m.scopeEnd;
             }
             SetEnd(m, m.TagValue(tag));
         };

@@ -148,6 +148,12 @@ TEST_F(CsnFunctions, AScopePastTheRunEndsWhereItSays) {
     machine.bitPos = 11;
     fn::CloseScope<1>(machine);
     EXPECT_EQ(machine.bitPos, 11);
+    // All was read, but not of the scope: a jump left it behind.
+    At("1111 0011 0000", 8);
+    fn::OpenScopeAtLengthEnd<1, 4>(machine);
+    machine.bitPos = 12;
+    fn::CloseScope<1>(machine);
+    EXPECT_EQ(machine.bitPos, 12);
     // A second reading ends ahead of the scope.
     At("11111111 0000", 8);
     fn::OpenScopeAtLengthEnd<1, 4>(machine);
