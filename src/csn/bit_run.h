@@ -2,7 +2,7 @@
 
 // Fixed bits and padding, many at a look.
 //
-// Tests: tests/unit/csn_plan_test.cpp.
+// Tests: tests/unit/csn_plan_test.cpp, tests/unit/csn_plan_repetition_test.cpp.
 
 #include <algorithm>
 #include <bit>

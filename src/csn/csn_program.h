@@ -15,10 +15,10 @@
 
 namespace quorvane::csn {
 
-struct CsnMachine;
+struct CsnRun;
 
-using CsnAction = void (*)(CsnMachine& machine);
-using CsnValueFunction = std::uint32_t (*)(CsnMachine& machine);
+using CsnAction = void (*)(CsnRun& run);
+using CsnValueFunction = std::uint32_t (*)(CsnRun& run);
 
 struct CsnProgram {
     const std::uint8_t* code;
@@ -53,6 +53,9 @@ struct CsnFieldRow {
     bool located;            // kInteger, kBinary: notes where it lay
     bool repeats = false;    // a single member that stands in several places, the last one counting
     bool mixed = false;  // other rows have items of this sequence, which are counted with its own
+
+    /// Whether it is a number that is no item of a sequence.
+    [[nodiscard]] constexpr bool IsNumber() const { return kind == Kind::kInteger && bound == 0; }
 };
 
 /// One structure of an image.

@@ -73,7 +73,11 @@ class Sink {
         Cell* members = open_[0].members;
         const CsnLogLine* const end = log_.lines + log_.count;
         for (const CsnLogLine* line = log_.lines; line != end; ++line) {
-            if (line->IsWhole() && StoreNumber(*line, members, window)) {
+            const CsnFieldRow* const row = line->IsWhole() ? RowOf(structure_, line->tag) : nullptr;
+            if (row != nullptr && row->IsNumber() && members != nullptr) {
+                // As most fields are: Store does the same with more questions.
+                StoreInteger(Reach(members, *row), *line, *row,
+                             window.Read(line->bitPos, row->width));
                 continue;
             }
             if (line->Closes()) {
@@ -116,18 +120,8 @@ class Sink {
             bits::MakeFieldLocator(cell.location, line.bitPos, row.width);
         }
     }
-    /// Stores a number that is no item, as most fields are: Store does the same with more
-    /// questions. False: the whole field is something else.
-    bool StoreNumber(const CsnLogLine& line, Cell* members, bits::BitWindow& window) const {
-        const CsnFieldRow* row = RowOf(structure_, line.tag);
-        if (row == nullptr || row->kind != CsnFieldRow::Kind::kInteger || row->bound != 0 ||
-            members == nullptr) {
-            return false;
-        }
-        StoreInteger(Reach(members, *row), line, *row, window.Read(line.bitPos, row->width));
-        return true;
-    }
-    Outcome Store(const CsnLogLine& line);
+    // Out of line, so that Walk has its registers to itself.
+    [[gnu::noinline]] Outcome Store(const CsnLogLine& line);
     Outcome StoreIn(Inside& around, const CsnLogLine& line, const CsnFieldRow& row, Inside& inside);
     [[nodiscard]] std::int32_t ItemOf(const CsnLogLine& line, const CsnFieldRow& row) const;
     [[nodiscard]] std::int32_t LengthOf(const CsnLogLine& line) const;

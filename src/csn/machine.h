@@ -142,6 +142,8 @@ struct CsnFieldRecord {
     const CsnFieldRecord* parent;  // opening record of the enclosing field, or null
 };
 
+struct CsnMachine;
+
 /// What the callback learns of a field.
 struct CsnFieldEvent {
     CsnMachine* machine;
@@ -170,20 +172,14 @@ enum CsnAnswer : std::int32_t {
 
 using CsnCallback = std::int32_t (*)(CsnFieldEvent& event);
 
-/// The interpreter's record. Set it up with CsnMachineInit; the arrays are not cleared, since only
-/// what a run has written is ever read.
-struct CsnMachine {
-    CsnMachine() {}  // leaves the arrays alone
-    CsnMachine(const CsnMachine&) = delete;
-    CsnMachine& operator=(const CsnMachine&) = delete;
+/// A run as its actions and value functions see it.
+struct CsnRun {
+    CsnRun() {}  // leaves the tags alone
+    CsnRun(const CsnRun&) = delete;
+    CsnRun& operator=(const CsnRun&) = delete;
 
-    CsnStackEntry stack[kMostStackEntries];
     CsnTagEntry tags[kMostTags];
-    std::int32_t stackDepth = 0;
     std::int32_t tagCount = 0;
-    std::int32_t recordCount = 0;
-    std::int32_t fieldDepth = 0;  // open fields
-    std::uint32_t pc = 0;         // offset of the next instruction
     std::int32_t bitPos = 0;
     std::int32_t startPos = 0;
     const CsnProgram* program = nullptr;
@@ -193,17 +189,27 @@ struct CsnMachine {
     std::int32_t endPos = 0;              // first position past the data allowed
     std::int32_t scopeEnd = 0;            // where a scope set it, also if that is past the run
     std::int32_t sourceLimit = kNoLimit;  // end of a stretch that the callback has written
-    std::uint16_t sourceNesting = 0;      // open fields inside that stretch
+    std::uint32_t flags = 0;              // as CsnFlags
+};
+
+/// The interpreter's record. Set it up with CsnMachineInit; the arrays are not cleared, since only
+/// what a run has written is ever read.
+struct CsnMachine : CsnRun {
+    CsnMachine() {}  // leaves the arrays alone
+
+    CsnStackEntry stack[kMostStackEntries];
+    std::int32_t stackDepth = 0;
+    std::int32_t recordCount = 0;
+    std::int32_t fieldDepth = 0;      // open fields
+    std::uint32_t pc = 0;             // offset of the next instruction
+    std::uint16_t sourceNesting = 0;  // open fields inside the stretch up to sourceLimit
     CsnFieldRecord records[kMostRecords];
     std::int32_t rootTag = kNoRecords;  // parent tag of the outermost fields, low 16 bits
     void* userRecord = nullptr;         // for the callback
     std::uint32_t loopExit = 0;         // exit label of the repetition entered last
-    std::uint32_t flags = 0;            // as CsnFlags
-
     /// Which tags, by their low eight bits, any record of the run has had, also one that a
     /// backtrack took back.
     std::uint64_t seenTags[4] = {};
-
     /// Instructions that the run may still take; without any left it fails.
     std::uint64_t instructionsLeft = 0;
 };
@@ -243,16 +249,16 @@ bool Backtrack(CsnMachine& machine);
 bool Commit(CsnMachine& machine);
 
 /// Notes a value. A full store sets kFlagAbort instead.
-void TagAdd(CsnMachine& machine, std::int32_t tag, std::int32_t value);
+void TagAdd(CsnRun& run, std::int32_t tag, std::int32_t value);
 
 /// The newest value of `tag`, or -1.
-[[nodiscard]] std::int32_t TagValue(const CsnMachine& machine, std::int32_t tag);
+[[nodiscard]] std::int32_t TagValue(const CsnRun& run, std::int32_t tag);
 
 /// The newest value of `tag`, or 0.
-[[nodiscard]] std::int32_t TagValueOrZero(const CsnMachine& machine, std::int32_t tag);
+[[nodiscard]] std::int32_t TagValueOrZero(const CsnRun& run, std::int32_t tag);
 
 /// Changes the newest value of `tag`, if there is one.
-void TagUpdate(CsnMachine& machine, std::int32_t tag, std::int32_t value);
+void TagUpdate(CsnRun& run, std::int32_t tag, std::int32_t value);
 
 /// Enters a repetition of `min` to `max` iterations (kOpenEndedCount: no upper bound) at the
 /// instruction at `instr` with its packed exit operand. Counts are cut to 14 and 15 bits.

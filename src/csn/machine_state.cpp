@@ -81,9 +81,9 @@ std::int32_t NextOccurrence(CsnMachine& machine, const CsnFieldRecord* parent, s
     return 0;
 }
 
-std::int32_t IndexOfTag(const CsnMachine& machine, std::int32_t tag) {
-    std::int32_t index = machine.tagCount - 1;
-    while (index >= 0 && machine.tags[index].tag != tag) {
+std::int32_t IndexOfTag(const CsnRun& run, std::int32_t tag) {
+    std::int32_t index = run.tagCount - 1;
+    while (index >= 0 && run.tags[index].tag != tag) {
         --index;
     }
     return index;
@@ -215,28 +215,28 @@ bool Commit(CsnMachine& machine) {
     return false;
 }
 
-void TagAdd(CsnMachine& machine, std::int32_t tag, std::int32_t value) {
-    if (machine.tagCount >= kMostTags) {
-        machine.flags |= kFlagAbort;
+void TagAdd(CsnRun& run, std::int32_t tag, std::int32_t value) {
+    if (run.tagCount >= kMostTags) {
+        run.flags |= kFlagAbort;
         return;
     }
-    machine.tags[machine.tagCount++] = {tag, value};
+    run.tags[run.tagCount++] = {tag, value};
 }
 
-std::int32_t TagValue(const CsnMachine& machine, std::int32_t tag) {
-    const std::int32_t index = IndexOfTag(machine, tag);
-    return index < 0 ? -1 : machine.tags[index].value;
+std::int32_t TagValue(const CsnRun& run, std::int32_t tag) {
+    const std::int32_t index = IndexOfTag(run, tag);
+    return index < 0 ? -1 : run.tags[index].value;
 }
 
-std::int32_t TagValueOrZero(const CsnMachine& machine, std::int32_t tag) {
-    const std::int32_t index = IndexOfTag(machine, tag);
-    return index < 0 ? 0 : machine.tags[index].value;
+std::int32_t TagValueOrZero(const CsnRun& run, std::int32_t tag) {
+    const std::int32_t index = IndexOfTag(run, tag);
+    return index < 0 ? 0 : run.tags[index].value;
 }
 
-void TagUpdate(CsnMachine& machine, std::int32_t tag, std::int32_t value) {
-    const std::int32_t index = IndexOfTag(machine, tag);
+void TagUpdate(CsnRun& run, std::int32_t tag, std::int32_t value) {
+    const std::int32_t index = IndexOfTag(run, tag);
     if (index >= 0) {
-        machine.tags[index].value = value;
+        run.tags[index].value = value;
     }
 }
 

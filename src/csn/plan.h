@@ -17,16 +17,17 @@ namespace quorvane::csn {
 // Operands of a step stand behind its name as width, a, b, c. "Goes back" means: on at the nearest
 // choice point.
 QUORVANE_NAMED_ENUM(PlanOp,
-                    kNone,          // nothing, also of what encoding alone does
-                    kBack,          // goes back
-                    kBit0,          // the bit 0
-                    kBit1,          // the bit 1
-                    kBitL,          // the padding bit
-                    kBitH,          // its inverse
-                    kLiteral,       // `width` bits of the value a
-                    kSkip,          // `width` bits of any value
-                    kField,         // a field of c bits with the tag a; b: how many kField follow
-                    kFieldOf,       // a field of c bits, whose tag field identifier a tells
+                    kNone,     // nothing, also of what encoding alone does
+                    kBack,     // goes back
+                    kBit0,     // the bit 0
+                    kBit1,     // the bit 1
+                    kBitL,     // the padding bit
+                    kBitH,     // its inverse
+                    kLiteral,  // `width` bits of the value a
+                    kSkip,     // `width` bits of any value
+                    kField,    // a field of c bits with the tag a; b: how many kField, and kCommit
+                               // behind one, follow
+                    kFieldOf,  // a field of c bits, whose tag field identifier a tells
                     kFieldLiteral,  // the same with the value b in `width` bits
                     kBegin,         // opens the field a
                     kEnd,           // closes a field

@@ -1,34 +1,24 @@
 #include "csn/runner.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "csn/bit_run.h"
+#include "csn/run_state.h"
 
 namespace quorvane::csn {
 namespace {
 
-/// A choice point, a return address, a loop's state or the start of a field, with the state of the
-/// run at that time. As many as the machine has entries, one for one.
-struct Entry {
-    std::uint32_t value;  // a step, a position or, in a loop's counter, least << 16 | most
-    std::int32_t bitPos;
-    std::int32_t logCount;
-    std::uint16_t records;  // as the machine counts them: two a field
-    std::uint16_t parentTag;
-    std::uint8_t tagCount;
-    bool isChoice;
-    bool restoresEnd;
+/// Where a step that is not as frequent leads: to a step, or to one of these.
+using Target = const PlanStep*;
+constexpr PlanStep kNoSteps[3]{};
+constexpr Target kEnded = kNoSteps;       // nowhere: the run ends well
+constexpr Target kFailed = kNoSteps + 1;  // nowhere: it fails
+constexpr Target kBack = kNoSteps + 2;    // to the nearest choice point
 
-    [[nodiscard]] std::uint32_t Least() const { return value >> 16; }
-    [[nodiscard]] std::uint32_t Most() const { return value & 0xFFFFU; }
-    void SetCounts(std::uint32_t least, std::uint32_t most) { value = least << 16 | most; }
-};
-
-/// Where the run goes on: a step, or one of these.
-using Target = std::uint32_t;
-constexpr Target kFailed = 0xFFFFFFFE;  // not at all
-constexpr Target kBack = 0xFFFFFFFF;    // at the nearest choice point
-
+constexpr bool IsStep(Target target) {
+    return target != kEnded && target != kFailed && target != kBack;
+}
 constexpr Target OnIf(bool there, Target on) {
     return there ? on : kBack;
 }
@@ -40,553 +30,525 @@ class Runner {
   public:
     Runner(const CsnProgram& program, std::uint16_t rootTag, const bits::BitReader& reader,
            std::int32_t bitPos, std::int32_t bitLength, std::uint64_t instructions, CsnLog& log)
-        : log_(log), parentTag_(rootTag), left_(instructions) {
-        CsnMachineInit(machine_, program, 0, reader, bitPos, bitLength);
-        machine_.flags |= kFlagRunning;
-        machine_.startPos = machine_.bitPos;
-        machine_.endPos = static_cast<std::int32_t>(std::clamp<std::int64_t>(
-            std::int64_t{machine_.bitPos} + bitLength, -kMostPosition, kMostPosition));
-        log.count = 0;
+        : steps_(program.plan), log_(log) {
+        const std::int32_t start = std::clamp(bitPos, -kMostPosition, kMostPosition);
+        const auto end = static_cast<std::int32_t>(std::clamp<std::int64_t>(
+            std::int64_t{start} + bitLength, -kMostPosition, kMostPosition));
+        view_.program = &program;
+        view_.reader = reader;
+        view_.startPos = start;
+        view_.bitLength = bitLength;
+        view_.flags = kFlagPartialOk | kFlagRunning;
+        state_ = {
+            stack_.entries, stack_.entries, log.lines, instructions, start, end, 0, rootTag, 0};
     }
 
     bits::Outcome Run(std::uint32_t step) {
-        return Walk(step) ? bits::Outcome(machine_.bitPos - machine_.startPos) : kSyntaxError;
+        const bool good = Walk(steps_ + step);
+        log_.count = static_cast<std::int32_t>(state_.line - log_.lines);
+        return good ? bits::Outcome(state_.bitPos - view_.startPos) : kSyntaxError;
     }
 
   private:
     /// Takes steps from `next` on to the end of the outermost rule. False: the run fails.
-    bool Walk(Target next);
-
-    [[nodiscard]] bool IsLeft(std::int32_t bits) const {
-        return machine_.endPos - machine_.bitPos >= bits;
-    }
-    [[nodiscard]] bool IsNext(std::uint32_t value, std::int32_t width) const {
-        return IsLeft(width) && machine_.reader.Read(machine_.bitPos, width) == value;
-    }
-    /// Passes a bit if it is the one.
-    bool PassBit(std::uint32_t bit) {
-        const bool there = IsLeft(1) && machine_.reader.ReadBit(machine_.bitPos) == bit;
-        machine_.bitPos += there ? 1 : 0;
-        return there;
-    }
-    /// Passes `width` bits if they have the value.
-    bool Pass(std::uint32_t value, std::int32_t width) {
-        const bool there = IsNext(value, width);
-        machine_.bitPos += there ? width : 0;
-        return there;
-    }
-    bool SkipBits(std::int32_t width) {
-        const bool there = IsLeft(width);
-        machine_.bitPos += there ? width : 0;
-        return there;
-    }
-    /// Takes `count` instructions more than the one that the loop counts. False: there are not so
-    /// many left.
-    bool Spend(std::uint64_t count) {
-        const bool enough = count <= left_;
-        left_ -= enough ? count : left_;
-        return enough;
+    bool Walk(const PlanStep* next);
+    /// Ends Walk.
+    [[gnu::always_inline]] inline bool End(const RunState& run, bool good) {
+        state_ = run;
+        return good;
     }
 
-    bool Push(std::uint32_t value, bool isChoice = false, bool restoresEnd = false) {
-        if (depth_ >= kMostStackEntries) {
-            return false;
-        }
-        stack_[depth_++] = {value,    machine_.bitPos, log_.count,
-                            records_, parentTag_,      static_cast<std::uint8_t>(machine_.tagCount),
-                            isChoice, restoresEnd};
-        return true;
-    }
-    Entry& Top() { return stack_[depth_ - 1]; }
-    bool Pop(std::int32_t count = 1) {
-        if (depth_ < count) {
-            return false;
-        }
-        depth_ -= count;
-        parentTag_ = stack_[depth_].parentTag;
-        return true;
-    }
-    /// The entry popped last.
-    [[nodiscard]] const Entry& Popped() const { return stack_[depth_]; }
-    void SaveIn(Entry& entry) const {
-        entry.bitPos = machine_.bitPos;
-        entry.logCount = log_.count;
-        entry.records = records_;
-        entry.parentTag = parentTag_;
-        entry.tagCount = static_cast<std::uint8_t>(machine_.tagCount);
-    }
+    // Alternatives are a third of the steps, and inlining them takes 3 to 9 % off decoding. Both
+    // tell where the run goes on; null: it fails.
+    [[gnu::always_inline]] inline const PlanStep* Alternative(RunState& run, const PlanStep* step,
+                                                              bool begins,
+                                                              std::int32_t width) const;
+    [[gnu::always_inline]] inline const PlanStep* AlternativeOfBit(RunState& run,
+                                                                   const PlanStep* step,
+                                                                   std::uint32_t bit) const;
 
-    // What a step does. `on` is the step behind it. Alternatives are a third of the steps, and
-    // inlining them takes 3 to 9 % off decoding.
-    [[gnu::always_inline]] inline Target Alternative(const PlanStep& step, Target on, bool begins,
-                                                     std::int32_t width);
-    [[gnu::always_inline]] inline Target AlternativeOfBit(const PlanStep& step, Target on,
-                                                          std::uint32_t bit);
+    // The steps that are not as frequent work on state_.
+    Target TakeRare(const PlanStep& step, Target on);
+    Target Act(std::uint32_t action, Target on);
     Target Call(std::uint32_t function, Target on, std::uint32_t& result);
     Target Repeat(const PlanStep& step, Target on, std::uint32_t least, std::uint32_t most);
     Target Require(std::uint32_t count, Target on);
     Target Loop(Target body, Target on);
-    void PassAtOnce(const PlanStep& step);
-    Target Exclude(Target otherwise, Target on);
-    bool ReadAgain(std::int32_t mark);
-    Target TakeField(std::uint16_t tag, std::uint16_t width, Target on);
-    /// Whether neither the list nor the instructions end inside of this field and `more` of them.
-    [[nodiscard]] bool HasRoomFor(std::uint32_t more) const {
-        return records_ + 2 * (more + 1) <= kMostRecords && more <= left_;
-    }
-    Target TakeFields(const PlanStep* step, Target on);
-    Target Open(std::uint16_t tag, Target on);
-    Target Close(Target on);
-    /// To the nearest choice point; kFailed if there is none.
-    Target GoBack();
-    bool Commit();
-
     bool LeavesLoop();
-    [[nodiscard]] bool IsAborted() const { return (machine_.flags & kFlagAbort) != 0; }
-    [[nodiscard]] std::uint16_t TagOf(std::uint32_t id) const {
-        const std::uint16_t* pair = machine_.program->fieldTable + id;
-        while (pair[0] != parentTag_) {
+    [[nodiscard]] std::optional<std::uint32_t> IterationsAtOnce(const PlanStep& step,
+                                                                Target body) const;
+    Target PassAtOnce(const PlanStep& step, std::uint32_t fits, std::uint32_t least,
+                      std::uint32_t most);
+    Target Exclude(Target otherwise, Target on);
+    bool PushPosition(std::int32_t position, bool restoresEnd) {
+        return state_.Push(nullptr, false, static_cast<std::uint32_t>(position), restoresEnd);
+    }
+    bool ReadAgain(std::int32_t mark);
+    Target KeepNumber(std::uint16_t tag, std::int32_t number, Target on);
+    [[nodiscard]] std::int32_t NumberOf(std::uint32_t tag);
+    [[nodiscard]] bool IsBetween(std::uint32_t tag, std::uint32_t low, std::uint32_t high);
+
+    /// Hands the state to actions, value functions and the store of tags.
+    void Show() {
+        view_.bitPos = state_.bitPos;
+        view_.endPos = state_.endPos;
+        view_.tagCount = state_.tagCount;
+    }
+    /// Takes it back with what they have changed.
+    void TakeBack() {
+        state_.bitPos = view_.bitPos;
+        state_.endPos = view_.endPos;
+        state_.tagCount = static_cast<std::uint8_t>(view_.tagCount);
+    }
+    [[nodiscard]] bool IsAborted() const { return (view_.flags & kFlagAbort) != 0; }
+    [[nodiscard, gnu::always_inline]] std::uint16_t TagOf(std::uint32_t id,
+                                                          std::uint16_t parent) const {
+        const std::uint16_t* pair = view_.program->fieldTable + id;
+        while (pair[0] != parent) {
             pair += 2;
         }
         return pair[1];
     }
-    void Log(std::uint16_t tag, std::uint16_t width) {
-        log_.lines[log_.count++] = {tag, width, machine_.bitPos};
-    }
-    [[nodiscard]] bool IsBetween(std::uint32_t tag, std::uint32_t low, std::uint32_t high) const {
-        const std::int32_t from = TagValue(machine_, static_cast<std::int32_t>(tag));
-        const std::uint32_t number = ReadBetween(machine_.reader, from, machine_.bitPos);
-        return number >= low && number <= high;
-    }
 
-    CsnMachine machine_;  // what actions and value functions see of the run; nothing of its arrays
-                          // but the tags is used
+    const PlanStep* const steps_;
+    CsnRun view_;  // what actions and value functions see of the run
     CsnLog& log_;
-    std::int32_t depth_ = 0;
-    Target loopExit_ = 0;  // of the repetition entered last
-    std::uint16_t records_ = 0;
-    std::uint16_t parentTag_;  // of the innermost open field, or the root's
-    std::uint64_t left_;
-    Entry stack_[kMostStackEntries];
+    RunState state_{};
+    Target loopExit_ = nullptr;  // of the repetition entered last
+    RunStack stack_;
 };
 
-bool Runner::Walk(Target next) {
-    const PlanStep* const steps = machine_.program->plan;
-    while (left_ > 0) {
-        --left_;
-        const PlanStep& step = steps[next++];
-        std::uint32_t count = 0;
-        std::uint32_t other = 0;
+bool Runner::Walk(const PlanStep* next) {
+    const PlanStep* const steps = steps_;
+    const bits::BitReader reader = view_.reader;
+    RunState run = state_;  // in registers, but for the steps that are not as frequent
+    // A case that breaks goes back.
+    while (run.instructionsLeft > 0) {
+        --run.instructionsLeft;
+        const PlanStep& step = *next++;
+        Target target = kBack;
         switch (step.op) {
             case PlanOp::kNone:
-                break;
+                continue;
             case PlanOp::kBack:
-                next = kBack;
                 break;
             case PlanOp::kBit0:
-                next = OnIf(PassBit(0), next);
+                if (run.PassBit(reader, 0)) {
+                    continue;
+                }
                 break;
             case PlanOp::kBit1:
-                next = OnIf(PassBit(1), next);
+                if (run.PassBit(reader, 1)) {
+                    continue;
+                }
                 break;
             case PlanOp::kBitL:
-                next = OnIf(PassBit(PaddingBit(machine_.bitPos)), next);
+                if (run.PassBit(reader, PaddingBit(run.bitPos))) {
+                    continue;
+                }
                 break;
             case PlanOp::kBitH:
-                next = OnIf(PassBit(PaddingBit(machine_.bitPos) ^ 1U), next);
+                if (run.PassBit(reader, PaddingBit(run.bitPos) ^ 1U)) {
+                    continue;
+                }
                 break;
             case PlanOp::kLiteral:
-                next = OnIf(Pass(step.a, step.width), next);
+                if (run.Pass(reader, step.a, step.width)) {
+                    continue;
+                }
                 break;
             case PlanOp::kSkip:
-                next = OnIf(SkipBits(step.width), next);
+                if (run.SkipBits(step.width)) {
+                    continue;
+                }
                 break;
             case PlanOp::kField:
-                if (step.b != 0 && HasRoomFor(step.b)) {
-                    next = TakeFields(&step, next);
-                } else {
-                    next = IsLeft(step.c) ? TakeField(step.a, step.c, next) : kBack;
+                if (step.b != 0 && run.HasRoomForFields(step.b)) {
+                    next += step.b;
+                    if (run.TakeFields(&step, next - 1)) {
+                        continue;
+                    }
+                } else if (run.IsLeft(step.c)) {
+                    if (run.TakeField(step.a, step.c)) {
+                        continue;
+                    }
+                    return End(run, false);
                 }
                 break;
             case PlanOp::kFieldOf:
-                next = IsLeft(step.c) ? TakeField(TagOf(step.a), step.c, next) : kBack;
+                if (run.IsLeft(step.c)) {
+                    if (run.TakeField(TagOf(step.a, run.parentTag), step.c)) {
+                        continue;
+                    }
+                    return End(run, false);
+                }
                 break;
             case PlanOp::kFieldLiteral:
-                next = IsNext(step.b, step.width) ? TakeField(TagOf(step.a), step.c, next) : kBack;
+                if (run.IsNext(reader, step.b, step.width)) {
+                    if (run.TakeField(TagOf(step.a, run.parentTag), step.c)) {
+                        continue;
+                    }
+                    return End(run, false);
+                }
                 break;
             case PlanOp::kBegin:
-                next = Open(TagOf(step.a), next);
-                break;
-            case PlanOp::kEnd:
-                next = Close(next);
-                break;
-            case PlanOp::kEndTag:
-                if (next = Close(next); next != kFailed) {
-                    count = ReadBetween(machine_.reader, Popped().bitPos, machine_.bitPos);
-                    TagAdd(machine_, step.a, static_cast<std::int32_t>(count));
-                    next = FailUnless(!IsAborted(), next);
+                if (run.Open(TagOf(step.a, run.parentTag))) {
+                    continue;
                 }
-                break;
+                return End(run, false);
+            case PlanOp::kEnd:
+                if (run.Close()) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kAlt:
-                next = FailUnless(Push(step.a, true), next);
-                break;
+                if (run.Push(steps + step.a, true)) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kAlt0:
-                next = AlternativeOfBit(step, next, 0);
-                break;
+                if (next = AlternativeOfBit(run, &step, 0); next != nullptr) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kAlt1:
-                next = AlternativeOfBit(step, next, 1);
-                break;
+                if (next = AlternativeOfBit(run, &step, 1); next != nullptr) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kAltL:
-                next = AlternativeOfBit(step, next, PaddingBit(machine_.bitPos));
-                break;
+                if (next = AlternativeOfBit(run, &step, PaddingBit(run.bitPos)); next != nullptr) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kAltH:
-                next = AlternativeOfBit(step, next, PaddingBit(machine_.bitPos) ^ 1U);
-                break;
+                if (next = AlternativeOfBit(run, &step, PaddingBit(run.bitPos) ^ 1U);
+                    next != nullptr) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kAltLiteral:
-                next = Alternative(step, next, IsNext(step.c, step.width), step.width);
-                break;
+                if (next =
+                        Alternative(run, &step, run.IsNext(reader, step.c, step.width), step.width);
+                    next != nullptr) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kJumpPop:
-                next = FailUnless(Spend(1 + 2 * std::uint64_t{step.b}) && Pop(1 + step.b), step.a);
-                break;
+                if (run.Spend(1 + 2 * std::uint64_t{step.b}) && run.Pop(1 + step.b)) {
+                    next = steps + step.a;
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kJump:
-                next = step.a;
-                break;
+                next = steps + step.a;
+                continue;
             case PlanOp::kPop:
             case PlanOp::kRescanEnd:
-                next = FailUnless(Pop(), next);
-                break;
+                if (run.Pop()) {
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kCommit:
-                next = FailUnless(Commit(), next);
+                if (run.Commit()) {
+                    continue;
+                }
                 break;
             case PlanOp::kCall:
-                next = FailUnless(Push(next), step.a);
-                break;
+                if (run.Push(next)) {
+                    next = steps + step.a;
+                    continue;
+                }
+                return End(run, false);
             case PlanOp::kReturn:
             case PlanOp::kReturnTags:
-                if (!Pop()) {
-                    return machine_.bitPos == machine_.endPos ||
-                           (machine_.flags & kFlagPartialOk) != 0;
+                if (!run.Pop()) {
+                    return End(run,
+                               run.bitPos == run.endPos || (view_.flags & kFlagPartialOk) != 0);
                 }
                 if (step.op == PlanOp::kReturnTags) {
-                    machine_.tagCount = Popped().tagCount;
+                    run.tagCount = run.Popped().tagCount;
                 }
-                next = Popped().value;
-                break;
-            case PlanOp::kAct:
-                machine_.program->actionTable[step.a](machine_);
-                if ((machine_.flags & kFlagRefused) != 0) {
-                    machine_.flags &= ~kFlagRefused;
-                    // Without a choice point the run goes on.
-                    const Target back = GoBack();
-                    next = back == kFailed ? next : back;
-                }
-                if ((machine_.flags & (kFlagRunning | kFlagAbort)) != kFlagRunning) {
-                    return !IsAborted();
-                }
-                break;
-            case PlanOp::kTagPosition:
-                TagAdd(machine_, step.a, machine_.bitPos);
-                next = FailUnless(!IsAborted(), next);
-                break;
-            case PlanOp::kRepeat:
-                next = Repeat(step, next, step.b, step.c);
-                break;
-            case PlanOp::kRepeatBit:
-                count = machine_.reader.Read(std::int64_t{TagValue(machine_, step.b)} + step.c, 1);
-                next = Repeat(step, next, count, count);
-                break;
-            case PlanOp::kRepeatTag:
-                count = static_cast<std::uint32_t>(TagValue(machine_, step.b));
-                next = Repeat(step, next, count & kMostLeast, count & kMostCount);
-                break;
-            case PlanOp::kRepeatFunction:
-                if (next = Call(step.b, next, count); next < kFailed) {
-                    next = Repeat(step, next, count & kMostLeast, count & kMostCount);
-                }
-                break;
-            case PlanOp::kLoop:
-                next = Loop(step.a, next);
-                break;
-            case PlanOp::kCount:
-                next = Require(step.a, next);
-                break;
-            case PlanOp::kCountFunction:
-                if (next = Call(step.a, next, count); next < kFailed) {
-                    next = Require(count & kMostLeast, next);
-                }
-                break;
-            case PlanOp::kMark:
-                next = FailUnless(Push(static_cast<std::uint32_t>(machine_.bitPos)), next);
-                break;
-            case PlanOp::kExclude:
-                next = Exclude(step.a, next);
-                break;
-            case PlanOp::kExcludeEnd:
-                if (depth_ < 2) {
-                    return false;
-                }
-                Pop();
-                machine_.endPos = static_cast<std::int32_t>(Popped().value);
-                Pop();
-                next = kBack;
-                break;
-            case PlanOp::kRescan:
-                next =
-                    FailUnless(Pop() && ReadAgain(static_cast<std::int32_t>(Popped().value)), next);
-                break;
-            case PlanOp::kCompare:
-                next = OnIf(IsBetween(step.a, step.b | std::uint32_t{steps[next].b} << 16,
-                                      step.c | std::uint32_t{steps[next].c} << 16),
-                            next + 1);
-                break;
-            case PlanOp::kCompareFunction:
-                if (next = Call(step.b, next, count); next < kFailed) {
-                    next = OnIf(IsBetween(step.a, count, count), next);
-                }
-                break;
-            case PlanOp::kCompareFunctions:
-                next = Call(step.b, next, count);
-                if (next < kFailed) {
-                    next = Call(step.c, next, other);
-                }
-                if (next < kFailed) {
-                    next = OnIf(IsBetween(step.a, count, other), next);
-                }
-                break;
+                next = run.Popped().step;
+                continue;
             case PlanOp::kAtEnd:
-                next = OnIf(machine_.bitPos >= machine_.endPos, next);
+                if (run.bitPos >= run.endPos) {
+                    continue;
+                }
                 break;
+            case PlanOp::kEndTag:
+            case PlanOp::kAct:
+            case PlanOp::kTagPosition:
+            case PlanOp::kRepeat:
+            case PlanOp::kRepeatBit:
+            case PlanOp::kRepeatTag:
+            case PlanOp::kRepeatFunction:
+            case PlanOp::kLoop:
+            case PlanOp::kCount:
+            case PlanOp::kCountFunction:
+            case PlanOp::kMark:
+            case PlanOp::kExclude:
+            case PlanOp::kExcludeEnd:
+            case PlanOp::kRescan:
+            case PlanOp::kCompare:
+            case PlanOp::kCompareFunction:
+            case PlanOp::kCompareFunctions:
+                state_ = run;
+                target = TakeRare(step, next);
+                run = state_;
+                if (IsStep(target)) {
+                    next = target;
+                    continue;
+                }
+                if (target == kBack) {
+                    break;
+                }
+                return target == kEnded;
         }
-        if (next >= kFailed) {
-            next = next == kBack ? GoBack() : kFailed;
-            if (next == kFailed) {
-                return false;
-            }
+        next = run.GoBack();
+        if (next == nullptr) {
+            return End(run, false);
         }
     }
-    return false;
+    return End(run, false);
+}
+
+Target Runner::TakeRare(const PlanStep& step, Target on) {
+    std::uint32_t count = 0;
+    std::uint32_t other = 0;
+    switch (step.op) {
+        case PlanOp::kEndTag:
+            if (!state_.Close()) {
+                return kFailed;
+            }
+            count = ReadBetween(view_.reader, state_.Popped().bitPos, state_.bitPos);
+            return KeepNumber(step.a, static_cast<std::int32_t>(count), on);
+        case PlanOp::kAct:
+            return Act(step.a, on);
+        case PlanOp::kTagPosition:
+            return KeepNumber(step.a, state_.bitPos, on);
+        case PlanOp::kRepeat:
+            return Repeat(step, on, step.b, step.c);
+        case PlanOp::kRepeatBit:
+            count = view_.reader.Read(std::int64_t{NumberOf(step.b)} + step.c, 1);
+            return Repeat(step, on, count, count);
+        case PlanOp::kRepeatTag:
+            count = static_cast<std::uint32_t>(NumberOf(step.b));
+            return Repeat(step, on, count & kMostLeast, count & kMostCount);
+        case PlanOp::kRepeatFunction:
+            on = Call(step.b, on, count);
+            return IsStep(on) ? Repeat(step, on, count & kMostLeast, count & kMostCount) : on;
+        case PlanOp::kLoop:
+            return Loop(steps_ + step.a, on);
+        case PlanOp::kCount:
+            return Require(step.a, on);
+        case PlanOp::kCountFunction:
+            on = Call(step.a, on, count);
+            return IsStep(on) ? Require(count & kMostLeast, on) : on;
+        case PlanOp::kMark:
+            return FailUnless(PushPosition(state_.bitPos, false), on);
+        case PlanOp::kExclude:
+            return Exclude(steps_ + step.a, on);
+        case PlanOp::kExcludeEnd:
+            if (state_.top - state_.bottom < 2) {
+                return kFailed;
+            }
+            state_.Pop();
+            state_.endPos = state_.Popped().Position();
+            state_.Pop();
+            return kBack;
+        case PlanOp::kRescan:
+            return FailUnless(state_.Pop() && ReadAgain(state_.Popped().Position()), on);
+        case PlanOp::kCompare:
+            return OnIf(IsBetween(step.a, step.b | std::uint32_t{on->b} << 16,
+                                  step.c | std::uint32_t{on->c} << 16),
+                        on + 1);
+        case PlanOp::kCompareFunction:
+            on = Call(step.b, on, count);
+            return IsStep(on) ? OnIf(IsBetween(step.a, count, count), on) : on;
+        case PlanOp::kCompareFunctions:
+            on = Call(step.b, on, count);
+            if (IsStep(on)) {
+                on = Call(step.c, on, other);
+            }
+            return IsStep(on) ? OnIf(IsBetween(step.a, count, other), on) : on;
+        default:
+            return on;  // unreachable: Walk takes all others
+    }
 }
 
 /// An alternative whose first `width` bits are there, or not.
-Target Runner::Alternative(const PlanStep& step, Target on, bool begins, std::int32_t width) {
-    if (depth_ >= kMostStackEntries - 1) {
-        return FailUnless(Push(step.a, true), on);  // the choice point tells on a full stack
+const PlanStep* Runner::Alternative(RunState& run, const PlanStep* step, bool begins,
+                                    std::int32_t width) const {
+    const PlanStep* const otherwise = steps_ + step->a;
+    if (!run.HasRoom(2)) {
+        // The choice point tells on a full stack.
+        return run.Push(otherwise, true) ? step + 1 : nullptr;
     }
     if (!begins) {
-        return FailUnless(Spend(1), step.a);
+        return run.Spend(1) ? otherwise : nullptr;
     }
-    if (step.b != 0) {
-        machine_.bitPos += width;
-        return FailUnless(Spend(3), step.b);
+    if (step->b != 0) {
+        run.bitPos += width;
+        return run.Spend(3) ? steps_ + step->b : nullptr;
     }
-    Push(step.a, true);
-    machine_.bitPos += width;
-    return FailUnless(Spend(1), on + 1);
+    run.Push(otherwise, true);
+    run.bitPos += width;
+    return run.Spend(1) ? step + 2 : nullptr;
 }
 
 /// An alternative that begins with the bit. If the step at `a` is one that begins with the inverse,
 /// a bit that is not the one is that.
-Target Runner::AlternativeOfBit(const PlanStep& step, Target on, std::uint32_t bit) {
-    const bool any = IsLeft(1);
-    const bool begins = any && machine_.reader.ReadBit(machine_.bitPos) == bit;
-    if (begins || !any || step.width == 0 || depth_ >= kMostStackEntries - 1) {
-        return Alternative(step, on, begins, 1);
+const PlanStep* Runner::AlternativeOfBit(RunState& run, const PlanStep* step,
+                                         std::uint32_t bit) const {
+    const bool any = run.IsLeft(1);
+    const bool begins = any && view_.reader.ReadBit(run.bitPos) == bit;
+    if (begins || !any || step->width == 0 || !run.HasRoom(2)) {
+        return Alternative(run, step, begins, 1);
     }
-    return Spend(2) ? Alternative(machine_.program->plan[step.a], step.a + 1U, true, 1) : kFailed;
+    return run.Spend(2) ? Alternative(run, steps_ + step->a, true, 1) : nullptr;
+}
+
+Target Runner::Act(std::uint32_t action, Target on) {
+    Show();
+    view_.program->actionTable[action](view_);
+    TakeBack();
+    if ((view_.flags & kFlagRefused) != 0) {
+        view_.flags &= ~kFlagRefused;
+        // Without a choice point the run goes on.
+        const PlanStep* back = state_.GoBack();
+        on = back == nullptr ? on : back;
+    }
+    if ((view_.flags & (kFlagRunning | kFlagAbort)) != kFlagRunning) {
+        return IsAborted() ? kFailed : kEnded;
+    }
+    return on;
 }
 
 Target Runner::Call(std::uint32_t function, Target on, std::uint32_t& result) {
-    result = machine_.program->valueTable[function](machine_);
+    Show();
+    result = view_.program->valueTable[function](view_);
+    TakeBack();
     return result > kNoCount || IsAborted() ? kFailed : OnIf(result < kNoCount, on);
 }
 
+Target Runner::KeepNumber(std::uint16_t tag, std::int32_t number, Target on) {
+    Show();
+    TagAdd(view_, tag, number);
+    TakeBack();
+    return FailUnless(!IsAborted(), on);
+}
+
+std::int32_t Runner::NumberOf(std::uint32_t tag) {
+    Show();
+    return TagValue(view_, static_cast<std::int32_t>(tag));
+}
+
+bool Runner::IsBetween(std::uint32_t tag, std::uint32_t low, std::uint32_t high) {
+    const std::uint32_t number = ReadBetween(view_.reader, NumberOf(tag), state_.bitPos);
+    return number >= low && number <= high;
+}
+
 Target Runner::Repeat(const PlanStep& step, Target on, std::uint32_t least, std::uint32_t most) {
-    loopExit_ = step.a;
-    const bool exact = least == most && most != kOpenEndedCount;
-    const bool any = least == 0 && most == kOpenEndedCount;
-    if (step.width != 0 && (exact || any) && depth_ + 2 < kMostStackEntries) {
-        // Nothing but bits of any value: all of it at once.
-        const auto left =
-            static_cast<std::uint32_t>(std::max(machine_.endPos - machine_.bitPos, 0));
-        const std::uint32_t fits = left / step.width;
-        const std::uint32_t count = any ? fits : most;
-        if (count > fits) {
-            return FailUnless(Spend(2 * fits + 1), kBack);
+    loopExit_ = steps_ + step.a;
+    const bool open = most == kOpenEndedCount;
+    if ((open || least == most) && state_.HasRoom(3)) {
+        if (const auto fits = IterationsAtOnce(step, on)) {
+            return PassAtOnce(step, *fits, least, most);
         }
-        machine_.bitPos += static_cast<std::int32_t>(count * step.width);
-        return FailUnless(Spend(exact ? 2 * count : count == 0 ? 1 : 3), step.a);
     }
-    if (!Push(step.a) || !Push(0)) {
+    if (!state_.Push(loopExit_) || !state_.Push(nullptr)) {
         return kFailed;
     }
-    Top().SetCounts(least, most);
-    return LeavesLoop() ? step.a : on;
+    state_.Top().SetCounts(least, most);
+    return LeavesLoop() ? loopExit_ : on;
+}
+
+/// How often the body of a repetition fits, where it is one step that says so: bits of any value,
+/// or one bit.
+std::optional<std::uint32_t> Runner::IterationsAtOnce(const PlanStep& step, Target body) const {
+    const std::int32_t left = std::max(state_.endPos - state_.bitPos, 0);
+    if (step.width != 0) {
+        return static_cast<std::uint32_t>(left) / step.width;
+    }
+    if (steps_ + step.a != body + 2 || body->op < PlanOp::kBit0 || body->op > PlanOp::kBitH) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint32_t>(RunOf(body->op, view_.reader, state_.bitPos, left));
+}
+
+/// A repetition whose body fits `fits` times. An iteration takes two instructions, the body and its
+/// end, and the body that does not fit one; but the machine, too, passes bits of any value at once
+/// when an open repetition has had one iteration more than it needs.
+Target Runner::PassAtOnce(const PlanStep& step, std::uint32_t fits, std::uint32_t least,
+                          std::uint32_t most) {
+    const bool open = most == kOpenEndedCount;
+    const std::uint32_t count = open ? fits : std::min(fits, most);
+    const std::uint32_t taken = step.width != 0 ? std::min(count, least + 1) : count;
+    const bool ends = !open && count == most;
+    state_.bitPos += static_cast<std::int32_t>(count * std::max<std::uint32_t>(step.width, 1));
+    return FailUnless(state_.Spend(2 * std::uint64_t{taken} + (ends ? 0 : 1)),
+                      OnIf(count >= least, loopExit_));
 }
 
 bool Runner::LeavesLoop() {
-    if (Top().Most() == 0) {
-        Pop();
-        Pop();
+    if (state_.Top().Most() == 0) {
+        state_.Pop();
+        state_.Pop();
         return true;
     }
-    if (Top().Least() == 0) {
-        stack_[depth_ - 2].isChoice = true;
+    if (state_.Top().Least() == 0) {
+        state_.top[-2].isChoice = true;
     }
     return false;
 }
 
 Target Runner::Require(std::uint32_t count, Target on) {
-    if (depth_ < 2) {
+    if (state_.top - state_.bottom < 2) {
         return kFailed;
     }
-    Top().SetCounts(count, Top().Most());
+    state_.Top().SetCounts(count, state_.Top().Most());
     return LeavesLoop() ? loopExit_ : on;
 }
 
-/// Of a repetition without end whose body is one step, as many iterations as can be told at once.
-void Runner::PassAtOnce(const PlanStep& step) {
-    const std::int32_t left = std::max(machine_.endPos - machine_.bitPos, 0);
-    switch (step.op) {
-        case PlanOp::kSkip:
-            machine_.bitPos += step.width == 0 ? 0 : left / step.width * step.width;
-            break;
-        case PlanOp::kBit0:
-        case PlanOp::kBit1:
-        case PlanOp::kBitL:
-        case PlanOp::kBitH: {
-            // Each takes two instructions, the bit and the end of the iteration.
-            const auto most = static_cast<std::int32_t>(
-                std::min<std::uint64_t>(static_cast<std::uint64_t>(left), left_ / 2));
-            const std::int32_t run = RunOf(step.op, machine_.reader, machine_.bitPos, most);
-            machine_.bitPos += run;
-            left_ -= 2 * static_cast<std::uint64_t>(run);
-            break;
-        }
-        default:
-            break;
-    }
-}
-
 Target Runner::Loop(Target body, Target on) {
-    if (depth_ < 2) {
+    if (state_.top - state_.bottom < 2) {
         return kFailed;
     }
-    Entry& counter = Top();
+    RunEntry& counter = state_.Top();
     const std::uint32_t least = counter.Least();
     const std::uint32_t most = counter.Most();
     if (most == 1) {
-        Pop();
-        Pop();
+        state_.Pop();
+        state_.Pop();
         return on;
     }
     counter.SetCounts(least == 0 ? 0 : least - 1,
                       most == 0 || most == kOpenEndedCount ? most : most - 1);
-    if (least > 0) {
-        if (LeavesLoop()) {
-            return on;
-        }
-    } else if (most == kOpenEndedCount && body + 2 == on) {
-        PassAtOnce(machine_.program->plan[body]);
+    if (least > 0 && LeavesLoop()) {
+        return on;
     }
     if (counter.Least() == 0) {
-        SaveIn(stack_[depth_ - 2]);  // a later iteration that fails is undone up to here
+        state_.SaveIn(state_.top[-2]);  // a later iteration that fails is undone up to here
     }
     return body;
 }
 
 Target Runner::Exclude(Target otherwise, Target on) {
-    if (!Pop()) {
+    if (!state_.Pop()) {
         return kFailed;
     }
-    const auto mark = static_cast<std::int32_t>(Popped().value);
-    return FailUnless(Push(otherwise, true) && ReadAgain(mark), on);
+    const std::int32_t mark = state_.Popped().Position();
+    return FailUnless(state_.Push(otherwise, true) && ReadAgain(mark), on);
 }
 
 bool Runner::ReadAgain(std::int32_t mark) {
-    if (!Push(static_cast<std::uint32_t>(machine_.endPos), false, true)) {
+    if (!PushPosition(state_.endPos, true)) {
         return false;
     }
-    machine_.endPos = machine_.bitPos;
-    machine_.bitPos = mark;
+    state_.endPos = state_.bitPos;
+    state_.bitPos = mark;
     return true;
-}
-
-Target Runner::TakeField(std::uint16_t tag, std::uint16_t width, Target on) {
-    if (records_ + 2 > kMostRecords) {
-        if (records_ < kMostRecords) {
-            Log(tag, CsnLogLine::kOpens);
-        }
-        return kFailed;
-    }
-    Log(tag, width);
-    records_ += 2;
-    machine_.bitPos += width;
-    return on;
-}
-
-/// The step's field and those behind it, for which there is room.
-Target Runner::TakeFields(const PlanStep* step, Target on) {
-    const std::uint32_t more = step->b;
-    std::uint32_t taken = 0;
-    for (; taken <= more && IsLeft(step->c); ++taken, ++step) {
-        Log(step->a, step->c);
-        machine_.bitPos += step->c;
-    }
-    records_ = static_cast<std::uint16_t>(records_ + 2 * taken);
-    left_ -= std::min(taken, more);
-    return taken > more ? on + more : kBack;
-}
-
-Target Runner::Open(std::uint16_t tag, Target on) {
-    const bool pushed = Push(0);
-    if (records_ >= kMostRecords) {
-        return kFailed;
-    }
-    Log(tag, CsnLogLine::kOpens);
-    ++records_;
-    parentTag_ = tag;
-    return FailUnless(pushed, on);
-}
-
-Target Runner::Close(Target on) {
-    if (depth_ < 1 || records_ >= kMostRecords) {
-        return kFailed;
-    }
-    Log(0, CsnLogLine::kCloses);
-    ++records_;
-    return FailUnless(Pop(), on);
-}
-
-Target Runner::GoBack() {
-    if (depth_ >= kMostStackEntries) {
-        return kFailed;
-    }
-    for (std::int32_t index = depth_ - 1; index >= 0; --index) {
-        const Entry& entry = stack_[index];
-        if (entry.restoresEnd) {
-            machine_.endPos = static_cast<std::int32_t>(entry.value);
-        }
-        if (entry.isChoice) {
-            machine_.bitPos = entry.bitPos;
-            machine_.tagCount = entry.tagCount;
-            log_.count = entry.logCount;
-            records_ = entry.records;
-            parentTag_ = entry.parentTag;
-            depth_ = index;
-            return entry.value;
-        }
-    }
-    return kFailed;
-}
-
-bool Runner::Commit() {
-    for (std::int32_t index = depth_ - 1; index >= 0; --index) {
-        if (stack_[index].isChoice) {
-            SaveIn(stack_[index]);
-            return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 // letter; tests run both beside each other. Instead of two records a field it logs one line, as
 // the occurrence and the parent of a field follow from the order of the lines.
 //
-// Tests: tests/unit/csn_plan_test.cpp.
+// Tests: tests/unit/csn_plan_test.cpp, tests/unit/csn_plan_repetition_test.cpp.
 
 #include <cstdint>
 

@@ -376,7 +376,7 @@ TEST(CsnRepetition, UnboundedRange) {
 
 TEST(CsnRepetition, RepFn) {
     const Emit emit = [](Image& image) {
-        const auto function = image.Function([](CsnMachine&) { return 3U; });
+        const auto function = image.Function([](CsnRun&) { return 3U; });
         Repeat(image, Opcode::kRepFn, false, function);
     };
     EXPECT_EQ(DecodedBits(emit, "1110"), 4);
@@ -386,8 +386,8 @@ TEST(CsnRepetition, RepFn) {
 
 TEST(CsnRepetition, RepFn2) {
     const Emit emit = [](Image& image) {
-        const auto encode = image.Function([](CsnMachine&) { return 2U; });
-        const auto decode = image.Function([](CsnMachine&) { return 3U; });
+        const auto encode = image.Function([](CsnRun&) { return 2U; });
+        const auto decode = image.Function([](CsnRun&) { return 3U; });
         Repeat(image, Opcode::kRepFn2, false, encode, decode);
     };
     EXPECT_EQ(DecodedBits(emit, "1110"), 4);
@@ -397,7 +397,7 @@ TEST(CsnRepetition, RepFn2) {
 
 TEST(CsnRepetition, RepFnEnc) {
     const Emit emit = [](Image& image) {
-        const auto function = image.Function([](CsnMachine&) { return 2U; });
+        const auto function = image.Function([](CsnRun&) { return 2U; });
         Repeat(image, Opcode::kRepFnEnc, false, function);
     };
     EXPECT_EQ(DecodedBits(emit, "111110"), 6);
@@ -481,8 +481,8 @@ TEST(CsnRepetition, CountRaisesTheMinimum) {
 TEST(CsnRepetition, CountByFunctions) {
     for (const Opcode opcode : {Opcode::kCountFn, Opcode::kCountFn2}) {
         Image image;
-        const auto none = image.Function([](CsnMachine&) { return 0U; });
-        const auto many = image.Function([](CsnMachine&) { return 100U; });
+        const auto none = image.Function([](CsnRun&) { return 0U; });
+        const auto many = image.Function([](CsnRun&) { return 100U; });
         const auto exit = image.code.NewLabel();
         image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), 3, 5});
         const auto body = image.code.BindNew();
@@ -518,11 +518,11 @@ TEST(CsnRepetition, LoopLeavesAWriterThatBeganAsReader) {
     // The repetition is entered while the source's bits are read and its first LOOP finds the
     // writer on: it is left behind that iteration, and the entry below the top moves up.
     Image image;
-    const auto read = image.Action([](CsnMachine& machine) {
-        machine.sourceLimit = 20;
-        machine.endPos = 20;
+    const auto read = image.Action([](CsnRun& run) {
+        run.sourceLimit = 20;
+        run.endPos = 20;
     });
-    const auto write = image.Action([](CsnMachine& machine) { machine.sourceLimit = kNoLimit; });
+    const auto write = image.Action([](CsnRun& run) { run.sourceLimit = kNoLimit; });
     const auto other = image.code.NewLabel();
     const auto exit = image.code.NewLabel();
     image.code.Emit(Opcode::kAlt, {Assembler::Branch(other, false)});

@@ -434,7 +434,7 @@ TEST(CsnGroup, EndOfAnotherLengthDoesNothingElse) {
         image.code.Emit(Opcode::kBegin, {Assembler::Delimiter(group, false)});
         image.code.Emit(Opcode::kSkip, {2});
         image.code.Emit(Opcode::kEndTag, {Assembler::Delimiter(group, false), 1});
-        image.code.Emit(Opcode::kAct, {image.Action([](CsnMachine&) { ADD_FAILURE(); })});
+        image.code.Emit(Opcode::kAct, {image.Action([](CsnRun&) { ADD_FAILURE(); })});
         image.code.Emit(Opcode::kRet);
         image.code.Bind(other);
         image.code.Emit(Opcode::kBit1);

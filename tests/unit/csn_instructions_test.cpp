@@ -149,9 +149,9 @@ TEST(CsnInstruction, Skip) {
 
 TEST(CsnInstruction, ActionsByDirection) {
     const Emit emit = [](Image& image) {
-        const auto step = image.Action([](CsnMachine& machine) { machine.bitPos += 1; });
-        const auto two = image.Action([](CsnMachine& machine) { machine.bitPos += 2; });
-        const auto four = image.Action([](CsnMachine& machine) { machine.bitPos += 4; });
+        const auto step = image.Action([](CsnRun& run) { run.bitPos += 1; });
+        const auto two = image.Action([](CsnRun& run) { run.bitPos += 2; });
+        const auto four = image.Action([](CsnRun& run) { run.bitPos += 4; });
         image.code.Emit(Opcode::kAct, {step});
         image.code.Emit(Opcode::kActDec, {two});
         image.code.Emit(Opcode::kActEnc, {four});
@@ -163,9 +163,9 @@ TEST(CsnInstruction, ActionsByDirection) {
 TEST(CsnInstruction, ActionsSeeTheDirectionNotTheMode) {
     // ACT_ENC also while the encoder reads.
     Image image;
-    const auto four = image.Action([](CsnMachine& machine) {
-        EXPECT_NE(machine.flags & kFlagRescan, 0U);
-        TagAdd(machine, 1, 44);
+    const auto four = image.Action([](CsnRun& run) {
+        EXPECT_NE(run.flags & kFlagRescan, 0U);
+        TagAdd(run, 1, 44);
     });
     image.code.Emit(Opcode::kMark);
     image.code.Emit(Opcode::kBit1);
@@ -362,7 +362,7 @@ TEST(CsnInstruction, ValueOfAnAbsentTagIsReadFromInFront) {
 
 TEST(CsnInstruction, ValEqFn) {
     const Emit emit = [](Image& image) {
-        const auto function = image.Function([](CsnMachine&) { return 9U; });
+        const auto function = image.Function([](CsnRun&) { return 9U; });
         image.code.Emit(Opcode::kTagPos, {1});
         image.code.Emit(Opcode::kLit, {Assembler::Literal(1, 1)});
         image.code.Emit(Opcode::kSkip, {2});
@@ -370,7 +370,7 @@ TEST(CsnInstruction, ValEqFn) {
     };
     EXPECT_EQ(DecodedBits(emit, "101"), -1);
     const Emit wide = [](Image& image) {
-        const auto function = image.Function([](CsnMachine&) { return 9U; });
+        const auto function = image.Function([](CsnRun&) { return 9U; });
         image.code.Emit(Opcode::kTagPos, {1});
         image.code.Emit(Opcode::kLit, {Assembler::Literal(9, 4)});
         image.code.Emit(Opcode::kValEqFn, {1, function});
@@ -381,8 +381,8 @@ TEST(CsnInstruction, ValEqFn) {
 
 TEST(CsnInstruction, ValEqFnRunsTheFunctionFirst) {
     Image image;
-    const auto function = image.Function([](CsnMachine& machine) {
-        TagAdd(machine, 1, 2);  // moves the place that is compared
+    const auto function = image.Function([](CsnRun& run) {
+        TagAdd(run, 1, 2);  // moves the place that is compared
         return 1U;
     });
     image.code.Emit(Opcode::kTagPos, {1});
@@ -394,8 +394,8 @@ TEST(CsnInstruction, ValEqFnRunsTheFunctionFirst) {
 
 TEST(CsnInstruction, ValRangeFn) {
     const Emit emit = [](Image& image) {
-        const auto low = image.Function([](CsnMachine&) { return 3U; });
-        const auto high = image.Function([](CsnMachine&) { return 5U; });
+        const auto low = image.Function([](CsnRun&) { return 3U; });
+        const auto high = image.Function([](CsnRun&) { return 5U; });
         image.code.Emit(Opcode::kTagPos, {1});
         image.code.Emit(Opcode::kSkip, {4});
         image.code.Emit(Opcode::kValRangeFn, {1, low, high});
@@ -410,7 +410,7 @@ TEST(CsnInstruction, ValRangeFn) {
 // Results of value functions that are no counts.
 
 template <std::uint32_t kResult>
-std::uint32_t Constant(CsnMachine&) {
+std::uint32_t Constant(CsnRun&) {
     return kResult;
 }
 
@@ -506,7 +506,7 @@ TEST(CsnInstruction, AbsentValueWithoutChoiceAborts) {
 
 TEST(CsnInstruction, DecodingDoesNotCallTheEncodersFunction) {
     Image image;
-    const auto function = image.Function([](CsnMachine&) {
+    const auto function = image.Function([](CsnRun&) {
         ADD_FAILURE() << "called when decoding";
         return 0U;
     });

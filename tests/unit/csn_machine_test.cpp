@@ -286,8 +286,7 @@ TEST(CsnMachineRun, AbortFlagEndsItAtOnce) {
 TEST(CsnMachineRun, PartialEndIsARefusalWithoutItsFlag) {
     for (const std::string_view bits : {"1", "10"}) {
         Image image;
-        const auto action =
-            image.Action([](CsnMachine& machine) { machine.flags &= ~kFlagPartialOk; });
+        const auto action = image.Action([](CsnRun& run) { run.flags &= ~kFlagPartialOk; });
         image.code.Emit(Opcode::kAct, {action});
         image.code.Emit(Opcode::kBit1);
         image.code.Emit(Opcode::kRet);
@@ -298,7 +297,7 @@ TEST(CsnMachineRun, PartialEndIsARefusalWithoutItsFlag) {
 
 TEST(CsnMachineRun, ActionMayStopIt) {
     Image image;
-    const auto action = image.Action([](CsnMachine& machine) { machine.flags &= ~kFlagRunning; });
+    const auto action = image.Action([](CsnRun& run) { run.flags &= ~kFlagRunning; });
     image.code.Emit(Opcode::kBit1);
     image.code.Emit(Opcode::kAct, {action});
     image.code.Emit(Opcode::kFail);

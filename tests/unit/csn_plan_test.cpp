@@ -247,6 +247,46 @@ void CallDeep(Image& image, int calls) {
     }
 }
 
+// Where a run goes back to, numbers are there that were kept before, and none that were kept since.
+TEST(Plan, GoesBackToTheNumbersThatWereThere) {
+    Image image;
+    const auto second = image.code.NewLabel();
+    image.code.Emit(Opcode::kSkip, {2});
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(second, false)});
+    image.code.Emit(Opcode::kTagPos, {1});
+    image.code.Emit(Opcode::kBit1);
+    image.code.Emit(Opcode::kPop);
+    image.code.Bind(second);
+    image.code.Emit(Opcode::kSkip, {2});
+    image.code.Emit(Opcode::kValEq, {1, 0b01101});  // from -1 on: the tag has no number
+    image.code.Emit(Opcode::kRet);
+    EXPECT_EQ(Decode(image, "1101").result, 4);
+
+    Image moved;
+    const auto cut = moved.code.NewLabel();
+    moved.code.Emit(Opcode::kAlt, {Assembler::Branch(cut, false)});
+    moved.code.Emit(Opcode::kSkip, {2});
+    moved.code.Emit(Opcode::kTagPos, {1});
+    moved.code.Emit(Opcode::kSkip, {2});
+    moved.code.Emit(Opcode::kCommit);
+    moved.code.Emit(Opcode::kBit1);
+    moved.code.Emit(Opcode::kPop);
+    moved.code.Bind(cut);
+    moved.code.Emit(Opcode::kValEq, {1, 0b10});
+    moved.code.Emit(Opcode::kRet);
+    EXPECT_EQ(Decode(moved, "01100").result, 4);
+}
+
+TEST(Plan, FailsAtACommitWithoutAChoicePoint) {
+    Image image;
+    const std::uint32_t field = image.Field({{kRoot, 10}});
+    image.code.Emit(Opcode::kField, {field, 1});
+    image.code.Emit(Opcode::kCommit);
+    image.code.Emit(Opcode::kField, {field, 1});
+    image.code.Emit(Opcode::kRet);
+    EXPECT_TRUE(Decode(image, "11").result.Failed());
+}
+
 // As many rules as the stack has room for call each other; one more fails.
 TEST(Plan, FailsAtTheMachinesStackLimit) {
     for (const int calls : {254, 255, 256, 257}) {
@@ -267,16 +307,22 @@ TEST(Plan, FailsAtTheMachinesStackLimit) {
 
 TEST(Plan, FailsAtTheMachinesStackLimitInRepetitions) {
     for (const int calls : {252, 253, 254, 255, 256}) {
-        Image image;
-        CallDeep(image, calls);
-        const auto exit = image.code.NewLabel();
-        image.code.Emit(Opcode::kRepAny, {Assembler::Exit(exit, false)});
-        const auto body = image.code.BindNew();
-        image.code.Emit(Opcode::kSkip, {2});
-        image.code.Emit(Opcode::kLoop, {body});
-        image.code.Bind(exit);
-        image.code.Emit(Opcode::kRet);
-        EXPECT_EQ(Decode(image, "11111").result.Failed(), calls > 253) << calls;
+        for (const bool bit : {false, true}) {
+            Image image;
+            CallDeep(image, calls);
+            const auto exit = image.code.NewLabel();
+            image.code.Emit(Opcode::kRepAny, {Assembler::Exit(exit, false)});
+            const auto body = image.code.BindNew();
+            if (bit) {
+                image.code.Emit(Opcode::kBit1);
+            } else {
+                image.code.Emit(Opcode::kSkip, {2});
+            }
+            image.code.Emit(Opcode::kLoop, {body});
+            image.code.Bind(exit);
+            image.code.Emit(Opcode::kRet);
+            EXPECT_EQ(Decode(image, "11111").result.Failed(), calls > 253) << calls << " " << bit;
+        }
     }
 }
 
@@ -302,20 +348,6 @@ TEST(Plan, FailsAtTheMachinesRecordLimit) {
                       fields + (open ? 1 : 0) > 128)
                 << fields;
         }
-    }
-}
-
-/// However few instructions a run may take, plan and machine end at the same one.
-void ExpectSameLimits(Image& image, const std::string& bits) {
-    const std::vector<std::uint8_t> octets = Octets(bits);
-    const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
-    for (std::uint64_t instructions = 0; instructions < 40; ++instructions) {
-        CsnMachine machine;
-        CsnMachineInit(machine, image.Program(), 0, reader, 0, Count(bits));
-        machine.rootTag = kRoot;
-        machine.instructionsLeft = instructions;
-        bits::Outcome result = 0;
-        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
     }
 }
 
@@ -393,6 +425,47 @@ TEST(Plan, TakesNoMoreFieldsInARowThanTheMachine) {
     }
 }
 
+/// Fields of `width` bits that may be cut off behind each of them, as many as `fields`.
+void CutOff(Image& image, std::size_t fields, std::uint32_t width) {
+    const std::uint32_t field = image.Field({{kRoot, 10}});
+    const auto cut = image.code.NewLabel();
+    image.code.Emit(Opcode::kAlt, {Assembler::Branch(cut, false)});
+    for (std::size_t count = 0; count < fields; ++count) {
+        image.code.Emit(Opcode::kField, {field, width});
+        image.code.Emit(Opcode::kCommit);
+    }
+    image.code.Emit(Opcode::kPop);
+    image.code.Bind(cut);
+    image.code.Emit(Opcode::kRet);
+}
+
+// What is in a row goes on behind the commits, and goes back to the last of them.
+TEST(Plan, TakesFieldsThatMayBeCutOffAtOnce) {
+    Image image;
+    CutOff(image, 3, 2);
+    EXPECT_EQ(PlanOf(image),
+              "Alt 0 8 0 0\n"
+              "Field 0 10 5 2\n"
+              "Commit 0 0 0 0\n"
+              "Field 0 10 3 2\n"
+              "Commit 0 0 0 0\n"
+              "Field 0 10 1 2\n"
+              "Commit 0 0 0 0\n"
+              "Pop 0 0 0 0\n"
+              "Return 0 0 0 0\n");
+    for (std::size_t count = 0; count < 9; ++count) {
+        EXPECT_EQ(Decode(image, std::string(count, '1')).result,
+                  static_cast<int>(std::min<std::size_t>(count, 6) / 2 * 2))
+            << count;
+        ExpectSameLimits(image, std::string(count, '1'));
+    }
+    for (const std::size_t fields : {64U, 127U, 128U, 129U}) {
+        Image many;
+        CutOff(many, fields, 1);
+        EXPECT_EQ(Decode(many, std::string(fields, '1')).result.Failed(), fields > 128) << fields;
+    }
+}
+
 // A group whose end is that of the group around it; and one bit tells two alternatives apart.
 TEST(Plan, EndsSeveralGroupsAtOnce) {
     Image image;
@@ -422,81 +495,6 @@ TEST(Plan, RefusesWhatIsNoCode) {
     const Plan open = MakePlan(image.Octets(), {});
     EXPECT_EQ(open.error, "its target is no instruction");
     EXPECT_EQ(open.errorOffset, 1U);
-}
-
-// Bits of any value, as often as can be: at least so often, at most so often.
-TEST(Plan, TakesAsManyBitsOfAnyValueAsTheMachine) {
-    constexpr std::uint32_t kMany = kOpenEndedCount;
-    for (const auto& [least, most] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
-             {0, 0}, {1, 1}, {3, 3}, {0, 2}, {1, 3}, {0, kMany}, {1, kMany}, {2, kMany}}) {
-        for (const std::uint32_t width : {1U, 2U, 5U}) {
-            for (std::uint32_t left = 0; left < 12; ++left) {
-                Image image;
-                const auto exit = image.code.NewLabel();
-                image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), least, most});
-                const auto body = image.code.BindNew();
-                image.code.Emit(Opcode::kSkip, {width});
-                image.code.Emit(Opcode::kLoop, {body});
-                image.code.Bind(exit);
-                image.code.Emit(Opcode::kRet);
-                const std::uint32_t count = std::min(left / width, most);
-                EXPECT_EQ(Decode(image, std::string(left, '1')).result,
-                          count < least ? -1 : static_cast<int>(count * width))
-                    << least << " to " << most << " of " << width << " in " << left;
-            }
-        }
-    }
-}
-
-// Fixed bits and padding of any length behind any position, with what ends them, and however few
-// instructions are left for them.
-TEST(Plan, PassesFixedBitsAndPaddingAsTheMachine) {
-    for (const Opcode bit : {Opcode::kBit0, Opcode::kBit1, Opcode::kBitL, Opcode::kBitH}) {
-        Image image;
-        const auto end = image.code.NewLabel();
-        image.code.Emit(Opcode::kRepAny, {Assembler::Exit(end, false)});
-        const auto body = image.code.BindNew();
-        image.code.Emit(bit);
-        image.code.Emit(Opcode::kLoop, {body});
-        image.code.Bind(end);
-        image.code.Emit(Opcode::kRet);
-        const auto wantedAt = [&](std::int32_t position) -> std::uint32_t {
-            const std::uint32_t padding =
-                std::string_view("00101011")[static_cast<std::size_t>(position % 8)] == '1' ? 1 : 0;
-            return bit == Opcode::kBit0   ? 0
-                   : bit == Opcode::kBit1 ? 1
-                   : bit == Opcode::kBitL ? padding
-                                          : 1 - padding;
-        };
-        for (const std::int32_t length : {0, 1, 2, 7, 8, 9, 63, 64, 65, 130}) {
-            for (std::int32_t start = 0; start < 9; ++start) {
-                std::string text(static_cast<std::size_t>(start), '0');
-                for (std::int32_t position = start; position < start + length; ++position) {
-                    text += wantedAt(position) != 0 ? '1' : '0';
-                }
-                const std::vector<std::uint8_t> whole = Octets(text);
-                text += wantedAt(start + length) != 0 ? "011" : "100";
-                const std::vector<std::uint8_t> ended = Octets(text);
-                for (const auto* octets : {&whole, &ended}) {
-                    const bits::BitReader reader(octets->data(),
-                                                 static_cast<std::int64_t>(octets->size()));
-                    const std::int32_t bits = length + (octets == &ended ? 3 : 0);
-                    for (const std::int32_t spared :
-                         {2 * length + 9, 2 * length + 2, 2 * length + 1, 2 * length, length,
-                          length / 2, 1, 0}) {
-                        CsnMachine machine;
-                        CsnMachineInit(machine, image.Program(), 0, reader, start, bits);
-                        machine.rootTag = kRoot;
-                        machine.instructionsLeft = static_cast<std::uint64_t>(spared);
-                        bits::Outcome result = 0;
-                        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "")
-                            << static_cast<int>(bit) << " " << length << " bits at " << start
-                            << ", " << spared << " instructions";
-                    }
-                }
-            }
-        }
-    }
 }
 
 std::string NumbersOf(const bits::Cell& list) {

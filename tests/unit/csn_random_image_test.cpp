@@ -19,16 +19,19 @@ namespace {
 constexpr std::uint64_t kCeiling = 5000;  // instructions of a run
 constexpr std::uint16_t kFieldTags = 6;   // tags 10 to 15, each under every parent
 
-/// Watches the stack and the tags from inside a run.
+/// Watches the tags from inside a run, and the stack if it is that of the machine.
 struct Watch {
+    const CsnMachine* machine = nullptr;
     std::int32_t deepest = 0;
     std::int32_t mostTags = 0;
 };
 Watch watch;
 
-void Look(CsnMachine& machine) {
-    watch.deepest = std::max(watch.deepest, machine.stackDepth);
-    watch.mostTags = std::max(watch.mostTags, machine.tagCount);
+void Look(CsnRun& run) {
+    if (&run == watch.machine) {
+        watch.deepest = std::max(watch.deepest, watch.machine->stackDepth);
+    }
+    watch.mostTags = std::max(watch.mostTags, run.tagCount);
 }
 
 /// Builds balanced images from all constructs.
@@ -298,7 +301,7 @@ class Runs {
   private:
     void Run(CsnMachine& machine, const VerifierNeed& need, CsnCallback callback,
              std::mt19937& random) {
-        watch = {};
+        watch = {&machine};
         machine.rootTag = kRoot;
         machine.instructionsLeft = kCeiling;
         machine.userRecord = &random;

@@ -114,4 +114,18 @@ inline void Optional(Image& image, auto inside) {
     image.code.Emit(Opcode::kPop);
 }
 
+/// However few instructions a run may take, plan and machine end at the same one.
+inline void ExpectSameLimits(Image& image, const std::string& bits) {
+    const std::vector<std::uint8_t> octets = Octets(bits);
+    const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+    for (std::uint64_t instructions = 0; instructions < 40; ++instructions) {
+        CsnMachine machine;
+        CsnMachineInit(machine, image.Program(), 0, reader, 0, Count(bits));
+        machine.rootTag = kRoot;
+        machine.instructionsLeft = instructions;
+        bits::Outcome result = 0;
+        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << bits << " " << instructions;
+    }
+}
+
 }  // namespace quorvane::csn::test

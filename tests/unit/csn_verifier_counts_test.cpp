@@ -34,7 +34,7 @@ struct Subject {
         Keep([&] { code.Emit(Opcode::kSkip, {width}); }, tag);
     }
     void Act(const VerifierAction& action, Opcode opcode = Opcode::kAct) {
-        code.Emit(opcode, {image.Action([](CsnMachine&) {})});
+        code.Emit(opcode, {image.Action([](CsnRun&) {})});
         actions.push_back(action);
     }
     void Repeat(Opcode opcode, std::uint32_t operand, const std::function<void()>& body) {

@@ -33,8 +33,8 @@ std::string Findings(Emit emit) {
     return FindingsOf(image);
 }
 
-void Act(CsnMachine&) {}
-std::uint32_t Two(CsnMachine&) {
+void Act(CsnRun&) {}
+std::uint32_t Two(CsnRun&) {
     return 2;
 }
 

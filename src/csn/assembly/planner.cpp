@@ -264,8 +264,13 @@ void Planner::Join(std::size_t index) {
     PlanStep& step = plan_.steps[index];
     const PlanStep next = stepAt(index + 1);
     const PlanStep target = stepAt(step.a);
-    if (step.op == PlanOp::kField && next.op == PlanOp::kField) {
-        step.b = static_cast<std::uint16_t>(next.b + 1);
+    if (step.op == PlanOp::kField) {
+        const PlanStep behind = stepAt(index + 2);
+        if (next.op == PlanOp::kField) {
+            step.b = static_cast<std::uint16_t>(next.b + 1);
+        } else if (next.op == PlanOp::kCommit) {
+            step.b = behind.op == PlanOp::kField ? static_cast<std::uint16_t>(behind.b + 2) : 1;
+        }
     } else if (AreInverse(step.op, target.op)) {
         step.width = 1;
     } else if (step.op == PlanOp::kJumpPop && target.op == PlanOp::kJumpPop && step.a > index) {
