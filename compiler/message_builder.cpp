@@ -405,7 +405,8 @@ void MessageBuilder::BuildSet(const SetSyntax& syntax) {
     set.row.name = syntax.name.text;
     reporter_.ErrorIf(!syntax.keyForm, syntax.name.span, "the set has no line 'key'");
     set.row.keyForm = syntax.keyForm.value_or(iecodec::KeyForm::kTwoOctets);
-    constexpr NumberRange kOctet = {0, 0xFF, "octets ahead of one that tells a message"};
+    constexpr NumberRange kOctet = {0, iecodec::kMostKeyOctet,
+                                    "octets ahead of one that tells a message"};
     set.row.highOctet = Narrow<std::uint8_t>(reporter_, syntax.highOctet, kOctet);
     set.row.lowOctet = Narrow<std::uint8_t>(reporter_, syntax.lowOctet, kOctet);
     set.row.typeOctet =

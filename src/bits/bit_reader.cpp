@@ -20,6 +20,11 @@ std::uint32_t BitReader::ReadNearEdge(std::int64_t position, std::int32_t count)
 }
 
 std::uint64_t BitReader::WindowNearEdge(std::int64_t index) const {
+    const std::int64_t over = index + kWindow - octetCount_;
+    if (index >= 0 && over < kWindow && octetCount_ >= kWindow) {
+        // The last window of the buffer, without what is ahead of the octet.
+        return Window(octets_ + index - over) << (8 * over);
+    }
     std::uint64_t window = 0;
     for (std::int64_t octet = index; octet < index + kWindow; ++octet) {
         window = window << 8 | (octet >= 0 && octet < octetCount_ ? octets_[octet] : 0U);

@@ -28,9 +28,15 @@ std::int64_t TypeBehindIdentifier(const bits::BitReader& reader, Start start) {
                : start + 8;
 }
 
+/// `octet` of the eight octets of `window`.
+constexpr std::uint32_t OctetOf(std::uint64_t window, std::uint8_t octet) {
+    return static_cast<std::uint32_t>(window >> (56 - 8 * octet) & 0xFFU);
+}
+
 template <typename Start>
 MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set, Start start) {
-    const std::uint32_t first = reader.ReadOctet(start + 8 * std::int64_t{set.highOctet});
+    const std::uint64_t window = reader.ReadWindow(start);
+    const std::uint32_t first = OctetOf(window, set.highOctet);
     const std::uint32_t pd = first & 15U;
     switch (set.keyForm) {
         case KeyForm::kTwoOctets:
@@ -44,9 +50,8 @@ MessageKey ReadKey(const bits::BitReader& reader, const MessageSetRow& set, Star
         case KeyForm::kKeyless:
             return {0, 0, 0};
     }
-    const std::uint32_t low = reader.ReadOctet(start + 8 * std::int64_t{set.lowOctet});
-    return {(first << 8 | low) & MaskFor(set.masks, first), pd,
-            reader.ReadOctet(start + 8 * std::int64_t{set.typeOctet})};
+    return {(first << 8 | OctetOf(window, set.lowOctet)) & MaskFor(set.masks, first), pd,
+            OctetOf(window, set.typeOctet)};
 }
 
 /// The message with this key; 0 if there is none.

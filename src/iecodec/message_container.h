@@ -25,7 +25,7 @@ struct MessageContainer {
 bits::Outcome DispatchMessage(DecodeContext& context, const MessageSetRow& set,
                               std::int64_t bitLength, MessageContainer& container);
 
-/// The same of the message that starts at bit `position`.
+/// The same of the message that starts at bit `position`, the first of an octet.
 bits::Outcome DispatchMessageAt(DecodeContext& context, const MessageSetRow& set,
                                 std::int64_t position, std::int64_t bitLength,
                                 MessageContainer& container);

@@ -28,7 +28,8 @@ class BodyDecoder {
           cells_(cell.cells),
           start_(position),
           end_(position + length),
-          cursor_(position) {}
+          cursor_(position),
+          window_(context.reader) {}
 
     Outcome Run() {
         for (const FieldRow& field : fields_) {
@@ -92,7 +93,7 @@ class BodyDecoder {
     }
 
     Outcome DecodeCounted(const FieldRow& field, std::int32_t lengthWidth) {
-        const std::int64_t octets = context_.reader.Read(cursor_, lengthWidth);
+        const std::int64_t octets = window_.Read(cursor_, lengthWidth);
         cursor_ += lengthWidth;
         if (octets < field.leastOctets || octets > field.mostOctets) {
             if (octets > field.mostOctets && context_.surplus != nullptr &&
@@ -174,6 +175,14 @@ class BodyDecoder {
         const bool optional = field.presence == Presence::kOptional;
         const std::int32_t width = InfoOf(field.format).ieiWidth;
         const auto iei = static_cast<std::uint8_t>(field.iei >> (8 - width));
+        const Outcome absent = optional ? kGoOn : Outcome(kMessageTooShort);
+        // What the search would answer at once.
+        if (end_ - cursor_ < width) {
+            return absent;
+        }
+        if (window_.Read(cursor_, width) == iei) {
+            return DecodeFound(field, optional, width);
+        }
         const IeOrderRow* order = optional ? &context_.tables.orders[field.order] : nullptr;
         if (order != nullptr && claim_.LeavesOut(order, cursor_)) {
             return kGoOn;
@@ -191,8 +200,13 @@ class BodyDecoder {
             return kUnknownIei;
         }
         if (found == IeSearch::kAbsent) {
-            return optional ? kGoOn : Outcome(kMessageTooShort);
+            return absent;
         }
+        return DecodeFound(field, optional, width);
+    }
+
+    /// The field whose identifier stands at the cursor.
+    Outcome DecodeFound(const FieldRow& field, bool optional, std::int32_t width) {
         cells_[field.element].present = optional;
         cursor_ += width;
         return DecodeBehindIei(field);
@@ -218,6 +232,7 @@ class BodyDecoder {
     std::int64_t start_;
     std::int64_t end_;
     std::int64_t cursor_;
+    bits::BitWindow window_;
 };
 
 /// Walks a message's header.
@@ -229,7 +244,8 @@ class HeaderDecoder {
           items_(
               context.tables.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)),
           start_(position),
-          cells_(cells) {}
+          cells_(cells),
+          window_(context.reader) {}
 
     /// Stores the fields that stand before the body and returns the header's width.
     std::int64_t ReadFields() {
@@ -252,7 +268,9 @@ class HeaderDecoder {
                         cursor = PastIdentifierExtension(context_.reader, cursor);
                     }
                     break;
-                case HeaderItemKind::kFieldAfterBody:  // see ReadFieldsAfterBody
+                case HeaderItemKind::kFieldAfterBody:
+                    someAfterBody_ = true;
+                    break;
                 case HeaderItemKind::kConstant:
                 case HeaderItemKind::kPseudoLength:
                     break;
@@ -264,6 +282,9 @@ class HeaderDecoder {
 
     /// Stores the fields that wait for a body without a failure.
     void ReadFieldsAfterBody() {
+        if (!someAfterBody_) {
+            return;
+        }
         std::int64_t cursor = start_;
         for (const HeaderItemRow& item : items_) {
             if (item.kind == HeaderItemRow::Kind::kFieldAfterBody) {
@@ -276,7 +297,7 @@ class HeaderDecoder {
   private:
     void Store(const HeaderItemRow& item, std::int64_t position) {
         Cell& cell = cells_[item.element];
-        cell.number = context_.reader.Read(position, item.width);
+        cell.number = window_.Read(position, item.width);
         cell.reached = true;
     }
 
@@ -284,6 +305,8 @@ class HeaderDecoder {
     std::span<const HeaderItemRow> items_;
     std::int64_t start_;
     Cell* cells_;
+    bits::BitWindow window_;
+    bool someAfterBody_ = false;
 };
 
 }  // namespace

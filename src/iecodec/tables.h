@@ -286,6 +286,9 @@ struct KeyRow {
     std::uint16_t tag;
 };
 
+/// The most of the octets below that tell a message from the others: one look at a message has all.
+inline constexpr std::uint8_t kMostKeyOctet = 7;
+
 QUORVANE_NAMED_ENUM(
     KeyForm,
     kTwoOctets,           // octets `highOctet` and `lowOctet`, masked
