@@ -49,6 +49,16 @@ std::int32_t ItemBits(const Format& format, std::uint32_t index) {
         1, format.firstItemBits + 1 - static_cast<std::int32_t>(std::bit_width(index + 1)));
 }
 
+/// As many items as `bits` bits hold.
+std::uint32_t ItemsIn(const Format& format, std::int64_t bits) {
+    std::uint32_t count = 0;
+    while (count < format.bound && ItemBits(format, count) <= bits) {
+        bits -= ItemBits(format, count);
+        ++count;
+    }
+    return count;
+}
+
 std::int64_t OctetBoundary(std::int64_t position) {
     return (position + 7) / 8 * 8;
 }
@@ -73,15 +83,14 @@ Outcome DecodeFrequencyList(DecodeContext& context, const ValueRow& /*row*/, std
         StoreField(context, members[1], cursor, format.headerBits);
         cursor += format.headerBits;
     }
+    const std::uint32_t count = ItemsIn(format, position + length - cursor);
+    // Never above the bound.
+    static_cast<void>(
+        bits::SetSize(context.arena, *items, static_cast<std::int32_t>(count), format.bound));
     bits::BitWindow window(context.reader);
-    items->number = 0;
-    for (std::int32_t count = 1;; ++count) {
-        const std::int32_t width = ItemBits(format, items->number);
-        if (cursor + width > position + length ||
-            bits::SetSize(context.arena, *items, count, format.bound).Failed()) {
-            break;
-        }
-        StoreField(window, items->cells[count - 1], cursor, width);
+    for (std::uint32_t index = 0; index < count; ++index) {
+        const std::int32_t width = ItemBits(format, index);
+        StoreField(window, items->cells[index], cursor, width);
         cursor += width;
     }
     return OctetBoundary(cursor) - position;
