@@ -50,7 +50,7 @@ class Renderer {
         return PutSigned(PutLocation(at, held.location), static_cast<std::int32_t>(held.number));
     }
 
-    char* PutEnumerated(char* at, const TypeRow& row, const Cell& held) {
+    [[gnu::always_inline]] char* PutEnumerated(char* at, const TypeRow& row, const Cell& held) {
         at = PutLocation(at, held.location);
         const EnumRow& values = tables_.enums[row.first];
         if (const EnumValueRow* listed = tables_.FindValue(values, held.number)) {
