@@ -27,17 +27,33 @@ bool IsSeparator(char character) {
     return character == ' ' || character == '\t' || character == ':';
 }
 
+/// What a pair of digits stands for is the one of its first | that of its second; above 255 if one
+/// is no digit.
+struct PairTables {
+    std::array<std::uint16_t, 256> first{};
+    std::array<std::uint16_t, 256> second{};
+};
+constexpr PairTables kPairs = [] {
+    PairTables pairs;
+    for (std::size_t character = 0; character < kDigits.size(); ++character) {
+        const std::uint8_t digit = kDigits[character];
+        pairs.first[character] = static_cast<std::uint16_t>(digit << 4);
+        pairs.second[character] = static_cast<std::uint16_t>(digit == kNoValue ? 256 : digit);
+    }
+    return pairs;
+}();
+
 /// Reads the pairs of digits that the text begins with, which are mostly all of it, and returns
 /// where they end.
 std::size_t PairsAtStart(std::string_view text, std::uint8_t* octets) {
     std::size_t index = 0;
     for (; index + 1 < text.size(); index += 2) {
-        const std::uint32_t high = ValueOf(text[index]);
-        const std::uint32_t low = ValueOf(text[index + 1]);
-        if ((high | low) > 15) {
+        const unsigned value = kPairs.first[static_cast<unsigned char>(text[index])] |
+                               kPairs.second[static_cast<unsigned char>(text[index + 1])];
+        if (value > 255) {
             break;
         }
-        *octets++ = static_cast<std::uint8_t>(high << 4 | low);
+        *octets++ = static_cast<std::uint8_t>(value);
     }
     return index;
 }

@@ -44,9 +44,11 @@ void JsonLines::End() {
 }
 
 void JsonLines::PutNumber(std::int64_t number) {
-    char digits[20];
-    const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    Put({digits, static_cast<std::size_t>(end - digits)});
+    constexpr std::size_t kMostDigits = 20;
+    MakeRoom(kMostDigits);
+    char* at = buffer_.data() + used_;
+    const char* end = std::to_chars(at, at + kMostDigits, number).ptr;
+    used_ += static_cast<std::size_t>(end - at);
 }
 
 void JsonLines::PutLines(std::string_view text) {
