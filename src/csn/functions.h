@@ -43,11 +43,7 @@ inline void SetPosition(CsnRun& run, std::int32_t position) {
 
 /// Where a decoder's run ends. An encoder has no end of its own.
 inline std::int32_t RunEnd(const CsnRun& run) {
-    if ((run.flags & kFlagEncode) != 0) {
-        return kMostPosition;
-    }
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-        std::int64_t{run.startPos} + run.bitLength, -std::int64_t{kMostPosition}, kMostPosition));
+    return (run.flags & kFlagEncode) != 0 ? kMostPosition : EndOfBits(run);
 }
 
 /// Sets the end of what may be read, which is within the run.

@@ -576,10 +576,7 @@ Next Walk(CsnMachine& machine, CsnCallback callback, std::uint64_t& left) {
 }  // namespace
 
 bits::Outcome CsnMachineRun(CsnMachine& machine, CsnCallback callback) {
-    machine.flags |= kFlagRunning;
-    machine.startPos = machine.bitPos;
-    machine.endPos = static_cast<std::int32_t>(std::clamp<std::int64_t>(
-        std::int64_t{machine.bitPos} + machine.bitLength, -kMostPosition, kMostPosition));
+    StartRun(machine);
     if ((machine.flags & kFlagAbort) != 0) {
         return kSyntaxError;
     }

@@ -11,6 +11,7 @@
 //
 // Tests: tests/unit/csn_machine_test.cpp and its siblings csn_*_test.cpp.
 
+#include <algorithm>
 #include <cstdint>
 
 #include "bits/bit_reader.h"
@@ -213,6 +214,19 @@ struct CsnMachine : CsnRun {
     /// Instructions that the run may still take; without any left it fails.
     std::uint64_t instructionsLeft = 0;
 };
+
+/// Where the bits of a run end.
+inline std::int32_t EndOfBits(const CsnRun& run) {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(
+        std::int64_t{run.startPos} + run.bitLength, -kMostPosition, kMostPosition));
+}
+
+/// Begins a run that was set up, at its first bit.
+inline void StartRun(CsnRun& run) {
+    run.flags |= kFlagRunning;
+    run.startPos = run.bitPos;
+    run.endPos = EndOfBits(run);
+}
 
 /// Sets a machine up to decode `bitLength` bits of `reader` at `bitPos` by the rule at `label`.
 void CsnMachineInit(CsnMachine& machine, const CsnProgram& program, std::uint32_t label,

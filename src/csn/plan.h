@@ -25,8 +25,8 @@ QUORVANE_NAMED_ENUM(PlanOp,
                     kBitH,     // its inverse
                     kLiteral,  // `width` bits of the value a
                     kSkip,     // `width` bits of any value
-                    kField,    // a field of c bits with the tag a; b: how many kField, and kCommit
-                               // behind one, follow
+                    kField,    // a field of c bits with the tag a; b: how many steps of kField, and
+                               // kCommit behind one, follow
                     kFieldOf,  // a field of c bits, whose tag field identifier a tells
                     kFieldLiteral,  // the same with the value b in `width` bits
                     kBegin,         // opens the field a

@@ -132,9 +132,10 @@ struct RunState {
     [[nodiscard, gnu::always_inline]] bool HasRoomForFields(std::uint32_t more) const {
         return records + 2 * (more + 1) <= kMostRecords && more <= instructionsLeft;
     }
-    /// The fields from `step` to `last`, for which there is room, and the commits among them.
-    /// False: not all are there, or a commit has no choice point.
-    [[gnu::always_inline]] bool TakeFields(const PlanStep* step, const PlanStep* last) {
+    /// The field at `step` and the `b` steps behind it, for which there is room. False: not all are
+    /// there, or a commit has no choice point.
+    [[gnu::always_inline]] bool TakeFields(const PlanStep* step) {
+        const PlanStep* const last = step + step->b;
         for (;; ++step, --instructionsLeft) {
             if (step->op == PlanOp::kCommit) {
                 if (!Commit()) {

@@ -31,16 +31,21 @@ class Runner {
     Runner(const CsnProgram& program, std::uint16_t rootTag, const bits::BitReader& reader,
            std::int32_t bitPos, std::int32_t bitLength, std::uint64_t instructions, CsnLog& log)
         : steps_(program.plan), log_(log) {
-        const std::int32_t start = std::clamp(bitPos, -kMostPosition, kMostPosition);
-        const auto end = static_cast<std::int32_t>(std::clamp<std::int64_t>(
-            std::int64_t{start} + bitLength, -kMostPosition, kMostPosition));
         view_.program = &program;
         view_.reader = reader;
-        view_.startPos = start;
+        view_.bitPos = std::clamp(bitPos, -kMostPosition, kMostPosition);
         view_.bitLength = bitLength;
-        view_.flags = kFlagPartialOk | kFlagRunning;
-        state_ = {
-            stack_.entries, stack_.entries, log.lines, instructions, start, end, 0, rootTag, 0};
+        view_.flags = kFlagPartialOk;
+        StartRun(view_);
+        state_ = {.bottom = stack_.entries,
+                  .top = stack_.entries,
+                  .line = log.lines,
+                  .instructionsLeft = instructions,
+                  .bitPos = view_.bitPos,
+                  .endPos = view_.endPos,
+                  .records = 0,
+                  .parentTag = rootTag,
+                  .tagCount = 0};
     }
 
     bits::Outcome Run(std::uint32_t step) {
@@ -126,7 +131,6 @@ bool Runner::Walk(const PlanStep* next) {
     while (run.instructionsLeft > 0) {
         --run.instructionsLeft;
         const PlanStep& step = *next++;
-        Target target = kBack;
         switch (step.op) {
             case PlanOp::kNone:
                 continue;
@@ -165,7 +169,7 @@ bool Runner::Walk(const PlanStep* next) {
             case PlanOp::kField:
                 if (step.b != 0 && run.HasRoomForFields(step.b)) {
                     next += step.b;
-                    if (run.TakeFields(&step, next - 1)) {
+                    if (run.TakeFields(&step)) {
                         continue;
                     }
                 } else if (run.IsLeft(step.c)) {
@@ -292,9 +296,9 @@ bool Runner::Walk(const PlanStep* next) {
             case PlanOp::kRescan:
             case PlanOp::kCompare:
             case PlanOp::kCompareFunction:
-            case PlanOp::kCompareFunctions:
+            case PlanOp::kCompareFunctions: {
                 state_ = run;
-                target = TakeRare(step, next);
+                const Target target = TakeRare(step, next);
                 run = state_;
                 if (IsStep(target)) {
                     next = target;
@@ -304,6 +308,7 @@ bool Runner::Walk(const PlanStep* next) {
                     break;
                 }
                 return target == kEnded;
+            }
         }
         next = run.GoBack();
         if (next == nullptr) {

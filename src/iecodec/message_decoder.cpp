@@ -244,8 +244,7 @@ class HeaderDecoder {
           items_(
               context.tables.headerItems.subspan(message.firstHeaderItem, message.headerItemCount)),
           start_(position),
-          cells_(cells),
-          window_(context.reader) {}
+          cells_(cells) {}
 
     /// Stores the fields that stand before the body and returns the header's width.
     std::int64_t ReadFields() {
@@ -268,9 +267,7 @@ class HeaderDecoder {
                         cursor = PastIdentifierExtension(context_.reader, cursor);
                     }
                     break;
-                case HeaderItemKind::kFieldAfterBody:
-                    someAfterBody_ = true;
-                    break;
+                case HeaderItemKind::kFieldAfterBody:  // see ReadFieldsAfterBody
                 case HeaderItemKind::kConstant:
                 case HeaderItemKind::kPseudoLength:
                     break;
@@ -282,9 +279,6 @@ class HeaderDecoder {
 
     /// Stores the fields that wait for a body without a failure.
     void ReadFieldsAfterBody() {
-        if (!someAfterBody_) {
-            return;
-        }
         std::int64_t cursor = start_;
         for (const HeaderItemRow& item : items_) {
             if (item.kind == HeaderItemRow::Kind::kFieldAfterBody) {
@@ -297,7 +291,7 @@ class HeaderDecoder {
   private:
     void Store(const HeaderItemRow& item, std::int64_t position) {
         Cell& cell = cells_[item.element];
-        cell.number = window_.Read(position, item.width);
+        cell.number = context_.reader.Read(position, item.width);
         cell.reached = true;
     }
 
@@ -305,8 +299,6 @@ class HeaderDecoder {
     std::span<const HeaderItemRow> items_;
     std::int64_t start_;
     Cell* cells_;
-    bits::BitWindow window_;
-    bool someAfterBody_ = false;
 };
 
 }  // namespace

@@ -50,6 +50,7 @@ class Renderer {
         return PutSigned(PutLocation(at, held.location), static_cast<std::int32_t>(held.number));
     }
 
+    // A call of its own would be 1 % of one of layer 3.
     [[gnu::always_inline]] char* PutEnumerated(char* at, const TypeRow& row, const Cell& held) {
         at = PutLocation(at, held.location);
         const EnumRow& values = tables_.enums[row.first];

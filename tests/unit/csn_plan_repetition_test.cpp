@@ -13,6 +13,18 @@
 namespace quorvane::csn::test {
 namespace {
 
+/// The rule of one instruction that is repeated, at least and at most so often.
+void Repeat(Image& image, std::uint32_t least, std::uint32_t most, Opcode opcode,
+            std::initializer_list<Assembler::Operand> operands = {}) {
+    const auto exit = image.code.NewLabel();
+    image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), least, most});
+    const auto body = image.code.BindNew();
+    image.code.Emit(opcode, operands);
+    image.code.Emit(Opcode::kLoop, {body});
+    image.code.Bind(exit);
+    image.code.Emit(Opcode::kRet);
+}
+
 // Bits of any value, as often as can be: at least so often, at most so often.
 TEST(PlanRepetition, TakesAsManyBitsOfAnyValueAsTheMachine) {
     constexpr std::uint32_t kMany = kOpenEndedCount;
@@ -21,13 +33,7 @@ TEST(PlanRepetition, TakesAsManyBitsOfAnyValueAsTheMachine) {
         for (const std::uint32_t width : {1U, 2U, 5U}) {
             for (std::uint32_t left = 0; left < 12; ++left) {
                 Image image;
-                const auto exit = image.code.NewLabel();
-                image.code.Emit(Opcode::kRepRange, {Assembler::Exit(exit, false), least, most});
-                const auto body = image.code.BindNew();
-                image.code.Emit(Opcode::kSkip, {width});
-                image.code.Emit(Opcode::kLoop, {body});
-                image.code.Bind(exit);
-                image.code.Emit(Opcode::kRet);
+                Repeat(image, least, most, Opcode::kSkip, {width});
                 const std::uint32_t count = std::min(left / width, most);
                 EXPECT_EQ(Decode(image, std::string(left, '1')).result,
                           count < std::min(least, most) ? -1 : static_cast<int>(count * width))
@@ -41,23 +47,12 @@ TEST(PlanRepetition, TakesAsManyBitsOfAnyValueAsTheMachine) {
 // The number that stands for no upper bound is none.
 TEST(PlanRepetition, GoesOnBehindAsManyIterationsAsHaveNoBound) {
     Image image;
-    const auto end = image.code.NewLabel();
-    image.code.Emit(Opcode::kRepAny, {Assembler::Exit(end, false)});
-    const auto body = image.code.BindNew();
-    image.code.Emit(Opcode::kBit1);
-    image.code.Emit(Opcode::kLoop, {body});
-    image.code.Bind(end);
-    image.code.Emit(Opcode::kRet);
-    const std::string bits(kOpenEndedCount, '1');
-    const std::vector<std::uint8_t> octets = Octets(bits);
-    const bits::BitReader reader(octets.data(), static_cast<std::int64_t>(octets.size()));
+    Repeat(image, 0, kOpenEndedCount, Opcode::kBit1);
+    const std::vector<std::uint8_t> octets = Octets(std::string(kOpenEndedCount, '1'));
     for (std::uint64_t more = 0; more < 4; ++more) {
-        CsnMachine machine;
-        CsnMachineInit(machine, image.Program(), 0, reader, 0, Count(bits));
-        machine.rootTag = kRoot;
-        machine.instructionsLeft = 2 * bits.size() + more;
-        bits::Outcome result = 0;
-        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "") << more;
+        EXPECT_EQ(DifferenceWithin(2 * kOpenEndedCount + more, image, octets, 0, kOpenEndedCount),
+                  "")
+            << more;
     }
 }
 
@@ -65,13 +60,7 @@ TEST(PlanRepetition, GoesOnBehindAsManyIterationsAsHaveNoBound) {
 TEST(PlanRepetition, RepeatsWhatTakesNothing) {
     for (const Opcode opcode : {Opcode::kNop, Opcode::kFail, Opcode::kAtEnd}) {
         Image image;
-        const auto exit = image.code.NewLabel();
-        image.code.Emit(Opcode::kRep, {Assembler::Exit(exit, false), 3});
-        const auto body = image.code.BindNew();
-        image.code.Emit(opcode);
-        image.code.Emit(Opcode::kLoop, {body});
-        image.code.Bind(exit);
-        image.code.Emit(Opcode::kRet);
+        Repeat(image, 3, 3, opcode);
         EXPECT_EQ(Decode(image, "01").result, opcode == Opcode::kNop ? 0 : -1);
         ExpectSameLimits(image, "01");
     }
@@ -82,13 +71,7 @@ TEST(PlanRepetition, RepeatsWhatTakesNothing) {
 TEST(PlanRepetition, PassesFixedBitsAndPaddingAsTheMachine) {
     const auto check = [](Opcode bit, std::uint32_t least, std::uint32_t most) {
         Image image;
-        const auto end = image.code.NewLabel();
-        image.code.Emit(Opcode::kRepRange, {Assembler::Exit(end, false), least, most});
-        const auto body = image.code.BindNew();
-        image.code.Emit(bit);
-        image.code.Emit(Opcode::kLoop, {body});
-        image.code.Bind(end);
-        image.code.Emit(Opcode::kRet);
+        Repeat(image, least, most, bit);
         const auto wantedAt = [&](std::int32_t position) -> std::uint32_t {
             const std::uint32_t padding =
                 std::string_view("00101011")[static_cast<std::size_t>(position % 8)] == '1' ? 1 : 0;
@@ -107,18 +90,13 @@ TEST(PlanRepetition, PassesFixedBitsAndPaddingAsTheMachine) {
                 text += wantedAt(start + length) != 0 ? "011" : "100";
                 const std::vector<std::uint8_t> ended = Octets(text);
                 for (const auto* octets : {&whole, &ended}) {
-                    const bits::BitReader reader(octets->data(),
-                                                 static_cast<std::int64_t>(octets->size()));
                     const std::int32_t bits = length + (octets == &ended ? 3 : 0);
                     for (const std::int32_t spared :
                          {2 * length + 9, 2 * length + 2, 2 * length + 1, 2 * length, length,
                           length / 2, 1, 0}) {
-                        CsnMachine machine;
-                        CsnMachineInit(machine, image.Program(), 0, reader, start, bits);
-                        machine.rootTag = kRoot;
-                        machine.instructionsLeft = static_cast<std::uint64_t>(spared);
-                        bits::Outcome result = 0;
-                        EXPECT_EQ(DifferenceOfPlan(machine, 0, result), "")
+                        EXPECT_EQ(DifferenceWithin(static_cast<std::uint64_t>(spared), image,
+                                                   *octets, start, bits),
+                                  "")
                             << static_cast<int>(bit) << ", " << least << " to " << most << ", "
                             << length << " bits at " << start << ", " << spared << " instructions";
                     }
