@@ -90,4 +90,9 @@ function(quorvane_internal_target target)
     set_target_properties(
         ${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
                              VISIBILITY_INLINES_HIDDEN ON)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # Nobody replaces functions of the library, so that calls within it may be inlined, as other
+        # compilers take for granted.
+        target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    endif()
 endfunction()
