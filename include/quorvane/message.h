@@ -504,6 +504,7 @@ class QUORVANE_API Message {
 
   private:
     friend class Field;
+    friend class JsonWriter;
     struct Contents;
     class Editor;
     class Writer;

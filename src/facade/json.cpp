@@ -6,21 +6,22 @@
 #include <charconv>
 
 #include "facade/decoder.h"
+#include "facade/json_fields.h"
 #include "facade/json_string.h"
+#include "facade/message_contents.h"
 #include "reflect/text_buffer.h"
 #include "reflect/text_pieces.h"
 
 namespace quorvane {
-namespace {
 
 using reflect::PutLiteral;
 using reflect::PutUnsigned;
 
-// What stands behind a value fits in the slack, with what a number overwrites and a comma.
-static_assert(sizeof R"(,"at":[65535,65535],"status":"refused"})" + 3 + 1 <=
-              reflect::TextBuffer::kSlack);
+namespace {
 
 constexpr std::ptrdiff_t kMostDigits = 20;  // of 64 bits
+
+}  // namespace
 
 class JsonWriter {
   public:
@@ -50,7 +51,7 @@ class JsonWriter {
         }
         at = PutLiteral(text_.RoomAt(at, 0), R"(,"bits":)");
         at = std::to_chars(at, at + kMostDigits, message_.BitsConsumed()).ptr;
-        at = PutMembers(PutLiteral(at, R"(,"fields":)"), message_.Root());
+        at = PutFields(PutLiteral(at, R"(,"fields":)"), *message_.contents_);
         if (message_.FaultCount() > 0) {
             at = PutFaults(at);
         }
@@ -59,6 +60,12 @@ class JsonWriter {
         }
         const std::optional<SecurityHeader> security = message_.Security();
         return security ? PutSecurity(at, *security) : at;
+    }
+
+    char* PutFields(char* at, const Message::Contents& contents) {
+        const reflect::TypeTables& types = contents.Types();
+        return facade::PutMembersAsJson(text_, at, types, types.types[contents.decoded.Type()],
+                                        contents.decoded.container.body, contents.made);
     }
 
     char* PutCode(char* at) {
@@ -115,8 +122,8 @@ class JsonWriter {
         }
         at = PutPath(at, surplus.field);
         *at++ = ',';
-        at = PutBits(at, surplus.octets, surplus.bitCount);
-        return PutLiteral(PutPlace(text_.RoomAt(at, 0), surplus.place), "}");
+        at = facade::PutBitsAsJson(text_, at, surplus.octets, surplus.bitCount);
+        return PutLiteral(facade::PutPlaceAsJson(text_, at, surplus.place), "}");
     }
 
     char* PutSecurity(char* at, const SecurityHeader& security) {
@@ -129,91 +136,6 @@ class JsonWriter {
         }
         at = PutUnsigned(PutLiteral(at, R"(","sequenceNumber":)"), security.sequenceNumber);
         return PutLiteral(at, "}");
-    }
-
-    /// The members of a struct that are there.
-    char* PutMembers(char* at, const Field& around) {
-        at = PutLiteral(text_.RoomAt(at, 0), "{");
-        for (const Field field : around) {
-            if (const FieldStatus status = field.Status(); status != FieldStatus::kAbsent) {
-                at = PutField(PutKey(at, field.Name()), field, status);
-                *at++ = ',';
-            }
-        }
-        return PutEnd(at, '}');
-    }
-
-    char* PutField(char* at, const Field& field, FieldStatus status) {
-        at = PutContents(PutLiteral(text_.RoomAt(at, 0), "{"), field);
-        at = text_.RoomAt(at, 0);
-        if (const std::optional<Place> place = field.GetPlace()) {
-            at = PutPlace(at, *place);
-        }
-        if (status == FieldStatus::kDefault) {
-            at = PutLiteral(at, R"(,"status":"default")");
-        } else if (status == FieldStatus::kRefused) {
-            at = PutLiteral(at, R"(,"status":"refused")");
-        }
-        return PutLiteral(at, "}");
-    }
-
-    static char* PutPlace(char* at, const Place& place) {
-        at = PutUnsigned(PutLiteral(at, R"(,"at":[)"), place.offset);
-        *at++ = ',';
-        return PutLiteral(PutUnsigned(at, place.length), "]");
-    }
-
-    char* PutContents(char* at, const Field& field) {
-        switch (field.Kind()) {
-            case FieldKind::kNumber:
-                return PutUnsigned(PutLiteral(at, R"("value":)"), field.Number());
-            case FieldKind::kEnumerated:
-                return PutEnumerated(at, field);
-            case FieldKind::kBits:
-                return PutBits(at, field.Octets(), field.BitCount());
-            case FieldKind::kStruct:
-                return PutMembers(PutLiteral(at, R"("fields":)"), field);
-            case FieldKind::kUnion:
-                return PutChoice(PutLiteral(at, R"("choice":{)"), field[0]);
-            case FieldKind::kSequence:
-                break;
-        }
-        at = PutLiteral(at, R"("items":[)");
-        for (const Field item : field) {
-            at = PutField(at, item, item.Status());
-            *at++ = ',';
-        }
-        return PutEnd(at, ']');
-    }
-
-    char* PutEnumerated(char* at, const Field& field) {
-        const std::uint32_t number = field.Number();
-        at = PutUnsigned(PutLiteral(at, R"("value":)"), number);
-        if (const std::string_view words = field.GetType().WordsOf(number); !words.empty()) {
-            at = PutString(PutLiteral(at, R"(,"words":)"), words);
-        }
-        return at;
-    }
-
-    char* PutBits(char* at, std::span<const std::uint8_t> octets, std::uint32_t bitCount) {
-        at = PutLiteral(text_.RoomAt(at, 2 * octets.size()), R"("hex":")");
-        for (const std::uint8_t octet : octets) {
-            at = reflect::PutHexPair(at, octet);
-        }
-        return PutUnsigned(PutLiteral(at, R"(","bits":)"), bitCount);
-    }
-
-    char* PutChoice(char* at, const Field& chosen) {
-        if (chosen) {
-            at = PutField(PutKey(at, chosen.Name()), chosen, chosen.Status());
-        }
-        return PutEnd(at, '}');
-    }
-
-    /// The name of a member or an alternative: copied in whole steps, as its label may be.
-    char* PutKey(char* at, std::string_view name) {
-        at = PutLiteral(text_.RoomAt(at, name.size()), "\"");
-        return PutLiteral(reflect::PutPadded(at, name), "\":");
     }
 
     char* PutString(char* at, std::string_view words) {
@@ -235,8 +157,6 @@ class JsonWriter {
     facade::CallMemory memory_;
     reflect::TextBuffer& text_ = memory_->text;
 };
-
-}  // namespace
 
 void AppendJson(const Message& message, std::string& json) {
     JsonWriter(message, json).Write();

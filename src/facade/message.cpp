@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "facade/field_path.h"
+#include "facade/field_status.h"
 #include "facade/message_contents.h"
 #include "facade/utf8.h"
 #include "reflect/record_values.h"
@@ -14,6 +15,7 @@
 namespace quorvane {
 
 using bits::Cell;
+using facade::IsNumber;
 using reflect::TypeKind;
 using reflect::TypeRow;
 using reflect::TypeTables;
@@ -46,18 +48,8 @@ FieldKind KindOf(TypeKind kind) {
     return FieldKind::kUnion;
 }
 
-bool IsNumber(const TypeRow& row) {
-    return row.kind == TypeKind::kInteger || row.kind == TypeKind::kEnumerated;
-}
-
 bool HasMembers(const TypeRow& row) {
     return row.kind == TypeKind::kStruct || row.kind == TypeKind::kUnion;
-}
-
-/// Whether the record shows that a decoder came to the value.
-bool HasTrace(const Cell& cell) {
-    return cell.reached || cell.location != 0 || cell.number != 0 || cell.cells != nullptr ||
-           cell.present;
 }
 
 /// Whether `matches` takes a field below `around`. The path to it is appended to `path`, with
@@ -208,43 +200,21 @@ bool Field::IsOptional() const noexcept {
     if (around_ == nullptr) {
         return false;
     }
-    const Type around(GetType().tables_, typeAround_);
-    return around.Kind() == FieldKind::kStruct && around.Member(index_).optional;
+    const TypeTables& tables = TablesOf(GetType().tables_);
+    const TypeRow& around = tables.types[typeAround_];
+    return around.kind == TypeKind::kStruct && tables.ElementsOf(around)[index_].optional;
 }
 
 FieldStatus Field::Status() const noexcept {
     if (cell_ == nullptr) {
         return FieldStatus::kAbsent;
     }
-    const Cell& cell = CellOf(cell_);
-    if (cell.refused) {
-        return FieldStatus::kRefused;
-    }
-    if (IsOptional()) {
-        return cell.present ? FieldStatus::kDecoded : FieldStatus::kAbsent;
-    }
     if (around_ == nullptr) {
-        return FieldStatus::kDecoded;
-    }
-    if (HasTrace(cell)) {
-        return FieldStatus::kDecoded;
+        return CellOf(cell_).refused ? FieldStatus::kRefused : FieldStatus::kDecoded;
     }
     const TypeTables& tables = TablesOf(GetType().tables_);
-    const TypeRow& row = tables.types[typeAround_];
-    const Cell& around = CellOf(around_);
-    bool reached = false;
-    if (row.kind == TypeKind::kSequence) {
-        reached = true;  // no item stands there that was not decoded
-    } else if (row.kind == TypeKind::kUnion) {
-        reached = reflect::IsTagOf(row, around.number);
-    } else if (around.cells != nullptr) {
-        // What has no bits is passed by without a trace. Decoding goes on from member to member.
-        const bool decoded = !static_cast<const Message::Contents*>(message_)->made;
-        reached =
-            (IsNumber(tables.types[type_]) && tables.types[type_].size == 0) ||
-            (decoded && std::any_of(around.cells + index_ + 1, around.cells + row.count, HasTrace));
-    }
-    return reached ? FieldStatus::kDecoded : FieldStatus::kDefault;
+    return facade::StatusOf(tables, tables.types[typeAround_], CellOf(around_), index_,
+                            CellOf(cell_), static_cast<const Message::Contents*>(message_)->made);
 }
 
 std::uint32_t Field::Number() const noexcept {

@@ -14,7 +14,7 @@ namespace quorvane::reflect::test {
 
 namespace table_texts {
 
-inline constexpr std::size_t kRoom = 4096;
+inline constexpr std::size_t kRoom = 8192;
 inline char store[kRoom + kCopyStep];
 inline std::uint32_t used = 0;
 
