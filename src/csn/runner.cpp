@@ -309,6 +309,9 @@ bool Runner::Walk(const PlanStep* next) {
                 }
                 return target == kEnded;
             }
+            default:
+                // Not asking for it takes 2 % off decoding RLC/MAC.
+                __builtin_unreachable();
         }
         next = run.GoBack();
         if (next == nullptr) {

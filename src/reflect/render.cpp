@@ -123,10 +123,14 @@ class Renderer {
         for (const ElementRow& element : tables_.ElementsOf(row)) {
             const Cell& member = *next;
             next += step;
-            at = PutPadded(PutIndent(at, inner), tables_.TextAt(element.label));
             if (element.optional && !member.present) {
-                at = PutLiteral(at, "MISSING");
-            } else if (element.line == LineKind::kInteger) {
+                // Ahead of the label, which makes a short loop of absent members in a row.
+                at = PutPadded(PutIndent(at, inner), tables_.TextAt(element.label));
+                at = PutMissing(at);
+                continue;
+            }
+            at = PutPadded(PutIndent(at, inner), tables_.TextAt(element.label));
+            if (element.line == LineKind::kInteger) {
                 at = PutInteger(at, member);
             } else {
                 const TypeRow& type = tables_.types[element.type];
@@ -137,6 +141,14 @@ class Renderer {
             at = PutLineEnd<kEnd>(at);
         }
         return PutLineEnd<kEnd>(PutLiteral(PutIndent(at, indent), "}"));
+    }
+
+    static char* PutMissing(char* at) {
+        if constexpr (kEnd == LineEnd::kJson) {
+            return PutLiteral(at, "MISSING\\n");
+        } else {
+            return PutLiteral(at, "MISSING\n");
+        }
     }
 
     char* PutText(char* at, TextRef ref) {

@@ -26,8 +26,10 @@ inline constexpr std::size_t kMostDigits = 11;
 /// octets behind it, or kCopyStep if it is empty.
 inline char* PutPadded(char* at, std::string_view text) {
     std::memcpy(at, text.data(), kCopyStep);
-    for (std::size_t done = kCopyStep; done < text.size(); done += kCopyStep) {
-        std::memcpy(at + done, text.data() + done, kCopyStep);
+    if (text.size() > kCopyStep) [[unlikely]] {
+        for (std::size_t done = kCopyStep; done < text.size(); done += kCopyStep) {
+            std::memcpy(at + done, text.data() + done, kCopyStep);
+        }
     }
     return at + text.size();
 }
@@ -58,8 +60,8 @@ inline char* PutLineEnd(char* at) {
 inline char* PutIndent(char* at, std::size_t levels) {
     const std::size_t blanks = 2 * levels;
     std::memset(at, ' ', kCopyStep);
-    for (std::size_t done = kCopyStep; done < blanks; done += kCopyStep) {
-        std::memset(at + done, ' ', kCopyStep);
+    if (blanks > kCopyStep) [[unlikely]] {
+        std::memset(at + kCopyStep, ' ', blanks - kCopyStep);
     }
     return at + blanks;
 }
