@@ -119,6 +119,7 @@ std::string ParseHex(std::string_view text, std::vector<std::uint8_t>& octets) {
 
 std::string ToHex(std::span<const std::uint8_t> octets, std::string_view separator) {
     std::string text;
+    text.reserve(octets.size() * (2 + separator.size()));
     for (const std::uint8_t octet : octets) {
         if (!text.empty()) {
             text += separator;

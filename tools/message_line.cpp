@@ -137,6 +137,9 @@ std::string Problem(std::string_view part, const std::string& problem) {
 
 /// Reads a text without LENGTH whose first word is no number.
 std::string ReadOctets(const Text& text, std::vector<std::uint8_t>& octets) {
+    if (text.behind.empty() && ParseHex(text.whole, octets).empty()) {
+        return {};  // all digits in one word, as most lines have them
+    }
     if (const std::string problem = ParseOctets(text.whole, octets); !problem.empty()) {
         return Problem("HEX", problem);
     }
