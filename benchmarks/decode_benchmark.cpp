@@ -13,6 +13,8 @@
 #include "message_set.h"
 #include "quorvane/decode.h"
 #include "quorvane/engine.h"
+#include "quorvane/json.h"
+#include "quorvane/message.h"
 #include "reflect/render.h"
 #include "reflect/text_buffer.h"
 #include "support/entry_points.h"
@@ -58,6 +60,44 @@ void WholeSafeCall(benchmark::State& state, const MessageSet& set) {
             DecodeInto(message.decoding, message.octets, text, diagnostics);
             benchmark::DoNotOptimize(text.data());
         }
+    });
+}
+
+/// A message decoded anew, and what `use` makes of it.
+template <typename Use>
+void DecodeAndUse(benchmark::State& state, const MessageSet& set, Use&& use) {
+    Message decoded;
+    Measure(state, set.messages.size(), [&] {
+        for (const test::GoldenFile& message : set.messages) {
+            decoded.Decode(message.decoding, message.octets);
+            use(decoded);
+        }
+    });
+}
+
+/// Each field that is there, with what it holds.
+void WholeWalk(benchmark::State& state, const MessageSet& set) {
+    DecodeAndUse(state, set, [](const Message& message) {
+        std::uint64_t sum = 0;
+        Visit(message.Root(), [&](const Field& field, unsigned /*depth*/) {
+            if (field.Status() == FieldStatus::kAbsent) {
+                return false;
+            }
+            const std::optional<Place> place = field.GetPlace();
+            sum += field.Name().size() + field.Number() + field.Octets().size() +
+                   field.Words().size() + (place ? place->offset : 0);
+            return true;
+        });
+        benchmark::DoNotOptimize(sum);
+    });
+}
+
+void WholeJson(benchmark::State& state, const MessageSet& set) {
+    std::string json;
+    DecodeAndUse(state, set, [&](const Message& message) {
+        json.clear();
+        AppendJson(message, json);
+        benchmark::DoNotOptimize(json.data());
     });
 }
 
@@ -144,6 +184,8 @@ void RegisterDecode() {
         {"text", RecordToText},
         {"whole_safe_call", WholeSafeCall},
         {"whole_plain_call", WholePlainCall},
+        {"whole_walk", WholeWalk},
+        {"whole_json", WholeJson},
         {"floor", Floor},
         {"merged_floor", MergedFloor},
     };

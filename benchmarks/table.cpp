@@ -110,6 +110,8 @@ void PrintTimes(const Collector& collector) {
         {"record to text", "text"},
         {"safe call", "whole_safe_call"},
         {"plain call", "whole_plain_call"},
+        {"decode and walk", "whole_walk"},
+        {"decode and JSON", "whole_json"},
         {"floor", "floor"},
         {"merged floor", "merged_floor"},
         {"`quorvane batch`", "batch"},
