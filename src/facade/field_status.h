@@ -2,7 +2,7 @@
 
 // What a record shows of how the decoder got on with a field.
 //
-// Tests: tests/unit/facade_message_test.cpp, tests/unit/message_edit_test.cpp.
+// Tests: tests/unit/json_fields_test.cpp, tests/unit/facade_message_test.cpp.
 
 #include <algorithm>
 #include <cstddef>
@@ -12,10 +12,6 @@
 #include "reflect/type_tables.h"
 
 namespace quorvane::facade {
-
-inline bool IsNumber(const reflect::TypeRow& row) {
-    return row.kind == reflect::TypeKind::kInteger || row.kind == reflect::TypeKind::kEnumerated;
-}
 
 /// Whether the record shows that a decoder came to the value.
 inline bool HasTrace(const bits::Cell& cell) {
@@ -51,7 +47,7 @@ inline FieldStatus StatusOf(const reflect::TypeTables& tables, const reflect::Ty
     const reflect::TypeRow& type = tables.types[element.type];
     return decodedIf(
         around.cells != nullptr &&
-        ((IsNumber(type) && type.size == 0) ||
+        ((reflect::IsNumber(type) && type.size == 0) ||
          (!made && std::any_of(around.cells + index + 1, around.cells + row.count, HasTrace))));
 }
 

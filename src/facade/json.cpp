@@ -79,7 +79,7 @@ class JsonWriter {
             at = PutFault(at, message_.GetFault(index));
             *at++ = ',';
         }
-        return PutEnd(at, ']');
+        return facade::PutEndAsJson(text_, at, ']');
     }
 
     char* PutFault(char* at, const Fault& fault) {
@@ -109,7 +109,7 @@ class JsonWriter {
             at = PutSurplus(at, message_.GetSurplus(index));
             *at++ = ',';
         }
-        return PutEnd(at, ']');
+        return facade::PutEndAsJson(text_, at, ']');
     }
 
     char* PutSurplus(char* at, const Surplus& surplus) {
@@ -140,16 +140,6 @@ class JsonWriter {
 
     char* PutString(char* at, std::string_view words) {
         return facade::PutJsonString(text_.RoomAt(at, facade::JsonStringRoom(words.size())), words);
-    }
-
-    /// Closes what ends at `at`, perhaps with a comma too many.
-    char* PutEnd(char* at, char bracket) {
-        if (at[-1] == ',') {
-            --at;
-        }
-        at = text_.RoomAt(at, 0);
-        *at++ = bracket;
-        return at;
     }
 
     const Message& message_;

@@ -1,7 +1,5 @@
 #include "facade/json_fields.h"
 
-#include <algorithm>
-
 #include "bits/bit_buffer.h"
 #include "facade/field_status.h"
 #include "facade/json_string.h"
@@ -52,16 +50,15 @@ class FieldsWriter {
                 *at++ = ',';
             }
         }
-        return PutEnd(at, '}');
+        return PutEndAsJson(text_, at, '}');
     }
 
   private:
     char* PutField(char* at, const TypeRow& row, const Cell& cell, FieldStatus status) {
         at = PutContents(PutLiteral(text_.RoomAt(at, 0), "{"), row, cell);
         at = text_.RoomAt(at, 0);
-        const Cell& held = IsNumber(row) ? reflect::NumberCell(row, cell) : cell;
-        if (held.location != 0) {
-            at = PutPlace(at, held.location >> 16, held.location & 0xFFFFU);
+        if (const bits::FieldLocator location = reflect::LocationOf(row, cell); location != 0) {
+            at = PutPlace(at, location >> 16, location & 0xFFFFU);
         }
         if (status == FieldStatus::kDefault) {
             at = PutLiteral(at, R"(,"status":"default")");
@@ -110,7 +107,7 @@ class FieldsWriter {
     }
 
     char* PutBits(char* at, const TypeRow& row, const Cell& cell) {
-        const std::uint32_t count = std::min(reflect::BitCount(cell), reflect::BitCount(row, cell));
+        const std::uint32_t count = reflect::HeldBitCount(row, cell);
         return PutBitsAsJson(text_, at, {cell.octets, bits::OctetsOf(count)}, count);
     }
 
@@ -122,7 +119,7 @@ class FieldsWriter {
             at = PutField(at, item, held, StatusOf(tables_, row, cell, index, held, made_));
             *at++ = ',';
         }
-        return PutEnd(at, ']');
+        return PutEndAsJson(text_, at, ']');
     }
 
     char* PutChoice(char* at, const TypeRow& row, const Cell& cell) {
@@ -132,20 +129,13 @@ class FieldsWriter {
             at = PutField(PutName(at, chosen), tables_.types[chosen.type], *choice.body,
                           StatusOf(tables_, row, cell, choice.index, *choice.body, made_));
         }
-        return PutEnd(at, '}');
+        return PutEndAsJson(text_, at, '}');
     }
 
     char* PutName(char* at, const reflect::ElementRow& element) {
         const std::string_view name = tables_.NameOf(element);
         at = PutLiteral(text_.RoomAt(at, name.size()), "\"");
         return PutLiteral(PutPadded(at, name), "\":");
-    }
-
-    /// Closes what ends at `at`, perhaps with a comma too many.
-    char* PutEnd(char* at, char bracket) {
-        at = text_.RoomAt(at[-1] == ',' ? at - 1 : at, 0);
-        *at++ = bracket;
-        return at;
     }
 
     reflect::TextBuffer& text_;
@@ -158,6 +148,12 @@ class FieldsWriter {
 char* PutMembersAsJson(reflect::TextBuffer& text, char* at, const reflect::TypeTables& tables,
                        const TypeRow& row, const Cell& cell, bool made) {
     return FieldsWriter(text, tables, made).PutMembers(at, row, cell);
+}
+
+char* PutEndAsJson(reflect::TextBuffer& text, char* at, char bracket) {
+    at = text.RoomAt(at[-1] == ',' ? at - 1 : at, 0);
+    *at++ = bracket;
+    return at;
 }
 
 char* PutBitsAsJson(reflect::TextBuffer& text, char* at, std::span<const std::uint8_t> octets,

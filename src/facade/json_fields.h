@@ -21,6 +21,9 @@ namespace quorvane::facade {
 char* PutMembersAsJson(reflect::TextBuffer& text, char* at, const reflect::TypeTables& tables,
                        const reflect::TypeRow& row, const bits::Cell& cell, bool made);
 
+/// Closes an object or a list that ends at `at`, perhaps with a comma too many.
+char* PutEndAsJson(reflect::TextBuffer& text, char* at, char bracket);
+
 // Members of an object, likewise. Each makes sure of its own room.
 
 /// "hex" and "bits": a bit string.

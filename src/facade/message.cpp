@@ -15,7 +15,7 @@
 namespace quorvane {
 
 using bits::Cell;
-using facade::IsNumber;
+using reflect::IsNumber;
 using reflect::TypeKind;
 using reflect::TypeRow;
 using reflect::TypeTables;
@@ -235,7 +235,7 @@ std::uint32_t Field::BitCount() const noexcept {
     }
     const TypeRow& row = TablesOf(GetType().tables_).types[type_];
     const Cell& cell = CellOf(cell_);
-    return std::min(reflect::BitCount(cell), reflect::BitCount(row, cell));
+    return reflect::HeldBitCount(row, cell);
 }
 
 std::span<const std::uint8_t> Field::Octets() const noexcept {
@@ -249,11 +249,11 @@ std::optional<Place> Field::GetPlace() const noexcept {
         return std::nullopt;
     }
     const TypeRow& row = TablesOf(GetType().tables_).types[type_];
-    const Cell& held = IsNumber(row) ? reflect::NumberCell(row, CellOf(cell_)) : CellOf(cell_);
-    if (held.location == 0) {
+    const bits::FieldLocator location = reflect::LocationOf(row, CellOf(cell_));
+    if (location == 0) {
         return std::nullopt;
     }
-    return Place{held.location >> 16, held.location & 0xFFFFU};
+    return Place{location >> 16, location & 0xFFFFU};
 }
 
 std::size_t Field::size() const noexcept {

@@ -3,6 +3,7 @@
 // How the cells of a record are read, however far its decoder got: for all that walk records with
 // the type tables.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,6 +32,11 @@ inline std::uint32_t BitCount(const TypeRow& row, const bits::Cell& cell) {
     return row.fixed ? row.size : BitCount(cell);
 }
 
+/// The bits of a binary that the record holds.
+inline std::uint32_t HeldBitCount(const TypeRow& row, const bits::Cell& cell) {
+    return std::min(BitCount(cell), BitCount(row, cell));
+}
+
 /// Whether `tag` chooses an alternative of the union `row`.
 inline bool IsTagOf(const TypeRow& row, std::uint32_t tag) {
     return tag >= 1 && tag <= row.count;
@@ -48,9 +54,18 @@ inline Choice ChoiceOf(const TypeRow& row, const bits::Cell& cell) {
                                      : Choice{0, &bits::kEmptyCell};
 }
 
+inline bool IsNumber(const TypeRow& row) {
+    return row.kind == TypeKind::kInteger || row.kind == TypeKind::kEnumerated;
+}
+
 /// Where an integer or enumerated value is kept: nowhere if its width is 0.
 inline const bits::Cell& NumberCell(const TypeRow& row, const bits::Cell& cell) {
     return row.size == 0 ? bits::kEmptyCell : cell;
+}
+
+/// Where a value stood in the message; 0 if that is not known.
+inline bits::FieldLocator LocationOf(const TypeRow& row, const bits::Cell& cell) {
+    return (IsNumber(row) ? NumberCell(row, cell) : cell).location;
 }
 
 }  // namespace quorvane::reflect

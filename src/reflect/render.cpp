@@ -5,8 +5,6 @@
 
 #include "reflect/render.h"
 
-#include <algorithm>
-
 #include "reflect/record_values.h"
 
 namespace quorvane::reflect {
@@ -69,7 +67,7 @@ class Renderer {
 
     char* PutBinary(char* at, const TypeRow& row, const Cell& cell) {
         const std::uint32_t bits = BitCount(row, cell);
-        const std::uint32_t held = std::min(BitCount(cell), bits);
+        const std::uint32_t held = HeldBitCount(row, cell);
         at = stream_.RoomAt(PutLocation(at, cell.location), 3 * std::size_t{bits::OctetsOf(bits)});
         if (bits == 0) {
             return at;
